@@ -1,0 +1,42 @@
+# A thin front: everything is built by CMake, and the targets here say what a person wants.
+.PHONY: all build demo test test-asan lint bench clean deps tables
+
+JOBS ?= $(shell nproc 2>/dev/null || echo 2)
+
+all: build
+
+deps:
+	@tools/deps.sh
+
+build: deps
+	cmake --preset release
+	cmake --build --preset release -j$(JOBS)
+
+# Converts the sample texts in examples/ and tells what it does.
+demo: build
+	examples/demo.sh build/release/kx
+
+test: build
+	ctest --preset release -j$(JOBS)
+
+# The same tests under AddressSanitizer and UndefinedBehaviorSanitizer.
+test-asan: deps
+	cmake --preset asan
+	cmake --build --preset asan -j$(JOBS)
+	ctest --preset asan -j$(JOBS)
+
+lint: deps
+	cmake --preset release
+	tools/lint.sh build/release
+
+bench: deps
+	cmake --preset release -DKXSTR_BENCH=ON
+	cmake --build --preset release -j$(JOBS) --target kxstr_bench
+	build/release/kxstr_bench
+
+# Rewrites the generated C++ from data/.
+tables:
+	python3 tools/gen_tables.py
+
+clean:
+	rm -rf build

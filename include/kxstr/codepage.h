@@ -1,0 +1,103 @@
+/**
+ * Native code pages: single characters between native codes and KX characters, code page descriptors and tables, and
+ * the country of the system.
+ *
+ * A native code is a byte as 0x00..0xFF, or a double-byte character with its lead byte in bits 15..8 (0x82A0).
+ * A KX code page number equals the Windows number except for the ISO 8859 pages (18851 is 28591, ISO 8859-1).
+ */
+#ifndef KXSTR_CODEPAGE_H
+#define KXSTR_CODEPAGE_H
+
+#include <kxstr/types.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/**
+ * Converts one native code to a KX character.
+ *
+ * @param page  Descriptor with an input code page; not null; only read.
+ * @param code  Native code; low 16 bits used.
+ * @return      The KX character, or KX_NONE when the code has none. There is no other failure.
+ *
+ * Bytes below 32 go through the low table where the code page has one (the glyphs that DOS shows for them), else tab,
+ * line feed, form feed and carriage return give their KX codes. Bytes that the code page leaves undefined give
+ * 0x0C00 + byte. Double-byte codes convert only on a double-byte system, which is asked about at every call.
+ * Threads: re-entrant; threads may share a descriptor as long as none rewrites it.
+ * Example: 932, 0x82A0 -> 0x255F.  1252, 0xE9 -> 0x0129.  1252, 0x7F -> KX_NONE.
+ */
+KXSTR_API uint16_t WcvtNtvToKx(const KxCodePage *page, uint32_t code);
+
+/**
+ * Converts one KX character to a native code.
+ *
+ * @param page  Descriptor with an output code page; not null; only read.
+ * @param ch    KX character; low 16 bits used.
+ * @return      The native code, or KX_NONE when the character has none. Set 0 comes back unchanged and set 12 as its
+ *              index, whatever the code page. There is no other failure.
+ *
+ * Threads: as WcvtNtvToKx.
+ * Example: 932, 0x255F -> 0x82A0.  1252, 0x0129 -> 0xE9.  1252, 0x2400 -> KX_NONE.
+ */
+KXSTR_API uint16_t WcvtKxToNtv(const KxCodePage *page, uint32_t ch);
+
+#define KX_FROM_KX 1    /**< direction flag: the descriptor's output code page */
+#define KX_TOWARDS_KX 2 /**< direction flag: the descriptor's input code page */
+#define KX_BOTH_DIRECTIONS 3
+#define KX_WINDOWS_CODE_PAGE 0xFFFFFFFFu /**< stands for the Windows code page in force */
+
+/**
+ * Sets the code page of one or both directions of a descriptor.
+ *
+ * @param code_page   KX code page number, or KX_WINDOWS_CODE_PAGE. One without tables (a double-byte page, or an
+ * unknown number) gives null tables.
+ * @param directions  KX_FROM_KX, KX_TOWARDS_KX or both; other bits are ignored.
+ * @param page        Not null; cleared (all zero) before its first use. A direction that already has the code page is
+ *                    left untouched, tables included.
+ *
+ * Threads: re-entrant for distinct descriptors.
+ */
+KXSTR_API void WcvtSetCodepage(uint32_t code_page, uint8_t directions, KxCodePage *page);
+
+/** Sets all fields of a descriptor (not null) to 0. Threads: re-entrant for distinct descriptors. */
+KXSTR_API void WcvtClrCodepage(KxCodePage *page);
+
+/**
+ * @param code_page  KX code page number.
+ * @param which      0 the low range table, 1 the high range table, 2 the reverse table.
+ * @return           The table (layouts: see KxCodePage), or null when the code page has none or `which` is another.
+ *
+ * Threads: re-entrant; the tables are constant.
+ */
+KXSTR_API const uint8_t *WcvtFindCPTable(uint32_t code_page, uint32_t which);
+
+/** @return The Windows number of a KX code page number; a number that the table lacks comes back. Re-entrant. */
+KXSTR_API uint32_t WcvtKXCodepageToWinCodepage(uint32_t kx_number);
+
+/** @return The KX number of a Windows code page number; a number that the table lacks comes back. Re-entrant. */
+KXSTR_API uint32_t WcvtWinCodepageToKXCodepage(uint32_t windows_number);
+
+/**
+ * @return  The country of the system: 0 none of these, 1 Japanese, 2 Korean, 3 Traditional Chinese, 4 Simplified
+ *          Chinese, 5 Arabic, 6 Hebrew.
+ *
+ * Worked out at the first call of any function that needs it, and kept for the life of the process.
+ * Threads: the first call is unguarded; make it before starting threads.
+ */
+KXSTR_API uint8_t WtpiGetCountryID(void);
+
+/**
+ * The code page and font character set of the keyboard layout's language.
+ *
+ * @param code_page      Receives the ANSI code page (the system's when the language is unknown); may be null.
+ * @param character_set  Receives the character set, 1 (default) when the code page has none; may be null.
+ *
+ * Threads: re-entrant.
+ */
+KXSTR_API void WshGetInfoFromKeyboard(uint16_t *code_page, uint8_t *character_set);
+
+#ifdef __cplusplus
+}
+#endif
+#endif

@@ -1,0 +1,11 @@
+/** Umbrella header of kxstr: all subsystems. */
+#ifndef KXSTR_KXSTR_H
+#define KXSTR_KXSTR_H
+
+#include <kxstr/codepage.h>
+#include <kxstr/frame.h>
+#include <kxstr/platform.h>
+#include <kxstr/types.h>
+#include <kxstr/unicode.h>
+
+#endif

@@ -1,0 +1,42 @@
+#include <cstring>
+#include <kxstr/platform.h>
+
+#include "platform/system.h"
+
+namespace kxstr::platform {
+namespace {
+
+constinit KxPlatformSettings settings{1252, 437, 0, 0x0409, 0x0409, {}};
+
+} // namespace
+
+std::uint32_t ansi_code_page() noexcept {
+    return settings.ansi_code_page;
+}
+std::uint32_t oem_code_page() noexcept {
+    return settings.oem_code_page;
+}
+bool is_double_byte_system() noexcept {
+    return settings.double_byte != 0;
+}
+std::uint16_t system_language() noexcept {
+    return settings.system_language;
+}
+std::uint16_t keyboard_language() noexcept {
+    return settings.keyboard_language;
+}
+
+} // namespace kxstr::platform
+
+extern "C" {
+
+void KxPlatformGet(KxPlatformSettings *out) {
+    if (out != nullptr) *out = kxstr::platform::settings;
+}
+
+void KxPlatformSet(const KxPlatformSettings *in) {
+    if (in == nullptr) return;
+    kxstr::platform::settings = *in;
+    kxstr::platform::settings.registry_path[KX_REGISTRY_PATH_SIZE - 1] = 0;
+}
+}

@@ -1,0 +1,39 @@
+// kx: the library on the command line.
+#include <cstdio>
+#include <cstring>
+#include <span>
+
+#include "command.h"
+
+namespace {
+
+// One line a command; each lives in a file of its own.
+constexpr kx::Command kCommands[] = {
+    {"help", "show this text", nullptr},
+};
+
+void print_help(std::FILE *out) {
+    std::fputs("usage: kx COMMAND [OPTION]... [FILE]...\n\n", out);
+    for (const kx::Command &command : kCommands)
+        std::fprintf(out, "  %-10s %s\n", command.name, command.summary);
+    std::fputs("\n`kx COMMAND --help` tells about one command.\n", out);
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    if (argc < 2) {
+        print_help(stderr);
+        return kx::kUsage;
+    }
+    const char *name = argv[1];
+    if (std::strcmp(name, "help") == 0 || std::strcmp(name, "--help") == 0 || std::strcmp(name, "-h") == 0) {
+        print_help(stdout);
+        return kx::kSuccess;
+    }
+    for (const kx::Command &command : kCommands) {
+        if (command.run != nullptr && std::strcmp(name, command.name) == 0) return command.run(argc - 1, argv + 1);
+    }
+    std::fprintf(stderr, "kx: no command '%s'; `kx --help` lists them\n", name);
+    return kx::kUsage;
+}
