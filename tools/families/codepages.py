@@ -1,0 +1,108 @@
+"""The code page table with its range and reverse tables."""
+from . import _emit
+from .charset import read_pairs
+
+BROKEN_BAR, SOFT_HYPHEN = 0x00A6, 0x00AD
+HOUSE = 0x050C  # what DOS shows for byte 7F
+ASCII_SET, NATIVE_BYTE_SET = 0, 12
+PER_LINE = 8
+
+
+def read_bytes(path):
+    """Byte -> value; empty for a file that does not exist."""
+    if not path.exists():
+        return {}
+    rows = _emit.read_rows(path, 2)
+    values = {int(byte, 16): int(value, 16) for byte, value in rows}
+    if len(values) != len(rows):
+        raise ValueError(f"{path.name}: a byte occurs twice")
+    return values
+
+
+def low_table(data, name):
+    """Byte -> KX character for the bytes below 32, or nothing."""
+    if name == "-":
+        return {}
+    folder = data / "codepages"
+    return read_bytes(folder / "low_common.txt") | read_bytes(folder / f"low_{name}.txt")
+
+
+def high_table(data, pairs, number, base, byte_range, is_dos):
+    """Byte -> KX character, by the rule that data/codepages/index.txt tells."""
+    unicode_of = {} if base == "-" else {0x7F: 0x7F} | read_bytes(data / "mappings" / f"{base}.txt")
+    table = {}
+    for byte in byte_range:
+        unicode = unicode_of.get(byte)
+        if byte == 0x7F and is_dos:
+            table[byte] = HOUSE
+        elif unicode == BROKEN_BAR:
+            table[byte] = ord("|")
+        elif unicode == SOFT_HYPHEN:
+            table[byte] = ord("-")
+        else:
+            table[byte] = pairs.get(unicode, NATIVE_BYTE_SET << 8 | byte)
+    exceptions = read_bytes(data / "codepages" / f"{number}.txt")
+    if not exceptions.keys() <= table.keys():
+        raise ValueError(f"{number}.txt: a byte outside the table's range")
+    return table | exceptions
+
+
+def reverse_table(low, high):
+    """KX character -> byte. Bytes ascend, so of two bytes with one character the higher one stays."""
+    inverse = {kx: byte for byte, kx in sorted((low | high).items())}
+    return {kx: inverse[kx] for kx in sorted(inverse) if kx >> 8 not in (ASCII_SET, NATIVE_BYTE_SET)}
+
+
+class Tables:
+    """The tables written so far; equal ones are written once."""
+
+    def __init__(self):
+        self.names = {}
+        self.text = ""
+
+    def add(self, name, function, arguments, items, notes):
+        """Writes items, so many to a line, each line followed by its note; returns the name to use."""
+        key = (function, arguments, tuple(items))
+        if key in self.names:
+            return self.names[key]
+        self.names[key] = name
+        self.text += f"constexpr auto {name} = {function}<{len(items)}>({arguments}{{\n"
+        for i in range(0, len(items), PER_LINE):
+            self.text += f"    {', '.join(items[i : i + PER_LINE])}, // {notes[i]}\n"
+        self.text += "});\n"
+        return name
+
+    def add_range(self, name, page, table):
+        if not table:
+            return "nullptr"
+        notes = [f"{page}: {byte:02X}" for byte in table]
+        first = f"{_emit.hex8(min(table))}, "
+        return self.add(name, "range_table", first, [_emit.hex16(kx) for kx in table.values()], notes) + ".data()"
+
+    def add_reverse(self, name, page, table):
+        items = [f"0x{kx:04X}{byte:02X}" for kx, byte in table.items()]
+        return self.add(name, "reverse_table", "", items, [f"{page}: {kx:04X}" for kx in table]) + ".data()"
+
+
+def generate(data):
+    pairs = read_pairs(data)
+    tables = Tables()
+    entries = ""
+    for number, windows_number, low_name, first, last, base in _emit.read_rows(data / "codepages" / "index.txt", 6):
+        low = low_table(data, low_name)
+        byte_range = range(int(first, 16), int(last, 16) + 1)
+        high = high_table(data, pairs, number, base, byte_range, is_dos=bool(low))
+        reverse = reverse_table(low, high)
+        names = (
+            tables.add_range(f"kLow{low_name.capitalize()}", f"low {low_name}", low),
+            tables.add_range(f"kHigh{number}", number, high),
+            tables.add_reverse(f"kReverse{number}", number, reverse),
+        )
+        entries += f"    {{{number}, {windows_number}, {', '.join(names)}}}, // {len(reverse)} reverse entries\n"
+    text = _emit.header("data/codepages/, data/mappings/ and data/charset/unicode_to_kx.txt")
+    text += '#include "tables/code_pages.h"\n#include "tables/packing.h"\n\nnamespace kxstr::tables {\nnamespace {\n\n'
+    text += "// The note behind a line tells the code page and the byte (range tables) or KX character (reverse tables) of\n"
+    text += "// its first entry. Reverse entries: KX character in the upper 16 bits of 24, native byte in the lower 8.\n"
+    text += tables.text + "\n} // namespace\n\n"
+    text += f"constinit const std::array<CodePage, {entries.count(chr(10))}> kCodePages{{{{\n{entries}}}}};\n"
+    return {"code_pages.cpp": text + "\n} // namespace kxstr::tables\n"}
