@@ -37,4 +37,26 @@ struct NativeBytes {
 };
 NativeBytes from_wide(std::uint32_t code_page, std::uint16_t unit) noexcept;
 
+// ---- Memory: counts in bytes; null when there is no room; freeing null does nothing ----
+
+void *process_heap() noexcept;                                 // GetProcessHeap: never null, always the same
+void *heap_allocate(std::size_t size) noexcept;                // HeapAlloc on the process heap; not cleared
+void *heap_reallocate(void *block, std::size_t size) noexcept; // HeapReAlloc: after a failure `block` is as it was
+void heap_free(void *block) noexcept;                          // HeapFree
+void *task_allocate(std::size_t size) noexcept;                // CoTaskMemAlloc: what results are handed out in
+void task_free(void *block) noexcept;                          // CoTaskMemFree
+
+// Address space first, memory later: VirtualAlloc with MEM_RESERVE, with MEM_COMMIT, and VirtualFree with MEM_RELEASE.
+// Sizes and committed parts are multiples of 4096; a committed part is readable, writable and zero.
+void *reserve_address_space(std::size_t size) noexcept;
+bool commit_memory(void *start, std::size_t size) noexcept;
+void release_address_space(void *start, std::size_t size) noexcept; // `size` as reserved; takes committed parts along
+
+// ---- Atoms: a number for a short text, the same for texts that differ only in case ----
+
+// AddAtomA: 0xC000 and up; each call counts one use. 0 for null, an empty text, one of more than 255 bytes, or when
+// there is no room (16,384 texts at once).
+std::uint16_t add_atom(const char *text) noexcept;
+void delete_atom(std::uint16_t atom) noexcept; // DeleteAtom: ends one use
+
 } // namespace kxstr::platform
