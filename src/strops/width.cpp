@@ -1,0 +1,95 @@
+#include "strops/width.h"
+
+#include <kxstr/strops.h>
+
+#include "strops/case.h"
+#include "strops/form_tables.h"
+
+namespace kxstr::strops {
+namespace {
+
+// In the index of a set-11 character: followed by a sound mark. The form tables list katakana with marks so; texts
+// never hold such codes.
+constexpr KxChar kVoiced = 0x40;
+constexpr KxChar kHalfVoiced = 0x80;
+
+constexpr KxChar without_marks(KxChar ch) noexcept {
+    return static_cast<KxChar>(ch & ~(kVoiced | kHalfVoiced));
+}
+
+} // namespace
+
+KxChar to_double(KxChar ch, KxChar *next) noexcept {
+    if (next != nullptr && set_of(ch) == kKatakanaSet && (*next == kVoicingMark || *next == kHalfVoicingMark)) {
+        const auto combined = static_cast<KxChar>(ch | (*next == kVoicingMark ? kVoiced : kHalfVoiced));
+        const KxChar wide = convert_form(FormMode::kDouble, combined);
+        if (wide != combined) {
+            *next = 0;
+            return wide;
+        }
+        ch = without_marks(combined);
+    }
+    return convert_form(FormMode::kDouble, ch);
+}
+
+KxChar to_single(KxChar ch, KxChar *mark) noexcept {
+    const KxChar narrow = convert_form(FormMode::kSingle, ch);
+    if (mark == nullptr) return narrow;
+    *mark = 0;
+    if (set_of(narrow) != kKatakanaSet) return narrow;
+    if ((narrow & kVoiced) != 0) {
+        *mark = kVoicingMark;
+    } else if ((narrow & kHalfVoiced) != 0) {
+        *mark = kHalfVoicingMark;
+    }
+    return without_marks(narrow);
+}
+
+KxChar to_hiragana(KxChar ch) noexcept {
+    if (set_of(ch) == kKatakanaSet) ch = convert_form(FormMode::kDouble, ch);
+    return convert_form(FormMode::kFirstKana, ch);
+}
+
+// A half-width katakana is found in the katakana row of its couple and so stays what it is.
+KxChar to_katakana(KxChar ch) noexcept {
+    return convert_form(FormMode::kSecondKana, ch);
+}
+
+bool is_upper(KxChar ch) noexcept {
+    if (set_of(ch) >= kFirstFormTableSet) {
+        const KxChar narrow = convert_form(FormMode::kSingle, ch);
+        if (narrow == ch) return false;
+        ch = narrow;
+    }
+    if (set_of(ch) == kAsciiSet) return ch >= 'A' && ch <= 'Z';
+    return has_case(ch) && ch % 2 == 0;
+}
+
+} // namespace kxstr::strops
+
+extern "C" {
+
+uint16_t wtoall(uint16_t mode, uint32_t ch) {
+    return kxstr::strops::convert_form(static_cast<kxstr::strops::FormMode>(mode), kxstr::low16(ch));
+}
+
+uint16_t wtodouble(uint32_t ch, KxChar *next) {
+    return kxstr::strops::to_double(kxstr::low16(ch), next);
+}
+
+uint16_t wtosingle(uint32_t ch, KxChar *mark) {
+    return kxstr::strops::to_single(kxstr::low16(ch), mark);
+}
+
+uint16_t wtohiragana(uint32_t ch) {
+    return kxstr::strops::to_hiragana(kxstr::low16(ch));
+}
+
+uint16_t wtokatakana(uint32_t ch) {
+    return kxstr::strops::to_katakana(kxstr::low16(ch));
+}
+
+uint32_t wisupper(uint32_t ch) {
+    return kxstr::strops::is_upper(kxstr::low16(ch)) ? 1 : 0;
+}
+}
