@@ -15,6 +15,106 @@
 extern "C" {
 #endif
 
+/* ---- traversal, search, repair -------------------------------------------------------------------------------- */
+/*
+ * Codes are stepped over in KX strings and in document streams alike, unless a function says that it works on units.
+ * Unless said otherwise pointers are not null, strings and streams end with their terminator, and a stepping function
+ * is not called at a terminator. Document streams are trusted as in kxstr/forms.h; a group that claims no size counts
+ * as one byte. Threads: all are re-entrant over the caller's memory.
+ */
+
+/** @return The first character of a KX string at or after `position`, or the terminator. */
+KXSTR_API KxChar *W6wstrFirstCh(const KxChar *position);
+
+/**
+ * @param position  A character or code of a KX string, not the terminator.
+ * @return          The next character after it, or the terminator.
+ */
+KXSTR_API KxChar *W6wstrNextCh(const KxChar *position);
+
+/**
+ * @param start     Start of a KX string.
+ * @param position  A position in it; one not after `start` gives `start`.
+ * @return          The last character before `position`, or `start` when there is none (even if a code stands there).
+ */
+KXSTR_API KxChar *W6wstrPrevCh(const KxChar *start, const KxChar *position);
+
+/** @return The number of characters of a KX string, codes not counted. */
+KXSTR_API int32_t W6wstrchrcnt(const KxChar *string);
+
+/**
+ * @return  The first position at or after `position` in a document stream that holds a character byte (below 0x80), an
+ *          extended character (0xF0) or the terminator.
+ */
+KXSTR_API uint8_t *W6dstrFirstCh(const uint8_t *position);
+
+/** As W6dstrFirstCh, from behind the character or code at `position`, which is not the terminator. */
+KXSTR_API uint8_t *W6dstrNextCh(const uint8_t *position);
+
+/**
+ * Finds a KX string in another by exact characters; codes are stepped over in both.
+ *
+ * @return  The first character of the first occurrence, or null when there is none or when either string holds no
+ *          character.
+ */
+KXSTR_API KxChar *W6wstrstr(const KxChar *string, const KxChar *to_find);
+
+/** @return The first unit of a KX string, codes included, that is among the units of `delimiters`; else its end. */
+KXSTR_API KxChar *W6wstrdelim(const KxChar *string, const KxChar *delimiters);
+
+/**
+ * Rewrites a KX string in place so that no byte of it is 0 but the very last: each 0 byte of a character becomes 0xFF,
+ * and the terminator becomes the bytes 0xFF 0x00.
+ *
+ * @return  The string, to be handled as a zero-terminated byte string of twice its length plus one byte.
+ *
+ * Units keep the host's byte order: the bytes are not for a host of the other one.
+ */
+KXSTR_API KxChar *W6wstrFixExtChars(KxChar *string);
+
+/**
+ * Undoes W6wstrFixExtChars: every byte 0xFF before the first 0 byte becomes 0.
+ *
+ * @return  The string. Bytes that were 0xFF before the escape become 0 too: characters of index 0xFF and units of
+ *          0xFF00 and above do not come back.
+ */
+KXSTR_API uint8_t *W6wstrUnFixExtChars(uint8_t *bytes);
+
+/**
+ * Renumbers tab, line end and attribute codes of a KX string in place between two numberings.
+ *
+ * @param mode  1: from the codes of KX strings (0xF909, 0xF90A, 0xF90C, 0xF90D, 0xFE00..0xFE1F) to the other numbering
+ *              (0xFC45, 0xFB16, 0xFB1B, 0xFB13, 0xFC66..0xFC85). 2: back. Any other changes nothing.
+ * @return      The string.
+ */
+KXSTR_API KxChar *W6wzFix(KxChar *string, uint16_t mode);
+
+/**
+ * Copies a menu text without its mnemonic markers.
+ *
+ * @param destination  Room for the source's length plus a terminator; may be the source itself.
+ * @param source       Zero-terminated bytes. "&" before anything but another "&" is dropped; "&&" stays. On a
+ *                     double-byte system "(" drops everything up to and including the next ")", or to the end.
+ * @return             The key of the last mnemonic: the byte after "&" (0 at the end of the text), or 0x2800 with the
+ *                     byte two places after "(", each byte sign-extended. 0 without a mnemonic. A "(" with fewer than
+ *                     two bytes behind it counts the missing byte as 0; nothing behind the terminator is read.
+ *
+ * Example: "&File" -> "File", 0x0046.  "(&F)" on a double-byte system -> "", 0x2846.
+ */
+KXSTR_API int16_t VaskStripAmpersand(char *destination, const char *source);
+
+/**
+ * Cuts a byte string in the ANSI code page in place to at most `limit` bytes.
+ *
+ * @param limit  In bytes, without the terminator; the buffer has room for a 0 at that place. A limit of 0 or less makes
+ *               the string empty.
+ * @return       The new length. On a double-byte system a character that does not fit whole and a lead byte without its
+ *               trail byte are dropped, and a string shorter than the limit keeps its text and gives its length (less a
+ *               dropped lead byte). On any other system the 0 is stored at the limit, and the limit is the result,
+ *               however short the string was.
+ */
+KXSTR_API int32_t WMBStrTrunc(char *string, int32_t limit);
+
 /* ---- case and classes ----------------------------------------------------------------------------------------- */
 
 /**
