@@ -70,6 +70,35 @@ KXSTR_API void KXwmemmove(void *destination, const void *source, int32_t count);
 /** Stores the low 8 bits of `value` into `count` bytes; 0 or less stores nothing. The pointer is not tested. */
 KXSTR_API void KXwmemset(void *area, uint32_t value, int32_t count);
 
+/* ---- KX 5 ----
+ *
+ * The older generation of the document format numbers the characters of sets 1, 2, 5, 8, 9, 10, 11 and 13 differently;
+ * all others are the same. Set 11 (half-width katakana) is the same in Japan (country 1, see WtpiGetCountryID) and
+ * different elsewhere. Neither function tests whether its input is a character.
+ * Threads: re-entrant, once the country has been worked out.
+ */
+
+/**
+ * @param ch  KX 6 character; low 16 bits used.
+ * @return    The KX 5 character, or KX_NONE when that generation lacks it. Indexes above 62 of set 11 are no characters
+ *            and give KX_NONE (outside Japan).
+ *
+ * Example: 0x0200 -> 0x021A.  0x0118 -> 0x0208.  0x01EA -> KX_NONE.
+ */
+KXSTR_API uint32_t WtpiKX6toKX5(uint32_t ch);
+
+/**
+ * @param ch      KX 5 character; low 16 bits used.
+ * @param first   Receives the KX 6 character; not null. There always is one; indexes above 184 of set 11 are no
+ *                characters and come back unchanged.
+ * @param second  Receives 0x0B3D or 0x0B3E, the voicing or half-voicing mark behind a katakana letter, but only when
+ *                the result is 2; not null.
+ * @return        Number of characters stored: 1 or 2.
+ *
+ * Example, outside Japan: 0x0B09 -> 0x0B08 0x0B3D.  0x0208 -> 0x0118.
+ */
+KXSTR_API uint32_t WtpiKX5toKX6(uint32_t ch, KxChar *first, KxChar *second);
+
 #ifdef __cplusplus
 }
 #endif
