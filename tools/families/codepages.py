@@ -1,4 +1,6 @@
 """The code page table with its range and reverse tables."""
+import itertools
+
 from . import _emit
 from .charset import read_pairs
 
@@ -60,28 +62,31 @@ class Tables:
         self.names = {}
         self.text = ""
 
-    def add(self, name, function, arguments, items, notes):
-        """Writes items, so many to a line, each line followed by its note; returns the name to use."""
-        key = (function, arguments, tuple(items))
-        if key in self.names:
-            return self.names[key]
-        self.names[key] = name
-        self.text += f"constexpr auto {name} = {function}<{len(items)}>({arguments}{{\n"
-        for i in range(0, len(items), PER_LINE):
-            self.text += f"    {', '.join(items[i : i + PER_LINE])}, // {notes[i]}\n"
-        self.text += "});\n"
-        return name
+    def add(self, name, function, arguments, lines):
+        """Writes lines of entries, each followed by its note; returns the expression to use."""
+        count = sum(len(entries) for _, entries in lines)
+        body = "".join(f"    {', '.join(entries)}, // {note}\n" for note, entries in lines)
+        call = f"{function}<{count}>({arguments}{{\n"
+        # The notes name the code page, so they do not count.
+        key = call + " ".join(entry for _, entries in lines for entry in entries)
+        if key not in self.names:
+            self.names[key] = name
+            self.text += f"constexpr auto {name} = {call}{body}}});\n"
+        return f"{self.names[key]}.data()"
 
     def add_range(self, name, page, table):
         if not table:
             return "nullptr"
-        notes = [f"{page}: {byte:02X}" for byte in table]
-        first = f"{_emit.hex8(min(table))}, "
-        return self.add(name, "range_table", first, [_emit.hex16(kx) for kx in table.values()], notes) + ".data()"
+        rows = itertools.groupby(table.items(), lambda entry: entry[0] // PER_LINE)
+        rows = [list(row) for _, row in rows]
+        lines = [(f"{page}: {row[0][0]:02X}", [_emit.hex16(kx) for _, kx in row]) for row in rows]
+        return self.add(name, "range_table", f"{_emit.hex8(min(table))}, ", lines)
 
     def add_reverse(self, name, page, table):
-        items = [f"0x{kx:04X}{byte:02X}" for kx, byte in table.items()]
-        return self.add(name, "reverse_table", "", items, [f"{page}: {kx:04X}" for kx in table]) + ".data()"
+        entries = list(table.items())
+        rows = [entries[i : i + PER_LINE] for i in range(0, len(entries), PER_LINE)]
+        lines = [(f"{page}: {row[0][0]:04X}", [f"0x{kx:04X}{byte:02X}" for kx, byte in row]) for row in rows]
+        return self.add(name, "reverse_table", "", lines)
 
 
 def generate(data):
