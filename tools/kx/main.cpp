@@ -1,14 +1,17 @@
 // kx: the library on the command line.
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <span>
 
 #include "command.h"
+#include "convert.h"
 
 namespace {
 
 // One line a command; each lives in a file of its own.
 constexpr kx::Command kCommands[] = {
+    {"convert", "convert text between code pages, KX text and Unicode", kx::run_convert},
     {"help", "show this text", nullptr},
 };
 
@@ -22,6 +25,8 @@ void print_help(std::FILE *out) {
 } // namespace
 
 int main(int argc, char **argv) {
+    // A closed pipe is a write error like others, with a message.
+    std::signal(SIGPIPE, SIG_IGN);
     if (argc < 2) {
         print_help(stderr);
         return kx::kUsage;

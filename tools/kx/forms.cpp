@@ -1,0 +1,199 @@
+#include "forms.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "coders.h"
+
+namespace kx {
+namespace {
+
+struct NamedForm {
+    FormKind kind;
+    const char *name;
+    const char *alias;
+    const char *description;
+};
+
+constexpr NamedForm kForms[] = {
+    {FormKind::utf8, "utf-8", "utf8", "Unicode"},
+    {FormKind::utf16le, "utf-16le", "utf16le", "Unicode, low byte first"},
+    {FormKind::utf16be, "utf-16be", "utf16be", "Unicode, high byte first"},
+    {FormKind::kx, "kx", "", "KX text: 16-bit units, low byte first"},
+};
+
+// Names are lower case with dashes; all but the first are aliases. Every page is also known by its two numbers.
+struct NamedPage {
+    std::uint32_t kx_number;
+    std::array<const char *, 3> names;
+    const char *description;
+};
+
+constexpr NamedPage kPages[] = {
+    {333, {}, "DOS Greek, with French letters"},
+    {437, {}, "DOS, United States"},
+    {708, {}, "Arabic, with French letters"},
+    {710, {}, "DOS Arabic"},
+    {737, {}, "DOS Greek"},
+    {775, {}, "DOS Baltic"},
+    {850, {}, "DOS Western European"},
+    {851, {}, "DOS Greek, older"},
+    {8510, {}, "DOS Greek, older, variant"},
+    {852, {}, "DOS Central European"},
+    {853, {}, "DOS Maltese, Esperanto and Turkish"},
+    {855, {}, "DOS Cyrillic"},
+    {857, {}, "DOS Turkish"},
+    {860, {}, "DOS Portuguese"},
+    {8600, {}, "DOS Portuguese, variant"},
+    {8601, {}, "DOS Portuguese, variant"},
+    {861, {}, "DOS Icelandic"},
+    {862, {}, "DOS Hebrew"},
+    {863, {}, "DOS Canadian French"},
+    {864, {}, "DOS Arabic, presentation forms"},
+    {865, {}, "DOS Nordic"},
+    {866, {}, "DOS Russian"},
+    {8660, {}, "DOS Ukrainian"},
+    {869, {}, "DOS Greek, newer"},
+    {895, {}, "DOS Czech and Slovak"},
+    {896, {}, "DOS Polish"},
+    {897, {}, "DOS Czech and Slovak, variant"},
+    {932, {"shift-jis", "sjis"}, "Japanese"},
+    {936, {"gbk", "gb2312"}, "Simplified Chinese"},
+    {949, {"euc-kr", "uhc"}, "Korean"},
+    {950, {"big5"}, "Traditional Chinese"},
+    {1004, {}, "Windows Western European, older"},
+    {1250, {}, "Windows Central European"},
+    {1251, {}, "Windows Cyrillic"},
+    {1252, {}, "Windows Western European"},
+    {1253, {}, "Windows Greek"},
+    {1254, {}, "Windows Turkish"},
+    {1255, {}, "Windows Hebrew"},
+    {1256, {}, "Windows Arabic"},
+    {1257, {}, "Windows Baltic"},
+    {1258, {}, "Windows Vietnamese"},
+    {10001, {"macintosh"}, "Mac OS Roman"},
+    {18851, {"iso-8859-1", "iso8859-1", "latin1"}, "Western European"},
+    {18852, {"iso-8859-2", "iso8859-2", "latin2"}, "Central European"},
+    {18856, {"iso-8859-6", "iso8859-6"}, "Arabic"},
+    {18857, {"iso-8859-7", "iso8859-7"}, "Greek"},
+    {18858, {"iso-8859-8", "iso8859-8"}, "Hebrew"},
+    {19000, {}, "Latin and Georgian"},
+    {19001, {}, "Georgian"},
+};
+
+// 934 and 938 number the same characters as 949 and 950.
+constexpr std::uint32_t without_alias(std::uint32_t number) {
+    return number == 934 ? 949 : number == 938 ? 950 : number;
+}
+
+std::string normalized(std::string_view name) {
+    std::string text(name);
+    for (char &letter : text) {
+        if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
+        if (letter == '_') letter = '-';
+    }
+    return text;
+}
+
+// "437", "cp437", "ibm437", "windows-1252".
+std::optional<std::uint32_t> page_number(std::string_view name) {
+    for (const std::string_view prefix : {"cp", "ibm", "windows-"}) {
+        if (name.starts_with(prefix)) {
+            name.remove_prefix(prefix.size());
+            break;
+        }
+    }
+    std::uint32_t number = 0;
+    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
+    if (error != std::errc{} || end != name.data() + name.size()) return std::nullopt;
+    return without_alias(number);
+}
+
+Form form_of(const NamedPage &page) {
+    return {FormKind::code_page, page_of_kx_number(page.kx_number)};
+}
+
+std::string line(std::string_view name, std::string_view aliases, std::string_view description) {
+    std::string text = "  " + std::string(name);
+    text.resize(std::max<std::size_t>(text.size() + 1, 12), ' ');
+    text += aliases;
+    text.resize(std::max<std::size_t>(text.size() + 1, 44), ' ');
+    return text + std::string(description) + '\n';
+}
+
+} // namespace
+
+std::optional<Form> find_form(std::string_view name) {
+    const std::string wanted = normalized(name);
+    for (const NamedForm &form : kForms) {
+        if (wanted == form.name || (*form.alias != 0 && wanted == form.alias)) return Form{form.kind, {}};
+    }
+    const auto number = page_number(wanted);
+    for (const NamedPage &page : kPages) {
+        const Form form = form_of(page);
+        if (number == form.page.kx_number || number == form.page.windows_number) return form;
+        for (const char *alias : page.names) {
+            if (alias != nullptr && wanted == alias) return form;
+        }
+    }
+    return std::nullopt;
+}
+
+std::string name_of(const Form &form) {
+    for (const NamedForm &named : kForms) {
+        if (named.kind == form.kind) return named.name;
+    }
+    for (const NamedPage &page : kPages) {
+        if (page.kx_number != form.page.kx_number) continue;
+        // The ISO pages go by their names, not by numbers that hardly anybody knows.
+        return page.kx_number != form.page.windows_number ? page.names[0] : std::to_string(page.kx_number);
+    }
+    return std::to_string(form.page.windows_number);
+}
+
+std::string list_of_forms() {
+    std::string text = "Forms:\n";
+    for (const NamedForm &form : kForms)
+        text += line(form.name, form.alias, form.description);
+    text += "\nCode pages (a number may also be written as cp437, ibm437 or windows-437):\n";
+    for (const NamedPage &named : kPages) {
+        const Form form = form_of(named);
+        const std::string name = name_of(form);
+        std::string aliases;
+        const auto add = [&](const std::string &alias) {
+            if (alias != name) aliases += (aliases.empty() ? "" : " ") + alias;
+        };
+        add(std::to_string(form.page.windows_number));
+        add(std::to_string(named.kx_number));
+        for (const char *alias : named.names) {
+            if (alias != nullptr) add(alias);
+        }
+        text += line(name, aliases, named.description);
+    }
+    return text;
+}
+
+std::unique_ptr<Decoder> make_decoder(const Form &form, const Page &text_page) {
+    switch (form.kind) {
+    case FormKind::code_page: return make_page_decoder(form.page);
+    case FormKind::utf8: return make_utf8_decoder(text_page);
+    case FormKind::utf16le: return make_utf16_decoder(ByteOrder::little, text_page);
+    case FormKind::utf16be: return make_utf16_decoder(ByteOrder::big, text_page);
+    case FormKind::kx: return make_kx_decoder();
+    }
+    return nullptr;
+}
+
+std::unique_ptr<Encoder> make_encoder(const Form &form, const Page &text_page, const Page &written_page) {
+    switch (form.kind) {
+    case FormKind::code_page: return make_page_encoder(form.page, text_page);
+    case FormKind::utf8: return make_utf8_encoder(text_page);
+    case FormKind::utf16le: return make_utf16_encoder(ByteOrder::little, text_page);
+    case FormKind::utf16be: return make_utf16_encoder(ByteOrder::big, text_page);
+    case FormKind::kx: return make_kx_encoder(text_page, written_page);
+    }
+    return nullptr;
+}
+
+} // namespace kx

@@ -1,0 +1,83 @@
+// The forms of text that `kx convert` reads and writes, by name. Every form converts to KX text and from it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "files.h"
+#include "text.h"
+
+namespace kx {
+
+enum class FormKind { code_page, utf8, utf16le, utf16be, kx };
+
+struct Form {
+    FormKind kind;
+    Page page; // of a code page; else unset
+
+    bool operator==(const Form &) const = default;
+};
+
+// By any of its names, in any case; nothing for an unknown one.
+std::optional<Form> find_form(std::string_view name);
+std::string name_of(const Form &form);
+// All forms with their names, for people.
+std::string list_of_forms();
+
+// KX units, and for each the place of its first byte in the chunk that it came from.
+struct Units {
+    std::vector<KxChar> chars;
+    std::vector<std::uint32_t> places;
+
+    void add(KxChar ch, std::size_t place) {
+        chars.push_back(ch);
+        places.push_back(static_cast<std::uint32_t>(place));
+    }
+    void clear() {
+        chars.clear();
+        places.clear();
+    }
+};
+
+// Bytes to KX units. The state between two chunks is only what the chunk says, so any place between two characters is a
+// good one to go on from.
+class Decoder {
+  public:
+    struct Result {
+        std::size_t consumed;   // bytes that gave units
+        std::size_t bad_length; // not 0: this many bytes after them are one character that does not convert
+    };
+
+    Decoder() = default;
+    virtual ~Decoder() = default;
+    Decoder(const Decoder &) = delete;
+    Decoder &operator=(const Decoder &) = delete;
+
+    // Appends the units of the chunk's characters, up to the first one that does not convert. A character that is not
+    // complete at the end of the chunk is left, or bad when the chunk is the last.
+    virtual Result decode(const Chunk &chunk, Units &units) = 0;
+};
+
+// KX units to bytes.
+class Encoder {
+  public:
+    Encoder() = default;
+    virtual ~Encoder() = default;
+    Encoder(const Encoder &) = delete;
+    Encoder &operator=(const Encoder &) = delete;
+
+    // Appends the bytes of the units, up to the first one that does not convert. Returns the number of units done.
+    virtual std::size_t encode(std::span<const KxChar> units, std::vector<std::uint8_t> &bytes) = 0;
+};
+
+// Both take the page of the KX text between them (see text.h). An encoder for KX text writes it as a text of
+// `written_page`.
+std::unique_ptr<Decoder> make_decoder(const Form &form, const Page &text_page);
+std::unique_ptr<Encoder> make_encoder(const Form &form, const Page &text_page, const Page &written_page);
+
+} // namespace kx

@@ -1,0 +1,181 @@
+#include "text.h"
+
+#include <array>
+#include <kxstr/codepage.h>
+#include <kxstr/platform.h>
+
+#include "codepage/convert.h"
+#include "codepage/descriptor.h"
+#include "codepage/double_byte.h"
+#include "frame/kx_char.h"
+#include "platform/system.h"
+#include "unicode/map.h"
+
+namespace kx {
+namespace {
+
+using kxstr::index_of;
+using kxstr::kNone;
+using kxstr::set_of;
+
+constexpr std::array<std::uint32_t, 4> kDoubleBytePages{932, 949, 936, 950};
+
+// Double-byte codes convert whatever the locale: a converter names its code pages.
+constexpr bool kDoubleByteSystem = true;
+
+// The library's Unicode conversions ask the system for lead bytes, so the page at hand becomes the system's.
+void become_host(const Page &page) {
+    static std::uint32_t current = 0;
+    if (current == page.windows_number) return;
+    current = page.windows_number;
+    KxPlatformSettings settings;
+    KxPlatformGet(&settings);
+    settings.ansi_code_page = page.windows_number;
+    settings.double_byte = is_double_byte(page) ? 1 : 0;
+    KxPlatformSet(&settings);
+}
+
+KxCodePage descriptor_of(const Page &page) {
+    KxCodePage descriptor{};
+    kxstr::codepage::set_code_page(descriptor, page.kx_number, kxstr::codepage::kBothDirections);
+    return descriptor;
+}
+
+// Tab, line feed, form feed and carriage return are codes in KX text, in every form the same character.
+constexpr KxChar line_code(std::uint16_t control) {
+    switch (control) {
+    case 9: return KX_TAB;
+    case 10: return KX_LINE_FEED;
+    case 12: return KX_FORM_FEED;
+    case 13: return KX_CARRIAGE_RETURN;
+    default: return kNone;
+    }
+}
+
+constexpr std::uint16_t line_control(KxChar ch) {
+    switch (ch) {
+    case KX_TAB: return 9;
+    case KX_LINE_FEED: return 10;
+    case KX_FORM_FEED: return 12;
+    case KX_CARRIAGE_RETURN: return 13;
+    default: return kNone;
+    }
+}
+
+constexpr bool is_plain_set(KxChar ch) {
+    return set_of(ch) == kxstr::kAsciiSet || set_of(ch) == kxstr::kNativeByteSet;
+}
+// A byte of the text's code page that has no other KX character.
+constexpr bool is_native_byte(KxChar ch) {
+    return is_plain_set(ch) && index_of(ch) >= 0x80;
+}
+constexpr bool is_east_asian(KxChar ch) {
+    return kxstr::kFirstDoubleByteSet <= set_of(ch) && set_of(ch) <= kxstr::kLastDoubleByteSet;
+}
+
+bool has_character(std::uint32_t windows_number, KxChar ch) {
+    const std::uint16_t code = kxstr::codepage::kx_to_double_byte(windows_number, ch);
+    return code != kNone && kxstr::codepage::double_byte_to_kx(windows_number, code) == ch;
+}
+
+// The page that a unit speaks of: that of the text, unless it is an East Asian character that only another page has.
+// The sets of the four pages are apart; the areas beside them, which hold the user-defined characters, overlap, and
+// there the page of the text decides.
+Page page_of(const Page &text_page, KxChar ch) {
+    if (!is_east_asian(ch) || has_character(text_page.windows_number, ch)) return text_page;
+    for (const std::uint32_t number : kDoubleBytePages) {
+        if (has_character(number, ch)) return page_of_windows_number(number);
+    }
+    return text_page;
+}
+
+constexpr std::uint16_t join(const kxstr::platform::NativeBytes &native) {
+    switch (native.count) {
+    case 1: return native.bytes[0];
+    case 2: return static_cast<std::uint16_t>((native.bytes[0] << 8) | native.bytes[1]);
+    default: return kNone;
+    }
+}
+
+// A glyph that DOS shows for a control byte must not become a line end, nor come back as one.
+constexpr bool would_be_line_end(KxChar ch, std::uint16_t code) {
+    return line_code(code) != kNone && line_control(ch) == kNone && !is_plain_set(ch);
+}
+
+} // namespace
+
+Page page_of_kx_number(std::uint32_t number) {
+    return {number, WcvtKXCodepageToWinCodepage(number)};
+}
+
+Page page_of_windows_number(std::uint32_t number) {
+    return {WcvtWinCodepageToKXCodepage(number), number};
+}
+
+Page host_page() {
+    KxPlatformSettings settings;
+    KxPlatformGet(&settings);
+    return page_of_windows_number(settings.ansi_code_page);
+}
+
+bool is_double_byte(const Page &page) {
+    return kxstr::codepage::has_double_byte_rule(page.windows_number);
+}
+
+bool is_lead_byte(const Page &page, std::uint8_t byte) {
+    if (!is_double_byte(page)) return false;
+    become_host(page);
+    return kxstr::platform::is_lead_byte(byte);
+}
+
+KxChar kx_of_code(const Page &page, std::uint16_t code) {
+    if (const KxChar code_of_line = line_code(code); code_of_line != kNone) return code_of_line;
+    const KxChar ch = kxstr::codepage::to_kx(descriptor_of(page), code, kDoubleByteSystem);
+    if (ch != kNone) return ch;
+    if (code < 0x80) return code;
+    if (code > 0xFF || is_lead_byte(page, static_cast<std::uint8_t>(code))) return kNone;
+    return kxstr::make_char(kxstr::kNativeByteSet, code);
+}
+
+KxChar kx_of_unicode(const Page &text_page, std::uint16_t unit) {
+    if (const KxChar code_of_line = line_code(unit); code_of_line != kNone) return code_of_line;
+    if (unit < 0x80) return unit;
+    become_host(text_page);
+    const KxChar ch = kxstr::unicode::to_kx(unit, text_page.windows_number);
+    if (ch != kNone && !is_native_byte(ch)) return ch;
+    // A byte that has no other KX character, such as the no-break space, is where the page has it.
+    const std::uint16_t code = join(kxstr::platform::from_wide(text_page.windows_number, unit));
+    return code != kNone ? kx_of_code(text_page, code) : kNone;
+}
+
+std::uint16_t unicode_of_kx(const Page &text_page, KxChar ch) {
+    if (const std::uint16_t control = line_control(ch); control != kNone) return control;
+    return kxstr::unicode::from_kx(ch, page_of(text_page, ch).windows_number);
+}
+
+std::uint16_t code_of_kx(const Page &page, const Page &text_page, KxChar ch) {
+    const bool of_another_page =
+        (is_native_byte(ch) && page != text_page) || (is_east_asian(ch) && page_of(text_page, ch) != page);
+    if (!of_another_page) {
+        const std::uint16_t code = kxstr::codepage::from_kx(descriptor_of(page), ch, kDoubleByteSystem);
+        // The rules of the double-byte pages also take characters that no code of the page gives.
+        const bool comes_back = code <= 0xFF || kx_of_code(page, code) == ch;
+        if (code != kNone && comes_back && !would_be_line_end(ch, code)) return code;
+    }
+    // Greek, Cyrillic or a star have KX characters of their own, which a double-byte page has under its own codes.
+    const std::uint16_t unit = unicode_of_kx(text_page, ch);
+    if (unit == kNone) return kNone;
+    const std::uint16_t code = join(kxstr::platform::from_wide(page.windows_number, unit));
+    if (code == kNone || kx_of_code(page, code) == kNone || would_be_line_end(ch, code)) return kNone;
+    return code;
+}
+
+KxChar kx_of_kx(const Page &page, const Page &text_page, KxChar ch) {
+    const bool means_another =
+        page != text_page && (is_native_byte(ch) || (is_east_asian(ch) && page_of(text_page, ch) != page));
+    if (!means_another) return ch;
+    const std::uint16_t unit = unicode_of_kx(text_page, ch);
+    return unit != kNone ? kx_of_unicode(page, unit) : kNone;
+}
+
+} // namespace kx

@@ -1,0 +1,60 @@
+// What text means to the tool: one character between a code page, KX text and Unicode. These are the library's
+// conversions plus what a converter of whole texts needs: line ends stay line ends, and every byte of a code page has a
+// unit in KX text. docs/convert.md tells the choices.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <kxstr/types.h>
+#include <vector>
+
+namespace kx {
+
+// A code page under both of its numbers.
+struct Page {
+    std::uint32_t kx_number;
+    std::uint32_t windows_number;
+
+    bool operator==(const Page &) const = default;
+};
+Page page_of_kx_number(std::uint32_t number);
+Page page_of_windows_number(std::uint32_t number);
+// The ANSI code page of the platform settings.
+Page host_page();
+
+bool is_double_byte(const Page &page);
+bool is_lead_byte(const Page &page, std::uint8_t byte);
+
+// All results are KX_NONE where there is no equivalent. A code is a byte, or a double-byte code with its lead byte
+// high.
+//
+// The East Asian sets of KX text and the native bytes in the upper halves of sets 0 and 12 mean something only together
+// with a code page, the page of the text.
+KxChar kx_of_code(const Page &page, std::uint16_t code);
+KxChar kx_of_unicode(const Page &text_page, std::uint16_t unit);
+std::uint16_t unicode_of_kx(const Page &text_page, KxChar ch);
+// The code of a character of a text of `text_page` in another page, or in the same.
+std::uint16_t code_of_kx(const Page &page, const Page &text_page, KxChar ch);
+// The same character in a text of another page.
+KxChar kx_of_kx(const Page &page, const Page &text_page, KxChar ch);
+
+// One of the functions above with what it has answered: texts ask for the same few thousand characters again and again.
+class CharMap {
+  public:
+    using Function = std::function<std::uint16_t(std::uint16_t)>;
+    explicit CharMap(Function function) : function_(std::move(function)), known_(0x10000, kUnknown) {}
+
+    std::uint16_t operator[](std::uint16_t key) {
+        std::int32_t &value = known_[key];
+        if (value == kUnknown) value = function_(key);
+        return static_cast<std::uint16_t>(value);
+    }
+
+  private:
+    static constexpr std::int32_t kUnknown = -1;
+
+    Function function_;
+    std::vector<std::int32_t> known_;
+};
+
+} // namespace kx
