@@ -1,27 +1,53 @@
+#include <algorithm>
+
 #include "platform/system.h"
+#include "tables/windows_pages.h"
 
 namespace kxstr::platform {
+namespace {
+
+const tables::WindowsPage *find_page(std::uint32_t number) noexcept {
+    const auto &pages = tables::kWindowsPages;
+    const auto *const found = std::ranges::lower_bound(pages, number, {}, &tables::WindowsPage::number);
+    return found != pages.end() && found->number == number ? found : nullptr;
+}
+
+// The units of a lead byte's pairs, from tables::kFirstTrailByte up; null for other bytes.
+const std::uint16_t *find_row(const tables::WindowsPage &page, std::uint8_t byte) noexcept {
+    if (page.rows == nullptr || byte < tables::kFirstHighByte) return nullptr;
+    const std::size_t row = page.rows[byte - tables::kFirstHighByte];
+    return row == 0 ? nullptr : tables::kWindowsRows + (row - 1) * tables::kTrailBytes;
+}
+
+} // namespace
 
 bool is_lead_byte(std::uint8_t byte) noexcept {
-    switch (ansi_code_page()) {
-    case 932: return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
-    case 936:
-    case 949:
-    case 950: return byte >= 0x81 && byte <= 0xFE;
-    default: return false;
-    }
+    if (byte < tables::kFirstHighByte) return false;
+    const auto *const page = find_page(ansi_code_page());
+    return page != nullptr && find_row(*page, byte) != nullptr;
 }
 
 std::optional<std::uint16_t> to_wide(std::uint32_t code_page, std::span<const std::uint8_t> bytes) noexcept {
-    if (bytes.size() != 1) return std::nullopt;
-    if (bytes[0] < 0x80 || (code_page == 1252 && bytes[0] >= 0xA0)) return bytes[0];
-    return std::nullopt;
+    const auto *const page = find_page(code_page);
+    if (page == nullptr || bytes.empty() || bytes.size() > 2) return std::nullopt;
+    const std::uint8_t first = bytes[0];
+    if (bytes.size() == 1) return first < tables::kFirstHighByte ? first : page->units[first - tables::kFirstHighByte];
+
+    // A zero is no trail byte: like two single bytes it comes to two units, for which there is no room.
+    const std::uint8_t second = bytes[1];
+    const std::uint16_t *const row = find_row(*page, first);
+    if (row == nullptr || second == 0) return std::nullopt;
+    return second < tables::kFirstTrailByte ? page->default_unit : row[second - tables::kFirstTrailByte];
 }
 
 NativeBytes from_wide(std::uint32_t code_page, std::uint16_t unit) noexcept {
-    if (unit < 0x80 || (code_page == 1252 && unit >= 0xA0 && unit <= 0xFF))
-        return {{static_cast<std::uint8_t>(unit), 0}, 1};
-    return {{0, 0}, 0};
+    const auto *const page = find_page(code_page);
+    if (page == nullptr) return {{0, 0}, 0};
+    if (unit < tables::kFirstHighByte) return {{static_cast<std::uint8_t>(unit), 0}, 1};
+    const std::uint16_t code = tables::kWindowsBlocks[page->blocks[unit >> 8] * std::size_t{0x100} + (unit & 0xFF)];
+    if (code == 0) return {{0, 0}, 0};
+    if (code <= 0xFF) return {{static_cast<std::uint8_t>(code), 0}, 1};
+    return {{static_cast<std::uint8_t>(code >> 8), static_cast<std::uint8_t>(code)}, 2};
 }
 
 } // namespace kxstr::platform
