@@ -102,6 +102,19 @@ constexpr bool would_be_line_end(KxChar ch, std::uint16_t code) {
     return line_code(code) != kNone && line_control(ch) == kNone && !is_plain_set(ch);
 }
 
+// KX text has an Arabic letter and its isolated form as one character, and the library gives the form as its Unicode
+// value. In a text it is the letter, which joins its neighbours, unless the page of the text has the form itself.
+std::uint16_t letter_of_form(const Page &text_page, KxChar ch, std::uint16_t form) {
+    constexpr std::uint16_t first_form = 0xFB50;
+    constexpr std::uint16_t last_form = 0xFEFC;
+    if (form < first_form || form > last_form) return form;
+    if (kxstr::platform::from_wide(text_page.windows_number, form).count != 0) return form;
+    for (std::uint16_t letter = 0x0600; letter <= 0x06FF; ++letter) {
+        if (kxstr::unicode::to_kx(letter, text_page.windows_number) == ch) return letter;
+    }
+    return form;
+}
+
 } // namespace
 
 Page page_of_kx_number(std::uint32_t number) {
@@ -131,7 +144,9 @@ bool is_lead_byte(const Page &page, std::uint8_t byte) {
 KxChar kx_of_code(const Page &page, std::uint16_t code) {
     if (const KxChar code_of_line = line_code(code); code_of_line != kNone) return code_of_line;
     const KxChar ch = kxstr::codepage::to_kx(descriptor_of(page), code, kDoubleByteSystem);
-    if (ch != kNone) return ch;
+    // The table of a page may carry its no-break space as the byte that other pages have for it.
+    const bool another_byte = is_native_byte(ch) && index_of(ch) != code;
+    if (ch != kNone && !another_byte) return ch;
     if (code < 0x80) return code;
     if (code > 0xFF || is_lead_byte(page, static_cast<std::uint8_t>(code))) return kNone;
     return kxstr::make_char(kxstr::kNativeByteSet, code);
@@ -150,7 +165,8 @@ KxChar kx_of_unicode(const Page &text_page, std::uint16_t unit) {
 
 std::uint16_t unicode_of_kx(const Page &text_page, KxChar ch) {
     if (const std::uint16_t control = line_control(ch); control != kNone) return control;
-    return kxstr::unicode::from_kx(ch, page_of(text_page, ch).windows_number);
+    const std::uint16_t unit = kxstr::unicode::from_kx(ch, page_of(text_page, ch).windows_number);
+    return letter_of_form(text_page, ch, unit);
 }
 
 std::uint16_t code_of_kx(const Page &page, const Page &text_page, KxChar ch) {

@@ -1,0 +1,56 @@
+#!/bin/sh
+# demo.sh KX: takes the sample texts through KX text and back, shows what happens, and fails when a byte differs.
+set -eu
+kx=$1
+texts=$(dirname "$0")/texts
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+cat <<'TELL'
+Before Unicode, every language had code pages of its own. KX text holds them all in one: each character
+is a 16-bit unit that names a character set and a place in it. The texts here are stored as the machines of
+their languages stored them. Each is converted
+    to KX text and back          kx convert -f 852 -t kx TEXT | kx convert -f kx -t 852
+    to KX text and on to UTF-8   kx convert -f 852 -t kx TEXT | kx convert -f kx -t utf-8
+and compared byte by byte: with itself, and with the UTF-8 text that it was made from.
+
+TELL
+
+total=0
+faults=0
+
+# same FILE FILE: whether they are equal, in words.
+same() {
+    if cmp -s "$1" "$2"; then
+        echo "same"
+    else
+        echo "DIFFERENT"
+    fi
+}
+
+printf '%-20s %9s %9s %9s  %-9s  %-9s  %s\n' "text" "code page" "bytes" "KX units" "and back" "and UTF-8" "first line"
+for text in "$texts"/*.txt; do
+    name=$(basename "$text" .txt)
+    page=${name##*-}
+    "$kx" convert -f "$page" -t kx -o "$work/kx" "$text" || true
+    "$kx" convert -f kx -t "$page" -o "$work/back" "$work/kx" || true
+    "$kx" convert -f kx -t utf-8 -o "$work/utf8" "$work/kx" || true
+    back=$(same "$text" "$work/back")
+    unicode=$(same "$texts/utf-8/$name.txt" "$work/utf8")
+    total=$((total + 1))
+    [ "$back $unicode" = "same same" ] || faults=$((faults + 1))
+    printf '%-20s %9s %9d %9d  %-9s  %-9s  %s\n' "${name%-*}" "$page" "$(wc -c <"$text")" \
+        "$(($(wc -c <"$work/kx") / 2))" "$back" "$unicode" "$(head -n 1 "$work/utf8" | tr -d '\r')"
+done
+
+echo
+if [ "$total" -eq 0 ]; then
+    echo "No texts in $texts."
+    exit 1
+fi
+if [ "$faults" -ne 0 ]; then
+    echo "$faults of $total texts did NOT come through whole."
+    exit 1
+fi
+echo "All $total texts came back from KX text byte for byte, and every character has its Unicode value."
+echo "Try one yourself: $kx convert -f 932 -t utf-8 examples/texts/japanese-932.txt"
