@@ -6,6 +6,7 @@
 #include <kxstr/forms.h>
 #include <kxstr/frame.h>
 #include <kxstr/platform.h>
+#include <kxstr/prim.h>
 #include <kxstr/strops.h>
 #include <kxstr/types.h>
 #include <kxstr/unicode.h>

@@ -1,0 +1,138 @@
+#include <cstring>
+#include <gtest/gtest.h>
+#include <kxstr/strops.h>
+#include <string>
+
+#include "reference/byte_copies.h"
+#include "reference/streams.h"
+#include "support/guarded.h"
+#include "support/process_state.h"
+
+namespace {
+
+using namespace kxstr::reference;
+using namespace kxstr::test;
+
+TEST(ZeroEscape, EveryCharacterTravelsAsBytesAndComesBack) {
+    for (std::uint32_t ch = 1; ch < 0x10000; ++ch) {
+        const std::vector<KxChar> text{static_cast<KxChar>(ch), 0x0041, 0};
+        std::vector<KxChar> string = text;
+        ASSERT_EQ(W6wstrFixExtChars(string.data()), string.data());
+        auto *bytes = reinterpret_cast<std::uint8_t *>(string.data());
+        ASSERT_EQ(std::strlen(reinterpret_cast<const char *>(bytes)), 2 * 2 + 1u) << std::hex << ch;
+        ASSERT_EQ(W6wstrUnFixExtChars(bytes), bytes);
+        if (ch >> 8 == 0xFF || (ch & 0xFF) == 0xFF)
+            ASSERT_NE(string, text) << std::hex << ch;
+        else
+            ASSERT_EQ(string, text) << std::hex << ch;
+    }
+}
+
+TEST(ZeroEscape, BytesAsWritten) {
+    std::vector<KxChar> string{0x0041, 0x0100, 0};
+    W6wstrFixExtChars(string.data());
+    EXPECT_EQ(string[0], 0xFF41);
+    EXPECT_EQ(string[1], 0x01FF);
+    const auto *terminator = reinterpret_cast<const std::uint8_t *>(string.data() + 2);
+    EXPECT_EQ(terminator[0], 0xFF);
+    EXPECT_EQ(terminator[1], 0x00);
+    std::vector<KxChar> empty{0};
+    W6wstrFixExtChars(empty.data());
+    W6wstrUnFixExtChars(reinterpret_cast<std::uint8_t *>(empty.data()));
+    EXPECT_EQ(empty[0], 0);
+}
+
+KxChar fixed(std::uint32_t unit, std::uint16_t mode) {
+    std::vector<KxChar> string{0x0041, static_cast<KxChar>(unit), 0};
+    EXPECT_EQ(W6wzFix(string.data(), mode), string.data());
+    EXPECT_EQ(string[0], 0x0041);
+    return string[1];
+}
+
+TEST(CodeNumbering, ThirtySixCodesChangeAndComeBack) {
+    unsigned changed = 0;
+    for (std::uint32_t unit = 1; unit < 0x10000; ++unit) {
+        const KxChar other = fixed(unit, 1);
+        if (other == unit) continue;
+        ++changed;
+        ASSERT_EQ(fixed(other, 2), unit) << std::hex << unit;
+        ASSERT_EQ(fixed(unit, 2), unit) << std::hex << unit << ": no value stands in both numberings";
+    }
+    EXPECT_EQ(changed, 36u);
+    const struct {
+        KxChar ours, other;
+    } pairs[] = {{0xF90D, 0xFB13}, {0xF90A, 0xFB16}, {0xF90C, 0xFB1B}, {0xF909, 0xFC45},
+                 {0xFE00, 0xFC66}, {0xFE1E, 0xFC75}, {0xFE01, 0xFC76}, {0xFE1F, 0xFC85}};
+    for (const auto &pair : pairs) {
+        EXPECT_EQ(fixed(pair.ours, 1), pair.other) << std::hex << pair.ours;
+        EXPECT_EQ(fixed(pair.other, 2), pair.ours) << std::hex << pair.other;
+        for (const std::uint16_t mode : std::initializer_list<std::uint16_t>{0, 3, 0x0101})
+            EXPECT_EQ(fixed(pair.ours, mode), pair.ours) << mode;
+    }
+}
+
+TEST(StripAmpersand, TextAndKey) {
+    const struct {
+        const char *source, *text;
+        int key;
+        const char *double_byte_text; // null: as `text`, and the same key
+        int double_byte_key;
+    } cases[] = {
+        {"", "", 0, nullptr, 0},
+        {"&File", "File", 0x46, nullptr, 0},
+        {"A&&B", "A&&B", 0, nullptr, 0},
+        {"&&&A", "&&A", 0x41, nullptr, 0},
+        {"&A&B", "AB", 0x42, nullptr, 0},
+        {"Save&", "Save", 0, nullptr, 0},
+        {"&A Save&", "A Save", 0, nullptr, 0},
+        {"&\xE9", "\xE9", -0x17, nullptr, 0},
+        {"(&F)", "(F)", 0x46, "", 0x2846},
+        {"Open(&O)...", "Open(O)...", 0x4F, "Open...", 0x284F},
+        {"a(&\xE9", "a(\xE9", -0x17, "a", -0x17},
+        {"(", "(", 0, "", 0x2800},
+        {"((", "((", 0, "", 0x2800},
+        {"()&X", "()X", 0x58, "X", 0x58},
+        {"&(x)y", "(x)y", 0x28, "y", 0x2829},
+    };
+    for (const auto &c : cases) {
+        for (const bool double_byte : {false, true}) {
+            run_on(double_byte ? kJapanese : kWestern);
+            const bool differs = double_byte && c.double_byte_text != nullptr;
+            const std::string expected = differs ? c.double_byte_text : c.text;
+            // Sources of their exact size; the second time over themselves.
+            std::vector<char> source(c.source, c.source + std::strlen(c.source) + 1);
+            std::vector<char> out(source.size());
+            for (char *destination : {out.data(), source.data()}) {
+                EXPECT_EQ(VaskStripAmpersand(destination, source.data()), differs ? c.double_byte_key : c.key)
+                    << c.source;
+                EXPECT_EQ(destination, expected) << c.source;
+            }
+        }
+    }
+}
+
+TEST(Truncation, EveryShortTextAtEveryLimit) {
+    for (const System &system : {kJapanese, kSimplifiedChinese, kKorean, kTraditionalChinese}) {
+        run_on(system);
+        for_every_sequence(kDoubleByteAlphabet, 5, [&](const std::vector<char> &text) {
+            for (std::int32_t limit = -1; limit <= 6; ++limit) {
+                Guarded<char> buffer(7);
+                buffer.store(text);
+                buffer.data()[text.size()] = 0;
+                const std::string expected = cut_to(std::string(text.begin(), text.end()), limit, system.ansi);
+                ASSERT_EQ(WMBStrTrunc(buffer.data(), limit), static_cast<std::int32_t>(expected.size()));
+                ASSERT_EQ(buffer.data(), expected) << system.ansi << " limit " << limit;
+                ASSERT_TRUE(buffer.guards_hold());
+                ASSERT_EQ(buffer.data()[6], Guarded<char>::kUntouched) << "behind text and terminator";
+            }
+        });
+    }
+    run_on(kWestern);
+    std::vector<char> text{'a', '\x81', '\x40', 'b', 0};
+    EXPECT_EQ(WMBStrTrunc(text.data(), 2), 2);
+    EXPECT_EQ(text, (std::vector<char>{'a', '\x81', 0, 'b', 0}));
+    EXPECT_EQ(WMBStrTrunc(text.data(), -1), 0);
+    EXPECT_EQ(text[0], 0);
+}
+
+} // namespace
