@@ -139,6 +139,109 @@ KXSTR_API uint16_t wtolower(uint32_t ch);
 /** The capital letter; otherwise as wtolower. */
 KXSTR_API uint16_t wtoupper(uint32_t ch);
 
+/** The same as wtolower. */
+KXSTR_API uint16_t W6wstrLowerCh(uint32_t ch);
+
+/** The same as wtoupper. */
+KXSTR_API uint16_t W6wstrUpperCh(uint32_t ch);
+
+/**
+ * @param string  KX string, changed in place; not null. Every character gives way to its wtolower form; codes stay.
+ * @return        `string`.
+ *
+ * Threads: re-entrant over the caller's memory, once the country is decided; so are the other functions of this
+ * section.
+ */
+KXSTR_API KxChar *W6wstrlwr(KxChar *string);
+
+/** The same with wtoupper. */
+KXSTR_API KxChar *W6wstrupr(KxChar *string);
+
+/**
+ * @param stream  Document stream, changed in place; not null. ASCII letters and extended characters (the 16-bit
+ *                value behind 0xF0) give way to their wtolower forms; the bytes of all other codes stay. Streams are
+ *                trusted as in kxstr/forms.h.
+ * @return        `stream`.
+ */
+KXSTR_API uint8_t *W6dstrlwr(uint8_t *stream);
+
+/** The same with wtoupper. */
+KXSTR_API uint8_t *W6dstrupr(uint8_t *stream);
+
+/**
+ * @param position  One character in a document stream, changed in place: the 3 bytes 0xF0, index, set, or one byte.
+ *                  Any other code byte stays. Not null.
+ * @return          `position`.
+ */
+KXSTR_API uint8_t *W6dstrLowerCh(uint8_t *position);
+
+/** The same with wtoupper. */
+KXSTR_API uint8_t *W6dstrUpperCh(uint8_t *position);
+
+/**
+ * @param position  As W6dstrLowerCh; only read.
+ * @return          The wtolower form of the character there.
+ */
+KXSTR_API uint16_t W6dstrLowerCh2(const uint8_t *position);
+
+/**
+ * Copies a byte string with extended characters and makes all letters capital. Unlike W6dstrupr it knows no other
+ * codes: a byte 0x61 inside of one changes too.
+ *
+ * @param destination  Room for as many bytes as the source takes, terminator included. May be the source itself; must
+ *                     not overlap it otherwise. Not null.
+ * @param source       Ends with the first 0 byte outside of an extended character's index and set; its closing byte is
+ *                     not checked, and a 0 there ends the string. Not null.
+ */
+KXSTR_API void s2upper(uint8_t *destination, const uint8_t *source);
+
+/**
+ * Copies a KX string and makes all letters capital; codes are copied.
+ *
+ * @param destination  Room for as many units as the source takes, terminator included. May be the source itself; must
+ *                     not overlap it otherwise.
+ * @param source       Where either is null, nothing happens.
+ */
+KXSTR_API void ws2upper(KxChar *destination, const KxChar *source);
+
+/**
+ * As ws2upper, with bounds.
+ *
+ * @param size  Room at `destination` in bytes, 2 to a unit; an odd last byte stays as it is. 0 or less: nothing is
+ *              written. When the room ends first, no terminator is written. The pointers are not null.
+ */
+KXSTR_API void ws2uppern(KxChar *destination, const KxChar *source, int32_t size);
+
+/** @return 1 for letters of the alphabetic scripts and half-width katakana, else 0. */
+KXSTR_API int32_t W6wstrIsAlpha(uint32_t ch);
+
+/** @return 1 for 0x0030 to 0x0039, else 0: digits of other sets do not count. */
+KXSTR_API int32_t W6wstrIsDigit(uint32_t ch);
+
+/** @return 1 where W6wstrIsDigit or W6wstrIsAlpha gives 1, else 0. */
+KXSTR_API int32_t W6wstrIsAlphaNum(uint32_t ch);
+
+/** @return 1 for 0x0020 and for the tab, line end and space codes of KX strings, else 0. ASCII's tab does not count. */
+KXSTR_API int32_t W6wstrIsSpace(uint32_t ch);
+
+/** A closed range of indices in one set. */
+typedef struct KxIndexRange {
+    uint16_t set;
+    uint8_t first;
+    uint8_t last;
+} KxIndexRange;
+
+#define KX_RANGES_END 0xFFFF /**< set number of the entry that ends a table of ranges */
+
+/**
+ * @param ch     KX character or code.
+ * @param table  Entries in ascending order of the set number (several for one set in any order), ended by one with the
+ *               set number KX_RANGES_END; not null. The search ends at the first set number above that of the
+ * character.
+ * @return       1 where an entry holds the character, else 0.
+ */
+KXSTR_API int32_t lW6wstrFoundInTable(uint32_t ch, const KxIndexRange *table);
+
 /* ---- East Asian forms ----------------------------------------------------------------------------------------- */
 /*
  * Letters, digits, punctuation and kana exist in a single-width form (sets 0 to 11) and a double-width form (sets from

@@ -32,4 +32,12 @@ uint16_t wtolower(uint32_t ch) {
 uint16_t wtoupper(uint32_t ch) {
     return kxstr::strops::to_upper(kxstr::low16(ch));
 }
+
+uint16_t W6wstrLowerCh(uint32_t ch) {
+    return wtolower(ch);
+}
+
+uint16_t W6wstrUpperCh(uint32_t ch) {
+    return wtoupper(ch);
+}
 }

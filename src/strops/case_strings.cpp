@@ -1,0 +1,104 @@
+// Letter case of whole KX strings, document streams and byte strings.
+#include <kxstr/strops.h>
+
+#include "strops/case.h"
+#include "strops/step.h"
+
+namespace kxstr::strops {
+namespace {
+
+using CaseRule = KxChar (*)(KxChar) noexcept;
+
+template <CaseRule Rule> constexpr std::uint8_t map_byte(std::uint8_t byte) noexcept {
+    return static_cast<std::uint8_t>(Rule(byte));
+}
+
+template <CaseRule Rule> KxChar *map_string(KxChar *string) noexcept {
+    for (KxChar *at = string; *at != 0; ++at) {
+        if (!is_code(*at)) *at = Rule(*at);
+    }
+    return string;
+}
+
+// A code byte at `position` is taken as a character of set 0, and so stays.
+template <CaseRule Rule> std::uint8_t *map_stream_char(std::uint8_t *position) noexcept {
+    if (*position == forms::kExtended) {
+        store_u16le(position + 1, Rule(load_u16le(position + 1)));
+    } else {
+        *position = map_byte<Rule>(*position);
+    }
+    return position;
+}
+
+template <CaseRule Rule> std::uint8_t *map_stream(std::uint8_t *stream) noexcept {
+    for (std::uint8_t *at = skip_codes(stream); *at != 0; at = next_char(at))
+        map_stream_char<Rule>(at);
+    return stream;
+}
+
+// Knows extended characters, but no other codes: every byte outside of those is mapped like a character.
+void copy_upper(std::uint8_t *destination, const std::uint8_t *source) noexcept {
+    while (*source != 0) {
+        if (*source == forms::kExtended) {
+            *destination = *source;
+            store_u16le(destination + 1, to_upper(load_u16le(source + 1)));
+            destination += 3;
+            source += 3;
+            // The closing byte goes the way of every byte, even if it is another one: an 0xF0 opens nothing here, and a
+            // 0 ends the copy.
+            if (*source == 0) break;
+        }
+        *destination++ = map_byte<to_upper>(*source++);
+    }
+    *destination = 0;
+}
+
+} // namespace
+} // namespace kxstr::strops
+
+extern "C" {
+
+KxChar *W6wstrlwr(KxChar *string) {
+    return kxstr::strops::map_string<kxstr::strops::to_lower>(string);
+}
+
+KxChar *W6wstrupr(KxChar *string) {
+    return kxstr::strops::map_string<kxstr::strops::to_upper>(string);
+}
+
+uint8_t *W6dstrlwr(uint8_t *stream) {
+    return kxstr::strops::map_stream<kxstr::strops::to_lower>(stream);
+}
+
+uint8_t *W6dstrupr(uint8_t *stream) {
+    return kxstr::strops::map_stream<kxstr::strops::to_upper>(stream);
+}
+
+uint8_t *W6dstrLowerCh(uint8_t *position) {
+    return kxstr::strops::map_stream_char<kxstr::strops::to_lower>(position);
+}
+
+uint8_t *W6dstrUpperCh(uint8_t *position) {
+    return kxstr::strops::map_stream_char<kxstr::strops::to_upper>(position);
+}
+
+uint16_t W6dstrLowerCh2(const uint8_t *position) {
+    return kxstr::strops::to_lower(kxstr::strops::stream_char(position));
+}
+
+void s2upper(uint8_t *destination, const uint8_t *source) {
+    kxstr::strops::copy_upper(destination, source);
+}
+
+void ws2upper(KxChar *destination, const KxChar *source) {
+    if (destination == nullptr || source == nullptr) return;
+    while ((*destination++ = kxstr::strops::to_upper(*source)) != 0)
+        ++source;
+}
+
+void ws2uppern(KxChar *destination, const KxChar *source, int32_t size) {
+    for (; size >= 2; size -= 2) {
+        if ((*destination++ = kxstr::strops::to_upper(*source++)) == 0) return;
+    }
+}
+}
