@@ -7,7 +7,7 @@ import sys
 def main():
     list_path, library = sys.argv[1:]
     with open(list_path, encoding="utf-8") as lines:
-        wanted = {line.strip() for line in lines if line.strip() and not line.startswith("#")}
+        wanted = {line.split()[0] for line in lines if line.strip() and not line.startswith("#")}
     listing = subprocess.run(["nm", "-D", "--defined-only", library], check=True, capture_output=True, text=True).stdout
     symbols = (line.split() for line in listing.splitlines())
     # Kind A is the version node itself.
