@@ -70,6 +70,143 @@ KXSTR_API void KXwmemmove(void *destination, const void *source, int32_t count);
 /** Stores the low 8 bits of `value` into `count` bytes; 0 or less stores nothing. The pointer is not tested. */
 KXSTR_API void KXwmemset(void *area, uint32_t value, int32_t count);
 
+/* ---- Buffers and stripping ----
+ *
+ * The library holds a descriptor for the ANSI and one for the OEM code page (see WtpiGetAnsiCodepageTbl; on a
+ * double-byte system both are the Windows code page). They are filled when a conversion first needs them.
+ *
+ * Counts are the destination's size in bytes, the terminator included; of a 32-bit count the low 16 bits are used,
+ * except by TpiKxLongStripBuff. A count of 0 writes nothing, not even a terminator, and gives 0; otherwise the
+ * destination always ends with a terminator. A code of several bytes is written whole or not at all: one that does not
+ * fit ends the conversion. Pointers are not tested. Document streams are trusted, as above.
+ *
+ * Threads: re-entrant over the caller's memory, once the descriptors are filled. Filling and clearing them is
+ * unguarded; serialise TpiSetCodepage and str_ClrCodePage, and a first use, with all other use.
+ */
+
+/** Fills both descriptors from the code pages of the moment, whether they were filled before or not. */
+KXSTR_API void TpiSetCodepage(void);
+
+/** Fills both descriptors if they are not filled yet. @return 1, always. */
+KXSTR_API uint32_t str_SetCodePage(void);
+
+/** Empties both descriptors, so that the next use fills them again; does nothing when none has filled them yet. */
+KXSTR_API void str_ClrCodePage(void);
+
+/**
+ * One native code to a KX character by the library's own descriptor; otherwise as WcvtNtvToKx.
+ * @param code  Low 16 bits used: a byte, or a double-byte code with its lead byte in bits 15..8.
+ * @return      The KX character, or 0xFFFF.
+ */
+KXSTR_API uint32_t TpiAnsiToKx(uint32_t code);
+KXSTR_API uint32_t TpiOemToKx(uint32_t code);
+
+/**
+ * One KX character to a native code by the library's own descriptor; otherwise as WcvtKxToNtv.
+ * @param ch  Low 16 bits used.
+ * @return    The native code (a byte, or lead byte and trail byte), or 0xFFFF.
+ */
+KXSTR_API uint32_t TpiGetAnsi(uint32_t ch);
+KXSTR_API uint32_t TpiGetOem(uint32_t ch);
+
+/**
+ * Native text to a document stream, a byte at a time, also when called on a double-byte system.
+ *
+ * @param destination  Receives at most `count` bytes; must not overlap the source. A character of sets other than 0
+ *                     takes 4 bytes, so no text needs more than 4 * its length + 1.
+ * @param source       ANSI (OEM) string.
+ * @return             Bytes written, the terminator included; 0 when the count is 0.
+ *
+ * 0x20..0x7E are copied; other bytes convert by the code page, and those without a KX character are dropped.
+ * Example, 1252: E9 41 -> F0 29 01 F0 41.
+ */
+KXSTR_API uint32_t str_AnsiToKx(uint8_t *destination, const char *source, uint32_t count);
+KXSTR_API uint32_t str_OemToKx(uint8_t *destination, const char *source, uint32_t count);
+
+/**
+ * The same for text with double-byte characters: a lead byte of the system's ANSI code page and the byte behind it make
+ * one code. A lead byte just before the terminator is dropped. All codes convert by the ANSI descriptor.
+ *
+ * @param selector  0 for ANSI text, 1 for OEM text; has no effect.
+ */
+KXSTR_API uint32_t str_DBCS_OEMorANSItoKX(uint8_t *destination, const char *source, uint32_t count, uint32_t selector);
+
+/** str_AnsiToKx (str_OemToKx), on a double-byte system str_DBCS_OEMorANSItoKX. */
+KXSTR_API uint32_t TpiAnsiToKxBuff(uint8_t *destination, const char *source, uint32_t count);
+KXSTR_API uint32_t TpiOemToKxBuff(uint8_t *destination, const char *source, uint32_t count);
+
+/* What stripping keeps, and what it writes in place of a code. Codes that no flag names are dropped; other bits of the
+ * flags have no effect. */
+#define KX_KEEP_ATTRIBUTES 0x01u     /**< F2 a F2 and F3 a F3; in KX strings 0xFE00..0xFE1F */
+#define KX_KEEP_HARD_ENDS 0x02u      /**< CC; in KX strings KX_LINE_FEED and KX_FORM_FEED */
+#define KX_KEEP_SOFT_ENDS 0x04u      /**< CF; in KX strings KX_CARRIAGE_RETURN */
+#define KX_SOFT_ENDS_AS_SPACES 0x08u /**< unless kept: CF as 80; in KX strings KX_CARRIAGE_RETURN as 0x0020 */
+#define KX_HYPHENS_AS_TEXT 0x10u     /**< 84 and 85 as 2D; in KX strings 0x0084, 0x0085 and 0xFB05 as 0x002D */
+#define KX_KEEP_TABS 0x20u           /**< KX_TAB; KX strings only */
+#define KX_TABS_AS_FE 0x40u          /**< TpiKxwzToKxsioBuff only: writes a tab that is kept as FE instead of 09 */
+
+/**
+ * Cuts a document stream down to its text (0x20..0x7E, the space code 0x80, extended characters) and to what the flags
+ * keep. The other codes are stepped over by their sizes.
+ *
+ * @param destination  Receives at most `count` bytes; may be the source, but not overlap it otherwise.
+ * @return             Bytes written, the terminator included; 0 when the count is 0.
+ *
+ * Example: 41 CC 42, flags 0 -> 41 42, result 3.
+ */
+KXSTR_API uint32_t TpiKxDocStripBuff(uint8_t *destination, const uint8_t *source, uint32_t count, uint32_t flags);
+
+/**
+ * Cuts a KX string down to its valid characters (see ValidKxCharacter) and to what the flags keep.
+ *
+ * @param destination  May be the source, but not overlap it otherwise.
+ * @param count        Bytes, signed, all 32 bits. It bounds the text at count / 2 characters, rounded down, and leaves
+ *                     no room for the terminator: a count of n needs a destination of n + 2 bytes, an odd one of
+ *                     n + 1. From 1 down (0 apart) only the terminator of two bytes is written.
+ * @return             Bytes written, the terminator included; 0 when the count is 0.
+ */
+KXSTR_API uint32_t TpiKxLongStripBuff(KxChar *destination, const KxChar *source, int32_t count, uint32_t flags);
+
+/**
+ * Document stream to native text: the stream is stripped, keeping the line ends, and its extended characters convert.
+ *
+ * @param destination  Receives at most `count` bytes, and holds the stripped stream meanwhile. May be the source, but
+ *                     not overlap it otherwise.
+ * @return             Bytes counted plus 1; 0 when the count is 0. A character without a native code is dropped, but
+ *                     counts as one byte against the count and in the result.
+ *
+ * Line ends and the space code come through as the bytes CC, CF and 80.
+ */
+KXSTR_API uint32_t TpiKxToAnsiBuff(char *destination, const uint8_t *source, uint32_t count);
+KXSTR_API uint32_t TpiKxToOemBuff(char *destination, const uint8_t *source, uint32_t count);
+
+/**
+ * Document stream to sio form, a zero-terminated byte string:
+ *   20..7E a character of set 0      0E a+1, 0F a+1  attribute a on, off, except:
+ *   09     tab (FE by a flag)        1D, 1C          attribute 0x0C on, off
+ *   0D     line end                  14, 15          attribute 0x0E on, off
+ *   FD index set  another character
+ * The stream is stripped by the flags first.
+ *
+ * @param destination  Receives at most `count` bytes, and holds the stripped stream meanwhile: `count` is the room for
+ *                     that, too. May be the source, but not overlap it otherwise.
+ * @return             The output's count without its terminator. An attribute code of two bytes counts as three.
+ *
+ * Example: 41 F0 41 04 F0 CC, flags KX_KEEP_HARD_ENDS -> 41 FD 41 04 0D, result 5.
+ */
+KXSTR_API uint16_t TpiKxToKxsioBuff(uint8_t *destination, const uint8_t *source, uint32_t count, uint32_t flags);
+
+/**
+ * KX string to sio form. The string is stripped by the flags first, to at most count / 2 characters, rounded down.
+ * KX_FORM_FEED, and the units 0xFF20..0xFF7E although they count as valid, have no sio form and give nothing.
+ *
+ * @param destination  Receives at most `count` bytes; may overlap the source.
+ * @return             As TpiKxToKxsioBuff. A code that does not fit ends the conversion; an attribute code needs room
+ *                     for its two bytes, so that with its charge of three the result can reach `count`. 0, with nothing
+ *                     written, when there is no memory for a temporary copy of the string.
+ */
+KXSTR_API uint16_t TpiKxwzToKxsioBuff(uint8_t *destination, const KxChar *source, uint32_t count, uint32_t flags);
+
 /* ---- KX 5 ----
  *
  * The older generation of the document format numbers the characters of sets 1, 2, 5, 8, 9, 10, 11 and 13 differently;

@@ -1,0 +1,77 @@
+// Native text, that is zero-terminated byte strings in the ANSI or OEM code page: reading and writing its codes, and
+// converting them by the library's own descriptors.
+#pragma once
+
+#include "codepage/convert.h"
+#include "codepage/selection.h"
+#include "forms/bounded_writer.h"
+#include "platform/system.h"
+
+namespace kxstr::forms {
+
+enum class Native : std::uint8_t { kAnsi, kOem };
+
+// The native equivalent of characters that have none, where a form wants one.
+inline constexpr std::uint8_t kNoNativeByte = 0x80;
+
+// The library's code page for native text, for the length of one call: what cannot change meanwhile is asked for once.
+// The descriptor is asked for when the first code converts, since filling it reads the user's settings.
+class NativePage {
+  public:
+    explicit NativePage(Native which) noexcept : which_(which), double_byte_(platform::is_double_byte_system()) {}
+
+    // `code`: a byte, or a double-byte code with its lead byte high.
+    KxChar to_kx(std::uint16_t code) noexcept { return codepage::to_kx(descriptor(), code, double_byte_); }
+    std::uint16_t from_kx(KxChar ch) noexcept { return codepage::from_kx(descriptor(), ch, double_byte_); }
+
+  private:
+    const KxCodePage &descriptor() noexcept {
+        if (page_ == nullptr)
+            page_ = which_ == Native::kAnsi ? &codepage::ansi_descriptor() : &codepage::oem_descriptor();
+        return *page_;
+    }
+
+    const KxCodePage *page_ = nullptr;
+    Native which_;
+    bool double_byte_;
+};
+
+// Reads native text code by code.
+class NativeReader {
+  public:
+    NativeReader(const std::uint8_t *text, bool double_byte) noexcept : at_(text), double_byte_(double_byte) {}
+
+    // The next code, 0 at the end. A lead byte is joined with the byte behind it, whatever that is; when that is the
+    // terminator, the lead byte is dropped.
+    std::uint16_t next() noexcept {
+        const std::uint8_t byte = *at_;
+        if (byte == 0) return 0;
+        ++at_;
+        if (!double_byte_ || !platform::is_lead_byte(byte)) return byte;
+        const std::uint8_t trail = *at_;
+        if (trail == 0) return 0;
+        ++at_;
+        return static_cast<std::uint16_t>((byte << 8) | trail);
+    }
+
+  private:
+    const std::uint8_t *at_;
+    bool double_byte_;
+};
+
+// Appends a native code, one byte or a lead byte and its trail byte.
+inline bool put_native(ByteWriter &out, std::uint16_t code) noexcept {
+    const auto high = static_cast<std::uint8_t>(code >> 8);
+    const auto low = static_cast<std::uint8_t>(code);
+    return high != 0 ? out.put({high, low}) : out.put(low);
+}
+
+// The exported functions take native text as `char`, everything inside reads it as bytes.
+inline const std::uint8_t *bytes_of(const char *text) noexcept {
+    return reinterpret_cast<const std::uint8_t *>(text);
+}
+inline std::uint8_t *bytes_of(char *text) noexcept {
+    return reinterpret_cast<std::uint8_t *>(text);
+}
+
+} // namespace kxstr::forms
