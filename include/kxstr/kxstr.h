@@ -3,6 +3,7 @@
 #define KXSTR_KXSTR_H
 
 #include <kxstr/codepage.h>
+#include <kxstr/collate.h>
 #include <kxstr/forms.h>
 #include <kxstr/frame.h>
 #include <kxstr/platform.h>
