@@ -321,6 +321,101 @@ KXSTR_API uint16_t wtokatakana(uint32_t ch);
  */
 KXSTR_API uint32_t wisupper(uint32_t ch);
 
+/* ---- comparison ----------------------------------------------------------------------------------------------- */
+/*
+ * Codes are stepped over on both sides and never compared: texts that differ only in codes are equal. Pointers must be
+ * valid and the texts zero-terminated; nothing is written to them.
+ *
+ * The ordering comparisons go by the collation table `coltbl` (kxstr/collate.h). They and W6wstrCollateCh first set it
+ * up for the current language, as lVaskSetupLang does; so they write process-wide data after a change of the language,
+ * which a host must not make while another thread compares. The first characters that differ decide: by their values in
+ * coltbl; where they share one (a letter and its accented forms), case decides, lowercase first; characters without any
+ * value sort after all others, by their lowercase codes. Result: -1, 0 or 1 as a sorts before, with or after b.
+ *
+ * The equality tests ignore the language and are re-entrant. Result: 1 equal, 0 not. Letters are equal without case
+ * when wtolower makes them the same.
+ */
+
+/**
+ * @return  The value of a character in coltbl for the current language; 0xFF when it has none; 0 for character 0.
+ */
+KXSTR_API uint8_t W6wstrCollateCh(uint32_t ch);
+
+/** Orders two KX strings. */
+KXSTR_API int32_t W6wstrcmp(const KxChar *a, const KxChar *b);
+
+/**
+ * As W6wstrcmp, over at most `count` characters (codes between them do not count). 0 compares nothing; a negative count
+ * only tells whether a string is empty: -1 for a, 1 for b, 0 for both or neither.
+ */
+KXSTR_API int32_t W6wstrccmp(const KxChar *a, const KxChar *b, int32_t count);
+
+/**
+ * As W6wstrcmp, within the first `limit` 16-bit units of each string, codes included. 0 as soon as one string has
+ * reached its limit, so also for a limit of 0 or less.
+ */
+KXSTR_API int32_t W6wstrncmp(const KxChar *a, const KxChar *b, int32_t limit);
+
+/** W6wstrcmp without case. */
+KXSTR_API int32_t W6w_stricmp(const KxChar *a, const KxChar *b);
+
+/** W6wstrccmp without case. */
+KXSTR_API int32_t W6wstrcicmp(const KxChar *a, const KxChar *b, int32_t count);
+
+/** W6wstrncmp without case. */
+KXSTR_API int32_t W6wstrnicmp(const KxChar *a, const KxChar *b, int32_t limit);
+
+/** Tests two KX strings for equality. */
+KXSTR_API int32_t W6wstrequ(const KxChar *a, const KxChar *b);
+
+/** W6wstrequ without case. */
+KXSTR_API int32_t W6wstriequ(const KxChar *a, const KxChar *b);
+
+/**
+ * 1 when `limit` equal characters lie within the first `limit` 16-bit units of both strings, or both strings end
+ * together within them; a code among these units therefore gives 0, as does a limit of 0 or less.
+ */
+KXSTR_API int32_t W6wstrnequ(const KxChar *a, const KxChar *b, int32_t limit);
+
+/**
+ * Without case, within the first `limit` 16-bit units of each string: 1 when one string reaches its limit before they
+ * differ. But 0 when leading codes fill a limit, or the limit is 0 or less.
+ */
+KXSTR_API int32_t W6wstrniequ(const KxChar *a, const KxChar *b, int32_t limit);
+
+/** Tests two document streams for equality. An extended character equals only the same four bytes. */
+KXSTR_API int32_t W6dstrequ(const uint8_t *a, const uint8_t *b);
+
+/**
+ * W6dstrequ without case: an extended character that holds a set-0 letter equals the one-byte letter, in either case.
+ * One that holds character 0 equals the end of the other stream, and ends the comparison (chosen here).
+ */
+KXSTR_API int32_t W6dstriequ(const uint8_t *a, const uint8_t *b);
+
+/** W6dstrequ within the first `limit` bytes of each stream, codes included; 1 once a limit is reached (0 at once). */
+KXSTR_API int32_t W6dstrnequ(const uint8_t *a, const uint8_t *b, int32_t limit);
+
+/** W6dstriequ within the first `limit` bytes, as W6dstrnequ. */
+KXSTR_API int32_t W6dstrniequ(const uint8_t *a, const uint8_t *b, int32_t limit);
+
+/** W6dstrequ over the first `count` characters; 1 for a count of 0 or less. */
+KXSTR_API int32_t W6dstrcequ(const uint8_t *a, const uint8_t *b, int32_t count);
+
+/** W6dstriequ over the first `count` characters; 1 for a count of 0 or less. */
+KXSTR_API int32_t W6dstrciequ(const uint8_t *a, const uint8_t *b, int32_t count);
+
+/* ---- language set-up ------------------------------------------------------------------------------------------ */
+
+/**
+ * Brings the collation table `coltbl` to the current language (VaskSetLanguage): writes the values of 60 letters, by
+ * the first two letters of the language in either case.
+ *
+ * Does nothing when coltbl was last set up for the same language. Only two bytes of a language are remembered, so a
+ * longer one is set up every time. Byte pairs of a double-byte code page are remembered whole or not at all.
+ * Threads: writes `coltbl`; see kxstr/collate.h.
+ */
+KXSTR_API void lVaskSetupLang(void);
+
 #ifdef __cplusplus
 }
 #endif

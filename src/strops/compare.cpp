@@ -1,0 +1,174 @@
+// Ordering comparisons and equality tests of texts: one walk each, over what ends it and how characters compare.
+#include <algorithm>
+#include <kxstr/strops.h>
+
+#include "strops/collating_compare.h"
+#include "strops/language_setup.h"
+#include "strops/step.h"
+
+namespace kxstr::strops {
+namespace {
+
+// A bound ends a comparison before the texts do: where a position has `reached` its distance from the start of the
+// text, codes included, or when its count of characters is `spent` (asked once for each pair of equal characters).
+// The equality tests give `at_start` when a bound leaves nothing to compare, and `later` when it is reached afterwards.
+struct Unbounded {
+    static constexpr std::int32_t at_start = 0;
+    static constexpr std::int32_t later = 0;
+    constexpr bool reached(std::ptrdiff_t) const noexcept { return false; }
+    constexpr bool spent() const noexcept { return false; }
+};
+
+struct Characters {
+    std::int32_t left;
+    static constexpr std::int32_t at_start = 1;
+    static constexpr std::int32_t later = 1;
+    constexpr bool reached(std::ptrdiff_t) const noexcept { return left <= 0; }
+    constexpr bool spent() noexcept { return --left == 0; }
+};
+
+struct Units {
+    std::int32_t limit;
+    std::int32_t at_start = 0;
+    std::int32_t later = 0;
+    constexpr bool reached(std::ptrdiff_t distance) const noexcept { return distance >= limit; }
+    constexpr bool spent() const noexcept { return false; }
+};
+
+struct UnitsAndCharacters : Units {
+    std::int32_t left = limit;
+    constexpr bool spent() noexcept { return --left == 0; }
+};
+
+// 1 when only a has a character left, -1 when only b has one.
+constexpr std::int32_t compare_ends(const KxChar *a, const KxChar *b) noexcept {
+    return static_cast<std::int32_t>(*a != 0) - static_cast<std::int32_t>(*b != 0);
+}
+
+template <Case letter_case, class Bound> std::int32_t order(const KxChar *a, const KxChar *b, Bound bound) noexcept {
+    set_up_current_language();
+    const KxChar *p = skip_codes(a);
+    const KxChar *q = skip_codes(b);
+    while (!bound.reached(p - a) && !bound.reached(q - b)) {
+        if (*p == 0 || *q == 0) return compare_ends(p, q);
+        if (const int difference = compare_characters(*p, *q, letter_case); difference != 0)
+            return difference < 0 ? -1 : 1;
+        if (bound.spent()) return 0;
+        p = next_char(p);
+        q = next_char(q);
+    }
+    return 0;
+}
+
+// A negative count compares no character, but still tells which text is empty.
+template <Case letter_case> std::int32_t order_counted(const KxChar *a, const KxChar *b, std::int32_t count) noexcept {
+    if (count >= 0) return order<letter_case>(a, b, Characters{count});
+    set_up_current_language();
+    return compare_ends(skip_codes(a), skip_codes(b));
+}
+
+bool same(const KxChar *p, const KxChar *q) noexcept {
+    return *p == *q;
+}
+bool same(const std::uint8_t *p, const std::uint8_t *q) noexcept {
+    return *p == *q && (*p != forms::kExtended || std::equal(p + 1, p + forms::kExtendedSize, q + 1));
+}
+
+KxChar char_at(const KxChar *position) noexcept {
+    return *position;
+}
+KxChar char_at(const std::uint8_t *position) noexcept {
+    return stream_char(position);
+}
+
+template <Case letter_case, class Unit> bool equal_at(const Unit *p, const Unit *q) noexcept {
+    if constexpr (letter_case == Case::kCounts) return same(p, q);
+    return char_at(p) == char_at(q) || to_lower(char_at(p)) == to_lower(char_at(q));
+}
+
+template <Case letter_case, class Unit, class Bound>
+std::int32_t equal(const Unit *a, const Unit *b, Bound bound) noexcept {
+    const Unit *p = skip_codes(a);
+    const Unit *q = skip_codes(b);
+    if (bound.reached(p - a) || bound.reached(q - b)) return bound.at_start;
+    while (equal_at<letter_case>(p, q)) {
+        // An extended character that holds character 0 equals a terminator: either of the two texts may end here.
+        if (*p == 0 || *q == 0 || bound.spent()) return 1;
+        p = next_char(p);
+        q = next_char(q);
+        if (bound.reached(p - a) || bound.reached(q - b)) return bound.later;
+    }
+    return 0;
+}
+
+} // namespace
+} // namespace kxstr::strops
+
+using kxstr::strops::Case;
+using kxstr::strops::Characters;
+using kxstr::strops::equal;
+using kxstr::strops::order;
+using kxstr::strops::order_counted;
+using kxstr::strops::Unbounded;
+using kxstr::strops::Units;
+using kxstr::strops::UnitsAndCharacters;
+
+extern "C" {
+
+uint8_t W6wstrCollateCh(uint32_t ch) {
+    if (kxstr::low16(ch) == 0) return 0;
+    kxstr::strops::set_up_current_language();
+    return kxstr::strops::coltbl_value(kxstr::low16(ch));
+}
+
+int32_t W6wstrcmp(const KxChar *a, const KxChar *b) {
+    return order<Case::kCounts>(a, b, Unbounded{});
+}
+int32_t W6wstrccmp(const KxChar *a, const KxChar *b, int32_t count) {
+    return order_counted<Case::kCounts>(a, b, count);
+}
+int32_t W6wstrncmp(const KxChar *a, const KxChar *b, int32_t limit) {
+    return order<Case::kCounts>(a, b, Units{limit});
+}
+int32_t W6w_stricmp(const KxChar *a, const KxChar *b) {
+    return order<Case::kIgnored>(a, b, Unbounded{});
+}
+int32_t W6wstrcicmp(const KxChar *a, const KxChar *b, int32_t count) {
+    return order_counted<Case::kIgnored>(a, b, count);
+}
+int32_t W6wstrnicmp(const KxChar *a, const KxChar *b, int32_t limit) {
+    return order<Case::kIgnored>(a, b, Units{limit});
+}
+
+int32_t W6wstrequ(const KxChar *a, const KxChar *b) {
+    return equal<Case::kCounts>(a, b, Unbounded{});
+}
+int32_t W6wstriequ(const KxChar *a, const KxChar *b) {
+    return equal<Case::kIgnored>(a, b, Unbounded{});
+}
+int32_t W6wstrnequ(const KxChar *a, const KxChar *b, int32_t limit) {
+    return equal<Case::kCounts>(a, b, UnitsAndCharacters{{limit}});
+}
+int32_t W6wstrniequ(const KxChar *a, const KxChar *b, int32_t limit) {
+    return equal<Case::kIgnored>(a, b, Units{.limit = limit, .at_start = 0, .later = 1});
+}
+
+int32_t W6dstrequ(const uint8_t *a, const uint8_t *b) {
+    return equal<Case::kCounts>(a, b, Unbounded{});
+}
+int32_t W6dstriequ(const uint8_t *a, const uint8_t *b) {
+    return equal<Case::kIgnored>(a, b, Unbounded{});
+}
+int32_t W6dstrnequ(const uint8_t *a, const uint8_t *b, int32_t limit) {
+    return equal<Case::kCounts>(a, b, Units{.limit = limit, .at_start = 1, .later = 1});
+}
+int32_t W6dstrniequ(const uint8_t *a, const uint8_t *b, int32_t limit) {
+    return equal<Case::kIgnored>(a, b, Units{.limit = limit, .at_start = 1, .later = 1});
+}
+int32_t W6dstrcequ(const uint8_t *a, const uint8_t *b, int32_t count) {
+    return equal<Case::kCounts>(a, b, Characters{count});
+}
+int32_t W6dstrciequ(const uint8_t *a, const uint8_t *b, int32_t count) {
+    return equal<Case::kIgnored>(a, b, Characters{count});
+}
+}

@@ -1,0 +1,64 @@
+#include "strops/language_setup.h"
+
+#include <cstring>
+#include <kxstr/strops.h>
+
+#include "frame/dbcs_copy.h"
+#include "frame/language.h"
+#include "strops/case.h"
+#include "strops/collation_sequence.h"
+#include "tables/collation.h"
+
+namespace kxstr::strops {
+namespace {
+
+constexpr std::size_t kCodeLength = 2;
+
+constinit std::array<std::uint8_t, 4> last_language{'E', 'N'};
+
+// Remembers two bytes only, so a longer language is set up again every time. A lead byte at the second place is not
+// remembered: the byte from the language before stays there.
+void remember(const char *language) noexcept {
+    const auto *bytes = reinterpret_cast<const std::uint8_t *>(language);
+    std::size_t copied = copy_whole_characters(last_language.data(), bytes, kCodeLength);
+    const bool ended = copied != 0 && last_language[copied - 1] == 0;
+    while (ended && copied < kCodeLength)
+        last_language[copied++] = 0;
+}
+
+std::size_t column_of(const char *language) noexcept {
+    if (language[0] == 0) return 0;
+    const KxChar first = to_upper(static_cast<std::uint8_t>(language[0]));
+    const KxChar second = to_upper(static_cast<std::uint8_t>(language[1]));
+    for (const tables::ColtblLanguage &row : tables::kColtblLanguages) {
+        if (row.code[0] == first && row.code[1] == second) return row.column;
+    }
+    return 0;
+}
+
+} // namespace
+
+std::array<std::uint8_t, 4> &language_set_up() noexcept {
+    return last_language;
+}
+
+void set_up_language(const char *language) noexcept {
+    if (std::strcmp(language, reinterpret_cast<const char *>(last_language.data())) == 0) return;
+    remember(language);
+    const std::size_t column = column_of(language);
+    for (const tables::ColtblLetter &letter : tables::kColtblLetters) {
+        std::uint8_t *value = find_in_coltbl(letter.ch);
+        if (value == nullptr) return; // a host has rearranged the table
+        *value = letter.values[column];
+    }
+}
+
+void set_up_current_language() noexcept {
+    set_up_language(frame::language());
+}
+
+} // namespace kxstr::strops
+
+extern "C" void lVaskSetupLang(void) {
+    kxstr::strops::set_up_current_language();
+}
