@@ -59,4 +59,67 @@ void release_address_space(void *start, std::size_t size) noexcept; // `size` as
 std::uint16_t add_atom(const char *text) noexcept;
 void delete_atom(std::uint16_t atom) noexcept; // DeleteAtom: ends one use
 
+// ---- Registry: keys by handle, typed values; names are ANSI strings, compared without regard to case ----
+//
+// Every function returns a Windows status number. The data of the string types (kTextType, kExpandableTextType,
+// kTextListType) crosses this border in the ANSI code page, all other data as it is.
+
+enum RegistryStatus : std::uint32_t {
+    kSuccess = 0,
+    kNotFound = 2,
+    kAccessDenied = 5,
+    kBadHandle = 6,
+    kOutOfMemory = 14,
+    kBadParameter = 87,
+    kDiskFull = 112,
+    kBadPath = 161, // a key path that starts with a backslash
+    kBusy = 170,    // another process keeps the settings locked
+    kMoreData = 234,
+    kNoMoreItems = 259,
+    kDamaged = 1009, // the settings cannot be parsed
+    kBadKey = 1010,
+    kCannotOpen = 1011,
+    kInputOutputError = 1016,
+    kKeyDeleted = 1018,
+    kNoResources = 1450,
+};
+
+inline constexpr std::uint32_t kTextType = 1;
+inline constexpr std::uint32_t kExpandableTextType = 2;
+inline constexpr std::uint32_t kTextListType = 7;
+
+inline constexpr std::uint32_t kReadAndWrite = 0x2001F; // KEY_READ | KEY_WRITE
+
+// The size of a pointer, so that handles of the system fit; null is no key.
+enum class KeyHandle : std::uintptr_t { null = 0 };
+
+// 0x80000000 and up: the roots. Wider handles hold them sign-extended, as the system does.
+constexpr KeyHandle root_key(std::uint32_t number) noexcept {
+    return static_cast<KeyHandle>(static_cast<std::intptr_t>(static_cast<std::int32_t>(number)));
+}
+inline constexpr KeyHandle kClassesRoot = root_key(0x80000000);
+inline constexpr KeyHandle kCurrentUser = root_key(0x80000001);
+inline constexpr KeyHandle kLocalMachine = root_key(0x80000002);
+inline constexpr KeyHandle kUsers = root_key(0x80000003);
+inline constexpr KeyHandle kPerformanceData = root_key(0x80000004);
+inline constexpr KeyHandle kCurrentConfig = root_key(0x80000005);
+inline constexpr KeyHandle kDynData = root_key(0x80000006);
+
+// RegCreateKeyExA: opens `path` under `parent`, and creates what is missing of it. An empty path is the parent itself.
+std::uint32_t create_key(KeyHandle parent, const char *path, std::uint32_t access, KeyHandle &key,
+                         bool &created) noexcept;
+// RegOpenKeyExA
+std::uint32_t open_key(KeyHandle parent, const char *path, std::uint32_t access, KeyHandle &key) noexcept;
+// RegCloseKey: the roots stay open.
+std::uint32_t close_key(KeyHandle key) noexcept;
+
+// RegQueryValueExA. A null or empty name is the key's default value. `type` may be null. `size`: room at `data` in
+// bytes, then the size of the value. Without `data` only type and size are told; with too little room the same and
+// kMoreData, and nothing is written.
+std::uint32_t query_value(KeyHandle key, const char *name, std::uint32_t *type, void *data,
+                          std::uint32_t &size) noexcept;
+// RegSetValueExA
+std::uint32_t set_value(KeyHandle key, const char *name, std::uint32_t type, const void *data,
+                        std::uint32_t size) noexcept;
+
 } // namespace kxstr::platform

@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include "platform/system.h"
 
@@ -44,7 +45,10 @@ void *reserve_address_space(std::size_t size) noexcept {
 }
 
 bool commit_memory(void *start, std::size_t size) noexcept {
-    return mprotect(start, size, PROT_READ | PROT_WRITE) == 0;
+    // From the start of its page: on a host with larger pages the step before may have ended within one.
+    const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    const std::uintptr_t before = reinterpret_cast<std::uintptr_t>(start) % page;
+    return mprotect(static_cast<char *>(start) - before, size + before, PROT_READ | PROT_WRITE) == 0;
 }
 
 void release_address_space(void *start, std::size_t size) noexcept {

@@ -1,0 +1,466 @@
+#include "platform/portable/registry_file.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "platform/ansi_text.h"
+#include "platform/portable/utf8.h"
+#include "platform/system.h"
+
+namespace kxstr::platform {
+namespace {
+
+constexpr std::string_view kHeader = "Windows Registry Editor Version 5.00";
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+constexpr std::string_view kUtf16Mark = "\xFF\xFE";
+constexpr std::uint32_t kBinaryType = 3;
+constexpr std::uint32_t kNumberType = 4;
+constexpr std::size_t kLineLength = 78; // longer data goes on in the next line
+constexpr std::size_t kMaxDepth = 512;  // keys below each other, as the system has it
+
+std::optional<std::string> utf8_from_utf16(std::string_view bytes) {
+    if (bytes.size() % 2 != 0) return std::nullopt;
+    std::u16string units;
+    units.reserve(bytes.size() / 2);
+    for (std::size_t i = 0; i < bytes.size(); i += 2) {
+        units +=
+            static_cast<char16_t>(static_cast<std::uint8_t>(bytes[i]) | (static_cast<std::uint8_t>(bytes[i + 1]) << 8));
+    }
+    return to_utf8(units);
+}
+
+// The components of a path, empty ones left out.
+std::vector<std::u16string_view> split_path(std::u16string_view path) {
+    std::vector<std::u16string_view> parts;
+    while (!path.empty()) {
+        const std::size_t length = std::min(path.find(u'\\'), path.size());
+        if (length != 0) parts.push_back(path.substr(0, length));
+        path.remove_prefix(std::min(length + 1, path.size()));
+    }
+    return parts;
+}
+
+void append_units(std::vector<std::uint8_t> &data, std::u16string_view units) {
+    for (const char16_t unit : units) {
+        data.push_back(static_cast<std::uint8_t>(unit));
+        data.push_back(static_cast<std::uint8_t>(unit >> 8));
+    }
+}
+
+int hex_digit(char ch) noexcept {
+    if ('0' <= ch && ch <= '9') return ch - '0';
+    if ('a' <= ch && ch <= 'f') return ch - 'a' + 10;
+    if ('A' <= ch && ch <= 'F') return ch - 'A' + 10;
+    return -1;
+}
+
+// Walks over the text once. Every function returns false at a fault, and the whole text is then damaged.
+class Parser {
+  public:
+    explicit Parser(RegistryFile &file) : file_(file), text_(file.text) {}
+
+    bool parse() {
+        if (text_.find('\0') != std::string_view::npos) return false;
+        if (text_.starts_with(kUtf8Mark)) at_ = kUtf8Mark.size();
+        if (!take(kHeader) || !rest_is_blank(false)) return false;
+        while (at_ < text_.size()) {
+            line_ = at_;
+            skip_blanks();
+            if (!parse_line()) return false;
+        }
+        return true;
+    }
+
+  private:
+    bool parse_line() {
+        switch (at_ < text_.size() ? text_[at_] : '\n') {
+        case '[': return parse_section();
+        case '"':
+        case '@': return parse_value();
+        default: skip_line(); return true;
+        }
+    }
+
+    bool parse_section() {
+        ++at_;
+        const bool removed = take("-");
+        // A key's name may hold a bracket: the closing one has nothing but a comment behind it.
+        const std::size_t start = at_;
+        std::size_t close = start;
+        do {
+            while (at_ < text_.size() && text_[at_] != ']' && text_[at_] != '\n')
+                ++at_;
+            close = at_;
+            if (!take("]")) return false;
+        } while (!rest_is_blank(true));
+        const auto path = from_utf8(text_.substr(start, close - start));
+        if (!path) return false;
+        const auto parts = split_path(*path);
+        if (parts.empty() || parts.size() > kMaxDepth) return false;
+        key_ = nullptr;
+        in_section_ = true;
+        if (std::ranges::find(kRootNames, upper_case(parts[0])) == kRootNames.end()) return true;
+        if (removed) {
+            remove_key(parts);
+        } else {
+            key_ = &add_key(parts);
+            key_->insert_at = at_;
+        }
+        return true;
+    }
+
+    RegistryKey &add_key(std::span<const std::u16string_view> parts) {
+        std::u16string path;
+        RegistryKey *key = nullptr;
+        for (const auto part : parts) {
+            if (!path.empty()) path += u'\\';
+            path += part;
+            key = &file_.keys.try_emplace(upper_case(path)).first->second;
+            if (key->path.empty()) key->path = path;
+        }
+        return *key;
+    }
+
+    void remove_key(std::span<const std::u16string_view> parts) {
+        std::u16string path;
+        for (const auto part : parts) {
+            if (!path.empty()) path += u'\\';
+            path += upper_case(part);
+        }
+        const std::u16string below = path + u'\\';
+        std::erase_if(file_.keys,
+                      [&](const auto &entry) { return entry.first == path || entry.first.starts_with(below); });
+    }
+
+    bool parse_value() {
+        if (!in_section_) return false;
+        RegistryValue value{.name = {}, .type = 0, .data = {}, .line = line_, .begin = 0, .end = 0};
+        if (!take("@")) {
+            auto name = parse_quoted();
+            if (!name) return false;
+            value.name = std::move(*name);
+        }
+        skip_blanks();
+        if (!take("=")) return false;
+        skip_blanks();
+        value.begin = at_;
+        const bool removed = take("-");
+        if (!removed && !parse_data(value)) return false;
+        value.end = at_;
+        if (!rest_is_blank(true)) return false;
+        if (key_ == nullptr) return true;
+        key_->insert_at = at_;
+        std::u16string name = upper_case(value.name);
+        if (removed) {
+            key_->values.erase(name);
+        } else {
+            key_->values.insert_or_assign(std::move(name), std::move(value));
+        }
+        return true;
+    }
+
+    bool parse_data(RegistryValue &value) {
+        if (at_ < text_.size() && text_[at_] == '"') {
+            const auto text = parse_quoted();
+            if (!text) return false;
+            value.type = kTextType;
+            append_units(value.data, *text);
+            append_units(value.data, {u"\0", 1});
+            return true;
+        }
+        if (take("dword:")) {
+            skip_blanks();
+            std::uint32_t number = 0;
+            if (!parse_hex(number, 8)) return false;
+            value.type = kNumberType;
+            for (int shift = 0; shift < 32; shift += 8)
+                value.data.push_back(static_cast<std::uint8_t>(number >> shift));
+            return true;
+        }
+        if (!take("hex")) return false;
+        value.type = kBinaryType;
+        if (take("(") && !(parse_hex(value.type, 8) && take(")"))) return false;
+        return take(":") && parse_bytes(value.data);
+    }
+
+    // Bytes with commas between them. A backslash at the end of a line goes on in the next.
+    bool parse_bytes(std::vector<std::uint8_t> &data) {
+        const std::size_t start = at_;
+        if (!skip_to_byte()) return false;
+        if (at_ >= text_.size() || hex_digit(text_[at_]) < 0) {
+            // No bytes at all; then what ends the data is not a line further on.
+            return text_.substr(start, at_ - start).find('\n') == std::string_view::npos;
+        }
+        for (;;) {
+            std::uint32_t byte = 0;
+            if (!parse_hex(byte, 2)) return false;
+            data.push_back(static_cast<std::uint8_t>(byte));
+            const std::size_t end = at_;
+            if (!skip_to_byte()) return false;
+            if (!take(",")) {
+                at_ = end;
+                return true;
+            }
+            if (!skip_to_byte()) return false;
+        }
+    }
+
+    // Over blanks and continued lines.
+    bool skip_to_byte() {
+        skip_blanks();
+        while (take("\\")) {
+            if (!rest_is_blank(false) || at_ >= text_.size()) return false;
+            skip_blanks();
+        }
+        return true;
+    }
+
+    bool parse_hex(std::uint32_t &number, int most_digits) {
+        number = 0;
+        int digits = 0;
+        for (; at_ < text_.size() && digits < most_digits && hex_digit(text_[at_]) >= 0; ++digits)
+            number = (number << 4) | static_cast<std::uint32_t>(hex_digit(text_[at_++]));
+        return digits != 0;
+    }
+
+    // Line ends within quotes belong to the text: registry editors write them so.
+    std::optional<std::u16string> parse_quoted() {
+        ++at_;
+        std::string bytes;
+        for (; at_ < text_.size(); ++at_) {
+            char ch = text_[at_];
+            if (ch == '"') {
+                ++at_;
+                return from_utf8(bytes);
+            }
+            if (ch == '\\') {
+                if (++at_ >= text_.size()) break;
+                switch (text_[at_]) {
+                case '\\':
+                case '"': ch = text_[at_]; break;
+                case 'n': ch = '\n'; break;
+                case 'r': ch = '\r'; break;
+                default: return std::nullopt;
+                }
+            }
+            bytes += ch;
+        }
+        return std::nullopt;
+    }
+
+    bool take(std::string_view what) {
+        const bool there = text_.substr(at_).starts_with(what);
+        if (there) at_ += what.size();
+        return there;
+    }
+
+    void skip_blanks() {
+        while (at_ < text_.size() && (text_[at_] == ' ' || text_[at_] == '\t'))
+            ++at_;
+    }
+
+    void skip_line() { at_ = std::min(text_.find('\n', at_), text_.size() - 1) + 1; }
+
+    // Moves to the next line if nothing but blanks, or a comment, is left of this one; else stays.
+    bool rest_is_blank(bool comment_allowed) {
+        const std::size_t start = at_;
+        skip_blanks();
+        if (comment_allowed && at_ < text_.size() && text_[at_] == ';') {
+            skip_line();
+            return true;
+        }
+        take("\r");
+        if (at_ >= text_.size() || take("\n")) return true;
+        at_ = start;
+        return false;
+    }
+
+    RegistryFile &file_;
+    std::string_view text_;
+    std::size_t at_ = 0;
+    std::size_t line_ = 0;       // start of the line at hand
+    RegistryKey *key_ = nullptr; // null in a section that means nothing
+    bool in_section_ = false;
+};
+
+std::string quoted(std::u16string_view text) {
+    std::string result = "\"";
+    for (const char ch : to_utf8(text)) {
+        switch (ch) {
+        case '\\':
+        case '"': result += '\\'; [[fallthrough]];
+        default: result += ch; break;
+        case '\n': result += "\\n"; break;
+        case '\r': result += "\\r"; break;
+        }
+    }
+    return result + '"';
+}
+
+// The text of string data that quotes can hold without loss: printable, whole, and ended by its one terminator.
+std::optional<std::u16string> plain_text(std::span<const std::uint8_t> data) {
+    if (data.size() < 2 || data.size() % 2 != 0) return std::nullopt;
+    std::u16string units;
+    for (std::size_t i = 0; i < data.size(); i += 2)
+        units += static_cast<char16_t>(data[i] | (data[i + 1] << 8));
+    if (units.back() != 0) return std::nullopt;
+    units.pop_back();
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        const char16_t unit = units[i];
+        if (unit < 0x20 || unit == 0x7F) return std::nullopt;
+        if ((unit & 0xF800) != 0xD800) continue;
+        const bool pair = unit < 0xDC00 && i + 1 < units.size() && (units[i + 1] & 0xFC00) == 0xDC00;
+        if (!pair) return std::nullopt;
+        ++i;
+    }
+    return units;
+}
+
+template <class... Args> std::string formatted(const char *format, Args... args) {
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, format, args...);
+    return buffer;
+}
+
+// What follows the equals sign; `column` is where it starts.
+std::string data_text(std::uint32_t type, std::span<const std::uint8_t> data, std::size_t column,
+                      std::string_view end_of_line) {
+    if (type == kTextType) {
+        if (const auto text = plain_text(data)) return quoted(*text);
+    }
+    if (type == kNumberType && data.size() == 4) {
+        return formatted("dword:%02x%02x%02x%02x", data[3], data[2], data[1], data[0]);
+    }
+    std::string text = type == kBinaryType ? "hex:" : formatted("hex(%x):", type);
+    column += text.size();
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        text += formatted("%02x", data[i]);
+        if (i + 1 == data.size()) break;
+        text += ',';
+        column += 3;
+        if (column >= kLineLength) {
+            text.append("\\").append(end_of_line).append("  ");
+            column = 2;
+        }
+    }
+    return text;
+}
+
+std::string name_text(std::u16string_view name) {
+    return name.empty() ? "@" : quoted(name);
+}
+
+std::string_view end_of_line_in(std::string_view text) {
+    const std::size_t first = text.find('\n');
+    return first != std::string_view::npos && first != 0 && text[first - 1] == '\r' ? "\r\n" : "\n";
+}
+
+// The path with the keys that exist already spelled as they are in the file.
+std::u16string known_spelling(const RegistryFile &file, std::u16string_view path) {
+    std::u16string spelled;
+    for (const auto part : split_path(path)) {
+        if (!spelled.empty()) spelled += u'\\';
+        spelled += part;
+        if (const RegistryKey *key = file.find_key(spelled)) spelled = key->path;
+    }
+    return spelled;
+}
+
+// The text with lines for a new key at its end; `insert_at` is behind them.
+std::string with_section(const RegistryFile &file, std::u16string_view path, std::size_t &insert_at) {
+    const std::string_view end_of_line = end_of_line_in(file.text);
+    std::string text = file.text;
+    if (!text.ends_with('\n')) text += end_of_line;
+    text.append(end_of_line).append("[").append(to_utf8(known_spelling(file, path))).append("]").append(end_of_line);
+    insert_at = text.size();
+    return text;
+}
+
+} // namespace
+
+const RegistryKey *RegistryFile::find_key(std::u16string_view path) const {
+    const auto found = keys.find(upper_case(path));
+    return found != keys.end() ? &found->second : nullptr;
+}
+
+const RegistryValue *RegistryFile::find_value(std::u16string_view path, std::u16string_view name) const {
+    const RegistryKey *key = find_key(path);
+    if (key == nullptr) return nullptr;
+    const auto found = key->values.find(upper_case(name));
+    return found != key->values.end() ? &found->second : nullptr;
+}
+
+RegistryFile empty_registry() {
+    return {std::string(kHeader) + '\n', {}};
+}
+
+std::optional<RegistryFile> parse_registry(std::string bytes) {
+    RegistryFile file;
+    if (std::string_view(bytes).starts_with(kUtf16Mark)) {
+        auto text = utf8_from_utf16(std::string_view(bytes).substr(kUtf16Mark.size()));
+        if (!text) return std::nullopt;
+        file.text = std::move(*text);
+    } else {
+        file.text = std::move(bytes);
+    }
+    if (!Parser(file).parse()) return std::nullopt;
+    return file;
+}
+
+std::optional<std::string> with_key(const RegistryFile &file, std::u16string_view path) {
+    std::size_t insert_at = 0;
+    std::string text = with_section(file, path, insert_at);
+    // A name such as "a] ;b" looks like something else once it stands in brackets.
+    const auto changed = parse_registry(text);
+    if (!changed || changed->find_key(path) == nullptr) return std::nullopt;
+    return text;
+}
+
+std::optional<std::string> with_value(const RegistryFile &file, std::u16string_view path, std::u16string_view name,
+                                      std::uint32_t type, std::span<const std::uint8_t> data) {
+    const std::string_view end_of_line = end_of_line_in(file.text);
+    std::string text;
+    if (const RegistryValue *value = file.find_value(path, name)) {
+        text = file.text;
+        const std::string written = data_text(type, data, value->begin - value->line, end_of_line);
+        text.replace(value->begin, value->end - value->begin, written);
+    } else {
+        const RegistryKey *key = file.find_key(path);
+        std::size_t insert_at = 0;
+        if (key != nullptr && key->insert_at) {
+            text = file.text;
+            insert_at = *key->insert_at;
+        } else {
+            text = with_section(file, path, insert_at);
+        }
+        const RegistryValue added{std::u16string(name), type, {data.begin(), data.end()}, 0, 0, 0};
+        std::string line = value_line(added, end_of_line).append(end_of_line);
+        if (text[insert_at - 1] != '\n') line.insert(0, end_of_line);
+        text.insert(insert_at, line);
+    }
+    const auto changed = parse_registry(text);
+    const RegistryValue *read_back = changed ? changed->find_value(path, name) : nullptr;
+    if (read_back == nullptr || read_back->type != type || !std::ranges::equal(read_back->data, data)) {
+        return std::nullopt;
+    }
+    return text;
+}
+
+std::string without_value(const RegistryFile &file, std::u16string_view path, std::u16string_view name) {
+    std::string text = file.text;
+    // One line after the other: an earlier line for the same value comes to light when the later one goes.
+    for (std::optional<RegistryFile> left = file; left; left = parse_registry(text)) {
+        const RegistryValue *value = left->find_value(path, name);
+        if (value == nullptr) break;
+        const std::size_t end = std::min(text.find('\n', value->end), text.size() - 1) + 1;
+        text.erase(value->line, end - value->line);
+    }
+    return text;
+}
+
+std::string value_line(const RegistryValue &value, std::string_view end_of_line) {
+    const std::string start = name_text(value.name) + '=';
+    return start + data_text(value.type, value.data, start.size(), end_of_line);
+}
+
+} // namespace kxstr::platform

@@ -1,0 +1,62 @@
+// The registry as a text: the export format of registry editors, version 5.00. Reading finds keys and values and where
+// their data stands; every change is a change of the text at that place, so all the rest stays as people wrote it.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kxstr::platform {
+
+inline constexpr std::array<std::u16string_view, 7> kRootNames{
+    u"HKEY_CLASSES_ROOT",     u"HKEY_CURRENT_USER",   u"HKEY_LOCAL_MACHINE", u"HKEY_USERS",
+    u"HKEY_PERFORMANCE_DATA", u"HKEY_CURRENT_CONFIG", u"HKEY_DYN_DATA"}; // in the order of the roots' numbers
+
+struct RegistryValue {
+    std::u16string name; // empty: the key's default value
+    std::uint32_t type;
+    std::vector<std::uint8_t> data; // of the string types: UTF-16, little-endian
+    std::size_t line;               // where in the text its line starts,
+    std::size_t begin, end;         // and where what follows its equals sign stands
+};
+
+struct RegistryKey {
+    std::u16string path;                            // from the root's name on
+    std::map<std::u16string, RegistryValue> values; // by name in upper case
+    std::optional<std::size_t> insert_at;           // where a further value goes; none: the key has no line of its own
+};
+
+struct RegistryFile {
+    std::string text;                           // UTF-8
+    std::map<std::u16string, RegistryKey> keys; // by path in upper case; the keys above a key are there too
+
+    const RegistryKey *find_key(std::u16string_view path) const;
+    const RegistryValue *find_value(std::u16string_view path, std::u16string_view name) const;
+};
+
+// What stands in a settings file that does not exist yet.
+RegistryFile empty_registry();
+
+// Takes UTF-8, or UTF-16LE with a byte order mark. Nothing when the text is damaged: no header line, a key or value
+// line that makes no sense, a zero byte, bytes that are no UTF-8 in a name or a string. Lines that are neither a key
+// nor a value nor a comment are kept and mean nothing, and so do the values of roots that we do not know. Where a value
+// or a key is given twice, the later one holds; `[-key]` and `"name"=-` take away what stands above them.
+std::optional<RegistryFile> parse_registry(std::string bytes);
+
+// Texts with one change. Paths start with a root name. Nothing when the format cannot hold the name.
+std::optional<std::string> with_key(const RegistryFile &file, std::u16string_view path);
+std::optional<std::string> with_value(const RegistryFile &file, std::u16string_view path, std::u16string_view name,
+                                      std::uint32_t type, std::span<const std::uint8_t> data);
+// The value's line goes; a file without the value comes back as it is.
+std::string without_value(const RegistryFile &file, std::u16string_view path, std::u16string_view name);
+
+// A value as it stands in a line: `"name"=dword:00000001`. Long data goes on over several lines.
+std::string value_line(const RegistryValue &value, std::string_view end_of_line = "\n");
+
+} // namespace kxstr::platform

@@ -1,0 +1,92 @@
+#include "platform/portable/registry_store.h"
+
+#include <atomic>
+#include <kxstr/platform.h>
+#include <mutex>
+#include <new>
+
+#include "platform/portable/settings_file.h"
+#include "platform/system.h"
+
+namespace kxstr::platform {
+namespace {
+
+// The file as it was read last.
+struct Cache {
+    std::mutex mutex;
+    std::string path;
+    FileContent content;
+    std::shared_ptr<const RegistryFile> registry; // null: damaged
+};
+
+Cache &cache() {
+    static Cache all;
+    return all;
+}
+
+std::atomic<std::size_t> parse_count = 0;
+
+std::string settings_path() {
+    const auto settings = std::make_unique<KxPlatformSettings>(); // large for a thread's stack
+    KxPlatformGet(settings.get());
+    return settings->registry_path;
+}
+
+std::uint32_t read_at(const std::string &path, std::shared_ptr<const RegistryFile> &registry) {
+    if (path.empty()) return kNotFound;
+    Cache &last = cache();
+    const std::lock_guard guard(last.mutex);
+    FileIdentity identity;
+    std::uint32_t status = identify_file(path, identity);
+    // The identity of a file that changed in this very moment proves nothing: its bytes must tell.
+    const bool same = path == last.path && identity == last.content.identity && !last.content.just_changed;
+    if (status == kSuccess && !same) {
+        FileContent content;
+        status = read_file(path, content);
+        if (status == kSuccess && (path != last.path || content.bytes != last.content.bytes)) {
+            ++parse_count;
+            auto parsed = parse_registry(content.bytes);
+            std::string its_path = path;
+            last.registry = parsed ? std::make_shared<const RegistryFile>(std::move(*parsed)) : nullptr;
+            last.path = std::move(its_path);
+        }
+        if (status == kSuccess) last.content = std::move(content);
+    }
+    if (status == kNotFound) {
+        registry = std::make_shared<const RegistryFile>(empty_registry());
+        return kSuccess;
+    }
+    if (status != kSuccess) return status;
+    registry = last.registry;
+    return registry != nullptr ? kSuccess : kDamaged;
+}
+
+} // namespace
+
+std::uint32_t read_registry(std::shared_ptr<const RegistryFile> &registry) try {
+    return read_at(settings_path(), registry);
+} catch (const std::bad_alloc &) {
+    return kNoResources;
+}
+
+std::uint32_t change_registry(const std::function<RegistryChange(const RegistryFile &)> &change) try {
+    const std::string path = settings_path();
+    std::shared_ptr<const RegistryFile> registry;
+    // Before the lock too: a damaged file is left alone, down to the folder it lies in.
+    std::uint32_t status = read_at(path, registry);
+    if (status != kSuccess) return status;
+    FileReplacer replacer;
+    status = replacer.open(path);
+    if (status == kSuccess) status = read_at(path, registry);
+    if (status != kSuccess) return status;
+    const RegistryChange changed = change(*registry);
+    return changed.status == kSuccess ? replacer.replace(changed.text) : changed.status;
+} catch (const std::bad_alloc &) {
+    return kNoResources;
+}
+
+std::size_t registry_parse_count() noexcept {
+    return parse_count;
+}
+
+} // namespace kxstr::platform
