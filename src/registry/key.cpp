@@ -1,0 +1,104 @@
+#include "registry/key.h"
+
+#include <algorithm>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "frame/bytes.h"
+#include "platform/ansi_text.h"
+#include "registry/link_engine.h"
+#include "registry/roots.h"
+#include "registry/values.h"
+
+namespace kxstr::registry {
+namespace {
+
+// The full path of the key in which a reference's value lives.
+std::string key_path_of(const ReferencePlace &place) {
+    std::string path(place.root != nullptr ? place.root->name : kBasePath);
+    if (!place.key_path.empty()) path.append("\\").append(platform::wide_to_ansi(place.key_path));
+    return path;
+}
+
+std::u16string text_up_to_zero(const std::uint8_t *bytes, std::uint32_t size) {
+    std::u16string text;
+    for (std::uint32_t i = 0; i + 1 < size; i += 2) {
+        const std::uint16_t unit = load_u16le(bytes + i);
+        if (unit == 0) break;
+        text += static_cast<char16_t>(unit);
+    }
+    return text;
+}
+
+} // namespace
+
+CYWKey::CYWKey(const char *path, std::uint32_t) noexcept : access(platform::kReadAndWrite) {
+    const std::string_view text(path != nullptr ? path : "");
+    const auto root = std::ranges::find_if(kRoots, [&](const Root &one) { return starts_with_root(text, one); });
+    if (root == kRoots.end()) {
+        status = platform::kBadKey;
+        return;
+    }
+    // One character behind the root's name is skipped without a look: it is the backslash.
+    open(root->key, path + std::min(root->name.size() + 1, text.size()));
+}
+
+CYWKey::CYWKey(std::uint32_t, const char *subkey) noexcept : access(platform::kReadAndWrite) {
+    open(platform::kCurrentUser, subkey != nullptr ? subkey : "");
+}
+
+void CYWKey::open(platform::KeyHandle root, const char *path) noexcept {
+    bool created = false;
+    status = platform::create_key(root, path, platform::kReadAndWrite, key, created);
+    created_new = created ? 1 : 0;
+}
+
+CYWKey::~CYWKey() {
+    if (is_open()) platform::close_key(key);
+    if (link_engine != nullptr) release(*link_engine);
+    delete link_engine;
+}
+
+std::uint32_t CYWKey::GetLinkEngine() noexcept {
+    if (link_engine == nullptr) {
+        link_engine = new (std::nothrow) LinkEngine;
+        if (link_engine != nullptr) link_engine_ready = set_up(*link_engine) ? 1 : 0;
+    }
+    return link_engine_ready;
+}
+
+std::uint32_t CYWKey::SetValue(const char *name, std::uint32_t type, const void *data, std::uint32_t size,
+                               std::uint32_t follow, std::uint32_t) noexcept {
+    std::uint32_t old_type = 0;
+    std::uint32_t old_size = 0;
+    if (platform::query_value(key, name, &old_type, nullptr, old_size) == platform::kSuccess) {
+        if ((old_type & kWriteProtected) != 0) return platform::kAccessDenied;
+        if (is_link(old_type) && follow != 0) return set_at_target(name, type, data, size);
+    }
+    return platform::set_value(key, name, type, data, size);
+}
+
+std::uint32_t CYWKey::set_at_target(const char *name, std::uint32_t type, const void *data, std::uint32_t size) noexcept
+    try {
+    if (GetLinkEngine() == 0) return link_engine != nullptr ? link_engine->last_error : platform::kOutOfMemory;
+    std::uint32_t link_type = 0;
+    std::vector<std::uint8_t> link;
+    const std::uint32_t read = read_value(key, name, link_type, link);
+    if (read != platform::kSuccess) return read;
+    link_type = kLinkType;
+    std::uint32_t target_size = 0;
+    std::uint8_t *const target = expand(*link_engine, link, link_type, false, true, target_size);
+    if (target == nullptr) return link_engine->last_error;
+    const std::u16string reference = text_up_to_zero(target, target_size);
+    platform::task_free(target);
+    if (reference.empty()) return platform::kCannotOpen; // the link names nothing at all
+    const ReferencePlace place = place_of(reference);
+    CYWKey target_key(key_path_of(place).c_str(), 0);
+    if (!target_key.is_open()) return target_key.status;
+    return target_key.SetValue(platform::wide_to_ansi(place.value_name).c_str(), type, data, size, 0, 0);
+} catch (const std::bad_alloc &) {
+    return platform::kOutOfMemory;
+}
+
+} // namespace kxstr::registry
