@@ -88,6 +88,68 @@ KXSTR_API uint32_t WcvtWinCodepageToKXCodepage(uint32_t windows_number);
 KXSTR_API uint8_t WtpiGetCountryID(void);
 
 /**
+ * @return  The full path of the registry key that holds the code pages of the current language:
+ *          "HKEY_CURRENT_USER\Software\Norvane\Conversions\21\CodePageData\EN" for the language EN.
+ *          Zero-terminated, in the library's own buffer; do not write.
+ *
+ * The path is rebuilt at every call, in the same buffer: it follows the language.
+ * Threads: the buffer is process-wide and unguarded, and every function that reads or stores a code page fills it.
+ */
+KXSTR_API const char *WcvtGetRegistryLoc(void);
+
+/**
+ * The DOS (OEM) code page in force: the number stored for the current language, else the one usual in the country of
+ * the system, else the OEM code page of the system.
+ *
+ * @return  KX code page number, looked up afresh at every call.
+ *
+ * A stored number is the registry value "DOS Code Page" under WcvtGetRegistryLoc(): at most two bytes of data,
+ * little-endian, of any type (the text "8" is the number 0x0038). A link (type 0x80000008) is followed, and the first
+ * two bytes of what it leads to count. Anything else, and the number 0, counts as not stored; so do settings that
+ * cannot be read. Asking creates the registry key when it is missing and can be created.
+ * Threads: see WcvtGetRegistryLoc; beyond that several threads may ask at once.
+ */
+KXSTR_API uint16_t WcvtGetDOSCodepage(void);
+
+/**
+ * The Windows (ANSI) code page in force, found as the DOS one is, under the name "Windows Code Page".
+ *
+ * @return  KX code page number. It is decided at the first call of any function that needs it and then kept: a later
+ *          change of the language or of the registry changes nothing, only WcvtSetWinCodepage does.
+ *
+ * Threads: the first call is unguarded; make it before starting threads.
+ */
+KXSTR_API uint16_t WcvtGetWinCodepage(void);
+
+/**
+ * Stores the Windows code page for the current language, as a value of type 0x80000002, and puts it in force.
+ *
+ * @param code_page  KX code page number; low 16 bits stored. 0 is stored too; it counts as nothing stored, so the next
+ *                   WcvtGetWinCodepage decides anew.
+ * @return           1 stored. 0 not stored: settings that cannot be opened or written, or a value whose type has bit
+ *                   0x40000000, which protects it; then the code page in force stays.
+ *
+ * Where the value is a link, the value that it leads to is written, in the very key where reading looks for it; the
+ * result is that of this write. The library's own descriptors, once filled, keep their code page.
+ * Threads: serialise with every use of the library.
+ */
+KXSTR_API uint32_t WcvtSetWinCodepage(uint32_t code_page);
+
+/**
+ * @return  The library's own descriptor for the Windows code page (both directions), filled at the first call of any
+ *          function that needs it. The address is the same for the life of the process; do not write.
+ *
+ * Threads: the first call is unguarded; make it before starting threads.
+ */
+KXSTR_API const KxCodePage *WtpiGetAnsiCodepageTbl(void);
+
+/**
+ * As WtpiGetAnsiCodepageTbl, for the DOS code page. On a double-byte system it is the Windows code page: such a system
+ * has one code page for both.
+ */
+KXSTR_API const KxCodePage *WtpiGetOemCodepageTbl(void);
+
+/**
  * The code page and font character set of the keyboard layout's language.
  *
  * @param code_page      Receives the ANSI code page (the system's when the language is unknown); may be null.

@@ -1,11 +1,21 @@
 #include "codepage/selection.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdio>
+#include <kxstr/codepage.h>
+#include <new>
+#include <vector>
 
 #include "codepage/country.h"
 #include "codepage/descriptor.h"
 #include "codepage/state.h"
+#include "frame/bytes.h"
+#include "frame/language.h"
 #include "platform/system.h"
+#include "registry/key.h"
+#include "registry/link_engine.h"
+#include "registry/values.h"
 
 namespace kxstr::codepage {
 namespace {
@@ -26,20 +36,83 @@ constexpr std::array<CountryDefaults, 7> kCountryDefaults{{
     {862, 1255}, // Hebrew
 }};
 
+constexpr const char *kCodePageData = "HKEY_CURRENT_USER\\Software\\Norvane\\Conversions\\21\\CodePageData";
+
+// The number at the end of a link: the first two bytes of what it leads to. 0 when it leads nowhere.
+std::uint16_t number_behind_link(registry::CYWKey &key, const char *value_name) noexcept try {
+    if (key.GetLinkEngine() == 0) return 0;
+    std::uint32_t type = 0;
+    std::vector<std::uint8_t> link;
+    if (registry::read_value(key.key, value_name, type, link) != platform::kSuccess) return 0;
+    type = registry::kLinkType;
+    std::uint32_t size = 0;
+    std::uint8_t *const result = registry::expand(*key.link_engine, link, type, false, false, size);
+    if (result == nullptr) return 0;
+    std::array<std::uint8_t, 2> number{};
+    std::copy_n(result, std::min<std::size_t>(size, number.size()), number.begin());
+    platform::task_free(result);
+    return load_u16le(number.data());
+} catch (const std::bad_alloc &) {
+    return 0;
+}
+
 } // namespace
 
-std::uint16_t dos_code_page() noexcept {
+const char *settings_path() noexcept {
+    auto &path = process_state().registry_path;
+    std::snprintf(path.data(), path.size(), "%s\\%s", kCodePageData, frame::language());
+    return path.data();
+}
+
+std::uint16_t stored_code_page(const char *value_name) noexcept {
+    registry::CYWKey key(settings_path(), 0);
+    if (!key.is_open()) return 0;
+    std::array<std::uint8_t, 2> number{};
+    std::uint32_t type = 0;
+    auto size = static_cast<std::uint32_t>(number.size());
+    const std::uint32_t status = platform::query_value(key.key, value_name, &type, number.data(), size);
+    if (registry::is_link(type) && (status == platform::kSuccess || status == platform::kMoreData)) {
+        return number_behind_link(key, value_name);
+    }
+    return status == platform::kSuccess ? load_u16le(number.data()) : std::uint16_t{0};
+}
+
+DefaultCodePage default_dos_code_page() noexcept {
     const std::uint16_t by_country = kCountryDefaults[country_id()].dos;
-    return by_country != 0 ? by_country : static_cast<std::uint16_t>(platform::oem_code_page());
+    if (by_country != 0) return {by_country, true};
+    return {static_cast<std::uint16_t>(platform::oem_code_page()), false};
+}
+
+DefaultCodePage default_windows_code_page() noexcept {
+    const std::uint16_t by_country = kCountryDefaults[country_id()].windows;
+    if (by_country != 0) return {by_country, true};
+    return {static_cast<std::uint16_t>(platform::ansi_code_page()), false};
+}
+
+std::uint16_t dos_code_page() noexcept {
+    const std::uint16_t stored = stored_code_page(kDosValue);
+    return stored != 0 ? stored : default_dos_code_page().number;
 }
 
 std::uint16_t windows_code_page() noexcept {
     ProcessState &state = process_state();
-    if (state.windows_code_page == 0) state.windows_code_page = kCountryDefaults[country_id()].windows;
-    if (state.windows_code_page == 0) {
-        state.windows_code_page = static_cast<std::uint16_t>(platform::ansi_code_page());
-    }
+    if (state.windows_code_page == 0) state.windows_code_page = stored_code_page(kWindowsValue);
+    if (state.windows_code_page == 0) state.windows_code_page = default_windows_code_page().number;
     return state.windows_code_page;
+}
+
+bool store_windows_code_page(std::uint16_t code_page) noexcept {
+    registry::CYWKey key(settings_path(), 0);
+    if (!key.is_open()) return false;
+    std::array<std::uint8_t, 2> number{};
+    store_u16le(number.data(), code_page);
+    constexpr std::uint32_t kFollowLinks = 1;
+    if (key.SetValue(kWindowsValue, registry::kCodePageType, number.data(), number.size(), kFollowLinks, 0) !=
+        platform::kSuccess) {
+        return false;
+    }
+    process_state().windows_code_page = code_page;
+    return true;
 }
 
 void fill_descriptors() noexcept {
@@ -76,3 +149,30 @@ const KxCodePage &oem_descriptor() noexcept {
 }
 
 } // namespace kxstr::codepage
+
+extern "C" {
+
+const char *WcvtGetRegistryLoc(void) {
+    return kxstr::codepage::settings_path();
+}
+
+uint16_t WcvtGetDOSCodepage(void) {
+    return kxstr::codepage::dos_code_page();
+}
+
+uint16_t WcvtGetWinCodepage(void) {
+    return kxstr::codepage::windows_code_page();
+}
+
+uint32_t WcvtSetWinCodepage(uint32_t code_page) {
+    return kxstr::codepage::store_windows_code_page(static_cast<uint16_t>(code_page)) ? 1 : 0;
+}
+
+const KxCodePage *WtpiGetAnsiCodepageTbl(void) {
+    return &kxstr::codepage::ansi_descriptor();
+}
+
+const KxCodePage *WtpiGetOemCodepageTbl(void) {
+    return &kxstr::codepage::oem_descriptor();
+}
+}

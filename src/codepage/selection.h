@@ -9,6 +9,27 @@ namespace kxstr::codepage {
 std::uint16_t dos_code_page() noexcept;     // looked up afresh at every call
 std::uint16_t windows_code_page() noexcept; // decided once, then kept
 
+// Stores the Windows code page for the current language. It is in force once it is stored, and not before.
+bool store_windows_code_page(std::uint16_t code_page) noexcept;
+
+// The full path of the registry key with the settings of the current language. The same address at every call.
+const char *settings_path() noexcept;
+
+inline constexpr const char *kDosValue = "DOS Code Page";
+inline constexpr const char *kWindowsValue = "Windows Code Page";
+
+// The code page number stored under a name for the current language, through links too; 0 when there is none. Asking
+// leaves the key behind.
+std::uint16_t stored_code_page(const char *value_name) noexcept;
+
+// What is in force where nothing is stored.
+struct DefaultCodePage {
+    std::uint16_t number;
+    bool by_country; // else by the system's code pages
+};
+DefaultCodePage default_dos_code_page() noexcept;
+DefaultCodePage default_windows_code_page() noexcept;
+
 // Fills both of the library's descriptors from the code pages of the moment.
 void fill_descriptors() noexcept;
 // Fills them when they are not ready yet.
