@@ -46,10 +46,10 @@ TEST(NativeConversion, EveryDoubleByteCodeComesBackAndNoTwoCollide) {
     run_on(kJapanese);
     const struct {
         unsigned code_page;
-        std::size_t codes;
+        unsigned codes;
     } cases[] = {
-        {932, (31 + 16 + 13) * 188}, {934, 94 * 94},          {949, 94 * 94},
-        {936, (32 + 94) * 94},       {938, (32 + 94) * 157u}, {950, (32 + 94) * 157u},
+        {932, (31 + 16 + 13) * 188}, {934, 94 * 94},         {949, 94 * 94},
+        {936, (32 + 94) * 94},       {938, (32 + 94) * 157}, {950, (32 + 94) * 157},
     };
     for (const auto &c : cases) {
         const KxCodePage page = descriptor(c.code_page);

@@ -127,7 +127,7 @@ Map range_entries(const std::uint8_t *table) {
     Map entries;
     if (table == nullptr) return entries;
     for (unsigned byte = table[0]; byte <= table[1]; ++byte)
-        entries[byte] = load_u16le(table + 2 + 2 * (byte - table[0]));
+        entries[byte] = load_u16le(&table[2 + 2 * (byte - table[0])]);
     return entries;
 }
 
@@ -186,7 +186,7 @@ TEST(CodePages, TablesHoldWhatThePublishedMappingsGiveAndReversesInvertThem) {
         EXPECT_EQ(range_entries(page.high), pages[i].high) << page.kx_number;
         Map reverse;
         for (unsigned k = 0; k < load_u16le(page.reverse); ++k) {
-            const unsigned kx = load_u16le(page.reverse + 2 + 3 * k);
+            const unsigned kx = load_u16le(&page.reverse[2 + 3 * k]);
             EXPECT_TRUE(reverse.empty() || reverse.rbegin()->first < kx) << page.kx_number;
             reverse[kx] = page.reverse[4 + 3 * k];
         }
