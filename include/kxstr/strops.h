@@ -115,6 +115,12 @@ KXSTR_API int16_t VaskStripAmpersand(char *destination, const char *source);
  */
 KXSTR_API int32_t WMBStrTrunc(char *string, int32_t limit);
 
+/** TpiKxToKxsioBuff (kxstr/forms.h) with source and destination in the other order. */
+KXSTR_API uint16_t W6dzTotz(const uint8_t *source, uint8_t *destination, uint32_t count, uint32_t flags);
+
+/** TpiKxwzToKxsioBuff (kxstr/forms.h) with source and destination in the other order. */
+KXSTR_API uint16_t W6wzTotz(const KxChar *source, uint8_t *destination, uint32_t count, uint32_t flags);
+
 /* ---- case and classes ----------------------------------------------------------------------------------------- */
 
 /**

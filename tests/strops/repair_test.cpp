@@ -1,5 +1,6 @@
 #include <cstring>
 #include <gtest/gtest.h>
+#include <kxstr/forms.h>
 #include <kxstr/strops.h>
 #include <string>
 
@@ -74,25 +75,24 @@ TEST(CodeNumbering, ThirtySixCodesChangeAndComeBack) {
 TEST(StripAmpersand, TextAndKey) {
     const struct {
         const char *source, *text;
-        int key;
         const char *double_byte_text; // null: as `text`, and the same key
-        int double_byte_key;
+        int key, double_byte_key;
     } cases[] = {
-        {"", "", 0, nullptr, 0},
-        {"&File", "File", 0x46, nullptr, 0},
-        {"A&&B", "A&&B", 0, nullptr, 0},
-        {"&&&A", "&&A", 0x41, nullptr, 0},
-        {"&A&B", "AB", 0x42, nullptr, 0},
-        {"Save&", "Save", 0, nullptr, 0},
-        {"&A Save&", "A Save", 0, nullptr, 0},
-        {"&\xE9", "\xE9", -0x17, nullptr, 0},
-        {"(&F)", "(F)", 0x46, "", 0x2846},
-        {"Open(&O)...", "Open(O)...", 0x4F, "Open...", 0x284F},
-        {"a(&\xE9", "a(\xE9", -0x17, "a", -0x17},
-        {"(", "(", 0, "", 0x2800},
-        {"((", "((", 0, "", 0x2800},
-        {"()&X", "()X", 0x58, "X", 0x58},
-        {"&(x)y", "(x)y", 0x28, "y", 0x2829},
+        {"", "", nullptr, 0, 0},
+        {"&File", "File", nullptr, 0x46, 0},
+        {"A&&B", "A&&B", nullptr, 0, 0},
+        {"&&&A", "&&A", nullptr, 0x41, 0},
+        {"&A&B", "AB", nullptr, 0x42, 0},
+        {"Save&", "Save", nullptr, 0, 0},
+        {"&A Save&", "A Save", nullptr, 0, 0},
+        {"&\xE9", "\xE9", nullptr, -0x17, 0},
+        {"(&F)", "(F)", "", 0x46, 0x2846},
+        {"Open(&O)...", "Open(O)...", "Open...", 0x4F, 0x284F},
+        {"a(&\xE9", "a(\xE9", "a", -0x17, -0x17},
+        {"(", "(", "", 0, 0x2800},
+        {"((", "((", "", 0, 0x2800},
+        {"()&X", "()X", "X", 0x58, 0x58},
+        {"&(x)y", "(x)y", "y", 0x28, 0x2829},
     };
     for (const auto &c : cases) {
         for (const bool double_byte : {false, true}) {
@@ -133,6 +133,19 @@ TEST(Truncation, EveryShortTextAtEveryLimit) {
     EXPECT_EQ(text, (std::vector<char>{'a', '\x81', 0, 'b', 0}));
     EXPECT_EQ(WMBStrTrunc(text.data(), -1), 0);
     EXPECT_EQ(text[0], 0);
+}
+
+TEST(SioForwarders, PassAllFourArgumentsOn) {
+    run_on(kWestern);
+    using Bytes = std::vector<std::uint8_t>;
+    const Bytes stream{0xF2, 0x05, 0xF2, 0x41, 0x42, 0x43, 0};
+    Bytes out(8, 0xA5), direct(8, 0xA5);
+    EXPECT_EQ(W6dzTotz(stream.data(), out.data(), 6, KX_KEEP_ATTRIBUTES), 5);
+    TpiKxToKxsioBuff(direct.data(), stream.data(), 6, KX_KEEP_ATTRIBUTES);
+    EXPECT_EQ(out, direct);
+    const std::vector<KxChar> string{0xF909, 0x0041, 0x0141, 0x0042, 0};
+    EXPECT_EQ(W6wzTotz(string.data(), out.data(), 7, KX_KEEP_TABS | KX_TABS_AS_FE), 5);
+    EXPECT_EQ(out, (Bytes{0xFE, 0x41, 0xFD, 0x41, 0x01, 0, direct[6], 0xA5}));
 }
 
 } // namespace
