@@ -15,16 +15,19 @@ extern "C" {
 
 /**
  * The settings, filled once when the library is loaded: each from its environment variable when that is set and
- * parses, else from the locale (LC_ALL, then LC_CTYPE, then LANG), else from the defaults given here.
+ * parses, else from the locale, else from the default given here. The locale is the first of LC_ALL, LC_CTYPE and LANG
+ * that is not empty, such as ja_JP.UTF-8; it stands for the code pages and the language that Windows has for it,
+ * whatever its own encoding. C, POSIX and unknown locales stand for the defaults.
  */
 typedef struct KxPlatformSettings {
-    uint32_t ansi_code_page;    /**< KX_ANSI_CODEPAGE, decimal; default 1252 */
-    uint32_t oem_code_page;     /**< KX_OEM_CODEPAGE, decimal; default 437 */
-    uint32_t double_byte;       /**< KX_DBCS, 0 or 1; default 1 when the ANSI code page is 932, 936, 949 or 950 */
-    uint16_t system_language;   /**< KX_SYSTEM_LANGID, hexadecimal such as 0x0411; default 0x0409 */
+    uint32_t ansi_code_page;    /**< KX_ANSI_CODEPAGE, decimal, 1 to 65535; default 1252 */
+    uint32_t oem_code_page;     /**< KX_OEM_CODEPAGE, likewise; default 437 */
+    uint32_t double_byte;       /**< KX_DBCS, 0 or 1; default 1 when ansi_code_page is 932, 936, 949 or 950, else 0 */
+    uint16_t system_language;   /**< KX_SYSTEM_LANGID, hexadecimal with or without 0x, such as 0x0411; default 0x0409 */
     uint16_t keyboard_language; /**< KX_KEYBOARD_LANGID, likewise; default: the system language */
-    /** KX_REGISTRY: path of the settings file, zero-terminated, in the host's file name encoding. Default:
-     *  kxstr/registry.reg under $XDG_CONFIG_HOME, else under ~/.config. Empty: there is no settings file. */
+    /** KX_REGISTRY: path of the settings file, zero-terminated, in the host's file name encoding; set but empty for no
+     *  settings file. A path with no room here counts as unset. Default: kxstr/registry.reg under $XDG_CONFIG_HOME if
+     *  that is an absolute path, else under $HOME/.config; empty (no settings file) if HOME is unset too. */
     char registry_path[KX_REGISTRY_PATH_SIZE];
 } KxPlatformSettings;
 

@@ -1,7 +1,8 @@
+#include "platform/portable/languages.h"
+
 #include <algorithm>
 
 #include "platform/system.h"
-#include "tables/windows_locales.h"
 
 namespace kxstr::platform {
 namespace {
@@ -25,10 +26,14 @@ constexpr bool means_default(std::uint16_t language) noexcept {
 
 } // namespace
 
-std::optional<std::uint32_t> ansi_code_page_of(std::uint16_t language) noexcept {
-    const std::uint16_t identifier = means_default(language) ? system_language() : language;
+const tables::Language *find_language(std::uint16_t identifier) noexcept {
     const auto found = std::ranges::lower_bound(tables::kLanguages, identifier, {}, &tables::Language::identifier);
-    if (found == tables::kLanguages.end() || found->identifier != identifier) return std::nullopt;
+    return found != tables::kLanguages.end() && found->identifier == identifier ? &*found : nullptr;
+}
+
+std::optional<std::uint32_t> ansi_code_page_of(std::uint16_t language) noexcept {
+    const auto *const found = find_language(means_default(language) ? system_language() : language);
+    if (found == nullptr) return std::nullopt;
     return found->ansi_code_page;
 }
 

@@ -1,12 +1,18 @@
-#include <cstring>
+#include <cstdlib>
 #include <kxstr/platform.h>
 
+#include "platform/portable/environment.h"
 #include "platform/system.h"
 
 namespace kxstr::platform {
 namespace {
 
 constinit KxPlatformSettings settings{1252, 437, 0, 0x0409, 0x0409, {}};
+
+// Before the initialisers of a host that has the library linked in statically, which may call it already.
+[[gnu::constructor(101)]] void load_settings() noexcept {
+    settings = settings_from([](const char *name) -> const char * { return std::getenv(name); });
+}
 
 } // namespace
 
