@@ -207,6 +207,147 @@ KXSTR_API uint16_t TpiKxToKxsioBuff(uint8_t *destination, const uint8_t *source,
  */
 KXSTR_API uint16_t TpiKxwzToKxsioBuff(uint8_t *destination, const KxChar *source, uint32_t count, uint32_t flags);
 
+/* ---- Strings ----
+ *
+ * Whole zero-terminated strings: ANSI and OEM (char), KX (KxChar), UTF-16 (uint16_t; "Vask" in names) and KX 5 document
+ * streams (uint8_t). Native text converts by the library's own descriptors, as TpiAnsiToKx and TpiGetAnsi (TpiOemToKx,
+ * TpiGetOem) do, UTF-16 as YWcharUnicodeToKX6x and YWcharKX6xToUnicode do.
+ *
+ * A character that does not convert becomes KX_NONE in KX and UTF-16 strings and the byte 0x80 in native text. A native
+ * character of two bytes is written lead byte first, and never half.
+ *
+ * Counts are 16-bit: of a 32-bit argument the low 16 bits are used. A count of 0 writes nothing and gives what an empty
+ * source gives. Without a count the destination has room for the whole result. Pointers are not null unless said so.
+ * Strings must not overlap unless said so.
+ * Threads: as for buffers.
+ */
+
+/**
+ * ANSI (OEM) string to KX string.
+ *
+ * @param destination  Room for as many characters as the source has bytes, and the terminator. It may begin at the
+ *                     source's own address: the string converts in place. (On a double-byte system the source may begin
+ *                     anywhere in the destination: it is copied first.)
+ * @param count        Destination's size in 16-bit units, the terminator included.
+ * @return             1. 0 when there is no memory for the copy of the source; nothing is written then.
+ *
+ * On a double-byte system a lead byte of the system's ANSI code page, in OEM text too, makes one code with the byte
+ * behind it; a lead byte just before the terminator is dropped.
+ */
+KXSTR_API uint32_t W6azTowz(const char *source, KxChar *destination);
+KXSTR_API uint32_t W6azTowzN(const char *source, KxChar *destination, uint32_t count);
+KXSTR_API uint32_t W6ozTowz(const char *source, KxChar *destination);
+KXSTR_API uint32_t W6ozTowzN(const char *source, KxChar *destination, uint32_t count);
+
+#define KX_ANSI_MARK_UNKNOWN 1u        /**< writes 0x80 for a character without an ANSI code, else it is left out */
+#define KX_ANSI_SOFT_ENDS_AS_SPACES 2u /**< writes KX_CARRIAGE_RETURN as a space */
+#define KX_ANSI_CRLF 4u                /**< writes KX_LINE_FEED, and KX_CARRIAGE_RETURN unless a space, as 0D 0A */
+#define KX_ANSI_MEASURE 8u             /**< writes nothing, not even a terminator; the destination may be null */
+
+/**
+ * KX string to ANSI string.
+ *
+ * @param destination  Room for 2 bytes a character and the terminator at most; KX_ANSI_MEASURE tells how many. May be
+ *                     the source's own address.
+ * @param flags        KX_ANSI_ flags; other bits have no effect. KX_LINE_FEED gives 0A and KX_CARRIAGE_RETURN 0D unless
+ *                     they say otherwise. W6wzToaz takes KX_ANSI_MARK_UNKNOWN alone.
+ * @return             Bytes written, or to be written, before the terminator.
+ *
+ * Example: 0x0041 KX_LINE_FEED, flags KX_ANSI_MEASURE | KX_ANSI_CRLF -> 3.
+ */
+KXSTR_API uint32_t W6wzToazEx(const KxChar *source, char *destination, uint32_t flags);
+KXSTR_API uint32_t W6wzToaz(const KxChar *source, char *destination);
+
+/**
+ * KX string to ANSI (OEM) string. All codes convert by the code page, so KX_LINE_FEED gives 0A, KX_TAB 09.
+ *
+ * @param destination  As W6wzToazEx. With a count, room for up to 2 * (count - 1) + 1 bytes: see there.
+ * @param count        Characters: at most count - 1 are converted, whatever their size in bytes.
+ * @return             1, always.
+ */
+KXSTR_API uint32_t W6wzToazN(const KxChar *source, char *destination, uint32_t count);
+KXSTR_API uint32_t W6wzTooz(const KxChar *source, char *destination);
+KXSTR_API uint32_t W6wzToozN(const KxChar *source, char *destination, uint32_t count);
+
+/**
+ * The same with a count in bytes.
+ *
+ * @param bytes  Destination's size, the terminator included. A two-byte character that does not fit ends it.
+ * @return       1; 0, with nothing written, when a pointer is null.
+ */
+KXSTR_API uint32_t W6wzToazNB(const KxChar *source, char *destination, uint32_t bytes);
+
+/**
+ * UTF-16 string to KX string and back, unit by unit.
+ *
+ * @param destination  Room for as many units as the source has, and the terminator. May be the source's own address.
+ * @return             1, always.
+ *
+ * The KX character 0x0C00 converts to 0 and so ends a UTF-16 string. W6wzToVaskEx has a third argument without effect.
+ */
+KXSTR_API uint32_t W6VaskTowz(const uint16_t *source, KxChar *destination);
+KXSTR_API uint32_t W6wzToVask(const KxChar *source, uint16_t *destination);
+KXSTR_API uint32_t W6wzToVaskEx(const KxChar *source, uint16_t *destination, uint32_t unused);
+
+/**
+ * The same with a count.
+ *
+ * @param source       Null gives an empty string.
+ * @param destination  Null: nothing is done. Not the source's own address.
+ * @param count        Destination's size in 16-bit units, the terminator included.
+ * @return             1, always.
+ */
+KXSTR_API uint32_t W6VaskTowzN(const uint16_t *source, KxChar *destination, uint32_t count);
+KXSTR_API uint32_t W6wzToVaskN(const KxChar *source, uint16_t *destination, uint32_t count);
+
+/**
+ * UTF-16 string to ANSI string, by way of KX characters.
+ *
+ * @param source       Null gives an empty string, and so does lack of memory for a temporary buffer.
+ * @param destination  Room for up to 2 * (count - 1) + 1 bytes. Null: nothing is done. Not the source's own address.
+ * @param count        Characters: at most count - 1 are converted.
+ * @return             1, always.
+ */
+KXSTR_API uint32_t W6VaskToazN(const uint16_t *source, char *destination, uint32_t count);
+
+/**
+ * KX 5 document stream to KX string. The stream, by the byte at which a code begins:
+ *   0A, 0C, 0D        line ends: KX_LINE_FEED, KX_FORM_FEED, KX_CARRIAGE_RETURN
+ *   20..7F            a character of set 0; on a double-byte system a space or the first byte of a pair
+ *   C0 index set C0   any other character
+ *   C3 a C3, C4 a C4  attribute a on, off: 0xFE00 + 2a, 0xFE00 + 2a + 1 (modulo 256 in the low byte)
+ *   D0..FF            group of 4 + n bytes: code, any byte, n (16-bit little-endian), n bytes; skipped
+ * All other bytes are skipped one by one, also the first bytes of fixed-length codes (C1, C2, C5..CF), since their
+ * lengths are not known: what they hold is read as text. The stream is trusted to hold its codes whole.
+ *
+ * @param bytes  Destination's size in bytes, the terminator included: bytes / 2 - 1 characters at most. Below 2 nothing
+ *               is written.
+ * @return       The destination.
+ *
+ * A pair is a row of 94 characters and a place in it: row 0x21 holds set 0 and row 0x22 set 11, from row 0x23 on two
+ * rows make one set from set 0x24 on; row 0x7F stands for nothing but takes the room of a character. The first byte of
+ * a pair just before the terminator ends the conversion.
+ */
+KXSTR_API KxChar *W5dzTowz(const uint8_t *source, KxChar *destination, uint32_t bytes);
+
+/**
+ * The same for a Chinese stream: always in pairs, whatever the system, and rows from 0x22 on hold the characters of
+ * code page 950 or 936, numbered through and laid 255 to a KX set.
+ *
+ * @param selector  Low 8 bits used: 0x83 for sets from 0xA5 on (950), others for sets from 0x82 on (936).
+ */
+KXSTR_API KxChar *lW5CdzTowz(const uint8_t *source, KxChar *destination, uint32_t bytes, uint32_t selector);
+
+/**
+ * KX string to KX 5 document stream. Characters of set 0 give one byte, others an extended character of 4 bytes; codes
+ * (from KX_FIRST_CODE up, line ends among them) are left out. Characters are not renumbered (see WtpiKX6toKX5).
+ *
+ * @param bytes  Destination's size, the terminator included. An extended character is written only where 5 bytes are
+ *               left before the terminator's; where there are fewer, it is left out and the text goes on behind it.
+ * @return       The destination.
+ */
+KXSTR_API uint8_t *WwzTo5dz(const KxChar *source, uint8_t *destination, uint32_t bytes);
+
 /* ---- KX 5 ----
  *
  * The older generation of the document format numbers the characters of sets 1, 2, 5, 8, 9, 10, 11 and 13 differently;

@@ -37,8 +37,7 @@ std::uint16_t from_table_set(std::uint8_t set, std::uint8_t index, std::uint32_t
     return index < values.size() ? values[index] : kNone;
 }
 
-// The loop of both string conversions: results are stored as they come, no-mapping values included, until a 0 has been
-// stored or a limit is reached.
+// The loop of both string conversions.
 template <class Convert>
 std::uint32_t convert_string(const std::uint16_t *source, std::uint32_t source_limit, std::uint16_t *destination,
                              std::uint32_t destination_limit, Convert convert) noexcept {
@@ -77,6 +76,16 @@ std::uint16_t from_kx(KxChar ch, std::uint32_t ansi_code_page) noexcept {
     return platform::to_wide(ansi_code_page, bytes).value_or(kNone);
 }
 
+std::uint32_t string_to_kx(const std::uint16_t *source, std::uint32_t source_limit, KxChar *destination,
+                           std::uint32_t destination_limit) noexcept {
+    return convert_string(source, source_limit, destination, destination_limit, to_kx);
+}
+
+std::uint32_t string_from_kx(const KxChar *source, std::uint32_t source_limit, std::uint16_t *destination,
+                             std::uint32_t destination_limit) noexcept {
+    return convert_string(source, source_limit, destination, destination_limit, from_kx);
+}
+
 } // namespace kxstr::unicode
 
 extern "C" {
@@ -91,7 +100,7 @@ uint16_t YWcharUnicodeToKX6x(uint32_t unicode) {
 
 uint32_t YWstrUnicodeToKX6x(const uint16_t *source, uint32_t source_limit, KxChar *destination,
                             uint32_t destination_limit) {
-    return kxstr::unicode::convert_string(source, source_limit, destination, destination_limit, kxstr::unicode::to_kx);
+    return kxstr::unicode::string_to_kx(source, source_limit, destination, destination_limit);
 }
 
 uint32_t GetUnicodeValue(uint32_t set, uint32_t index) {
@@ -106,7 +115,6 @@ uint16_t YWcharKX6xToUnicode(uint32_t ch) {
 
 uint32_t YWstrKX6xToUnicode(const KxChar *source, uint32_t source_limit, uint16_t *destination,
                             uint32_t destination_limit) {
-    return kxstr::unicode::convert_string(source, source_limit, destination, destination_limit,
-                                          kxstr::unicode::from_kx);
+    return kxstr::unicode::string_from_kx(source, source_limit, destination, destination_limit);
 }
 }

@@ -1,0 +1,139 @@
+// The document stream of the KX 5 generation.
+#include <kxstr/forms.h>
+
+#include "forms/bounded_writer.h"
+#include "frame/bytes.h"
+#include "frame/kx_char.h"
+#include "platform/system.h"
+
+namespace kxstr::forms {
+namespace {
+
+constexpr std::uint8_t kExtended5 = 0xC0;     // 0xC0, index, set, 0xC0
+constexpr std::uint8_t kAttributeOn5 = 0xC3;  // 0xC3, attribute, 0xC3
+constexpr std::uint8_t kAttributeOff5 = 0xC4; // likewise
+constexpr std::uint8_t kFirstGroup5 = 0xD0;   // code, any byte, size of the content, content
+constexpr std::size_t kGroupHeaderSize5 = 4;
+constexpr std::size_t kExtendedSize5 = 4;
+constexpr std::size_t kAttributeSize5 = 3;
+
+// A code of the stream: how long it is, and the KX character it stands for, if any.
+struct Code5 {
+    std::size_t size;
+    KxChar ch = 0;
+    bool is_character = false;
+};
+
+constexpr Code5 character(std::size_t size, unsigned set, unsigned index) noexcept {
+    return {size, make_char(set, index), true};
+}
+
+// A code that is no text: control and function codes. Fixed-length codes without a KX meaning have lengths that nobody
+// tells; their first byte is stepped over, and the walk goes on with whatever follows.
+constexpr Code5 function_code(const std::uint8_t *at) noexcept {
+    switch (*at) {
+    case 0x0A:
+    case 0x0C:
+    case 0x0D: return character(1, 0xF9, *at);
+    case kExtended5: return character(kExtendedSize5, at[2], at[1]);
+    case kAttributeOn5: return character(kAttributeSize5, 0xFE, 2u * at[1]);
+    case kAttributeOff5: return character(kAttributeSize5, 0xFE, 2u * at[1] + 1);
+    default: break;
+    }
+    return {*at < kFirstGroup5 ? 1 : kGroupHeaderSize5 + load_u16le(at + 2)};
+}
+
+// ---- Pairs: double-byte text, two bytes of 0x21..0x7F each ----
+
+constexpr std::size_t kPairSize = 2;
+
+// Rows of 94 characters, two to a KX set; the first rows hold ASCII and the half-width katakana. 0x7F stands for no
+// row.
+constexpr Code5 row_pair(std::uint8_t row, std::uint8_t cell) noexcept {
+    switch (row) {
+    case 0x21: return character(kPairSize, kAsciiSet, cell);
+    case 0x22: return character(kPairSize, kKatakanaSet, cell - 0x21u);
+    case 0x7F: return {kPairSize};
+    default: return character(kPairSize, (row + 1u) / 2 + 0x12, row % 2 != 0 ? cell - 0x21u : cell + 0x3Du);
+    }
+}
+
+// Chinese: the characters of all rows are numbered through, and laid 255 to a KX set from `base` on, as those of the
+// double-byte code pages are.
+constexpr Code5 chinese_pair(std::uint8_t row, std::uint8_t cell, unsigned base) noexcept {
+    if (row == 0x21) return character(kPairSize, kAsciiSet, cell);
+    const unsigned n = (row - 0x22u) * 94 + static_cast<std::uint8_t>(cell - 0x21);
+    const unsigned ch = base + n + (n + n / 256) / 256;
+    return character(kPairSize, (ch >> 8) & 0xFF, ch);
+}
+
+// `read_text(at)` reads the code at a byte of 0x20..0x7F.
+template <class ReadText>
+KxChar *read_stream(const std::uint8_t *source, KxChar *destination, std::uint16_t bytes, ReadText read_text) noexcept {
+    if (bytes < sizeof(KxChar)) return destination;
+    KxWriter out(destination, bytes / sizeof(KxChar) - 1);
+    while (out.has_room() && *source != 0) {
+        const bool text = *source >= 0x20 && *source <= 0x7F;
+        const Code5 code = text ? read_text(source) : function_code(source);
+        if (code.size == 0) break;
+        if (code.is_character) {
+            out.put(code.ch);
+        } else if (text) {
+            out.charge(1); // a pair takes its room even when it stands for nothing
+        }
+        source += code.size;
+    }
+    out.finish();
+    return destination;
+}
+
+// Text in pairs; a space stands by itself. The first byte of a pair at the end of the stream ends it.
+template <class ReadPair> auto in_pairs(ReadPair read_pair) noexcept {
+    return [read_pair](const std::uint8_t *at) {
+        if (*at == ' ') return character(1, kAsciiSet, ' ');
+        return at[1] != 0 ? read_pair(at[0], at[1]) : Code5{0};
+    };
+}
+
+} // namespace
+} // namespace kxstr::forms
+
+using namespace kxstr;
+
+extern "C" {
+
+KxChar *W5dzTowz(const uint8_t *source, KxChar *destination, uint32_t bytes) {
+    const std::uint16_t size = low16(bytes);
+    if (platform::is_double_byte_system()) {
+        return forms::read_stream(source, destination, size, forms::in_pairs(forms::row_pair));
+    }
+    return forms::read_stream(source, destination, size,
+                              [](const std::uint8_t *at) { return forms::character(1, kAsciiSet, *at); });
+}
+
+KxChar *lW5CdzTowz(const uint8_t *source, KxChar *destination, uint32_t bytes, uint32_t selector) {
+    // Where the main areas of code pages 950 and 936 begin.
+    const unsigned base = static_cast<std::uint8_t>(selector) == 0x83 ? 0xA500 : 0x8200;
+    return forms::read_stream(source, destination, low16(bytes), forms::in_pairs([base](auto row, auto cell) {
+                                  return forms::chinese_pair(row, cell, base);
+                              }));
+}
+
+uint8_t *WwzTo5dz(const KxChar *source, uint8_t *destination, uint32_t bytes) {
+    const std::uint16_t size = low16(bytes);
+    if (size == 0) return destination;
+    forms::ByteWriter out(destination, size - 1u);
+    for (; *source != 0 && out.has_room(); ++source) {
+        const std::uint8_t set = set_of(*source);
+        const std::uint8_t index = index_of(*source);
+        if (set == kAsciiSet) {
+            out.put(index);
+        } else if (!is_code(*source) && out.fits(forms::kExtendedSize5 + 1)) {
+            // Only with a byte to spare; text behind a character that is left out can still follow.
+            out.put({forms::kExtended5, index, set, forms::kExtended5});
+        }
+    }
+    out.finish();
+    return destination;
+}
+}

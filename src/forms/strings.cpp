@@ -1,0 +1,228 @@
+#include <algorithm>
+#include <kxstr/forms.h>
+
+#include "forms/native_text.h"
+#include "forms/temporary_buffer.h"
+#include "frame/text.h"
+#include "unicode/map.h"
+
+namespace kxstr::forms {
+namespace {
+
+constexpr std::uint32_t kDone = 1; // what most of the exported functions give
+
+// ---- Native text to KX strings ----
+
+// Whether writing `length` characters from `destination` on could reach bytes of the source before they are read.
+bool would_overtake(const KxChar *destination, const std::uint8_t *source, std::size_t length) noexcept {
+    const auto to = reinterpret_cast<std::uintptr_t>(destination);
+    const auto from = reinterpret_cast<std::uintptr_t>(source);
+    return to <= from && from <= to + length;
+}
+
+void convert_bytes(NativePage &page, const std::uint8_t *source, KxChar *destination, std::size_t length) noexcept {
+    destination[length] = 0;
+    // From the last byte to the first: source and destination may begin at one address, and a KX character is twice as
+    // wide as its byte, so going forward would overwrite bytes not yet read.
+    while (length-- > 0)
+        destination[length] = page.to_kx(source[length]);
+}
+
+void convert_codes(NativePage &page, const std::uint8_t *source, KxChar *destination, std::size_t limit) noexcept {
+    NativeReader reader(source, true);
+    KxWriter out(destination, limit);
+    while (out.has_room()) {
+        const std::uint16_t code = reader.next();
+        if (code == 0) break;
+        out.put(page.to_kx(code));
+    }
+    out.finish();
+}
+
+// At most `limit` characters. The result is 0 when there is no memory for a copy of the source.
+std::uint32_t native_to_string(Native which, const char *text, KxChar *destination, std::size_t limit) noexcept {
+    const std::uint8_t *source = bytes_of(text);
+    const std::size_t bytes = length_of(source);
+    const std::size_t length = std::min(bytes, limit);
+    NativePage page(which);
+    if (!platform::is_double_byte_system()) {
+        convert_bytes(page, source, destination, length);
+    } else if (!would_overtake(destination, source, length)) {
+        convert_codes(page, source, destination, length);
+    } else {
+        const TemporaryBuffer<std::uint8_t> copy(bytes + 1);
+        if (copy.get() == nullptr) return 0;
+        std::copy_n(source, bytes + 1, copy.get());
+        convert_codes(page, copy.get(), destination, length);
+    }
+    return kDone;
+}
+
+// ---- KX strings to native text ----
+
+// At most `limit` characters, as far as the output has room. Characters without a native code become kNoNativeByte.
+void string_to_native(Native which, const KxChar *source, std::size_t limit, ByteWriter out) noexcept {
+    NativePage page(which);
+    for (; limit > 0 && *source != 0 && out.has_room(); --limit, ++source) {
+        const std::uint16_t code = page.from_kx(*source);
+        if (!put_native(out, code != kNone ? code : kNoNativeByte)) break;
+    }
+    out.finish();
+}
+
+ByteWriter unlimited(char *destination) noexcept {
+    return {bytes_of(destination), kUnlimited};
+}
+
+// Appends a line end or soft line end as the flags want it; false for any other character.
+bool put_line_end(ByteWriter &out, KxChar ch, std::uint32_t flags) noexcept {
+    if (ch != KX_LINE_FEED && ch != KX_CARRIAGE_RETURN) return false;
+    if (ch == KX_CARRIAGE_RETURN && (flags & KX_ANSI_SOFT_ENDS_AS_SPACES) != 0) {
+        out.put(' ');
+    } else if ((flags & KX_ANSI_CRLF) != 0) {
+        out.put({'\r', '\n'});
+    } else {
+        out.put(ch == KX_LINE_FEED ? '\n' : '\r');
+    }
+    return true;
+}
+
+std::size_t string_to_ansi(const KxChar *source, ByteWriter out, std::uint32_t flags) noexcept {
+    NativePage page(Native::kAnsi);
+    for (; *source != 0; ++source) {
+        if (put_line_end(out, *source, flags)) continue;
+        const std::uint16_t code = page.from_kx(*source);
+        if (code != kNone) {
+            put_native(out, code);
+        } else if ((flags & KX_ANSI_MARK_UNKNOWN) != 0) {
+            out.put(kNoNativeByte);
+        }
+    }
+    return out.finish();
+}
+
+// ---- Unicode strings ----
+
+using ConvertString = std::uint32_t(const std::uint16_t *, std::uint32_t, std::uint16_t *, std::uint32_t) noexcept;
+
+std::uint32_t unicode_length(const std::uint16_t *text) noexcept {
+    return static_cast<std::uint32_t>(length_of(text));
+}
+
+void convert_bounded(ConvertString convert, const std::uint16_t *source, std::uint16_t *destination,
+                     std::uint16_t count) noexcept {
+    if (destination == nullptr || count == 0) return;
+    destination[0] = 0;
+    if (source == nullptr) return;
+    const std::uint32_t length = unicode_length(source);
+    const std::uint32_t limit = std::min(length, count - 1u);
+    convert(source, length, destination, limit);
+    destination[limit] = 0;
+}
+
+void unicode_to_ansi(const std::uint16_t *source, char *destination, std::uint16_t count) noexcept {
+    if (destination == nullptr || count == 0) return;
+    destination[0] = 0;
+    const TemporaryBuffer<KxChar> converted(count + 1u);
+    if (converted.get() == nullptr || source == nullptr) return;
+    const std::uint32_t limit = std::min<std::uint32_t>(unicode_length(source), count);
+    converted.get()[unicode::string_to_kx(source, limit, converted.get(), limit)] = 0;
+    string_to_native(Native::kAnsi, converted.get(), count - 1u, unlimited(destination));
+}
+
+} // namespace
+} // namespace kxstr::forms
+
+using namespace kxstr;
+using forms::kDone;
+using forms::kUnlimited;
+using forms::Native;
+
+extern "C" {
+
+uint32_t W6azTowz(const char *source, KxChar *destination) {
+    return forms::native_to_string(Native::kAnsi, source, destination, kUnlimited);
+}
+
+uint32_t W6azTowzN(const char *source, KxChar *destination, uint32_t count) {
+    const std::uint16_t size = low16(count);
+    return size != 0 ? forms::native_to_string(Native::kAnsi, source, destination, size - 1u) : kDone;
+}
+
+uint32_t W6ozTowz(const char *source, KxChar *destination) {
+    return forms::native_to_string(Native::kOem, source, destination, kUnlimited);
+}
+
+uint32_t W6ozTowzN(const char *source, KxChar *destination, uint32_t count) {
+    const std::uint16_t size = low16(count);
+    return size != 0 ? forms::native_to_string(Native::kOem, source, destination, size - 1u) : kDone;
+}
+
+uint32_t W6wzToaz(const KxChar *source, char *destination) {
+    return W6wzToazEx(source, destination, KX_ANSI_MARK_UNKNOWN);
+}
+
+uint32_t W6wzToazEx(const KxChar *source, char *destination, uint32_t flags) {
+    const bool measure = (flags & KX_ANSI_MEASURE) != 0;
+    return static_cast<uint32_t>(
+        forms::string_to_ansi(source, forms::unlimited(measure ? nullptr : destination), flags));
+}
+
+uint32_t W6wzToazN(const KxChar *source, char *destination, uint32_t count) {
+    const std::uint16_t size = low16(count);
+    if (size != 0) forms::string_to_native(Native::kAnsi, source, size - 1u, forms::unlimited(destination));
+    return kDone;
+}
+
+uint32_t W6wzToazNB(const KxChar *source, char *destination, uint32_t bytes) {
+    if (source == nullptr || destination == nullptr) return 0;
+    const std::uint16_t size = low16(bytes);
+    if (size != 0) {
+        forms::string_to_native(Native::kAnsi, source, kUnlimited, {forms::bytes_of(destination), size - 1u});
+    }
+    return kDone;
+}
+
+uint32_t W6wzTooz(const KxChar *source, char *destination) {
+    forms::string_to_native(Native::kOem, source, kUnlimited, forms::unlimited(destination));
+    return kDone;
+}
+
+uint32_t W6wzToozN(const KxChar *source, char *destination, uint32_t count) {
+    const std::uint16_t size = low16(count);
+    if (size != 0) forms::string_to_native(Native::kOem, source, size - 1u, forms::unlimited(destination));
+    return kDone;
+}
+
+uint32_t W6VaskTowz(const uint16_t *source, KxChar *destination) {
+    const std::uint32_t length = forms::unicode_length(source);
+    unicode::string_to_kx(source, length, destination, length);
+    destination[length] = 0;
+    return kDone;
+}
+
+uint32_t W6VaskTowzN(const uint16_t *source, KxChar *destination, uint32_t count) {
+    forms::convert_bounded(unicode::string_to_kx, source, destination, low16(count));
+    return kDone;
+}
+
+uint32_t W6wzToVask(const KxChar *source, uint16_t *destination) {
+    const std::uint32_t whole = forms::unicode_length(source) + 1; // the terminator converts to itself
+    unicode::string_from_kx(source, whole, destination, whole);
+    return kDone;
+}
+
+uint32_t W6wzToVaskEx(const KxChar *source, uint16_t *destination, uint32_t /*unused*/) {
+    return W6wzToVask(source, destination);
+}
+
+uint32_t W6wzToVaskN(const KxChar *source, uint16_t *destination, uint32_t count) {
+    forms::convert_bounded(unicode::string_from_kx, source, destination, low16(count));
+    return kDone;
+}
+
+uint32_t W6VaskToazN(const uint16_t *source, char *destination, uint32_t count) {
+    forms::unicode_to_ansi(source, destination, low16(count));
+    return kDone;
+}
+}
