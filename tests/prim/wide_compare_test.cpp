@@ -12,21 +12,21 @@ using Units = std::vector<KxChar>;
 
 TEST(WideCompare, DifferenceOfTheCapitals) {
     const struct {
-        const char *why;
         int country;
-        Units a, b;
         std::int32_t wanted;
+        Units a, b;
+        const char *why;
     } cases[] = {
-        {"without case", 0, {'a', 'b', 'c', 0}, {'A', 'B', 'C', 0}, 0},
-        {"one less", 0, {'a', 'b', 'c', 0}, {'a', 'b', 'd', 0}, -1},
-        {"the shorter one ends", 0, {'a', 'b', 0}, {'a', 'b', 'c', 0}, -0x43},
-        {"the longer one goes on", 0, {'a', 'b', 'c', 0}, {'a', 'b', 0}, 0x43},
-        {"both empty", 0, {0}, {0}, 0},
-        {"units are unsigned", 0, {0xFFFF, 0}, {1, 0}, 0xFFFE},
-        {"codes count", 0, {KX_TAB, 'a', 0}, {'a', 0}, 0xF909 - 0x41},
-        {"no form table: double width is exact", 0, {0x2540, 0}, {0x2520, 0}, 0x20},
-        {"double width without case", 1, {0x2540, 0}, {0x2520, 0}, 0},
-        {"of another country", 2, {0x2540, 0}, {0x2520, 0}, 0x20},
+        {0, 0, {'a', 'b', 'c', 0}, {'A', 'B', 'C', 0}, "without case"},
+        {0, -1, {'a', 'b', 'c', 0}, {'a', 'b', 'd', 0}, "one less"},
+        {0, -0x43, {'a', 'b', 0}, {'a', 'b', 'c', 0}, "the shorter one ends"},
+        {0, 0x43, {'a', 'b', 'c', 0}, {'a', 'b', 0}, "the longer one goes on"},
+        {0, 0, {0}, {0}, "both empty"},
+        {0, 0xFFFE, {0xFFFF, 0}, {1, 0}, "units are unsigned"},
+        {0, 0xF909 - 0x41, {KX_TAB, 'a', 0}, {'a', 0}, "codes count"},
+        {0, 0x20, {0x2540, 0}, {0x2520, 0}, "no form table: double width is exact"},
+        {1, 0, {0x2540, 0}, {0x2520, 0}, "double width without case"},
+        {2, 0x20, {0x2540, 0}, {0x2520, 0}, "of another country"},
     };
     for (const auto &c : cases) {
         run_on(kCountries[static_cast<std::size_t>(c.country)]);
