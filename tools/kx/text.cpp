@@ -73,9 +73,25 @@ constexpr bool is_east_asian(KxChar ch) {
     return kxstr::kFirstDoubleByteSet <= set_of(ch) && set_of(ch) <= kxstr::kLastDoubleByteSet;
 }
 
+constexpr std::uint16_t join(const kxstr::platform::NativeBytes &native) {
+    switch (native.count) {
+    case 1: return native.bytes[0];
+    case 2: return static_cast<std::uint16_t>((native.bytes[0] << 8) | native.bytes[1]);
+    default: return kNone;
+    }
+}
+
 bool has_character(std::uint32_t windows_number, KxChar ch) {
     const std::uint16_t code = kxstr::codepage::kx_to_double_byte(windows_number, ch);
     return code != kNone && kxstr::codepage::double_byte_to_kx(windows_number, code) == ch;
+}
+
+// A double-byte page answers with a mark for its codes that no character has. A text must not fill with them unseen.
+bool stands_for_undefined(const Page &page, KxChar ch, std::uint16_t unit) {
+    constexpr std::uint16_t katakana_middle_dot = 0x30FB;
+    if (unit != '?' && unit != katakana_middle_dot) return false;
+    return join(kxstr::platform::from_wide(page.windows_number, unit)) !=
+           kxstr::codepage::kx_to_double_byte(page.windows_number, ch);
 }
 
 // The page that a unit speaks of: that of the text, unless it is an East Asian character that only another page has.
@@ -89,17 +105,21 @@ Page page_of(const Page &text_page, KxChar ch) {
     return text_page;
 }
 
-constexpr std::uint16_t join(const kxstr::platform::NativeBytes &native) {
-    switch (native.count) {
-    case 1: return native.bytes[0];
-    case 2: return static_cast<std::uint16_t>((native.bytes[0] << 8) | native.bytes[1]);
-    default: return kNone;
-    }
+// Whether the byte is a control character that DOS shows as this one.
+constexpr bool is_glyph_of_control(KxChar ch, std::uint16_t code) {
+    return code < 0x20 && !is_plain_set(ch) && line_control(ch) == kNone;
 }
 
-// A glyph that DOS shows for a control byte must not become a line end, nor come back as one.
-constexpr bool would_be_line_end(KxChar ch, std::uint16_t code) {
-    return line_code(code) != kNone && line_control(ch) == kNone && !is_plain_set(ch);
+// The code that the page itself has for a unit.
+std::uint16_t own_code(const Page &page, const Page &text_page, KxChar ch) {
+    const bool of_another_page =
+        (is_native_byte(ch) && page != text_page) || (is_east_asian(ch) && page_of(text_page, ch) != page);
+    if (of_another_page) return kNone;
+    const std::uint16_t code = kxstr::codepage::from_kx(descriptor_of(page), ch, kDoubleByteSystem);
+    if (code > 0xFF && kx_of_code(page, code) != ch) return kNone;
+    // A glyph must not become a line end.
+    if (is_glyph_of_control(ch, code) && line_code(code) != kNone) return kNone;
+    return code;
 }
 
 // KX text has an Arabic letter and its isolated form as one character, and the library gives the form as its Unicode
@@ -157,33 +177,33 @@ KxChar kx_of_unicode(const Page &text_page, std::uint16_t unit) {
     if (unit < 0x80) return unit;
     become_host(text_page);
     const KxChar ch = kxstr::unicode::to_kx(unit, text_page.windows_number);
-    if (ch != kNone && !is_native_byte(ch)) return ch;
-    // A byte that has no other KX character, such as the no-break space, is where the page has it.
+    const bool found = ch != kNone && !is_native_byte(ch);
+    if (found && !is_glyph_of_control(ch, own_code(text_page, text_page, ch))) return ch;
+    // A byte that has no other KX character, such as the no-break space, is where the page has it; and a byte that is
+    // only a glyph is better than one that is a control character as well.
     const std::uint16_t code = join(kxstr::platform::from_wide(text_page.windows_number, unit));
-    return code != kNone ? kx_of_code(text_page, code) : kNone;
+    if (code != kNone) return kx_of_code(text_page, code);
+    return found ? ch : kNone;
 }
 
 std::uint16_t unicode_of_kx(const Page &text_page, KxChar ch) {
     if (const std::uint16_t control = line_control(ch); control != kNone) return control;
-    const std::uint16_t unit = kxstr::unicode::from_kx(ch, page_of(text_page, ch).windows_number);
+    const Page page = page_of(text_page, ch);
+    // The rules of the double-byte pages also take units that no code of the page gives.
+    if (is_east_asian(ch) && !has_character(page.windows_number, ch)) return kNone;
+    const std::uint16_t unit = kxstr::unicode::from_kx(ch, page.windows_number);
+    if (is_east_asian(ch) && stands_for_undefined(page, ch, unit)) return kNone;
     return letter_of_form(text_page, ch, unit);
 }
 
 std::uint16_t code_of_kx(const Page &page, const Page &text_page, KxChar ch) {
-    const bool of_another_page =
-        (is_native_byte(ch) && page != text_page) || (is_east_asian(ch) && page_of(text_page, ch) != page);
-    if (!of_another_page) {
-        const std::uint16_t code = kxstr::codepage::from_kx(descriptor_of(page), ch, kDoubleByteSystem);
-        // The rules of the double-byte pages also take characters that no code of the page gives.
-        const bool comes_back = code <= 0xFF || kx_of_code(page, code) == ch;
-        if (code != kNone && comes_back && !would_be_line_end(ch, code)) return code;
-    }
+    const std::uint16_t own = own_code(page, text_page, ch);
+    if (own != kNone && (page == text_page || !is_glyph_of_control(ch, own))) return own;
     // Greek, Cyrillic or a star have KX characters of their own, which a double-byte page has under its own codes.
     const std::uint16_t unit = unicode_of_kx(text_page, ch);
-    if (unit == kNone) return kNone;
+    if (unit == kNone) return own;
     const std::uint16_t code = join(kxstr::platform::from_wide(page.windows_number, unit));
-    if (code == kNone || kx_of_code(page, code) == kNone || would_be_line_end(ch, code)) return kNone;
-    return code;
+    return code != kNone && kx_of_code(page, code) != kNone ? code : own;
 }
 
 KxChar kx_of_kx(const Page &page, const Page &text_page, KxChar ch) {
