@@ -32,6 +32,7 @@ printf '%-20s %9s %9s %9s  %-9s  %-9s  %s\n' "text" "code page" "bytes" "KX unit
 for text in "$texts"/*.txt; do
     name=$(basename "$text" .txt)
     page=${name##*-}
+    for result in kx back utf8; do : >"$work/$result"; done
     "$kx" convert -f "$page" -t kx -o "$work/kx" "$text" || true
     "$kx" convert -f kx -t "$page" -o "$work/back" "$work/kx" || true
     "$kx" convert -f kx -t utf-8 -o "$work/utf8" "$work/kx" || true
