@@ -1,5 +1,5 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
-.PHONY: all build demo test test-asan lint bench clean deps tables
+.PHONY: all build demo test test-asan torture lint bench clean deps tables
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
@@ -24,6 +24,10 @@ test-asan: deps
 	cmake --preset asan
 	cmake --build --preset asan -j$(JOBS)
 	ctest --preset asan -j$(JOBS)
+
+# The long form of the tests that kill writers and let processes fight over one settings file.
+torture: build
+	KXSTR_TORTURE=1 build/release/kxstr_tests --gtest_filter='RegistryTorture.*'
 
 lint: deps
 	cmake --preset release

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <new>
-#include <set>
 
 #include "platform/ansi_text.h"
 #include "platform/portable/registry_store.h"
@@ -27,14 +27,10 @@ struct OpenKey {
     std::uint32_t access;
 };
 
-// Handles are the addresses of open keys, and only those in the set are taken for one.
+// A handle is the address of what it stands for, and never taken for one before it is found here.
 struct OpenKeys {
     std::mutex mutex;
-    std::set<std::unique_ptr<OpenKey>, std::less<>> keys;
-
-    auto find(KeyHandle handle) {
-        return std::ranges::find(keys, reinterpret_cast<OpenKey *>(handle), &std::unique_ptr<OpenKey>::get);
-    }
+    std::map<KeyHandle, std::unique_ptr<OpenKey>> keys;
 };
 
 OpenKeys &open_keys() {
@@ -55,9 +51,9 @@ std::uint32_t find_open_key(KeyHandle handle, OpenKey &key) {
     }
     OpenKeys &all = open_keys();
     const std::lock_guard guard(all.mutex);
-    const auto found = all.find(handle);
+    const auto found = all.keys.find(handle);
     if (found == all.keys.end()) return kBadHandle;
-    key = **found;
+    key = *found->second;
     return kSuccess;
 }
 
@@ -83,11 +79,11 @@ bool key_exists(const RegistryFile &registry, const std::u16string &path) {
 
 std::uint32_t add_open_key(std::u16string path, std::uint32_t access, KeyHandle &handle) {
     auto key = std::make_unique<OpenKey>(OpenKey{std::move(path), access});
-    OpenKey *const address = key.get();
     OpenKeys &all = open_keys();
     const std::lock_guard guard(all.mutex);
-    all.keys.insert(std::move(key));
-    handle = static_cast<KeyHandle>(reinterpret_cast<std::uintptr_t>(address));
+    const auto address = static_cast<KeyHandle>(reinterpret_cast<std::uintptr_t>(key.get()));
+    all.keys.emplace(address, std::move(key));
+    handle = address;
     return kSuccess;
 }
 
@@ -172,10 +168,7 @@ std::uint32_t close_key(KeyHandle key) noexcept {
     if (is_root(key)) return kSuccess;
     OpenKeys &all = open_keys();
     const std::lock_guard guard(all.mutex);
-    const auto found = all.find(key);
-    if (found == all.keys.end()) return kBadHandle;
-    all.keys.erase(found);
-    return kSuccess;
+    return all.keys.erase(key) != 0 ? kSuccess : kBadHandle;
 }
 
 std::uint32_t query_value(KeyHandle handle, const char *name, std::uint32_t *type, void *data,

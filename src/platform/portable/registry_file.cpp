@@ -86,14 +86,14 @@ class Parser {
         const bool removed = take("-");
         // A key's name may hold a bracket: the closing one has nothing but a comment behind it.
         const std::size_t start = at_;
-        std::size_t close = start;
+        std::string_view brackets;
         do {
             while (at_ < text_.size() && text_[at_] != ']' && text_[at_] != '\n')
                 ++at_;
-            close = at_;
+            brackets = text_.substr(start, at_ - start);
             if (!take("]")) return false;
         } while (!rest_is_blank(true));
-        const auto path = from_utf8(text_.substr(start, close - start));
+        const auto path = from_utf8(brackets);
         if (!path) return false;
         const auto parts = split_path(*path);
         if (parts.empty() || parts.size() > kMaxDepth) return false;
@@ -103,13 +103,13 @@ class Parser {
         if (removed) {
             remove_key(parts);
         } else {
-            key_ = &add_key(parts);
+            key_ = add_key(parts);
             key_->insert_at = at_;
         }
         return true;
     }
 
-    RegistryKey &add_key(std::span<const std::u16string_view> parts) {
+    RegistryKey *add_key(std::span<const std::u16string_view> parts) {
         std::u16string path;
         RegistryKey *key = nullptr;
         for (const auto part : parts) {
@@ -118,7 +118,7 @@ class Parser {
             key = &file_.keys.try_emplace(upper_case(path)).first->second;
             if (key->path.empty()) key->path = path;
         }
-        return *key;
+        return key;
     }
 
     void remove_key(std::span<const std::u16string_view> parts) {

@@ -1,0 +1,224 @@
+// The text of a settings file: what is read from it, and that a change changes nothing else.
+#include "platform/portable/registry_file.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "platform/portable/utf8.h"
+
+namespace kxstr::platform {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr const char *kHeader = "Windows Registry Editor Version 5.00\n";
+constexpr std::u16string_view kPath = u"HKEY_CURRENT_USER\\Software\\K";
+
+std::string in_key(const std::string &lines) {
+    return std::string(kHeader) + "\n[HKEY_CURRENT_USER\\Software\\K]\n" + lines;
+}
+
+TEST(RegistryFile, ReadsValuesOfAllShapes) {
+    const struct {
+        const char *why;
+        const char *line;
+        std::u16string name;
+        std::uint32_t type;
+        Bytes data;
+    } cases[] = {
+        {"text has a terminator", R"("v"="ab")", u"v", 1, {'a', 0, 'b', 0, 0, 0}},
+        {"empty text", R"("v"="")", u"v", 1, {0, 0}},
+        {"escapes in names and texts", R"("a\\\"b"="\\\"")", u"a\\\"b", 1, {'\\', 0, '"', 0, 0, 0}},
+        {"a line end within quotes", "\"v\"=\"a\r\nb\"", u"v", 1, {'a', 0, '\r', 0, '\n', 0, 'b', 0, 0, 0}},
+        {"UTF-8, beyond the basic plane too",
+         "\"\xC3\xA9\"=\"\xF0\x9F\x98\x80\"",
+         u"\u00E9",
+         1,
+         {0x3D, 0xD8, 0x00, 0xDE, 0, 0}},
+        {"the default value", R"(@="x")", u"", 1, {'x', 0, 0, 0}},
+        {"double word", R"("v"=dword:12aBcD34)", u"v", 4, {0x34, 0xCD, 0xAB, 0x12}},
+        {"short double word, as people write it", R"("v"=dword:1)", u"v", 4, {1, 0, 0, 0}},
+        {"bytes", R"("v"=hex:00,fF,7)", u"v", 3, {0x00, 0xFF, 0x07}},
+        {"no bytes", R"("v"=hex:)", u"v", 3, {}},
+        {"type in hexadecimal", R"("v"=hex(80000002):e4,04)", u"v", 0x80000002, {0xE4, 0x04}},
+        {"continued lines", "\"v\"=hex(7):01,\\\r\n  02,\\\n\t03", u"v", 7, {1, 2, 3}},
+        {"blanks and a comment", "  \"v\" = hex: 01 , 02 ; \"v\"=\"no\"", u"v", 3, {1, 2}},
+        {"a semicolon within quotes", R"("v;"="a;b")", u"v;", 1, {'a', 0, ';', 0, 'b', 0, 0, 0}},
+        {"the later of two", "\"v\"=\"no\"\n\"V\"=hex:05", u"v", 3, {5}},
+    };
+    for (const auto &c : cases) {
+        for (const char *end : {"", "\n", "\r\n"}) {
+            const auto file = parse_registry(in_key(std::string(c.line) + end));
+            ASSERT_TRUE(file) << c.why;
+            const RegistryValue *value = file->find_value(u"hkey_current_user\\SOFTWARE\\k", c.name);
+            ASSERT_NE(value, nullptr) << c.why;
+            EXPECT_EQ(value->type, c.type) << c.why;
+            EXPECT_EQ(value->data, c.data) << c.why;
+        }
+    }
+}
+
+TEST(RegistryFile, DamagedTexts) {
+    using namespace std::string_literals;
+    const struct {
+        const char *why;
+        std::string text;
+    } cases[] = {
+        {"nothing at all", ""},
+        {"another format", "REGEDIT4\n\n[HKEY_CURRENT_USER\\K]\n"},
+        {"a longer first line", "Windows Registry Editor Version 5.001\n"},
+        {"key without its bracket", kHeader + "[HKEY_CURRENT_USER\\K\n"s},
+        {"something behind the bracket", kHeader + "[HKEY_CURRENT_USER\\K] x\n"s},
+        {"value outside of any key", kHeader + "\"v\"=\"x\"\n"s},
+        {"no equals sign", in_key("\"v\"\n")},
+        {"unknown kind of data", in_key("\"v\"=word:1\n")},
+        {"unknown escape", in_key("\"v\"=\"C:\\Temp\"\n")},
+        {"text without its end", in_key("\"v\"=\"x\n\n; the file goes on\n")},
+        {"text behind the text", in_key("\"v\"=\"x\" y\n")},
+        {"comma without a byte", in_key("\"v\"=hex:01,\n")},
+        {"no comma", in_key("\"v\"=hex:01 02\n")},
+        {"three digits", in_key("\"v\"=hex:012\n")},
+        {"nine digits", in_key("\"v\"=dword:012345678\n")},
+        {"continued into nothing", in_key("\"v\"=hex:01,\\\n")},
+        {"continued behind the last byte", in_key("\"v\"=hex:\\\n\"w\"=\"x\"\n")},
+        {"zero bytes, as a crashed disk leaves them", in_key("\"v\"=\"x\"\n\0\0\0\0"s)},
+        {"no UTF-8 in a text", in_key("\"v\"=\"\xE9\"\n")},
+        {"UTF-8 longer than need be", in_key("\"v\"=\"\xC0\x80\"\n")},
+        {"half a unit of UTF-16", "\xFF\xFEW"},
+    };
+    for (const auto &c : cases)
+        EXPECT_FALSE(parse_registry(c.text)) << c.why;
+}
+
+TEST(RegistryFile, LinesThatMeanNothingAreNoDamage) {
+    const auto file = parse_registry(in_key("stray words\n\xE9 latin\n\"v\"=\"x\"\n[HKEY_OTHER\\K]\n\"v\"=hex:09\n"
+                                            "[-HKEY_CURRENT_USER\\Gone]\n\"v\"=\"y\"\n"));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->find_value(kPath, u"v")->type, 1u);
+    EXPECT_EQ(file->find_key(u"HKEY_CURRENT_USER\\Gone"), nullptr);
+}
+
+TEST(RegistryFile, RemovalsTakeAwayWhatStandsAbove) {
+    const auto file =
+        parse_registry(in_key("\"v\"=\"x\"\n\"w\"=\"x\"\n\"v\"=-\n[HKEY_CURRENT_USER\\Software\\K\\Below]\n"
+                              "[HKEY_CURRENT_USER\\Software\\Kept]\n[-HKEY_CURRENT_USER\\software\\k]\n"));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->find_key(kPath), nullptr);
+    EXPECT_EQ(file->find_key(u"HKEY_CURRENT_USER\\Software\\K\\Below"), nullptr);
+    EXPECT_NE(file->find_key(u"HKEY_CURRENT_USER\\Software\\Kept"), nullptr);
+    EXPECT_NE(file->find_key(u"HKEY_CURRENT_USER\\Software"), nullptr) << "a key above others needs no line";
+    const auto value = parse_registry(in_key("\"v\"=\"x\"\n\"V\"=-\n"));
+    EXPECT_EQ(value->find_value(kPath, u"v"), nullptr);
+    const auto again = parse_registry(*with_value(*value, kPath, u"v", 3, Bytes{1}));
+    EXPECT_EQ(again->find_value(kPath, u"v")->data, Bytes{1});
+}
+
+TEST(RegistryFile, ByteOrderMarks) {
+    const std::string utf8 = in_key("\"\xC3\xA9\"=\"\xF0\x9F\x98\x80\"\r\n");
+    std::string utf16 = "\xFF\xFE";
+    const auto units = from_utf8(utf8);
+    ASSERT_TRUE(units);
+    for (const char16_t unit : *units) {
+        utf16 += static_cast<char>(unit);
+        utf16 += static_cast<char>(unit >> 8);
+    }
+    EXPECT_EQ(parse_registry(utf16)->text, utf8);
+    const auto marked = parse_registry("\xEF\xBB\xBF" + utf8);
+    ASSERT_TRUE(marked);
+    EXPECT_EQ(*with_key(*marked, kPath), "\xEF\xBB\xBF" + *with_key(*parse_registry(utf8), kPath));
+}
+
+// A file as people leave it, with CRLF, remarks and formatting of their own.
+constexpr const char *kHandMade = "Windows Registry Editor Version 5.00\r\n"
+                                  "; mine\r\n\r\n"
+                                  "[HKEY_CURRENT_USER\\Software\\Mine]   ; key\r\n"
+                                  "\"one\" =  HEX_PLACEHOLDER  ; remark\r\n"
+                                  "; between\r\n"
+                                  "\"two\"=hex:01,\\\r\n  02\r\n"
+                                  "\r\n"
+                                  "stray\r\n"
+                                  "[HKEY_CURRENT_USER\\Software\\Other]";
+
+std::string hand_made(std::string_view one, std::string_view added = {}, std::string_view at_end = {}) {
+    std::string text = kHandMade;
+    text.replace(text.find("HEX_PLACEHOLDER"), 15, one);
+    text.insert(text.find("\r\nstray"), added);
+    return text.append(at_end);
+}
+
+TEST(RegistryFile, ChangesTouchNothingElse) {
+    const auto file = parse_registry(hand_made("hex:ff"));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(with_value(*file, u"HKEY_CURRENT_USER\\software\\mine", u"ONE", 4, Bytes{1, 0, 0, 0}),
+              hand_made("dword:00000001"));
+    EXPECT_EQ(with_value(*file, u"HKEY_CURRENT_USER\\Software\\Mine", u"Three", 1, Bytes{'x', 0, 0, 0}),
+              hand_made("hex:ff", "\"Three\"=\"x\"\r\n"));
+    EXPECT_EQ(with_value(*file, u"HKEY_CURRENT_USER\\Software\\Other", u"", 3, Bytes{}),
+              hand_made("hex:ff", "", "\r\n@=hex:\r\n"));
+    EXPECT_EQ(with_key(*file, u"HKEY_CURRENT_USER\\SOFTWARE\\mine\\New"),
+              hand_made("hex:ff", "", "\r\n\r\n[HKEY_CURRENT_USER\\Software\\Mine\\New]\r\n"));
+    EXPECT_EQ(with_value(*file, u"HKEY_CURRENT_USER\\Software", u"v", 3, Bytes{9}),
+              hand_made("hex:ff", "", "\r\n\r\n[HKEY_CURRENT_USER\\Software]\r\n\"v\"=hex:09\r\n"));
+    std::string without_two = hand_made("hex:ff");
+    without_two.erase(without_two.find("\"two\""), std::string_view("\"two\"=hex:01,\\\r\n  02\r\n").size());
+    EXPECT_EQ(without_value(*file, u"HKEY_CURRENT_USER\\Software\\Mine", u"Two"), without_two);
+    EXPECT_EQ(without_value(*file, u"HKEY_CURRENT_USER\\Software\\Mine", u"none"), file->text);
+}
+
+TEST(RegistryFile, NamesThatTheFormatCannotHoldAreRefused) {
+    const RegistryFile file = empty_registry();
+    EXPECT_FALSE(with_key(file, u"HKEY_CURRENT_USER\\a] ;b"));
+    EXPECT_FALSE(with_key(file, u"HKEY_CURRENT_USER\\a\nb"));
+    EXPECT_TRUE(with_key(file, u"HKEY_CURRENT_USER\\a]b[]"));
+    const auto odd = with_value(file, u"HKEY_CURRENT_USER\\]", u"]\n[HKEY_USERS]\r\"=\\", 1, Bytes{0, 0});
+    ASSERT_TRUE(odd);
+    EXPECT_EQ(parse_registry(*odd)->keys.size(), 2u);
+}
+
+// Any data of any type under any name comes back, whatever was written before: the text against a plain map.
+TEST(RegistryFile, RandomChangesAgainstAMap) {
+    std::mt19937 random(3);
+    const auto below = [&random](unsigned end) { return random() % end; };
+    const std::u16string names[] = {u"", u"a", u"b\\\"", u"\u00E9\u0416", u"\n;", std::u16string(1, 0xD800)};
+    const std::u16string keys[] = {u"HKEY_CURRENT_USER\\K", u"HKEY_CURRENT_USER\\K\\L", u"HKEY_USERS\\\u00FC"};
+    std::map<std::pair<std::u16string, std::u16string>, std::pair<std::uint32_t, Bytes>> model;
+    std::string text = std::string(kHeader) + "; first\n[HKEY_CURRENT_USER\\k]\n; second\n";
+    for (int step = 0; step < 600; ++step) {
+        const auto file = parse_registry(text);
+        ASSERT_TRUE(file) << text;
+        const auto &key = keys[below(std::size(keys))];
+        const auto &name = names[below(std::size(names))];
+        if (below(4) == 0) {
+            text = without_value(*file, key, name);
+            model.erase({key, name});
+        } else {
+            const std::uint32_t types[] = {0, 1, 1, 2, 3, 4, 7, 0x80000002, 0xC0000008};
+            const std::uint32_t type = types[below(std::size(types))];
+            Bytes data(below(8) == 0 ? below(200) : below(9));
+            for (auto &byte : data) // also texts with terminators in all places
+                byte = static_cast<std::uint8_t>(below(3) == 0 ? 0 : below(256));
+            const auto changed = with_value(*file, key, name, type, data);
+            ASSERT_TRUE(changed);
+            text = *changed;
+            model[{key, name}] = {type, data};
+        }
+        const auto now = parse_registry(text);
+        ASSERT_TRUE(now) << text;
+        std::size_t values = 0;
+        for (const auto &[path, one] : now->keys)
+            values += one.values.size();
+        ASSERT_EQ(values, model.size());
+        for (const auto &[place, value] : model) {
+            const RegistryValue *found = now->find_value(place.first, place.second);
+            ASSERT_NE(found, nullptr);
+            ASSERT_EQ(std::pair(found->type, found->data), value);
+        }
+    }
+    EXPECT_LT(text.find("; first\n[HKEY_CURRENT_USER\\k]\n"), text.find("; second\n"));
+    for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1)
+        ASSERT_LE(text.find('\n', start) - start, 120u) << "long data is broken into lines";
+}
+
+} // namespace
+} // namespace kxstr::platform
