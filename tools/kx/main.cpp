@@ -6,12 +6,16 @@
 
 #include "command.h"
 #include "convert.h"
+#include "east_asian.h"
 
 namespace {
 
 // One line a command; each lives in a file of its own.
 constexpr kx::Command kCommands[] = {
     {"convert", "convert text between code pages, KX text and Unicode", kx::run_convert},
+    {"case", "make letters capital or small", kx::run_case},
+    {"width", "change the width of characters, or their kana", kx::run_width},
+    {"han", "change Traditional Chinese into Simplified, and back", kx::run_han},
     {"help", "show this text", nullptr},
 };
 

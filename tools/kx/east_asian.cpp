@@ -1,0 +1,258 @@
+#include "east_asian.h"
+
+#include <algorithm>
+#include <kxstr/codepage.h>
+#include <kxstr/platform.h>
+#include <kxstr/prim.h>
+#include <kxstr/strops.h>
+
+#include "command.h"
+#include "conversion.h"
+#include "files.h"
+#include "frame/kx_char.h"
+
+namespace kx {
+namespace {
+
+// ---- the country ----
+
+constexpr int kCountryId = kFirstOwnId;
+constexpr Option kCountryOption{kCountryId, "country", "NAME",
+                                "japanese, korean, traditional-chinese, simplified-chinese or none"};
+
+struct Country {
+    const char *name;
+    std::uint8_t id;         // as WtpiGetCountryID gives it
+    std::uint32_t code_page; // 0: none in particular
+    std::uint16_t language;  // of a system in that country
+    std::uint16_t hiragana;  // mode of wtoall; the order of the kana differs between the tables. 0: no kana
+    std::uint16_t katakana;  // likewise
+};
+
+constexpr Country kCountries[] = {
+    {"none", 0, 0, 0x0409, 0, 0},
+    {"japanese", 1, 932, 0x0411, KX_FORM_FIRST_KANA, KX_FORM_SECOND_KANA},
+    {"korean", 2, 949, 0x0412, 0, 0},
+    {"traditional-chinese", 3, 950, 0x0404, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
+    {"simplified-chinese", 4, 936, 0x0804, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
+};
+
+template <class Matches> const Country *find_country(Matches matches) {
+    const auto *found = std::find_if(std::begin(kCountries), std::end(kCountries), matches);
+    return found != std::end(kCountries) ? found : nullptr;
+}
+
+// The library asks the system for its country once, and keeps it.
+const Country &settle(const Country &country) {
+    KxPlatformSettings settings;
+    KxPlatformGet(&settings);
+    settings.system_language = country.language;
+    settings.keyboard_language = country.language;
+    KxPlatformSet(&settings);
+    return country;
+}
+
+// The country named; else that of the first East Asian code page among the input, the output and --ansi; else the
+// system's.
+const Country &settle_country(const Country *named, const TextRequest &request) {
+    if (named != nullptr) return settle(*named);
+    const std::uint32_t pages[] = {request.from->page.windows_number, request.to->page.windows_number,
+                                   request.ansi ? request.ansi->windows_number : 0};
+    for (const std::uint32_t page : pages) {
+        const Country *country =
+            find_country([&](const Country &known) { return page != 0 && known.code_page == page; });
+        if (country != nullptr) return settle(*country);
+    }
+    const std::uint8_t id = WtpiGetCountryID();
+    const Country *country = find_country([&](const Country &known) { return known.id == id; });
+    return country != nullptr ? *country : kCountries[0];
+}
+
+// ---- the command line ----
+
+struct Action {
+    std::string name; // the first operand
+    const Country *named_country = nullptr;
+    TextRequest text;
+};
+
+// Reads the command line, `-f` and `-t` left out included. Parsed::stop as in parse_options.
+Parsed parse(int argc, char **argv, const Usage &usage, Action &action) {
+    Parsed parsed = parse_options(argc, argv, usage, [&](int id, const std::string &argument) -> std::string {
+        if (id != kCountryId) return take_text_option(action.text, id, argument);
+        action.named_country = find_country([&](const Country &country) { return argument == country.name; });
+        return action.named_country != nullptr ? "" : "no country '" + argument + "'";
+    });
+    if (parsed.stop) return parsed;
+    if (parsed.first_operand == argc) return {true, usage_error(usage, "nothing to do is named"), argc};
+    action.name = argv[parsed.first_operand++];
+    action.text.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
+    if (!action.text.from) action.text.from = find_form("utf-8");
+    return parsed;
+}
+
+int unknown_action(const Usage &usage, const Action &action) {
+    return usage_error(usage, "does not know '" + action.name + "'");
+}
+
+// ---- the changes ----
+
+bool never_joins(KxChar) {
+    return false;
+}
+
+bool is_half_width(KxChar ch) {
+    return kxstr::set_of(ch) == kxstr::kKatakanaSet;
+}
+
+// A NUL of the text stays: the form tables take character 0 for a kana that lacks its half-width form.
+template <class Change> void change_each(Units &units, Change change) {
+    for (KxChar &ch : units.chars) {
+        if (ch != 0) ch = change(ch);
+    }
+}
+
+template <class Change> Transform each(Change change) {
+    return {[=](Units &units) { change_each(units, change); }, never_joins};
+}
+
+// Double width, with the sound mark behind a half-width katakana taken into it.
+void widen(Units &units, bool only_half_width) {
+    Units wide;
+    for (std::size_t at = 0; at < units.chars.size(); ++at) {
+        KxChar ch = units.chars[at];
+        const std::uint32_t place = units.places[at];
+        if (ch != 0 && (is_half_width(ch) || !only_half_width)) {
+            const bool has_next = at + 1 < units.chars.size();
+            KxChar next = has_next ? units.chars[at + 1] : KxChar{0};
+            const KxChar before = next;
+            ch = wtodouble(ch, has_next ? &next : nullptr);
+            if (next != before) ++at;
+        }
+        wide.add(ch, place);
+    }
+    units = std::move(wide);
+}
+
+// Single width, with the sound mark of a katakana behind it.
+void narrow(Units &units) {
+    Units single;
+    for (std::size_t at = 0; at < units.chars.size(); ++at) {
+        KxChar mark = 0;
+        const KxChar ch = units.chars[at];
+        single.add(ch != 0 ? wtosingle(ch, &mark) : ch, units.places[at]);
+        if (mark != 0) single.add(mark, units.places[at]);
+    }
+    units = std::move(single);
+}
+
+std::optional<Transform> case_transform(const std::string &action, const Country &) {
+    if (action == "upper") return each([](KxChar ch) { return wtoupper(ch); });
+    if (action == "lower") return each([](KxChar ch) { return wtolower(ch); });
+    return std::nullopt;
+}
+
+std::optional<Transform> width_transform(const std::string &action, const Country &country) {
+    if (action == "double") return Transform{[](Units &units) { widen(units, false); }, is_half_width};
+    if (action == "single") return Transform{narrow, never_joins};
+    if (action == "hiragana") {
+        const auto to_hiragana = [mode = country.hiragana](Units &units) {
+            widen(units, true);
+            change_each(units, [=](KxChar ch) { return wtoall(mode, ch); });
+        };
+        return Transform{to_hiragana, is_half_width};
+    }
+    if (action == "katakana") return each([mode = country.katakana](KxChar ch) { return wtoall(mode, ch); });
+    return std::nullopt;
+}
+
+// ---- the help ----
+
+constexpr Option kOptions[] = {kFromOption,  kToOption,   kOutputOption, kDropOption,
+                               kSubstOption, kAnsiOption, kCountryOption};
+constexpr Option kHanOptions[] = {kFromOption, kToOption, kOutputOption, kDropOption, kSubstOption, kAnsiOption};
+
+constexpr Usage kCaseUsage{
+    "kx case", "upper|lower [-f FROM] [-t TO] [OPTION]... [FILE...]",
+    "Makes the letters of a text capital or small. The forms are those of `kx convert`; FROM is\n"
+    "utf-8 and TO is FROM unless they are named.",
+    kOptions,
+    "Double-width letters have case in the East Asian countries only. The country is the one named;\n"
+    "else that of the code page of FROM, of TO or of --ansi; else that of the locale.\n"
+    "The tables keep some odd rows that documents rely on: in Japanese 雨, 卯, 鵜, 窺 and 丑 pass\n"
+    "for Cyrillic capitals."};
+
+constexpr Usage kWidthUsage{
+    "kx width", "single|double|hiragana|katakana [-f FROM] [-t TO] [OPTION]... [FILE...]",
+    "Changes the width of the characters of a text, or its kana. The forms are those of\n"
+    "`kx convert`; FROM is utf-8 and TO is FROM unless they are named.",
+    kOptions,
+    "What belongs together is told by the tables of the country: the one named; else that of the\n"
+    "code page of FROM, of TO or of --ansi; else that of the locale. Characters without another\n"
+    "form stay. A half-width katakana and the sound mark behind it become one double-width\n"
+    "character, and the other way round. hiragana takes half-width katakana, too, and widens the\n"
+    "half-width punctuation; katakana leaves half-width characters alone.\n"
+    "The tables keep some odd rows that documents rely on: in Japanese single turns 雨, 卯, 鵜, 窺\n"
+    "and 丑 into Cyrillic capitals, in Korean double turns accents into Greek letters."};
+
+constexpr Usage kHanUsage{
+    "kx han", "big5|gb [-f FROM] [-t TO] [OPTION]... [FILE...]",
+    "Makes Traditional Chinese (big5) of Simplified Chinese, or Simplified (gb) of Traditional,\n"
+    "character by character. The forms are those of `kx convert`. FROM is utf-8 unless it is named;\n"
+    "TO is FROM, or the other code page where FROM is the code page of the source.",
+    kHanOptions,
+    "Characters without a counterpart stay. Of several traditional forms a simplified one gets the\n"
+    "same everywhere, right or wrong."};
+
+// ---- the commands ----
+
+using MakeTransform = std::optional<Transform> (*)(const std::string &action, const Country &country);
+
+int run_by_country(int argc, char **argv, const Usage &usage, bool needs_country, MakeTransform make_transform) {
+    Action action;
+    const Parsed parsed = parse(argc, argv, usage, action);
+    if (parsed.stop) return parsed.status;
+    if (!action.text.to) action.text.to = action.text.from;
+    const Country &country = settle_country(action.named_country, action.text);
+    const auto transform = make_transform(action.name, country);
+    if (!transform) return unknown_action(usage, action);
+    if (needs_country && country.id == 0 && action.named_country == nullptr) {
+        return usage_error(usage, "of which country? --country tells");
+    }
+    const Page page = country.code_page != 0 ? page_of_windows_number(country.code_page) : host_page();
+    return run_text(usage, action.text, pages_of(action.text, page), &*transform);
+}
+
+} // namespace
+
+int run_case(int argc, char **argv) {
+    return run_by_country(argc, argv, kCaseUsage, false, case_transform);
+}
+
+int run_width(int argc, char **argv) {
+    return run_by_country(argc, argv, kWidthUsage, true, width_transform);
+}
+
+int run_han(int argc, char **argv) {
+    Action action;
+    const Parsed parsed = parse(argc, argv, kHanUsage, action);
+    if (parsed.stop) return parsed.status;
+    const bool to_big5 = action.name == "big5";
+    if (!to_big5 && action.name != "gb") return unknown_action(kHanUsage, action);
+
+    const Page gb = page_of_windows_number(936);
+    const Page big5 = page_of_windows_number(950);
+    const Page &source = to_big5 ? gb : big5;
+    const Page &target = to_big5 ? big5 : gb;
+    TextRequest &text = action.text;
+    if (!text.to) text.to = text.from->page == source ? Form{FormKind::code_page, target} : text.from;
+    // On its way the text is one of the source's page, whatever it becomes.
+    TextPages pages{text.ansi.value_or(source), {}};
+    if (text.from->kind == FormKind::code_page) pages.text = text.from->page;
+    pages.written = text.to->kind == FormKind::code_page ? text.to->page : pages.text;
+    const Transform transform =
+        to_big5 ? each([](KxChar ch) { return gbtobig5(ch); }) : each([](KxChar ch) { return big5togb(ch); });
+    return run_text(kHanUsage, text, pages, &transform);
+}
+
+} // namespace kx
