@@ -54,4 +54,30 @@ if [ "$faults" -ne 0 ]; then
     exit 1
 fi
 echo "All $total texts came back from KX text byte for byte, and every character has its Unicode value."
+cat <<'TELL'
+
+The filters change the letters of a text: their case, the width of East Asian characters, the two kana of
+Japanese, the two scripts of Chinese. One line of each text, before and after:
+
+TELL
+
+# change TEXT LINE COMMAND ACTION: the whole text goes through; the line of that number is shown.
+change() {
+    page=${1##*-}
+    "$kx" convert -f "$page" -t utf-8 -o "$work/before" "$texts/$1.txt"
+    "$kx" "$3" "$4" -f "$page" -t utf-8 -o "$work/after" "$texts/$1.txt"
+    if cmp -s "$work/before" "$work/after"; then
+        echo "kx $3 $4 did NOT change $1."
+        exit 1
+    fi
+    printf '    %s\n    %s\n        kx %s %s -f %s -t utf-8 %s\n\n' "$(sed -n "$2p" "$work/before" | tr -d '\r')" \
+        "$(sed -n "$2p" "$work/after" | tr -d '\r')" "$3" "$4" "$page" "$1.txt"
+}
+
+change russian-866 1 case upper
+change japanese-932 '$' width double
+change japanese-932 '$' width hiragana
+change japanese-932 6 width katakana
+change chinese-simplified-936 1 han big5
+change chinese-traditional-950 3 han gb
 echo "Try one yourself: $kx convert -f 932 -t utf-8 examples/texts/japanese-932.txt"

@@ -10,6 +10,7 @@
 #include "conversion.h"
 #include "files.h"
 #include "frame/kx_char.h"
+#include "strops/width.h"
 
 namespace kx {
 namespace {
@@ -105,6 +106,12 @@ bool is_half_width(KxChar ch) {
     return kxstr::set_of(ch) == kxstr::kKatakanaSet;
 }
 
+// The character behind it may be its sound mark. A sound mark itself never joins the next: it belongs to the one
+// before, and both must stay together.
+bool may_take_mark(KxChar ch) {
+    return is_half_width(ch) && ch != kxstr::strops::kVoicingMark && ch != kxstr::strops::kHalfVoicingMark;
+}
+
 // A NUL of the text stays: the form tables take character 0 for a kana that lacks its half-width form.
 template <class Change> void change_each(Units &units, Change change) {
     for (KxChar &ch : units.chars) {
@@ -153,14 +160,14 @@ std::optional<Transform> case_transform(const std::string &action, const Country
 }
 
 std::optional<Transform> width_transform(const std::string &action, const Country &country) {
-    if (action == "double") return Transform{[](Units &units) { widen(units, false); }, is_half_width};
+    if (action == "double") return Transform{[](Units &units) { widen(units, false); }, may_take_mark};
     if (action == "single") return Transform{narrow, never_joins};
     if (action == "hiragana") {
         const auto to_hiragana = [mode = country.hiragana](Units &units) {
             widen(units, true);
             change_each(units, [=](KxChar ch) { return wtoall(mode, ch); });
         };
-        return Transform{to_hiragana, is_half_width};
+        return Transform{to_hiragana, may_take_mark};
     }
     if (action == "katakana") return each([mode = country.katakana](KxChar ch) { return wtoall(mode, ch); });
     return std::nullopt;
