@@ -1,0 +1,320 @@
+#include <gtest/gtest.h>
+#include <kxstr/collate.h>
+#include <random>
+#include <span>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "support/process_state.h"
+
+namespace {
+
+using kxstr::test::kJapanese;
+using kxstr::test::run_on;
+using String = std::vector<KxChar>; // without its terminator
+
+// ASCII as it stands; what a caller writes for it in a brace list otherwise.
+String operator""_kx(const char *text, std::size_t length) {
+    return {text, text + length};
+}
+String operator+(String a, const String &b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+int compare(String a, String b, std::uint32_t language, bool case_counts = false, bool kana_counts = false) {
+    a.push_back(0);
+    b.push_back(0);
+    return KxWS6Cmpcoll(a.data(), b.data(), language, case_counts ? 1 : 0, kana_counts ? 1 : 0);
+}
+
+constexpr std::uint32_t kUs = 0, kCatalan = 3, kCzech = 5, kDanish = 6, kDutch = 7, kFrench = 14, kGerman = 16,
+                        kGreek = 18, kHebrew = 19, kNorwegian = 23, kSlovak = 28, kSpanish = 29, kSwedish = 30,
+                        kUrdu = 32, kJapaneseText = 34;
+
+struct Case {
+    const char *why;
+    std::uint32_t language;
+    String a, b;
+    bool case_counts;
+    int result;
+};
+
+void expect_all(std::span<const Case> cases) {
+    for (const Case &c : cases) {
+        EXPECT_EQ(compare(c.a, c.b, c.language, c.case_counts), c.result) << c.why << ", " << c.language;
+        EXPECT_EQ(compare(c.b, c.a, c.language, c.case_counts), -c.result) << c.why << ", " << c.language;
+        EXPECT_EQ(compare(c.a, c.a, c.language, true, true), 0) << c.why;
+    }
+}
+
+TEST(CompareByLanguage, LevelsInTheirOrder) {
+    const Case cases[] = {
+        {"two empty strings", kUs, ""_kx, ""_kx, true, 0},
+        {"shorter first", kUs, ""_kx, "a"_kx, true, -1},
+        {"case ignored", kUs, "abc"_kx, "ABC"_kx, false, 0},
+        {"lowercase first", kUs, "abc"_kx, "ABC"_kx, true, -1},
+        {"uppercase first in Greek", kGreek, "abc"_kx, "ABC"_kx, true, 1},
+        {"the first difference in case counts", kUs, "aB"_kx, "Ab"_kx, true, -1},
+        {"values before case", kUs, "aBc"_kx, "Abd"_kx, true, -1},
+        {"length before diacritics", kUs, "ab"_kx, {0x011B}, true, 1},
+        {"plain before accented", kUs, "a"_kx, {0x011B}, true, -1},
+        {"values before diacritics", kUs, {0x011B, 'a'}, "ab"_kx, true, -1},
+        {"diacritics before case", kUs, {'A', 'a'}, {'a', 0x011B}, true, -1},
+        {"the first difference in diacritics counts", kUs, {0x0121, 0x011B}, {0x011B, 0x0121}, true, 1},
+        {"no value sorts last", kUs, "z"_kx, {0x0200}, true, -1},
+        {"two without value by code, at the second level", kUs, {0x0200, 'b'}, {0x0201, 'a'}, true, 1},
+        {"a leading code is skipped", kUs, {0xF909, 'a'}, "a"_kx, true, 0},
+        {"only one is", kUs, {0xF909, 0xF90A, 'a'}, "a"_kx, true, 1},
+        {"a code alone is an empty string", kHebrew, {0xF90A}, ""_kx, true, 0},
+        {"a tab inside sorts before everything", kUs, {'a', 0xF909}, "a "_kx, true, -1},
+    };
+    expect_all(cases);
+    const KxChar text[] = {'a', 0};
+    EXPECT_EQ(KxWS6Cmpcoll(nullptr, nullptr, 0, 1, 1), 0);
+    EXPECT_EQ(KxWS6Cmpcoll(nullptr, text, 0, 1, 1), -1);
+    EXPECT_EQ(KxWS6Cmpcoll(text, nullptr, 0, 1, 1), 1);
+}
+
+TEST(CompareByLanguage, LettersOfTheLanguages) {
+    const Case cases[] = {
+        {"ch behind c", kSpanish, "cz"_kx, "ch"_kx, true, -1},
+        {"ch behind c", kCatalan, "cz"_kx, "CH"_kx, true, -1},
+        {"ch before d", kSpanish, "ch"_kx, "d"_kx, true, -1},
+        {"ch is c and h", kUs, "cz"_kx, "ch"_kx, true, 1},
+        {"ch is c and h", kFrench, "cz"_kx, "ch"_kx, true, 1},
+        {"two ch with the same end", kSpanish, "cha"_kx, "chb"_kx, true, -1},
+        {"ch against itself in another case", kSpanish, "ch"_kx, "Ch"_kx, true, -1},
+        {"ll behind l", kSpanish, "lz"_kx, "ll"_kx, true, -1},
+        {"ll is two l", kCzech, "lz"_kx, "ll"_kx, true, 1},
+        {"l with dot and l is ll", kCatalan, {0x0197, 'l', 'a'}, "lla"_kx, true, 0},
+        {"ch behind h", kCzech, "hz"_kx, "ch"_kx, true, -1},
+        {"ch behind h", kSlovak, "hz"_kx, "ch"_kx, true, -1},
+        {"ch before i", kCzech, "chz"_kx, "i"_kx, true, -1},
+        {"ch is c and h", kDanish, "hz"_kx, "ch"_kx, true, 1},
+        {"ae as two letters", kFrench, {0x0125, 'b'}, "aeb"_kx, true, 0},
+        {"oe as two letters, the first difference in case", kFrench, {0x01A6, 'b'}, "Oeb"_kx, true, 1},
+        {"ae as a letter behind a", kUs, {0x0125, 'b'}, "azz"_kx, true, 1},
+        {"sharp s as ss", kGerman, {0x0117, 'e'}, "sse"_kx, false, 0},
+        {"sharp s has no case, so it is not lowercase", kGerman, {0x0117, 'e'}, "sse"_kx, true, 1},
+        {"sharp s as a variant of s", kUs, {0x0117, 'e'}, "sse"_kx, false, -1},
+        {"ij as two letters", kDutch, {0x018B, 's'}, "ijs"_kx, true, 0},
+        {"ij as a letter behind i", kUs, {0x018B, 's'}, "izs"_kx, true, 1},
+        {"a with diaeresis behind z", kSwedish, {0x011F}, "z"_kx, true, 1},
+        {"a with ring before a with diaeresis", kSwedish, {0x0123}, {0x011F}, true, -1},
+        {"ae, o with stroke, a with ring", kDanish, {0x0125}, {0x0151}, true, -1},
+        {"ae, o with stroke, a with ring", kNorwegian, {0x0151}, {0x0123}, true, -1},
+        {"a with diaeresis as a variant of a", kGerman, {0x011F}, "z"_kx, true, -1},
+        {"c with caron behind c", kCzech, {0x0163}, "cz"_kx, true, 1},
+        {"c with caron as a variant of c", kUs, {0x0163}, "cz"_kx, true, -1},
+        {"diaeresis behind the ring", kCzech, {0x0147}, {0x01C5}, true, 1},
+        {"diaeresis before the ring", kUs, {0x0147}, {0x01C5}, true, -1},
+    };
+    expect_all(cases);
+}
+
+TEST(CompareByLanguage, RunsOfTheSameLetterEndAndStayInBounds) {
+    // Pending letters take part in the next match: lll against ll and l.
+    EXPECT_EQ(compare("lll"_kx, "ll"_kx, kSpanish), 1);
+    EXPECT_EQ(compare("lll"_kx, "lla"_kx, kSpanish), 1);
+    EXPECT_EQ(compare({'l', 0x0101, 'l'}, {'l', 0x0101}, kCatalan), 1);
+    EXPECT_EQ(compare({'l', 0x0101}, "l"_kx, kCatalan), 1);
+    EXPECT_EQ(compare("c"_kx, "c"_kx, kSpanish), 0);
+}
+
+TEST(CompareByLanguage, IgnorablesOfTheHebrewAndArabicLanguages) {
+    const String alef{0x0900}, bet{0x0901}, point{0x0930}, alef_mapiq{0x0954};
+    const Case cases[] = {
+        {"inside", kHebrew, alef + point + bet, alef + bet, true, 1},
+        {"inside", kUrdu, alef + point + bet, alef + bet, true, 1},
+        {"a letter against none", kHebrew, alef + point, alef + bet, true, -1},
+        {"characters without value elsewhere", kUs, alef + point, alef + bet, true, 1},
+        {"letters before ignorables", kHebrew, alef + point + alef, alef + bet, true, -1},
+        {"at the start", kHebrew, point + alef, alef, true, 1},
+        {"alone", kHebrew, point, alef, true, -1},
+        {"alone against nothing", kHebrew, point, ""_kx, true, 1},
+        {"at the end", kHebrew, alef + point, alef, true, 1},
+        {"a letter behind ignorables makes it longer", kHebrew, alef + point + bet, alef_mapiq, true, 1},
+        {"an earlier difference decides against length", kHebrew, alef + point, alef_mapiq, true, -1},
+        {"an earlier difference decides against an ignorable", kHebrew, alef_mapiq + bet, alef + point + bet, true, 1},
+        {"two ignorables meet", kHebrew, alef + point, alef + String{0x0931}, true, -1},
+        {"tatweel counts for nothing inside", kUrdu, {0x0D3C, 0x0DC2, 0x0D44}, {0x0D3C, 0x0D44}, false, 0},
+    };
+    expect_all(cases);
+}
+
+TEST(CompareByLanguage, EastAsianText) {
+    run_on(kJapanese);
+    const struct {
+        const char *why;
+        String a, b;
+        bool case_counts, kana_counts;
+        int result;
+    } cases[] = {
+        {"hiragana and katakana", {0x2568}, {0x260A}, false, false, 0},
+        {"hiragana first", {0x2568}, {0x260A}, false, true, -1},
+        {"hiragana first with case, too", {0x2568}, {0x260A}, true, false, -1},
+        {"plain before voiced", {0x2568}, {0x2569}, false, false, -1},
+        {"sound before voicing", {0x2569, 0x255F}, {0x2568, 0x2561}, false, false, -1},
+        {"small before plain", {0x255E}, {0x255F}, false, false, -1},
+        {"prolonged sound", {0x260A, 0x241B}, {0x260A, 0x2601}, false, false, 0},
+        {"prolonged sound of another vowel", {0x260C, 0x241B}, {0x260C, 0x2601}, false, false, 1},
+        {"iteration mark", {0x2568, 0x2414}, {0x2568, 0x2568}, false, false, 0},
+        {"voiced iteration mark", {0x2568, 0x2415}, {0x2568, 0x2569}, false, false, 0},
+        {"iteration mark with nothing before", {0x2414}, {0x2655}, false, false, 1},
+        {"half width with mark", {0x0B15, 0x0B3D, 'b'}, {0x260B, 'b'}, false, true, 0},
+        {"half width differs with case", {0x0B15, 0x0B3D}, {0x260B}, true, false, 1},
+        {"mark without its kana", {0x0B15, 'a', 0x0B3D}, {0x260A, 'a'}, false, false, 1},
+        {"double-width letter", {0x2520}, "A"_kx, false, false, 0},
+        {"case of letters", "a"_kx, "A"_kx, true, false, -1},
+        {"case of letters ignored", "a"_kx, "A"_kx, false, true, 0},
+        {"kana before ideographs", {0x2655}, {0x2B00}, false, false, -1},
+        {"ditto repeats an ideograph", {0x3000, 0x2418}, {0x3000, 0x3000}, false, false, 0},
+    };
+    for (const auto &c : cases) {
+        for (const std::uint32_t language : {kJapaneseText, 39u, 40u, 0xFFFFu}) {
+            EXPECT_EQ(compare(c.a, c.b, language, c.case_counts, c.kana_counts), c.result) << c.why;
+            EXPECT_EQ(compare(c.b, c.a, language, c.case_counts, c.kana_counts), -c.result) << c.why;
+        }
+    }
+    EXPECT_NE(compare({0x2568}, {0x260A}, kUs), 0); // no kana rules elsewhere
+}
+
+TEST(CompareByLanguage, ByCode) {
+    const KxChar cz[] = {'c', 'z', 0};
+    const KxChar ch[] = {'c', 'h', 0};
+    EXPECT_EQ(KxWS6CmpcollLang(cz, ch, "ES", 0, 0), -1);
+    EXPECT_EQ(KxWS6CmpcollLang(cz, ch, "US", 0, 0), 1);
+    EXPECT_EQ(KxWS6CmpcollLang(cz, ch, "es", 0, 0), 1);
+    EXPECT_EQ(KxWS6CmpcollLang(cz, ch, nullptr, 0, 0), 1);
+    EXPECT_EQ(KxWS6CmpcollLang(nullptr, ch, nullptr, 0, 0), -1);
+}
+
+// What a caller builds of the values, level by level.
+struct Keys {
+    std::vector<unsigned> primary, secondary, tertiary;
+};
+
+Keys keys_of(const String &text, std::uint32_t language, bool case_counts, bool kana_counts) {
+    String terminated = text + String{0};
+    const KxChar *position = terminated.data();
+    Keys keys;
+    unsigned before = 0;
+    while (*position != 0) {
+        std::uint8_t primary[2] = {};
+        std::uint16_t secondary = 0;
+        std::uint8_t tertiary = 0;
+        const auto result = getColValues(&position, primary, &secondary, &tertiary, case_counts, before, language);
+        before = language >= kJapaneseText ? primary[0] * 256u + primary[1] : primary[0];
+        if (result == 2) keys.primary.push_back(before);
+        keys.secondary.push_back(secondary);
+        if (language == kGreek) tertiary = 1 - tertiary;
+        keys.tertiary.push_back(case_counts ? tertiary : kana_counts ? tertiary & 1u : 0u);
+    }
+    return keys;
+}
+
+int plain_sign(const Keys &a, const Keys &b) {
+    const auto order = std::tie(a.primary, a.secondary, a.tertiary) <=> std::tie(b.primary, b.secondary, b.tertiary);
+    return order < 0 ? -1 : order > 0 ? 1 : 0;
+}
+
+String random_string(std::mt19937 &random, const String &alphabet) {
+    String text(random() % 7);
+    for (KxChar &ch : text)
+        ch = alphabet[random() % alphabet.size()];
+    return text;
+}
+
+// Letters that contract, expand, move and carry diacritics; ignorables; kana, marks and widths; codes.
+const String kAlphabet = "acChHilLoszZ"_kx + String{0x0101, 0x0117, 0x011B, 0x011E, 0x0125, 0x0147, 0x0163, 0x018B,
+                                                    0x0197, 0x01A7, 0x0801, 0x0826, 0x0835, 0x0900, 0x0930, 0x0954,
+                                                    0x0A00, 0x0A43, 0x0D3A, 0x0D40, 0x0DA7, 0x0DC2, 0x0E40, 0x0200};
+const String kEastAsianAlphabet =
+    "aA"_kx + String{0x0B15, 0x0B29, 0x0B3D, 0x0B3E, 0x2405, 0x2412, 0x2415, 0x2418, 0x241B, 0x2520, 0x2540,
+                     0x255E, 0x2568, 0x2569, 0x260A, 0x260B, 0x2655, 0x25B6, 0x2B00, 0x011B, 0x0200};
+
+TEST(CompareByLanguage, AntisymmetricInEveryLanguage) {
+    run_on(kJapanese);
+    std::mt19937 random(1);
+    for (std::uint32_t language = 0; language <= 40; ++language) {
+        for (int round = 0; round < 2000; ++round) {
+            const String &alphabet = round % 2 == 0 ? kAlphabet : kEastAsianAlphabet;
+            const String a = random_string(random, alphabet);
+            const String b = random_string(random, alphabet);
+            const bool case_counts = random() % 2 != 0;
+            const bool kana_counts = random() % 2 != 0;
+            const int result = compare(a, b, language, case_counts, kana_counts);
+            ASSERT_EQ(compare(b, a, language, case_counts, kana_counts), -result)
+                << language << ' ' << testing::PrintToString(a) << testing::PrintToString(b);
+            ASSERT_EQ(compare(a, a, language, true, true), 0) << language << ' ' << testing::PrintToString(a);
+        }
+    }
+}
+
+// Where there are no contractions and no ignorables, the comparison is that of the values, level by level.
+TEST(CompareByLanguage, IsThatOfTheValues) {
+    run_on(kJapanese);
+    std::mt19937 random(2);
+    for (const std::uint32_t language : {kUs, 1u, kDanish, kGreek, kNorwegian, 21u, 31u, 33u, kJapaneseText, 39u}) {
+        for (int round = 0; round < 5000; ++round) {
+            const String &alphabet = language >= kJapaneseText || round % 4 == 0 ? kEastAsianAlphabet : kAlphabet;
+            const String a = random_string(random, alphabet);
+            const String b = random_string(random, alphabet);
+            const bool case_counts = random() % 2 != 0;
+            const bool kana_counts = language >= kJapaneseText && random() % 2 != 0;
+            ASSERT_EQ(compare(a, b, language, case_counts, kana_counts),
+                      plain_sign(keys_of(a, language, case_counts, kana_counts),
+                                 keys_of(b, language, case_counts, kana_counts)))
+                << language << ' ' << testing::PrintToString(a) << testing::PrintToString(b);
+        }
+    }
+}
+
+struct Step {
+    std::uint32_t result;
+    int moved;
+    std::uint8_t primary[2];
+    std::uint16_t secondary;
+    std::uint8_t tertiary;
+    bool operator==(const Step &) const = default;
+    friend void PrintTo(const Step &step, std::ostream *out) {
+        *out << std::hex << step.result << " +" << step.moved << ' ' << int{step.primary[0]} << ' '
+             << int{step.primary[1]} << ' ' << step.secondary << ' ' << int{step.tertiary};
+    }
+};
+
+TEST(SortValues, OneStep) {
+    run_on(kJapanese);
+    constexpr std::uint8_t kUntouched = 0xEE;
+    const struct {
+        const char *why;
+        std::uint32_t language;
+        String text;
+        Step step;
+    } cases[] = {
+        {"the end", kUs, ""_kx, {0, 0, {kUntouched, kUntouched}, 0xEEEE, kUntouched}},
+        {"the end in Japanese", kJapaneseText, ""_kx, {0, 0, {kUntouched, kUntouched}, 0xEEEE, kUntouched}},
+        {"a letter writes one value", kUs, "ah"_kx, {2, 1, {0x80, kUntouched}, 0, 0}},
+        {"accented capital", kUs, {0x011A}, {2, 1, {0x80, kUntouched}, 1, 1}},
+        {"a contraction keeps its mark, with which it has no value", kSpanish, "Ch"_kx, {2, 2, {0x83, 0xFF}, 0, 3}},
+        {"lowercase contraction", kSpanish, "chx"_kx, {2, 2, {0x83, 0xFF}, 0, 1}},
+        {"an expansion", kFrench, {0x0125, 'x'}, {2, 1, {0x80, 0x87}, 0, 0}},
+        {"capital expansion", kFrench, {0x0124}, {2, 1, {0x80, 0x87}, 0, 3}},
+        {"an ignorable", kHebrew, {0x0930}, {0, 1, {kUntouched, kUntouched}, 0x8930, 1}},
+        {"no value", kUs, {0x0200}, {2, 1, {0xFF, kUntouched}, 0x0200, 1}},
+        {"kana, high byte first", kJapaneseText, {0x2568}, {2, 1, {0x01, 0x05}, 1, 0}},
+        {"kana with a mark", kJapaneseText, {0x0B15, 0x0B3D, 'x'}, {2, 2, {0x01, 0x05}, 3, 3}},
+    };
+    for (const auto &c : cases) {
+        const String text = c.text + String{0};
+        const KxChar *position = text.data();
+        Step step{0, 0, {kUntouched, kUntouched}, 0xEEEE, kUntouched};
+        step.result = getColValues(&position, step.primary, &step.secondary, &step.tertiary, 1, 0, c.language);
+        step.moved = static_cast<int>(position - text.data());
+        EXPECT_EQ(step, c.step) << c.why;
+    }
+}
+
+} // namespace

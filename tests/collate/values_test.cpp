@@ -1,0 +1,205 @@
+#include <gtest/gtest.h>
+#include <kxstr/collate.h>
+
+#include "collate/contraction.h"
+#include "collate/values.h"
+#include "support/coltbl_state.h"
+#include "support/process_state.h"
+
+namespace {
+
+using kxstr::collate::primary_value;
+using kxstr::collate::rules_of;
+using kxstr::collate::secondary_value;
+using kxstr::test::ColtblAtLoad;
+
+std::uint16_t secondary(KxChar ch, std::uint16_t language) {
+    return secondary_value(ch, primary_value(ch, rules_of(language)), rules_of(language));
+}
+
+TEST(Values, CaseHasFixedRanges) {
+    for (std::uint32_t ch = 0; ch <= 0xFFFF; ++ch) {
+        const std::uint32_t set = ch >> 8;
+        const std::uint32_t index = ch & 0xFF;
+        const bool odd = index % 2 == 1;
+        const bool lower = (set == 0 && index >= 0x61 && index <= 0x7A) ||
+                           (set == 1 && odd && index >= 27 && index <= 241) || (set == 8 && odd && index <= 69) ||
+                           (set == 10 && odd && index <= 199);
+        ASSERT_EQ(f_wislower(ch), lower ? 0 : 1) << std::hex << ch;
+    }
+}
+
+TEST(Values, PrimaryOfWhatNoSequenceHolds) {
+    const struct {
+        const char *why;
+        std::uint32_t ch, language, value;
+    } cases[] = {
+        {"Hebrew point in Hebrew", 0x0930, 19, 0xFD},
+        {"Hebrew point elsewhere", 0x0930, 0, 0xFF},
+        {"Arabic mark in Urdu", 0x0D10, 32, 0xFD},
+        {"further Arabic mark in Farsi", 0x0E00, 11, 0xFD},
+        {"Cyrillic in Arabic", 0x0A00, 2, 0xFF},
+        {"tab", 0xF909, 0, 0},
+        {"tab in Hebrew", 0xF909, 19, 0},
+        {"tab in Japanese", 0xF909, 34, 0},
+        {"another code", 0xF90A, 0, 0xFF},
+        {"the end of a sequence is no set", 0xFF41, 0, 0xFF},
+        {"only the low half counts", 0xABCD0041, 0xABCD0000, 0x80},
+        {"numbers without a language have the default values", 0x0124, 40, 0x81},
+        {"so has the greatest", 0x0124, 0xFFFF, 0x81},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(f_KX60ColVal(c.ch, c.language), c.value) << c.why;
+}
+
+TEST(Values, SecondLevel) {
+    const struct {
+        const char *why;
+        KxChar ch;
+        std::uint16_t language, value;
+    } cases[] = {
+        {"set 0", 'a', 0, 0},
+        {"acute", 0x011B, 0, 1},
+        {"diaeresis", 0x011E, 0, 6},
+        {"diaeresis, late in Swedish", 0x011E, 30, 9},
+        {"lowercase as uppercase, late in Czech", 0x011F, 5, 9},
+        {"diaeresis in Danish", 0x011E, 6, 6},
+        {"no composite: the code of the uppercase", 0x0125, 0, 0x0124},
+        {"sharp s has no case", 0x0117, 0, 0x0117},
+        {"symbols of set 4", 0x040B, 0, 0},
+        {"Greek letter", 0x0801, 0, 0},
+        {"Greek beta variant", 0x0804, 0, 0x0804},
+        {"its lowercase", 0x0805, 0, 0x0804},
+        {"Greek final sigma", 0x0826, 0, 0x0826},
+        {"Greek last plain letter", 0x0833, 0, 0},
+        {"Greek accented letter", 0x0835, 0, 0x0834},
+        {"Hebrew letter", 0x091A, 19, 0},
+        {"Hebrew letter with point", 0x0954, 19, 0x0954},
+        {"Cyrillic letter", 0x0A41, 0, 0},
+        {"Cyrillic accented letter", 0x0A9F, 0, 0x0A9E},
+        {"Arabic punctuation", 0x0D2A, 2, 0},
+        {"plain alef ranks behind the carriers of hamza", 0x0D3A, 2, 7},
+        {"alef with hamza below", 0x0DA7, 2, 3},
+        {"last carrier of hamza", 0x0DB4, 2, 6},
+        {"teh", 0x0D40, 2, 8},
+        {"teh in another form", 0x0D41, 2, 0},
+        {"lam with alef", 0x0DB5, 2, 0x0DB5},
+        {"letter before it", 0x0DA4, 2, 0},
+        {"digit of set 14", 0x0E29, 2, 0},
+        {"first letter apart", 0x0E40, 2, 0x0E40},
+        {"letter after those", 0x0E44, 2, 0},
+        {"last of set 14", 0x0EDB, 2, 0x0EDB},
+        {"not apart within the last bits", 0x0ED5, 2, 0},
+        {"ignorable", 0x0930, 19, 0x8930},
+        {"ignorable tatweel", 0x0DC2, 2, 0},
+        {"ignorable tatweel, the other", 0x0DC3, 2, 0},
+        {"no value: its code", 0x0200, 0, 0x0200},
+        {"no value, lowercase: the code of the uppercase", 0x0A43, 0, 0x0A42},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(secondary(c.ch, c.language), c.value) << c.why;
+}
+
+TEST(Values, ContractionsAndExpansions) {
+    const struct {
+        const char *why;
+        std::uint16_t language;
+        std::vector<KxChar> text; // the first character is the current one
+        KxChar ch, pending;
+        int moved;
+    } cases[] = {
+        {"Spanish ch", 29, {'c', 'h', 0}, 'c', 0xE8, 1},
+        {"case is that of the first letter", 3, {'C', 'h', 0}, 'C', 0xE8, 1},
+        {"the match is remembered in lowercase", 29, {'C', 'H', 0}, 'C', 0xE8, 1},
+        {"cz", 29, {'c', 'z', 0}, 'c', 0, 0},
+        {"c at the end", 29, {'c', 0}, 'c', 0, 0},
+        {"codes between do not match", 29, {'c', 0xF909, 'h', 0}, 'c', 0, 0},
+        {"Spanish ll", 29, {'L', 'l', 0}, 'L', 0xEC, 1},
+        {"Catalan l with dot and l", 3, {0x0197, 'l', 0}, 'l', 0xEC, 1},
+        {"its capital", 3, {0x0196, 'L', 0}, 'L', 0xEC, 1},
+        {"l, dot, l, l: only one letter is drawn in", 3, {'l', 0x0101, 'l', 'l', 0}, 'l', 0xEC, 1},
+        {"l, dot, l: the match is not finished", 3, {'l', 0x0101, 'l', 0}, 'l', 0, 0},
+        {"Czech ch sorts as h", 5, {'C', 'h', 0}, 'H', 0xE8, 1},
+        {"Slovak has no ll", 28, {'l', 'l', 0}, 'l', 0, 0},
+        {"French ae", 14, {0x0125, 0}, 'a', 'e', 0},
+        {"French capital OE", 13, {0x01A6, 0}, 'O', 'E', 0},
+        {"French has no ch", 14, {'c', 'h', 0}, 'c', 0, 0},
+        {"German sharp s counts as a capital", 16, {0x0117, 0}, 'S', 'S', 0},
+        {"Dutch ij", 7, {0x018B, 0}, 'i', 'j', 0},
+        {"Dutch capital IJ", 7, {0x018A, 0}, 'I', 'J', 0},
+        {"language without rules", 0, {'c', 'h', 0}, 'c', 0, 0},
+        {"Hebrew", 19, {'c', 'h', 0}, 'c', 0, 0},
+    };
+    for (const auto &c : cases) {
+        KxChar ch = c.text[0];
+        const KxChar *position = c.text.data() + 1;
+        EXPECT_EQ(kxstr::collate::contract(ch, position, rules_of(c.language)), c.pending) << c.why;
+        EXPECT_EQ(ch, c.ch) << c.why;
+        EXPECT_EQ(position - c.text.data() - 1, c.moved) << c.why;
+    }
+}
+
+TEST(Values, DefaultSequenceWithoutLanguage) {
+    EXPECT_EQ(KxCh6Cmpcoll('A', 'a'), 4);
+    EXPECT_EQ(KxCh6Cmpcoll('A', 'B'), 8);
+    EXPECT_EQ(KxCh6Cmpcoll('B', 'A'), 2);
+    EXPECT_EQ(KxCh6Cmpcoll(0x0200, 0x0201), 8);
+    EXPECT_EQ(KxCh6Cmpcoll(0x0201, 0x0200), 2);
+    EXPECT_EQ(KxCh6Cmpcoll(0x0200, 0x0200), 4);
+    EXPECT_EQ(KxCh6Cmpcoll(0x0200, 'z'), 2);
+    EXPECT_EQ(KxCh6Getcoll(0xF909), 0xFF); // no rule for the tab here
+    EXPECT_EQ(KxCh6Getcoll(0x0900), 0xFF);
+    KxChar gap = 0;
+    EXPECT_EQ(KxCh6Cmbcar(&gap, 0x01FF, 0x7F), 0); // the first character that is no composite
+    EXPECT_EQ(gap, 0x0124);
+}
+
+TEST(Values, KnownCharacters) {
+    const std::uint32_t counts[] = {95, 242, 145, 88, 102, 255, 238, 229, 219, 123, 250, 63, 255, 196, 220};
+    for (std::uint32_t set = 0; set < 256; ++set) {
+        std::uint32_t known = 0;
+        for (std::uint32_t index = 0; index < 256; ++index)
+            known += KxCh6Iskxc(set << 8 | index);
+        EXPECT_EQ(known, set < 15 ? counts[set] : set >= 36 && set <= 223 ? 255u : 0u) << set;
+    }
+    for (const std::uint32_t ch : {0x007Eu, 0x0020u, 0x0C20u, 0x0CFFu, 0x0C00u, 0x2400u, 0x0B00u, 0x01F1u})
+        EXPECT_EQ(KxCh6Iskxc(ch), 1u) << std::hex << ch;
+    for (const std::uint32_t ch : {0x007Fu, 0x001Fu, 0x0C1Fu, 0x24FFu, 0x01F2u})
+        EXPECT_EQ(KxCh6Iskxc(ch), 0u) << std::hex << ch;
+}
+
+TEST(Values, CharactersByColtbl) {
+    const ColtblAtLoad at_load;
+    const struct {
+        const char *why;
+        std::uint32_t a, b;
+        std::uint8_t case_flag;
+        int result;
+    } cases[] = {
+        {"case", 'a', 'A', 1, -1},
+        {"case ignored", 'a', 'A', 0, 0},
+        {"difference of the values", 'A', 'B', 0, -3},
+        {"values before case", 'A', 'b', 1, -3},
+        {"same value, same case", 'a', 0x011B, 1, 0},
+        {"same value, other case", 'A', 0x011B, 1, 1},
+        {"no value: difference of the codes", 0x0201, 0x0200, 0, 1},
+        {"one without value", 'z', 0x0200, 0, 0xB8 - 0xFF},
+        {"no value in its block, lowercase codes", 0x0A42, 0x0A49, 1, 0x0A43 - 0x0A49},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(xchcmp(c.a, c.b, c.case_flag), c.result) << c.why;
+        EXPECT_EQ(xchcmp(c.b, c.a, c.case_flag), -c.result) << c.why;
+    }
+    std::uint8_t *out = nullptr;
+    EXPECT_EQ(fndcolv(0x0421, &out), 1u); // one past the block of its set
+    EXPECT_EQ(out, coltbl[2].block);
+    EXPECT_EQ(fndcolv(0x0200, &out), 1u); // no entry
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(fndcolv(0xFF20, &out), 1u); // the end mark is no set
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(fndcolv(0xABCD0041, &out), 0u);
+    *out = 0x77;
+    EXPECT_EQ(xch2col('A'), 0x77);
+}
+
+} // namespace
