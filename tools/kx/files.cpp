@@ -80,6 +80,12 @@ void Input::consume(std::size_t count) {
     offset_ += count;
 }
 
+std::uint64_t size_of(const Input &input) {
+    struct stat status {};
+    if (fstat(input.descriptor(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
 // ---- Output ----
 
 Output::Output(const char *command, const std::string &path) : command_(command), name_(path) {
@@ -139,12 +145,10 @@ bool is_one_of(const std::string &output, std::span<const std::string> inputs) {
 // ---- Progress ----
 
 Progress::Progress(const Input &input)
-    : name_(input.name()), wanted_(isatty(STDERR_FILENO) != 0), due_(Clock::now() + std::chrono::seconds(1)) {
-    struct stat status {};
-    if (fstat(input.descriptor(), &status) == 0 && S_ISREG(status.st_mode)) {
-        total_ = static_cast<std::uint64_t>(status.st_size);
-    }
-}
+    : name_(input.name()),
+      total_(size_of(input)),
+      wanted_(isatty(STDERR_FILENO) != 0),
+      due_(Clock::now() + std::chrono::seconds(1)) {}
 
 Progress::~Progress() {
     if (shown_) std::fputs("\r\033[K", stderr);

@@ -47,6 +47,9 @@ class Input {
     std::uint64_t offset_ = 0; // of begin_ in the file
 };
 
+// The size of a regular file; 0 for other inputs.
+std::uint64_t size_of(const Input &input);
+
 // Writes one file, or standard output.
 class Output {
   public:

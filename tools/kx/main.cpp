@@ -7,6 +7,7 @@
 #include "command.h"
 #include "convert.h"
 #include "east_asian.h"
+#include "sort.h"
 
 namespace {
 
@@ -16,6 +17,7 @@ constexpr kx::Command kCommands[] = {
     {"case", "make letters capital or small", kx::run_case},
     {"width", "change the width of characters, or their kana", kx::run_width},
     {"han", "change Traditional Chinese into Simplified, and back", kx::run_han},
+    {"sort", "sort lines in the order of a language", kx::run_sort},
     {"help", "show this text", nullptr},
 };
 

@@ -1,0 +1,107 @@
+#include "collation.h"
+
+#include <algorithm>
+#include <array>
+#include <kxstr/collate.h>
+#include <kxstr/platform.h>
+
+#include "collate/values.h"
+
+namespace kx {
+namespace {
+
+using kxstr::collate::LanguageKind;
+
+constexpr const char *kPlainName = "EN"; // what the library itself starts with
+
+struct EastAsianCountry {
+    const char *code;
+    std::uint16_t system_language;
+    std::uint32_t code_page;
+};
+constexpr EastAsianCountry kCountries[] = {
+    {"JP", 0x0411, 932}, {"KR", 0x0412, 949}, {"CT", 0x0404, 950}, {"CS", 0x0804, 936}};
+
+const EastAsianCountry *country_of(std::uint32_t language) {
+    const auto *found = std::ranges::find_if(kCountries, [language](const EastAsianCountry &country) {
+        return static_cast<std::uint32_t>(KxLanguage(country.code)) == language;
+    });
+    return found != std::end(kCountries) ? found : nullptr;
+}
+
+std::string code_of(std::uint32_t language) {
+    std::array<char, 3> code{};
+    KxNum2Lang(language, code.data());
+    return code.data();
+}
+
+void append_hex(std::string &text, unsigned value, unsigned digits) {
+    while (digits-- > 0)
+        text += "0123456789ABCDEF"[(value >> (4 * digits)) & 0xF];
+}
+
+} // namespace
+
+std::optional<std::uint32_t> Collation::find_language(std::string code) {
+    if (code.size() != 2) return std::nullopt;
+    for (char &letter : code) {
+        if (letter >= 'a' && letter <= 'z') letter = static_cast<char>(letter - 'a' + 'A');
+    }
+    const auto language = static_cast<std::uint32_t>(KxLanguage(code.c_str()));
+    if (code != kPlainName && code != code_of(language)) return std::nullopt;
+    return language;
+}
+
+std::string Collation::list_of_languages() {
+    std::string text = kPlainName;
+    for (std::uint32_t language = 0; language < std::size(kxstr::tables::kCollationLanguages); ++language)
+        text += ' ' + code_of(language);
+    return text;
+}
+
+std::optional<Page> Collation::page() const {
+    const EastAsianCountry *country = country_of(language);
+    if (country == nullptr) return std::nullopt;
+    return page_of_windows_number(country->code_page);
+}
+
+void Collation::become_country() const {
+    const EastAsianCountry *country = country_of(language);
+    if (country == nullptr) return;
+    KxPlatformSettings settings;
+    KxPlatformGet(&settings);
+    settings.system_language = country->system_language;
+    KxPlatformSet(&settings);
+}
+
+int Collation::compare(const std::vector<KxChar> &a, const std::vector<KxChar> &b) const {
+    return KxWS6Cmpcoll(a.data(), b.data(), language, case_counts ? 1 : 0, kana_counts ? 1 : 0);
+}
+
+std::string Collation::key_of(const std::vector<KxChar> &text) const {
+    const auto &rules = kxstr::collate::rules_of(kxstr::low16(language));
+    const bool east_asian = rules.kind == LanguageKind::kEastAsian;
+    std::string levels[3];
+    const KxChar *position = text.data();
+    if (kxstr::is_code(*position)) ++position; // as the comparison does
+    unsigned previous = 0;
+    while (*position != 0) {
+        constexpr std::uint8_t untouched = 0;
+        std::uint8_t primary[2] = {untouched, untouched};
+        std::uint16_t secondary = 0;
+        std::uint8_t tertiary = 0;
+        const bool counts =
+            getColValues(&position, primary, &secondary, &tertiary, case_counts ? 1 : 0, previous, language) != 0;
+        previous = primary[0] * 0x100u + primary[1];
+        // A contraction or an expansion has two values of each level; no value of a letter is 0.
+        const bool two = !east_asian && counts && primary[1] != untouched;
+        if (counts) append_hex(levels[0], two || east_asian ? previous : primary[0], two || east_asian ? 4 : 2);
+        append_hex(levels[1], secondary, two ? 8 : 4);
+        if (rules.upper_first) tertiary ^= 1;
+        if (!case_counts) tertiary = kana_counts && east_asian ? tertiary & 1 : 0;
+        append_hex(levels[2], two ? (tertiary & 2u) << 3 | (tertiary & 1u) : tertiary, two ? 2 : 1);
+    }
+    return levels[0] + '.' + levels[1] + '.' + (case_counts || kana_counts ? levels[2] : "");
+}
+
+} // namespace kx
