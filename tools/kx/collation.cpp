@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <kxstr/collate.h>
+#include <kxstr/frame.h>
 #include <kxstr/platform.h>
+#include <kxstr/strops.h>
 
 #include "collate/values.h"
 
@@ -40,6 +42,19 @@ void append_hex(std::string &text, unsigned value, unsigned digits) {
         text += "0123456789ABCDEF"[(value >> (4 * digits)) & 0xF];
 }
 
+// Characters without a value lie behind all others, by their codes.
+std::string coltbl_key(const std::vector<KxChar> &text) {
+    std::string key;
+    for (const KxChar *position = text.data(); *position != 0; ++position) {
+        if (kxstr::is_code(*position)) continue;
+        const KxChar lower = wtolower(*position);
+        const unsigned value = W6wstrCollateCh(lower);
+        append_hex(key, value, 2);
+        if (value == kxstr::collate::kNoValue) append_hex(key, lower, 4);
+    }
+    return key;
+}
+
 } // namespace
 
 std::optional<std::uint32_t> Collation::find_language(std::string code) {
@@ -65,7 +80,8 @@ std::optional<Page> Collation::page() const {
     return page_of_windows_number(country->code_page);
 }
 
-void Collation::become_country() const {
+void Collation::begin() const {
+    VaskSetLanguage(code_of(language).c_str());
     const EastAsianCountry *country = country_of(language);
     if (country == nullptr) return;
     KxPlatformSettings settings;
@@ -74,13 +90,25 @@ void Collation::become_country() const {
     KxPlatformSet(&settings);
 }
 
+bool Collation::by_coltbl() const {
+    if (kxstr::collate::rules_of(kxstr::low16(language)).letter_column != 0) return false;
+    const std::string code = code_of(language);
+    return std::ranges::any_of(kxstr::tables::kColtblLanguages,
+                               [&code](const auto &row) { return row.code[0] == code[0] && row.code[1] == code[1]; });
+}
+
 int Collation::compare(const std::vector<KxChar> &a, const std::vector<KxChar> &b) const {
+    if (by_coltbl()) {
+        if (const int result = W6w_stricmp(a.data(), b.data()); result != 0) return result;
+    }
     return KxWS6Cmpcoll(a.data(), b.data(), language, case_counts ? 1 : 0, kana_counts ? 1 : 0);
 }
 
 std::string Collation::key_of(const std::vector<KxChar> &text) const {
     const auto &rules = kxstr::collate::rules_of(kxstr::low16(language));
     const bool east_asian = rules.kind == LanguageKind::kEastAsian;
+    std::string key;
+    if (by_coltbl()) key = coltbl_key(text) + '.';
     std::string levels[3];
     const KxChar *position = text.data();
     if (kxstr::is_code(*position)) ++position; // as the comparison does
@@ -101,7 +129,7 @@ std::string Collation::key_of(const std::vector<KxChar> &text) const {
         if (!case_counts) tertiary = kana_counts && east_asian ? tertiary & 1 : 0;
         append_hex(levels[2], two ? (tertiary & 2u) << 3 | (tertiary & 1u) : tertiary, two ? 2 : 1);
     }
-    return levels[0] + '.' + levels[1] + '.' + (case_counts || kana_counts ? levels[2] : "");
+    return key + levels[0] + '.' + levels[1] + '.' + (case_counts || kana_counts ? levels[2] : "");
 }
 
 } // namespace kx

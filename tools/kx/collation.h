@@ -22,15 +22,20 @@ struct Collation {
 
     // The code page of the East Asian languages; nothing for others.
     std::optional<Page> page() const;
-    // Makes the library take the country of an East Asian language for that of the system. Before anything else asks.
-    void become_country() const;
+    // Makes the library take the language, and the country of an East Asian one, for its own. Before anything else
+    // asks.
+    void begin() const;
 
-    // Texts are zero-terminated. Less than 0, 0 or more.
+    // Texts are zero-terminated. Less than 0, 0 or more. Where only coltbl knows the letters of the language, it comes
+    // first.
     int compare(const std::vector<KxChar> &a, const std::vector<KxChar> &b) const;
 
-    // The values in hexadecimal, level by level: all first-level values, a full stop, all second-level values, a full
-    // stop, all third-level values.
+    // The values in hexadecimal, level by level, with full stops between: from coltbl where that comes first, then the
+    // first, second and third level.
     std::string key_of(const std::vector<KxChar> &text) const;
+
+  private:
+    bool by_coltbl() const;
 };
 
 } // namespace kx

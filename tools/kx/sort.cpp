@@ -306,7 +306,7 @@ int run_sort(int argc, char **argv) {
     if (parsed.stop) return parsed.status;
     if (const std::string fault = fault_of(request); !fault.empty()) return usage_error(kUsageText, fault);
     request.collation.language = *request.language;
-    request.collation.become_country();
+    request.collation.begin();
     request.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
     const char *too_large = "not enough memory: the input is sorted as a whole; see --keys";
     try {
