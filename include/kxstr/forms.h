@@ -332,7 +332,8 @@ KXSTR_API KxChar *W5dzTowz(const uint8_t *source, KxChar *destination, uint32_t 
 
 /**
  * The same for a Chinese stream: always in pairs, whatever the system, and rows from 0x22 on hold the characters of
- * code page 950 or 936, numbered through and laid 255 to a KX set.
+ * code page 950 or 936, numbered through. They lie in KX as code page conversion lays them, 255 to a set, except that
+ * the first of each further set takes index 0xFF of the set before.
  *
  * @param selector  Low 8 bits used: 0x83 for sets from 0xA5 on (950), others for sets from 0x82 on (936).
  */
