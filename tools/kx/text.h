@@ -22,6 +22,11 @@ Page page_of_windows_number(std::uint32_t number);
 // The ANSI code page of the platform settings.
 Page host_page();
 
+// The library asks the system for lead bytes and for what it takes as characters, so the page at hand becomes the
+// system's. The second makes East Asian characters known whatever the page.
+void become_host(const Page &page);
+void become_double_byte_host(const Page &page);
+
 bool is_double_byte(const Page &page);
 bool is_lead_byte(const Page &page, std::uint8_t byte);
 
