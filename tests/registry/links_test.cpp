@@ -91,7 +91,7 @@ class Links : public ::testing::Test {
             std::snprintf(message_, sizeof message_, "error %X", engine.last_error);
             return message_;
         }
-        const std::string bytes(reinterpret_cast<const char *>(result), size);
+        std::string bytes(reinterpret_cast<const char *>(result), size);
         platform::task_free(result);
         return bytes;
     }

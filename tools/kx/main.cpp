@@ -8,6 +8,7 @@
 #include "convert.h"
 #include "dump.h"
 #include "east_asian.h"
+#include "registry.h"
 #include "sort.h"
 #include "strip.h"
 
@@ -22,6 +23,8 @@ constexpr kx::Command kCommands[] = {
     {"sort", "sort lines in the order of a language", kx::run_sort},
     {"dump", "list a document stream code by code", kx::run_dump},
     {"strip", "strip a document stream to its text", kx::run_strip},
+    {"codepages", "list the code pages, and those in force", kx::run_codepages},
+    {"registry", "show and change the settings of the library", kx::run_registry},
     {"help", "show this text", nullptr},
 };
 
