@@ -84,13 +84,17 @@ KXSTR_API void KXwmemset(void *area, uint32_t value, int32_t count);
  * unguarded; serialise TpiSetCodepage and str_ClrCodePage, and a first use, with all other use.
  */
 
-/** Fills both descriptors from the code pages of the moment, whether they were filled before or not. */
+/**
+ * Fills both descriptors from the code pages of the moment, whether they were filled before or not. It does not count
+ * as the first filling: where none of the other functions has filled them, the next use fills them again, and
+ * str_ClrCodePage leaves them.
+ */
 KXSTR_API void TpiSetCodepage(void);
 
-/** Fills both descriptors if they are not filled yet. @return 1, always. */
+/** Fills both descriptors if no use has filled them yet. @return 1, always. */
 KXSTR_API uint32_t str_SetCodePage(void);
 
-/** Empties both descriptors, so that the next use fills them again; does nothing when none has filled them yet. */
+/** Empties both descriptors, so that the next use fills them again; does nothing when no use has filled them. */
 KXSTR_API void str_ClrCodePage(void);
 
 /**
