@@ -12,12 +12,13 @@ namespace kxstr::platform {
 
 // ---- Code pages, languages, keyboard ----
 
-std::uint32_t ansi_code_page() noexcept;       // GetACP
-std::uint32_t oem_code_page() noexcept;        // GetOEMCP
-bool is_double_byte_system() noexcept;         // GetSystemMetrics(SM_DBCSENABLED)
-std::uint16_t system_language() noexcept;      // GetSystemDefaultLangID
-std::uint16_t keyboard_language() noexcept;    // low word of GetKeyboardLayout(0)
-bool is_lead_byte(std::uint8_t byte) noexcept; // IsDBCSLeadByte: of the ANSI code page
+std::uint32_t ansi_code_page() noexcept;                                   // GetACP
+std::uint32_t oem_code_page() noexcept;                                    // GetOEMCP
+bool is_double_byte_system() noexcept;                                     // GetSystemMetrics(SM_DBCSENABLED)
+std::uint16_t system_language() noexcept;                                  // GetSystemDefaultLangID
+std::uint16_t keyboard_language() noexcept;                                // low word of GetKeyboardLayout(0)
+bool is_lead_byte(std::uint8_t byte) noexcept;                             // IsDBCSLeadByte: of the ANSI code page
+bool is_lead_byte_of(std::uint32_t code_page, std::uint8_t byte) noexcept; // IsDBCSLeadByteEx
 
 // The default ANSI code page of a language: GetLocaleInfoA with LOCALE_IDEFAULTANSICODEPAGE. 0 for a language that has
 // none of its own (Unicode only); nothing for a language that the system does not know.

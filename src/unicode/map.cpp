@@ -62,7 +62,7 @@ KxChar to_kx(std::uint16_t unit, std::uint32_t ansi_code_page) noexcept {
     const KxChar found = find_pair(unit);
     if (found != kNone || !double_byte || unit <= 0xFF) return found;
     const auto native = platform::from_wide(ansi_code_page, unit);
-    if (native.count != 2 || !platform::is_lead_byte(native.bytes[0])) return kNone;
+    if (native.count != 2 || !platform::is_lead_byte_of(ansi_code_page, native.bytes[0])) return kNone;
     return codepage::double_byte_to_kx(ansi_code_page, join(native));
 }
 

@@ -4,7 +4,6 @@
 #include <array>
 #include <kxstr/collate.h>
 #include <kxstr/frame.h>
-#include <kxstr/platform.h>
 #include <kxstr/strops.h>
 
 #include "collate/values.h"
@@ -18,11 +17,10 @@ constexpr const char *kPlainName = "EN"; // what the library itself starts with
 
 struct EastAsianCountry {
     const char *code;
-    std::uint16_t system_language;
+    std::uint8_t id; // as WtpiGetCountryID gives it
     std::uint32_t code_page;
 };
-constexpr EastAsianCountry kCountries[] = {
-    {"JP", 0x0411, 932}, {"KR", 0x0412, 949}, {"CT", 0x0404, 950}, {"CS", 0x0804, 936}};
+constexpr EastAsianCountry kCountries[] = {{"JP", 1, 932}, {"KR", 2, 949}, {"CT", 3, 950}, {"CS", 4, 936}};
 
 const EastAsianCountry *country_of(std::uint32_t language) {
     const auto *found = std::ranges::find_if(kCountries, [language](const EastAsianCountry &country) {
@@ -83,11 +81,7 @@ std::optional<Page> Collation::page() const {
 void Collation::begin() const {
     VaskSetLanguage(code_of(language).c_str());
     const EastAsianCountry *country = country_of(language);
-    if (country == nullptr) return;
-    KxPlatformSettings settings;
-    KxPlatformGet(&settings);
-    settings.system_language = country->system_language;
-    KxPlatformSet(&settings);
+    if (country != nullptr) settle_country(country->id);
 }
 
 bool Collation::by_coltbl() const {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <kxstr/codepage.h>
-#include <kxstr/platform.h>
 #include <kxstr/prim.h>
 #include <kxstr/strops.h>
 
@@ -25,17 +24,16 @@ struct Country {
     const char *name;
     std::uint8_t id;         // as WtpiGetCountryID gives it
     std::uint32_t code_page; // 0: none in particular
-    std::uint16_t language;  // of a system in that country
     std::uint16_t hiragana;  // mode of wtoall; the order of the kana differs between the tables. 0: no kana
     std::uint16_t katakana;  // likewise
 };
 
 constexpr Country kCountries[] = {
-    {"none", 0, 0, 0x0409, 0, 0},
-    {"japanese", 1, 932, 0x0411, KX_FORM_FIRST_KANA, KX_FORM_SECOND_KANA},
-    {"korean", 2, 949, 0x0412, 0, 0},
-    {"traditional-chinese", 3, 950, 0x0404, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
-    {"simplified-chinese", 4, 936, 0x0804, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
+    {"none", 0, 0, 0, 0},
+    {"japanese", 1, 932, KX_FORM_FIRST_KANA, KX_FORM_SECOND_KANA},
+    {"korean", 2, 949, 0, 0},
+    {"traditional-chinese", 3, 950, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
+    {"simplified-chinese", 4, 936, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
 };
 
 template <class Matches> const Country *find_country(Matches matches) {
@@ -43,13 +41,8 @@ template <class Matches> const Country *find_country(Matches matches) {
     return found != std::end(kCountries) ? found : nullptr;
 }
 
-// The library asks the system for its country once, and keeps it.
 const Country &settle(const Country &country) {
-    KxPlatformSettings settings;
-    KxPlatformGet(&settings);
-    settings.system_language = country.language;
-    settings.keyboard_language = country.language;
-    KxPlatformSet(&settings);
+    settle_country(country.id);
     return country;
 }
 

@@ -2,11 +2,11 @@
 
 #include <array>
 #include <kxstr/codepage.h>
-#include <kxstr/platform.h>
 
 #include "codepage/convert.h"
 #include "codepage/descriptor.h"
 #include "codepage/double_byte.h"
+#include "codepage/state.h"
 #include "frame/kx_char.h"
 #include "platform/system.h"
 #include "unicode/map.h"
@@ -22,19 +22,6 @@ constexpr std::array<std::uint32_t, 4> kDoubleBytePages{932, 949, 936, 950};
 
 // Double-byte codes convert whatever the locale: a converter names its code pages.
 constexpr bool kDoubleByteSystem = true;
-
-void set_host(std::uint32_t ansi_code_page, bool double_byte) {
-    static std::uint32_t current_page = 0;
-    static bool current_double_byte = false;
-    if (current_page == ansi_code_page && current_double_byte == double_byte) return;
-    current_page = ansi_code_page;
-    current_double_byte = double_byte;
-    KxPlatformSettings settings;
-    KxPlatformGet(&settings);
-    settings.ansi_code_page = ansi_code_page;
-    settings.double_byte = double_byte ? 1 : 0;
-    KxPlatformSet(&settings);
-}
 
 KxCodePage descriptor_of(const Page &page) {
     KxCodePage descriptor{};
@@ -138,14 +125,6 @@ std::uint16_t letter_of_form(const Page &text_page, KxChar ch, std::uint16_t for
 
 } // namespace
 
-void become_host(const Page &page) {
-    set_host(page.windows_number, is_double_byte(page));
-}
-
-void become_double_byte_host(const Page &page) {
-    set_host(page.windows_number, true);
-}
-
 Page page_of_kx_number(std::uint32_t number) {
     return {number, WcvtKXCodepageToWinCodepage(number)};
 }
@@ -155,9 +134,13 @@ Page page_of_windows_number(std::uint32_t number) {
 }
 
 Page host_page() {
-    KxPlatformSettings settings;
-    KxPlatformGet(&settings);
-    return page_of_windows_number(settings.ansi_code_page);
+    return page_of_windows_number(kxstr::platform::ansi_code_page());
+}
+
+void settle_country(std::uint8_t id) {
+    auto &state = kxstr::codepage::process_state();
+    state.country = id;
+    state.country_decided = true;
 }
 
 bool is_double_byte(const Page &page) {
@@ -165,9 +148,7 @@ bool is_double_byte(const Page &page) {
 }
 
 bool is_lead_byte(const Page &page, std::uint8_t byte) {
-    if (!is_double_byte(page)) return false;
-    become_host(page);
-    return kxstr::platform::is_lead_byte(byte);
+    return is_double_byte(page) && kxstr::platform::is_lead_byte_of(page.windows_number, byte);
 }
 
 KxChar kx_of_code(const Page &page, std::uint16_t code) {
@@ -184,7 +165,6 @@ KxChar kx_of_code(const Page &page, std::uint16_t code) {
 KxChar kx_of_unicode(const Page &text_page, std::uint16_t unit) {
     if (const KxChar code_of_line = line_code(unit); code_of_line != kNone) return code_of_line;
     if (unit < 0x80) return unit;
-    become_host(text_page);
     const KxChar ch = kxstr::unicode::to_kx(unit, text_page.windows_number);
     const bool found = ch != kNone && !is_native_byte(ch);
     if (found && !is_glyph_of_control(ch, own_code(text_page, text_page, ch))) return ch;

@@ -22,8 +22,12 @@ const std::uint16_t *find_row(const tables::WindowsPage &page, std::uint8_t byte
 } // namespace
 
 bool is_lead_byte(std::uint8_t byte) noexcept {
+    return is_lead_byte_of(ansi_code_page(), byte);
+}
+
+bool is_lead_byte_of(std::uint32_t code_page, std::uint8_t byte) noexcept {
     if (byte < tables::kFirstHighByte) return false;
-    const auto *const page = find_page(ansi_code_page());
+    const auto *const page = find_page(code_page);
     return page != nullptr && find_row(*page, byte) != nullptr;
 }
 

@@ -21,6 +21,9 @@ std::uint16_t system_language() noexcept {
 bool is_lead_byte(std::uint8_t byte) noexcept {
     return IsDBCSLeadByte(byte) != 0;
 }
+bool is_lead_byte_of(std::uint32_t code_page, std::uint8_t byte) noexcept {
+    return IsDBCSLeadByteEx(code_page, byte) != 0;
+}
 
 std::uint16_t keyboard_language() noexcept {
     return LOWORD(reinterpret_cast<ULONG_PTR>(GetKeyboardLayout(0))); // of the calling thread
