@@ -1,26 +1,18 @@
 #include "files.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+
+#include "host.h"
 
 namespace kx {
 namespace {
 
 constexpr std::size_t kChunkSize = std::size_t{64} * 1024;
 constexpr const char *kStandard = "-";
-
-// Calls the system again when a signal came between.
-template <class Call> auto uninterrupted(Call call) {
-    auto result = call();
-    while (result < 0 && errno == EINTR)
-        result = call();
-    return result;
-}
 
 } // namespace
 
@@ -32,24 +24,14 @@ void report(const char *command, const std::string &what, int error) {
     }
 }
 
-std::string hex(std::span<const std::uint8_t> bytes) {
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        char digits[4];
-        std::snprintf(digits, sizeof digits, " %02X", byte);
-        text += digits;
-    }
-    return text.empty() ? text : text.substr(1);
-}
-
 // ---- Input ----
 
 Input::Input(const char *command, const std::string &path) : command_(command), name_(path) {
     if (path == kStandard) {
         name_ = "(standard input)";
-        descriptor_ = STDIN_FILENO;
+        descriptor_ = host::kStandardInput;
     } else {
-        descriptor_ = uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC); });
+        descriptor_ = host::open_to_read(path.c_str());
         if (descriptor_ < 0) {
             report(command_, name_, errno);
             return;
@@ -60,7 +42,7 @@ Input::Input(const char *command, const std::string &path) : command_(command), 
 }
 
 Input::~Input() {
-    if (descriptor_ > STDIN_FILENO) ::close(descriptor_);
+    if (descriptor_ > host::kStandardInput) host::close(descriptor_);
 }
 
 Chunk Input::next() {
@@ -72,8 +54,7 @@ Chunk Input::next() {
         }
         // The caller could do nothing with a full buffer: what it needs is longer.
         if (end_ == buffer_.size()) buffer_.resize(2 * buffer_.size());
-        const ssize_t count =
-            uninterrupted([&] { return read(descriptor_, buffer_.data() + end_, buffer_.size() - end_); });
+        const std::ptrdiff_t count = host::read(descriptor_, buffer_.data() + end_, buffer_.size() - end_);
         if (count < 0) {
             report(command_, name_, errno);
             good_ = false;
@@ -91,9 +72,8 @@ void Input::consume(std::size_t count) {
 }
 
 std::uint64_t size_of(const Input &input) {
-    struct stat status {};
-    if (fstat(input.descriptor(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
-    return static_cast<std::uint64_t>(status.st_size);
+    const auto file = host::regular_file(input.descriptor());
+    return file ? file->size : 0;
 }
 
 // ---- Output ----
@@ -101,9 +81,9 @@ std::uint64_t size_of(const Input &input) {
 Output::Output(const char *command, const std::string &path) : command_(command), name_(path) {
     if (path.empty() || path == kStandard) {
         name_ = "(standard output)";
-        descriptor_ = STDOUT_FILENO;
+        descriptor_ = host::kStandardOutput;
     } else {
-        descriptor_ = uninterrupted([&] { return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666); });
+        descriptor_ = host::open_to_write(path.c_str());
         if (descriptor_ < 0) {
             report(command_, name_, errno);
             return;
@@ -124,7 +104,7 @@ bool Output::fail(const char *what) {
 
 bool Output::write(std::span<const std::uint8_t> bytes) {
     while (good_ && !bytes.empty()) {
-        const ssize_t count = uninterrupted([&] { return ::write(descriptor_, bytes.data(), bytes.size()); });
+        const std::ptrdiff_t count = host::write(descriptor_, bytes.data(), bytes.size());
         if (count < 0) return fail("cannot write to ");
         bytes = bytes.subspan(static_cast<std::size_t>(count));
     }
@@ -135,21 +115,19 @@ bool Output::close() {
     if (!good_) return false;
     good_ = false;
     // Some file systems report a full disk only here.
-    if (::close(descriptor_) < 0) return fail("cannot write to ");
+    if (host::close(descriptor_) < 0) return fail("cannot write to ");
     return true;
 }
 
 bool is_one_of(const std::string &output, std::span<const std::string> inputs) {
-    struct stat target {};
-    const bool standard = output.empty() || output == kStandard;
-    if ((standard ? fstat(STDOUT_FILENO, &target) : stat(output.c_str(), &target)) != 0) return false;
-    if (!S_ISREG(target.st_mode)) return false;
-    for (const std::string &input : inputs) {
-        struct stat source {};
-        const int result = input == kStandard ? fstat(STDIN_FILENO, &source) : stat(input.c_str(), &source);
-        if (result == 0 && source.st_dev == target.st_dev && source.st_ino == target.st_ino) return true;
-    }
-    return false;
+    const auto regular_file = [](const std::string &path, int standard) {
+        return path.empty() || path == kStandard ? host::regular_file(standard) : host::regular_file(path.c_str());
+    };
+    const auto target = regular_file(output, host::kStandardOutput);
+    return target && std::ranges::any_of(inputs, [&](const std::string &input) {
+               const auto source = regular_file(input, host::kStandardInput);
+               return source && source->is_same_as(*target);
+           });
 }
 
 // ---- Progress ----
@@ -157,7 +135,7 @@ bool is_one_of(const std::string &output, std::span<const std::string> inputs) {
 Progress::Progress(const Input &input)
     : name_(input.name()),
       total_(size_of(input)),
-      wanted_(isatty(STDERR_FILENO) != 0),
+      wanted_(host::is_terminal(host::kStandardError)),
       due_(Clock::now() + std::chrono::seconds(1)) {}
 
 Progress::~Progress() {

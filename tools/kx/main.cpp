@@ -1,16 +1,13 @@
 // kx: the library on the command line.
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <span>
 
 #include "command.h"
 #include "convert.h"
-#include "dump.h"
 #include "east_asian.h"
-#include "registry.h"
+#include "host.h"
 #include "sort.h"
-#include "strip.h"
 
 namespace {
 
@@ -21,10 +18,6 @@ constexpr kx::Command kCommands[] = {
     {"width", "change the width of characters, or their kana", kx::run_width},
     {"han", "change Traditional Chinese into Simplified, and back", kx::run_han},
     {"sort", "sort lines in the order of a language", kx::run_sort},
-    {"dump", "list a document stream code by code", kx::run_dump},
-    {"strip", "strip a document stream to its text", kx::run_strip},
-    {"codepages", "list the code pages, and those in force", kx::run_codepages},
-    {"registry", "show and change the settings of the library", kx::run_registry},
     {"help", "show this text", nullptr},
 };
 
@@ -38,8 +31,7 @@ void print_help(std::FILE *out) {
 } // namespace
 
 int main(int argc, char **argv) {
-    // A closed pipe is a write error like others, with a message.
-    std::signal(SIGPIPE, SIG_IGN);
+    kx::host::prepare();
     if (argc < 2) {
         print_help(stderr);
         return kx::kUsage;
