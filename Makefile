@@ -29,6 +29,14 @@ test-asan: deps
 torture: build
 	KXSTR_TORTURE=1 build/release/kxstr_tests --gtest_filter='RegistryTorture.*'
 
+# kxstr.dll, its import library and kx.exe for 32-bit and 64-bit Windows, in build/windows-x86 and build/windows-x64.
+windows:
+	@tools/deps.sh windows
+	for platform in windows-x86 windows-x64; do \
+		cmake --preset $$platform && cmake --build --preset $$platform -j$(JOBS) && \
+		python3 tests/check_exports.py docs/exports.txt build/$$platform/kxstr.dll || exit 1; \
+	done
+
 lint: deps
 	cmake --preset release
 	tools/lint.sh build/release

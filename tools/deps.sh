@@ -1,13 +1,32 @@
 #!/bin/sh
-# Installs the Debian packages that building and testing need, when they are missing and this user may; else names the
-# command that does it.
+# deps.sh [GROUP...]: installs the Debian packages that a group of make targets needs, when they are missing and this
+# user may; else names the command that does it. Without a group: what building and testing on this machine needs.
 set -eu
 
-packages="cmake g++ make python3 binutils libgtest-dev libbenchmark-dev clang-format clang-tidy"
+packages_of() {
+    case $1 in
+    default) echo "cmake g++ make python3 binutils libgtest-dev libbenchmark-dev clang-format clang-tidy" ;;
+    windows) echo "cmake make python3 binutils g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
+    wine) echo "wine wine64 googletest locales" ;;
+    # Not g++-multilib, which excludes all cross compilers; it only adds a link to the headers in /usr/include/asm.
+    32) echo "cmake make python3 g++ g++-$(gcc_version)-multilib googletest qemu-user" ;;
+    be) echo "cmake make python3 g++-s390x-linux-gnu googletest qemu-user" ;;
+    *) echo "deps.sh: no group '$1'" >&2 && exit 2 ;;
+    esac
+}
 
+# Of the compiler behind g++, also before it is installed.
+gcc_version() {
+    apt-cache depends g++ | sed -n 's/.*Depends: g++-\([0-9]*\)$/\1/p' | head -n 1
+}
+
+[ $# -gt 0 ] || set -- default
 missing=""
-for package in $packages; do
-    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "ok installed" || missing="$missing $package"
+for group in "$@"; do
+    packages=$(packages_of "$group")
+    for package in $packages; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "ok installed" || missing="$missing $package"
+    done
 done
 [ -n "$missing" ] || exit 0
 

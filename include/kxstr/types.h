@@ -9,11 +9,9 @@
 
 /* KXSTR_API can be predefined. KXSTR_STATIC: the host links the static library. */
 #ifndef KXSTR_API
-#    if defined(_WIN32) && defined(KXSTR_BUILDING)
-#        define KXSTR_API __declspec(dllexport)
-#    elif defined(_WIN32) && !defined(KXSTR_STATIC)
+#    if defined(_WIN32) && !defined(KXSTR_BUILDING) && !defined(KXSTR_STATIC)
 #        define KXSTR_API __declspec(dllimport)
-#    elif defined(__GNUC__)
+#    elif defined(__GNUC__) && !defined(_WIN32)
 #        define KXSTR_API __attribute__((visibility("default")))
 #    else
 #        define KXSTR_API

@@ -1,9 +1,13 @@
 #include "codepage/descriptor.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <kxstr/codepage.h>
 
 #include "codepage/selection.h"
+
+// Hosts lay descriptors out themselves: three addresses behind two numbers, 20 bytes in a 32-bit process.
+static_assert(offsetof(KxCodePage, low_table) == 8 && sizeof(KxCodePage) == 8 + 3 * sizeof(void *));
 
 namespace kxstr::codepage {
 

@@ -1,8 +1,12 @@
 // The exported functions that read and set up coltbl.
+#include <cstddef>
 #include <kxstr/collate.h>
 
 #include "strops/collating_compare.h"
 #include "strops/language_setup.h"
+
+// Hosts walk the table by bytes: an address directly behind each set number, 5 bytes in a 32-bit process.
+static_assert(offsetof(KxCollationEntry, block) == 1 && sizeof(KxCollationEntry) == 1 + sizeof(void *));
 
 using kxstr::low16;
 namespace strops = kxstr::strops;

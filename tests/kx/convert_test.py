@@ -5,7 +5,6 @@ import os
 import pathlib
 import pty
 import re
-import select
 import subprocess
 import sys
 import tempfile
@@ -305,9 +304,7 @@ class Streams(unittest.TestCase):
                     process.stdin.flush()
                     time.sleep(wait)
                 process.stdin.close()
-                if terminal is None:
-                    return process.stderr.read()
-                return os.read(terminal, 4096) if select.select([terminal], [], [], 5)[0] else b""
+                return os.read(terminal, 4096) if terminal is not None else process.stderr.read()
         main, terminal = pty.openpty()
         try:
             shown = watch(terminal, main)
