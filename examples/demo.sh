@@ -80,4 +80,32 @@ change japanese-932 '$' width hiragana
 change japanese-932 6 width katakana
 change chinese-simplified-936 1 han big5
 change chinese-traditional-950 3 han gb
+
+# A title between the codes of attribute 12, and a group that says nothing to us.
+title() { head -n 1 "$texts/czech-852.txt"; }
+{
+    printf '\362\014\362'
+    title | "$kx" convert -f 852 -t stream
+    printf '\363\014\363'
+    printf '\324\001\013\000page\013\000\324'
+} >"$work/document"
+
+cat <<'TELL'
+
+Documents hold such text as a stream of bytes with other codes in between. This one was made from the title
+of the Czech text; `kx dump` lists it code by code:
+
+TELL
+"$kx" dump "$work/document"
+
+"$kx" strip --keep=hard,soft -t 1250 -o "$work/stripped" "$work/document"
+"$kx" convert -f stream -t 1250 -o "$work/converted" "$work/document"
+title | "$kx" convert -f 852 -t 1250 -o "$work/windows"
+echo
+printf 'stripped to Windows text (1250), seen as UTF-8:  %s\n' "$("$kx" convert -f 1250 -t utf-8 "$work/stripped")"
+if [ "$(same "$work/stripped" "$work/windows") $(same "$work/converted" "$work/windows")" != "same same" ]; then
+    echo "The document did NOT give its text back."
+    exit 1
+fi
+echo "Stripped or converted, the document gives the text back that went into it, byte for byte."
 echo "Try one yourself: $kx convert -f 932 -t utf-8 examples/texts/japanese-932.txt"

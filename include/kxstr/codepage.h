@@ -34,9 +34,13 @@ KXSTR_API uint16_t WcvtNtvToKx(const KxCodePage *page, uint32_t code);
  *
  * @param page  Descriptor with an output code page; not null; only read.
  * @param ch    KX character; low 16 bits used.
- * @return      The native code, or KX_NONE when the character has none. Set 0 comes back unchanged and set 12 as its
- *              index, whatever the code page. There is no other failure.
+ * @return      The native code, or KX_NONE when the character has none. There is no other failure.
  *
+ * Whatever the code page, 0x0080 gives a space, the rest of set 0 comes back unchanged (0x81..0xFF too), and set 12
+ * gives its index. KX_TAB and the line end codes give 9, 10, 12 and 13. On a double-byte system, which is asked about
+ * at every call, double-byte characters give double-byte codes, and in 932 the yen sign, in 934 and 949 the won sign
+ * give the backslash. Characters of the double-byte sets that no native code leads to convert by the same rule, and
+ * may give a code that the code page does not have.
  * Threads: as WcvtNtvToKx.
  * Example: 932, 0x255F -> 0x82A0.  1252, 0x0129 -> 0xE9.  1252, 0x2400 -> KX_NONE.
  */
@@ -50,8 +54,8 @@ KXSTR_API uint16_t WcvtKxToNtv(const KxCodePage *page, uint32_t ch);
 /**
  * Sets the code page of one or both directions of a descriptor.
  *
- * @param code_page   KX code page number, or KX_WINDOWS_CODE_PAGE. One without tables (a double-byte page, or an
- * unknown number) gives null tables.
+ * @param code_page   KX code page number, or KX_WINDOWS_CODE_PAGE. One without tables (a double-byte page other than
+ *                    932, or an unknown number) gives null tables.
  * @param directions  KX_FROM_KX, KX_TOWARDS_KX or both; other bits are ignored.
  * @param page        Not null; cleared (all zero) before its first use. A direction that already has the code page is
  *                    left untouched, tables included.

@@ -84,13 +84,17 @@ KXSTR_API void KXwmemset(void *area, uint32_t value, int32_t count);
  * unguarded; serialise TpiSetCodepage and str_ClrCodePage, and a first use, with all other use.
  */
 
-/** Fills both descriptors from the code pages of the moment, whether they were filled before or not. */
+/**
+ * Fills both descriptors from the code pages of the moment, whether they were filled before or not. It does not count
+ * as the first filling: where none of the other functions has filled them, the next use fills them again, and
+ * str_ClrCodePage leaves them.
+ */
 KXSTR_API void TpiSetCodepage(void);
 
-/** Fills both descriptors if they are not filled yet. @return 1, always. */
+/** Fills both descriptors if no use has filled them yet. @return 1, always. */
 KXSTR_API uint32_t str_SetCodePage(void);
 
-/** Empties both descriptors, so that the next use fills them again; does nothing when none has filled them yet. */
+/** Empties both descriptors, so that the next use fills them again; does nothing when no use has filled them. */
 KXSTR_API void str_ClrCodePage(void);
 
 /**
@@ -332,7 +336,8 @@ KXSTR_API KxChar *W5dzTowz(const uint8_t *source, KxChar *destination, uint32_t 
 
 /**
  * The same for a Chinese stream: always in pairs, whatever the system, and rows from 0x22 on hold the characters of
- * code page 950 or 936, numbered through and laid 255 to a KX set.
+ * code page 950 or 936, numbered through. They lie in KX as code page conversion lays them, 255 to a set, except that
+ * the first of each further set takes index 0xFF of the set before.
  *
  * @param selector  Low 8 bits used: 0x83 for sets from 0xA5 on (950), others for sets from 0x82 on (936).
  */

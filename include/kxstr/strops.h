@@ -95,9 +95,10 @@ KXSTR_API KxChar *W6wzFix(KxChar *string, uint16_t mode);
  * @param destination  Room for the source's length plus a terminator; may be the source itself.
  * @param source       Zero-terminated bytes. "&" before anything but another "&" is dropped; "&&" stays. On a
  *                     double-byte system "(" drops everything up to and including the next ")", or to the end.
- * @return             The key of the last mnemonic: the byte after "&" (0 at the end of the text), or 0x2800 with the
- *                     byte two places after "(", each byte sign-extended. 0 without a mnemonic. A "(" with fewer than
- *                     two bytes behind it counts the missing byte as 0; nothing behind the terminator is read.
+ * @return             The key of the last mnemonic: the byte after "&" (0 at the end of the text), or the byte two
+ *                     places after "(" with the bits of 0x2800 set, each byte sign-extended. 0 without a mnemonic. A
+ *                     "(" with fewer than two bytes behind it counts the missing byte as 0; nothing behind the
+ *                     terminator is read.
  *
  * Example: "&File" -> "File", 0x0046.  "(&F)" on a double-byte system -> "", 0x2846.
  */
@@ -133,8 +134,8 @@ KXSTR_API extern const uint8_t rngchr[30];
 /**
  * @param ch  KX character.
  * @return    Its small letter, or the character itself. In set 0 only A to Z change; the sets 1 to 15 go by rngchr;
- * from set 16 on the form table of the country decides (WtpiGetCountryID: 1 to 4; another country has none, and nothing
- * changes). Codes of KX strings and 0xFFFF come back unchanged.
+ *            from set 16 on the form table of the country decides (WtpiGetCountryID: 1 to 4; another country has none,
+ *            and nothing changes). Codes of KX strings and 0xFFFF come back unchanged.
  *
  * A letter whose other case has no form of the same width comes back unchanged.
  * Threads: re-entrant, once the country is decided.
@@ -243,7 +244,7 @@ typedef struct KxIndexRange {
  * @param ch     KX character or code.
  * @param table  Entries in ascending order of the set number (several for one set in any order), ended by one with the
  *               set number KX_RANGES_END; not null. The search ends at the first set number above that of the
- * character.
+ *               character.
  * @return       1 where an entry holds the character, else 0.
  */
 KXSTR_API int32_t lW6wstrFoundInTable(uint32_t ch, const KxIndexRange *table);
@@ -304,8 +305,8 @@ KXSTR_API uint16_t wtosingle(uint32_t ch, KxChar *mark);
 
 /**
  * @return  A kana as KX_FORM_FIRST_KANA gives it: hiragana in country 1, but katakana in countries 3 and 4, whose
- * tables hold the two in the other order. Characters of set 11, punctuation included, are widened first; so in country
- * 2, which has no kana couples, they come back in double width.
+ *          tables hold the two in the other order. Characters of set 11, punctuation included, are widened first; so in
+ *          country 2, which has no kana couples, they come back in double width.
  *
  * Example (country 1): 0x0B06 -> 0x255E.  0x2600 -> 0x255E.  0x0B00 -> 0x2402.
  */
@@ -321,7 +322,7 @@ KXSTR_API uint16_t wtokatakana(uint32_t ch);
 
 /**
  * @return  1 where the character is a capital letter, else 0. A double-width character is one where its single-width
- * form (KX_FORM_SINGLE) is one.
+ *          form (KX_FORM_SINGLE) is one.
  *
  * Example: 0x0140 -> 1.  0x2520 -> 1 and 0x2540 -> 0 (country 1).
  */

@@ -8,9 +8,9 @@
 namespace kxstr::collate {
 
 std::uint16_t language_number(const char *code) noexcept {
-    if (code[0] == 0) return 0; // there may be no second byte
     std::uint16_t number = 0;
     for (const tables::LanguageRules &language : tables::kCollationLanguages) {
+        // An empty string has no second byte, and no first one that is known.
         if (language.code[0] == code[0] && language.code[1] == code[1]) return number;
         ++number;
     }

@@ -80,7 +80,7 @@ std::uint8_t primary_value(KxChar ch, const LanguageRules &rules) noexcept {
 
 std::uint16_t secondary_value(KxChar ch, std::uint8_t primary, const LanguageRules &rules) noexcept {
     const KxChar upper = is_lower(ch) ? strops::to_upper(ch) : ch;
-    if (primary == kNoValue) return set_of(ch) == kAsciiSet ? ch : upper;
+    if (primary == kNoValue) return upper;
     if (primary == kIgnorable) return ch == kTatweel || ch == kLastTatweel ? 0 : static_cast<KxChar>(ch + 0x8000);
     switch (set_of(ch)) {
     case kLatinSet: return latin_secondary(upper, rules);

@@ -58,8 +58,8 @@ constexpr Code5 row_pair(std::uint8_t row, std::uint8_t cell) noexcept {
     }
 }
 
-// Chinese: the characters of all rows are numbered through, and laid 255 to a KX set from `base` on, as those of the
-// double-byte code pages are.
+// Chinese: the characters of all rows are numbered through, and laid about 255 to a KX set from `base` on. Where a set
+// is full, the first character of the next takes index 0xFF of it, unlike in the double-byte code pages.
 constexpr Code5 chinese_pair(std::uint8_t row, std::uint8_t cell, unsigned base) noexcept {
     if (row == 0x21) return character(kPairSize, kAsciiSet, cell);
     const unsigned n = (row - 0x22u) * 94 + static_cast<std::uint8_t>(cell - 0x21);

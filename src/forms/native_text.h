@@ -5,6 +5,7 @@
 #include "codepage/convert.h"
 #include "codepage/selection.h"
 #include "forms/bounded_writer.h"
+#include "frame/text.h"
 #include "platform/system.h"
 
 namespace kxstr::forms {
@@ -64,14 +65,6 @@ inline bool put_native(ByteWriter &out, std::uint16_t code) noexcept {
     const auto high = static_cast<std::uint8_t>(code >> 8);
     const auto low = static_cast<std::uint8_t>(code);
     return high != 0 ? out.put({high, low}) : out.put(low);
-}
-
-// The exported functions take native text as `char`, everything inside reads it as bytes.
-inline const std::uint8_t *bytes_of(const char *text) noexcept {
-    return reinterpret_cast<const std::uint8_t *>(text);
-}
-inline std::uint8_t *bytes_of(char *text) noexcept {
-    return reinterpret_cast<std::uint8_t *>(text);
 }
 
 } // namespace kxstr::forms

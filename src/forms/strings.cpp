@@ -178,7 +178,7 @@ uint32_t W6wzToazNB(const KxChar *source, char *destination, uint32_t bytes) {
     if (source == nullptr || destination == nullptr) return 0;
     const std::uint16_t size = low16(bytes);
     if (size != 0) {
-        forms::string_to_native(Native::kAnsi, source, kUnlimited, {forms::bytes_of(destination), size - 1u});
+        forms::string_to_native(Native::kAnsi, source, kUnlimited, {bytes_of(destination), size - 1u});
     }
     return kDone;
 }

@@ -25,20 +25,16 @@ inline std::size_t whole_characters(const std::uint8_t *text, std::size_t room) 
     return length;
 }
 
-// Copies at most `room` bytes of a zero-terminated string. A lead byte is written only together with the byte after it,
-// and only when both fit; otherwise the copy stops before it. The byte after a lead byte may be the terminator: it is
-// copied as such and ends the copy. Returns the number of bytes written, the terminator included when it was reached;
-// the caller decides what becomes of the rest.
-inline std::size_t copy_whole_characters(std::uint8_t *destination, const std::uint8_t *source,
-                                         std::size_t room) noexcept {
-    std::size_t written = whole_characters(source, room);
-    if (written < room) {
-        // What ended the text, if not the room: the terminator, or a lead byte and the terminator.
-        const std::size_t end_size = source[written] == 0 ? 1 : 2;
-        if (end_size <= room - written) written += end_size;
-    }
-    std::memmove(destination, source, written);
-    return written;
+// Copies a zero-terminated string into `room` bytes. A lead byte goes over only together with the byte after it, and
+// only when both fit; otherwise the copy stops before it, and the last byte of the room stays as it was. The byte after
+// a lead byte may be the terminator, which ends the copy. What the text leaves of the room is filled with 0.
+inline void copy_whole_characters(std::uint8_t *destination, const std::uint8_t *source, std::size_t room) noexcept {
+    std::size_t length = whole_characters(source, room);
+    // With room for a pair, only a lead byte before the terminator can have ended the text early.
+    if (room - length >= 2 && source[length] != 0) ++length;
+    const bool ended = length < room && source[length] == 0;
+    std::memmove(destination, source, length);
+    if (ended) std::memset(destination + length, 0, room - length);
 }
 
 } // namespace kxstr

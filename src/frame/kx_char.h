@@ -29,7 +29,7 @@ constexpr KxChar make_char(unsigned set, unsigned index) noexcept {
 constexpr bool is_code(KxChar ch) noexcept {
     return ch >= kFirstCode;
 }
-// Exported functions take characters in 32-bit arguments, of which the low 16 bits count.
+// Exported functions take characters and 16-bit counts in 32-bit arguments, of which the low 16 bits count.
 constexpr KxChar low16(std::uint32_t argument) noexcept {
     return static_cast<KxChar>(argument);
 }

@@ -9,12 +9,6 @@ using namespace kxstr;
 
 namespace {
 
-const std::uint8_t *bytes(const char *string) noexcept {
-    return reinterpret_cast<const std::uint8_t *>(string);
-}
-std::uint8_t *bytes(char *string) noexcept {
-    return reinterpret_cast<std::uint8_t *>(string);
-}
 char *chars(const std::uint8_t *string) noexcept {
     return reinterpret_cast<char *>(const_cast<std::uint8_t *>(string));
 }
@@ -43,16 +37,14 @@ char *wstrncat(char *destination, const char *source, uint32_t count) {
 }
 
 char *wstrncpy(char *destination, const char *source, uint32_t count) {
-    const std::size_t written = copy_whole_characters(bytes(destination), bytes(source), count);
-    const bool ended = written != 0 && destination[written - 1] == 0;
-    if (ended) std::memset(destination + written, 0, count - written);
+    copy_whole_characters(bytes_of(destination), bytes_of(source), count);
     return destination;
 }
 
 void CopyUpToAndNullTerminate(char *destination, const char *source, int32_t size) {
     if (size <= 0) return;
     const std::size_t last = static_cast<std::size_t>(size) - 1;
-    const std::size_t length = whole_characters(bytes(source), last);
+    const std::size_t length = whole_characters(bytes_of(source), last);
     std::memmove(destination, source, length);
     destination[length] = 0;
     // The byte behind the terminator belongs to the result: the trail byte of the character left out, or a second 0.
@@ -61,24 +53,23 @@ void CopyUpToAndNullTerminate(char *destination, const char *source, int32_t siz
 
 int32_t wstrcmp(const char *a, const char *b) {
     if (a == nullptr || b == nullptr) return 0;
-    return prim::compare(bytes(a), bytes(b));
+    return prim::compare(bytes_of(a), bytes_of(b));
 }
 
 int32_t wstrncmp(const char *a, const char *b, int32_t count) {
-    return count > 0 ? prim::compare(bytes(a), bytes(b), static_cast<std::size_t>(count)) : 0;
+    return count > 0 ? prim::compare(bytes_of(a), bytes_of(b), static_cast<std::size_t>(count)) : 0;
 }
 
 int32_t w_stricmp(const char *a, const char *b) {
-    return prim::compare(bytes(a), bytes(b), prim::kUnlimited,
-                         [](std::uint8_t byte) { return strops::to_upper(KxChar{byte}); });
+    return prim::compare(bytes_of(a), bytes_of(b), prim::kUnlimited, strops::to_upper);
 }
 
 char *wstrchr(const char *string, uint32_t byte) {
-    return chars(prim::find(bytes(string), static_cast<std::uint8_t>(byte)));
+    return chars(prim::find(bytes_of(string), static_cast<std::uint8_t>(byte)));
 }
 
 char *wstrrchr(const char *string, uint32_t byte) {
-    return string != nullptr ? chars(prim::find_last(bytes(string), static_cast<std::uint8_t>(byte))) : nullptr;
+    return string != nullptr ? chars(prim::find_last(bytes_of(string), static_cast<std::uint8_t>(byte))) : nullptr;
 }
 
 } // extern "C"

@@ -52,9 +52,7 @@ int32_t wwstrcmp(const KxChar *a, const KxChar *b) {
 }
 
 int32_t wwstrncmp(const KxChar *a, const KxChar *b, int32_t count) {
-    if (count <= 0) return 0;
-    const bool runs_out = count % 2 == 0;
-    return prim::compare(a, b, runs_out ? static_cast<std::size_t>(count) / sizeof(KxChar) : prim::kUnlimited);
+    return prim::compare(a, b, prim::limit_by_bytes(count));
 }
 
 KxChar *wwstrchr(const KxChar *string, uint32_t ch) {

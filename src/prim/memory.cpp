@@ -10,7 +10,7 @@ extern "C" {
 
 KxChar *KXwmemwchr(const KxChar *area, uint32_t ch, uint32_t count) {
     if (area == nullptr) return nullptr;
-    const KxChar *end = area + static_cast<std::uint16_t>(count);
+    const KxChar *end = area + low16(count);
     const KxChar *found = std::find(area, end, low16(ch));
     return found != end ? const_cast<KxChar *>(found) : nullptr;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <limits>
 
@@ -23,6 +24,13 @@ template <class Unit> constexpr void append(Unit *destination, const Unit *sourc
     if (limit == 0) return;
     Unit *end = std::copy_n(source, length_within(source, limit), destination + length_of(destination));
     *end = 0;
+}
+
+// A bound in bytes as a limit in KX characters. Comparisons count it down by 2 and end at 0: an odd one never gets
+// there.
+constexpr std::size_t limit_by_bytes(std::int32_t size) noexcept {
+    if (size <= 0) return 0;
+    return size % 2 == 0 ? static_cast<std::size_t>(size) / 2 : kUnlimited;
 }
 
 // Difference of the first differing units after `fold`, or 0 when the terminators or `limit` units are reached.

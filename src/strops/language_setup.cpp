@@ -5,6 +5,7 @@
 
 #include "frame/dbcs_copy.h"
 #include "frame/language.h"
+#include "frame/text.h"
 #include "strops/case.h"
 #include "strops/collation_sequence.h"
 #include "tables/collation.h"
@@ -19,11 +20,7 @@ constinit std::array<std::uint8_t, 4> last_language{'E', 'N'};
 // Remembers two bytes only, so a longer language is set up again every time. A lead byte at the second place is not
 // remembered: the byte from the language before stays there.
 void remember(const char *language) noexcept {
-    const auto *bytes = reinterpret_cast<const std::uint8_t *>(language);
-    std::size_t copied = copy_whole_characters(last_language.data(), bytes, kCodeLength);
-    const bool ended = copied != 0 && last_language[copied - 1] == 0;
-    while (ended && copied < kCodeLength)
-        last_language[copied++] = 0;
+    copy_whole_characters(last_language.data(), bytes_of(language), kCodeLength);
 }
 
 std::size_t column_of(const char *language) noexcept {

@@ -3,6 +3,7 @@
 
 #include "frame/dbcs_copy.h"
 #include "frame/kx_char.h"
+#include "frame/text.h"
 
 using namespace kxstr;
 
@@ -104,8 +105,7 @@ int16_t VaskStripAmpersand(char *destination, const char *source) {
 
 int32_t WMBStrTrunc(char *string, int32_t limit) {
     std::size_t length = limit > 0 ? static_cast<std::size_t>(limit) : 0;
-    if (platform::is_double_byte_system())
-        length = whole_characters(reinterpret_cast<const std::uint8_t *>(string), length);
+    if (platform::is_double_byte_system()) length = whole_characters(bytes_of(string), length);
     string[length] = 0;
     return static_cast<std::int32_t>(length);
 }

@@ -367,19 +367,19 @@ const LetterValues kLetters[12] = {
 };
 
 const ContractionStep kContractionSteps[13] = {
-    {1, 0x0063, 0x04}, // spanish c -> spanish-c
-    {1, 0x006C, 0x06}, // spanish l -> l
-    {1, 0x0197, 0x06}, // spanish 0x0197 -> l
-    {2, 0x0063, 0x05}, // czech c -> czech-c
-    {3, 0x0125, 0x80}, // french 0x0125 two a e
-    {3, 0x01A7, 0x81}, // french 0x01A7 two o e
-    {4, 0x0068, 0x82}, // spanish-c h one c
-    {5, 0x0068, 0x83}, // czech-c h one h
-    {6, 0x006C, 0x84}, // l l one l
-    {6, 0x0101, 0x07}, // l 0x0101 -> l-dot
-    {7, 0x006C, 0x06}, // l-dot l -> l
-    {8, 0x0117, 0x85}, // german 0x0117 two s s
-    {9, 0x018B, 0x86}, // dutch 0x018B two i j
+    {1, 0x04, 0x0063}, // spanish c -> spanish-c
+    {1, 0x06, 0x006C}, // spanish l -> l
+    {1, 0x06, 0x0197}, // spanish 0x0197 -> l
+    {2, 0x05, 0x0063}, // czech c -> czech-c
+    {3, 0x80, 0x0125}, // french 0x0125 two a e
+    {3, 0x81, 0x01A7}, // french 0x01A7 two o e
+    {4, 0x82, 0x0068}, // spanish-c h one c
+    {5, 0x83, 0x0068}, // czech-c h one h
+    {6, 0x84, 0x006C}, // l l one l
+    {6, 0x07, 0x0101}, // l 0x0101 -> l-dot
+    {7, 0x06, 0x006C}, // l-dot l -> l
+    {8, 0x85, 0x0117}, // german 0x0117 two s s
+    {9, 0x86, 0x018B}, // dutch 0x018B two i j
 };
 
 const ContractionResult kContractionResults[7] = {

@@ -71,8 +71,8 @@ extern const LetterValues kLetters[12];
 inline constexpr std::uint8_t kFirstContractionResult = 0x80;
 struct ContractionStep {
     std::uint8_t state;
-    KxChar key;
     std::uint8_t target;
+    KxChar key;
 };
 extern const ContractionStep kContractionSteps[13];
 

@@ -93,9 +93,6 @@ TEST(TableSearch, Ranges) {
         EXPECT_EQ(ub_ub_lukup(pairs.data(), outside, &out1, &out2), 1u);
         EXPECT_EQ(out1 + out2, 77 + 88);
     }
-    const Bytes empty{5, 4}; // last before first: no key
-    for (unsigned key = 0; key < 256; ++key)
-        EXPECT_EQ(ub_lukup(empty.data(), static_cast<std::uint8_t>(key)), 0xFF);
 }
 
 } // namespace

@@ -3,8 +3,10 @@
 #include <kxstr/frame.h>
 
 #include "reference/bounded.h"
-#include "support/written_by.h"
+#include "reference/streams.h"
+#include "support/hex.h"
 #include "support/process_state.h"
+#include "support/written_by.h"
 
 namespace {
 
@@ -14,28 +16,6 @@ using reference::Codes;
 using test::run_on;
 using test::terminated;
 using test::written_by;
-
-// Calls `check` with every list of up to `longest` items of an alphabet.
-template <class Item, class Check>
-void for_all(const std::vector<Item> &alphabet, std::size_t longest, Check check, std::vector<Item> list = {}) {
-    check(list);
-    if (list.size() == longest) return;
-    for (const Item &item : alphabet) {
-        list.push_back(item);
-        for_all(alphabet, longest, check, list);
-        list.pop_back();
-    }
-}
-
-std::string show(const auto &text) {
-    std::string all;
-    for (const unsigned unit : text) {
-        char hex[8];
-        std::snprintf(hex, sizeof hex, "%02X ", unit);
-        all += hex;
-    }
-    return all;
-}
 
 // One code of each kind; an index, a set and a group's content that look like terminators; attributes with and without
 // a code of their own.
@@ -53,7 +33,7 @@ const Codes kStreamCodes{{0x41},
                          {0xD4, 0x01, 0x08, 0x00, 0x00, 0x08, 0x00, 0xD4}};
 
 TEST(Strip, StreamsOfFewCodesAgreeWithThePlainVersion) {
-    for_all(kStreamCodes, 3, [](const Codes &codes) {
+    reference::for_every_sequence(kStreamCodes, 3, [](const Codes &codes) {
         const Code source = terminated(reference::joined(codes));
         for (unsigned flags = 0; flags < 0x20; ++flags) {
             const Codes kept = reference::stripped(codes, flags);
@@ -65,9 +45,9 @@ TEST(Strip, StreamsOfFewCodesAgreeWithThePlainVersion) {
                 auto got = written_by<std::uint8_t>(count, [&](auto *to) {
                     result = TpiKxDocStripBuff(to, source.data(), 0xABCD0000u | count, flags);
                 });
-                ASSERT_EQ(result, want.size() + 1) << show(source) << flags << ' ' << count;
+                ASSERT_EQ(result, want.size() + 1) << test::hex(source) << flags << ' ' << count;
                 got.resize(result);
-                ASSERT_EQ(got, terminated(want)) << show(source) << flags << ' ' << count;
+                ASSERT_EQ(got, terminated(want)) << test::hex(source) << flags << ' ' << count;
 
                 std::vector<reference::Sio> forms;
                 for (const Code &code : fitting)
@@ -75,9 +55,9 @@ TEST(Strip, StreamsOfFewCodesAgreeWithThePlainVersion) {
                 const reference::Sio sio = reference::sio_text(forms, count - 1);
                 got = written_by<std::uint8_t>(
                     count, [&](auto *to) { result = TpiKxToKxsioBuff(to, source.data(), count, flags); });
-                ASSERT_EQ(result, sio.count) << show(source) << flags << ' ' << count;
+                ASSERT_EQ(result, sio.count) << test::hex(source) << flags << ' ' << count;
                 got.resize(sio.bytes.size() + 1);
-                ASSERT_EQ(got, terminated(sio.bytes)) << show(source) << flags << ' ' << count;
+                ASSERT_EQ(got, terminated(sio.bytes)) << test::hex(source) << flags << ' ' << count;
             }
         }
     });
@@ -89,7 +69,7 @@ TEST(Strip, StringsOfFewUnitsAgreeWithThePlainVersion) {
                       0xFE00, 0xFE05, 0xFE18, 0xFE1D, 0xFE1F, 0xFE20, 0xFF41, 0x2400, 0xDFFF, 0xE000};
     for (const auto &system : {test::kWestern, test::kJapanese}) {
         run_on(system);
-        for_all(units, 2, [](Units source) {
+        reference::for_every_sequence(units, 2, [](Units source) {
             source.insert(source.begin(), 0x0142); // so that three-byte codes meet every end
             source = terminated(source);
             for (unsigned flags = 0; flags < 0x80; ++flags) {
@@ -110,9 +90,9 @@ TEST(Strip, StringsOfFewUnitsAgreeWithThePlainVersion) {
                     auto got = written_by<KxChar>(count == 0 ? 0 : want.size(), [&](auto *to) {
                         result = TpiKxLongStripBuff(to, source.data(), count, flags);
                     });
-                    ASSERT_EQ(result, 2 * got.size()) << show(source) << flags << ' ' << count;
+                    ASSERT_EQ(result, 2 * got.size()) << test::hex(source) << flags << ' ' << count;
                     if (count != 0) {
-                        ASSERT_EQ(got, want) << show(source) << flags << ' ' << count;
+                        ASSERT_EQ(got, want) << test::hex(source) << flags << ' ' << count;
                     }
 
                     if (count <= 0) continue;
@@ -121,9 +101,9 @@ TEST(Strip, StringsOfFewUnitsAgreeWithThePlainVersion) {
                     auto bytes = written_by<std::uint8_t>(room + 1, [&](auto *to) {
                         result = TpiKxwzToKxsioBuff(to, source.data(), static_cast<std::uint32_t>(count), flags);
                     });
-                    ASSERT_EQ(result, sio.count) << show(source) << flags << ' ' << count;
+                    ASSERT_EQ(result, sio.count) << test::hex(source) << flags << ' ' << count;
                     bytes.resize(sio.bytes.size() + 1);
-                    ASSERT_EQ(bytes, terminated(sio.bytes)) << show(source) << flags << ' ' << count;
+                    ASSERT_EQ(bytes, terminated(sio.bytes)) << test::hex(source) << flags << ' ' << count;
                 }
             }
         });
@@ -143,10 +123,10 @@ TEST(Strip, ACountOfZeroWritesNothing) {
 TEST(Strip, TextCanBeStrippedWhereItStands) {
     Code stream{0x09, 0x41, 0xF2, 0x05, 0xF2, 0xF0, 0x41, 0x04, 0xF0, 0xCC, 0};
     EXPECT_EQ(TpiKxToKxsioBuff(stream.data(), stream.data(), 11, KX_KEEP_ATTRIBUTES | KX_KEEP_HARD_ENDS), 8u);
-    EXPECT_EQ(show(Code(stream.begin(), stream.begin() + 8)), "41 0E 06 FD 41 04 0D 00 ");
+    EXPECT_EQ(test::hex(Code(stream.begin(), stream.begin() + 8)), "41 0E 06 FD 41 04 0D 00 ");
     std::vector<KxChar> string{0x001F, 0x0041, KX_CARRIAGE_RETURN, 0x0042, 0};
     EXPECT_EQ(TpiKxLongStripBuff(string.data(), string.data(), 10, KX_SOFT_ENDS_AS_SPACES), 8u);
-    EXPECT_EQ(show(string), "41 20 42 00 00 ");
+    EXPECT_EQ(test::hex(string), "41 20 42 00 00 ");
 }
 
 } // namespace

@@ -5,6 +5,7 @@ import os
 import pathlib
 import pty
 import re
+import select
 import subprocess
 import sys
 import tempfile
@@ -304,7 +305,9 @@ class Streams(unittest.TestCase):
                     process.stdin.flush()
                     time.sleep(wait)
                 process.stdin.close()
-                return os.read(terminal, 4096) if terminal is not None else process.stderr.read()
+                if terminal is None:
+                    return process.stderr.read()
+                return os.read(terminal, 4096) if select.select([terminal], [], [], 5)[0] else b""
         main, terminal = pty.openpty()
         try:
             shown = watch(terminal, main)

@@ -313,6 +313,7 @@ TEST_F(Registry, ALeftoverOfAKilledWriterIsNoObstacle) {
 
 TEST_F(Registry, ThreadsWriteAndReadAtOnce) {
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([t] {
             for (int i = 0; i < 10; ++i) {

@@ -49,6 +49,7 @@ TEST(RegistryTorture, SeveralProcessesWriteAtOnce) {
     folder.write(kRemarks);
     run_on(kWestern, folder.file().c_str());
     std::vector<pid_t> children;
+    children.reserve(static_cast<std::size_t>(processes));
     for (int p = 0; p < processes; ++p) {
         children.push_back(start_child([=] {
             for (int i = 0; i < writes; ++i) {

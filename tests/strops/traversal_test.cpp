@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 #include <kxstr/strops.h>
 #include <optional>
-#include <ranges>
 
 #include "reference/streams.h"
 
@@ -56,7 +55,7 @@ TEST(Traversal, EveryStreamOfUpToFiveCodes) {
         // From the end, where `next` is the first position at text behind the code looked at.
         std::ptrdiff_t next = static_cast<std::ptrdiff_t>(stream.size()) - 1;
         std::ptrdiff_t position = next;
-        for (const StreamCode &code : std::views::reverse(codes)) {
+        for (const StreamCode &code : std::vector(codes.rbegin(), codes.rend())) {
             position -= static_cast<std::ptrdiff_t>(code.bytes.size());
             ASSERT_EQ(W6dstrNextCh(start + position) - start, next);
             if (code.is_text) next = position;

@@ -14,6 +14,7 @@ template <class Unit, class Write> std::vector<Unit> written_by(std::size_t size
     write(guarded.data());
     EXPECT_TRUE(guarded.guards_hold()) << "a destination of " << size;
     std::vector<Unit> exact(size, Guarded<Unit>::kUntouched);
+    if (size == 0) return exact; // has no address to write to
     write(exact.data());
     EXPECT_EQ(exact, guarded.contents()) << "the same call again";
     return exact;

@@ -126,7 +126,7 @@ def emit_contractions(path):
             target = FIRST_RESULT + count
             results += f"    {{{', '.join(letters)}}},\n"
             count += 1
-        steps += f"    {{{states[row[0]]}, {hex16(character(row[1]))}, {hex8(target)}}}, // {' '.join(row)}\n"
+        steps += f"    {{{states[row[0]]}, {hex8(target)}, {hex16(character(row[1]))}}}, // {' '.join(row)}\n"
     text = f"const ContractionStep kContractionSteps[{len(rows)}] = {{\n{steps}}};\n\n"
     return text + f"const ContractionResult kContractionResults[{count}] = {{\n{results}}};\n\n", states
 

@@ -9,26 +9,16 @@
 namespace kx {
 namespace {
 
-std::string hex(std::span<const std::uint8_t> bytes) {
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        char digits[4];
-        std::snprintf(digits, sizeof digits, " %02X", byte);
-        text += digits;
-    }
-    return text;
-}
-
 class Conversion {
   public:
     Conversion(const char *command, const TextRequest &request, const TextPages &pages, const Transform *transform,
-               std::span<const std::uint8_t> substitute, Output &output)
+               std::span<const std::uint8_t> substitute, Output &output, std::unique_ptr<Decoder> decoder)
         : command_(command),
           request_(request),
           transform_(transform),
           substitute_(substitute),
           output_(output),
-          decoder_(make_decoder(*request.from, pages.text)),
+          decoder_(std::move(decoder)),
           encoder_(make_encoder(*request.to, pages.text, pages.written)) {}
 
     // False when the work must end; the reason has been told then.
@@ -74,7 +64,7 @@ class Conversion {
             const auto next = std::find_if(units_.places.begin() + static_cast<std::ptrdiff_t>(done),
                                            units_.places.end(), [&](std::size_t other) { return other != place; });
             const std::size_t end = next != units_.places.end() ? *next : consumed;
-            if (!replace(input, chunk, place, end - place)) return false;
+            if (!replace(input, chunk, place, decoder_->length(chunk, place, end))) return false;
             ++done;
             done += encoder_->encode(units.subspan(done), bytes_);
         }
@@ -88,7 +78,7 @@ class Conversion {
             bytes_.insert(bytes_.end(), substitute_.begin(), substitute_.end());
             return true;
         }
-        report(command_, input.name() + ": byte " + std::to_string(chunk.offset + place) + ":" +
+        report(command_, input.name() + ": byte " + std::to_string(chunk.offset + place) + ": " +
                              hex(chunk.bytes.subspan(place, length)) + " does not convert from " +
                              name_of(*request_.from) + " to " + name_of(*request_.to));
         return false;
@@ -126,19 +116,15 @@ std::string take_text_option(TextRequest &request, int id, const std::string &ar
         return form ? "" : "no form or code page '" + argument + "'; `kx convert -l` lists them";
     };
     switch (id) {
-    case 'f': return take_form(request.from);
+    case 'f': {
+        const std::string fault = take_form(request.from);
+        return fault.empty() && request.from->kind == FormKind::sio ? "sio text is only written" : fault;
+    }
     case 't': return take_form(request.to);
     case 'o': request.output = argument; return "";
     case 'c': request.drop = true; return "";
     case kSubstId: request.substitute = argument; return "";
-    case kAnsiId: {
-        const std::optional<Form> form = find_form(argument);
-        if (!form || form->kind != FormKind::code_page) {
-            return "no code page '" + argument + "'; `kx convert -l` lists them";
-        }
-        request.ansi = form->page;
-        return "";
-    }
+    case kAnsiId: return take_page(request.ansi, argument);
     default: return "";
     }
 }
@@ -146,7 +132,7 @@ std::string take_text_option(TextRequest &request, int id, const std::string &ar
 TextPages pages_of(const TextRequest &request, const Page &otherwise) {
     const auto own = [&](const Form &form) -> std::optional<Page> {
         if (form.kind == FormKind::code_page) return form.page;
-        if (form.kind == FormKind::kx) return request.ansi;
+        if (is_kx_form(form)) return request.ansi;
         return std::nullopt;
     };
     const std::optional<Page> from = own(*request.from);
@@ -156,7 +142,8 @@ TextPages pages_of(const TextRequest &request, const Page &otherwise) {
     return {text, to.value_or(text)};
 }
 
-int run_text(const Usage &usage, const TextRequest &request, const TextPages &pages, const Transform *transform) {
+int run_text(const Usage &usage, const TextRequest &request, const TextPages &pages, const Transform *transform,
+             std::unique_ptr<Decoder> decoder) {
     if (request.drop && request.substitute) return usage_error(usage, "-c and --subst exclude each other");
     std::vector<std::uint8_t> substitute;
     if (request.substitute) {
@@ -175,7 +162,8 @@ int run_text(const Usage &usage, const TextRequest &request, const TextPages &pa
 
     Output output(usage.command, request.output);
     if (!output.good()) return kFailure;
-    Conversion conversion(usage.command, request, pages, transform, substitute, output);
+    if (!decoder) decoder = make_decoder(*request.from, pages.text, is_kx_form(*request.to));
+    Conversion conversion(usage.command, request, pages, transform, substitute, output, std::move(decoder));
     for (const std::string &path : request.inputs) {
         Input input(usage.command, path);
         if (!input.good() || !conversion.run(input)) return kFailure;

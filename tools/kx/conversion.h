@@ -55,8 +55,9 @@ struct Transform {
     std::function<bool(KxChar ch)> joins_next;
 };
 
-// Converts the inputs. Returns the exit status; what went wrong has been told.
+// Converts the inputs. Returns the exit status; what went wrong has been told. A command may read its input in its own
+// way, by a decoder that takes the place of that of the form.
 int run_text(const Usage &usage, const TextRequest &request, const TextPages &pages,
-             const Transform *transform = nullptr);
+             const Transform *transform = nullptr, std::unique_ptr<Decoder> decoder = nullptr);
 
 } // namespace kx

@@ -32,6 +32,10 @@ constexpr Usage kUsageText{
     "KX text does not say which code page its East Asian characters and the bytes without a KX\n"
     "character belong to. It is PAGE; else the code page on the other side; else the ANSI code\n"
     "page of the locale.\n"
+    "In a document stream the line ends, spaces, hyphens and characters are text. Attributes go to\n"
+    "the KX forms only; the other codes are left out. A code that lies about its size does not\n"
+    "convert; `kx dump` tells more. Streams are written without a terminator; one at the end of the\n"
+    "input is skipped.\n"
     "Exit status: 0 all was converted, 1 something was not or could not be read or written, 2 the\n"
     "command line is wrong."};
 

@@ -24,6 +24,16 @@ void report(const char *command, const std::string &what, int error) {
     }
 }
 
+std::string hex(std::span<const std::uint8_t> bytes) {
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        char digits[4];
+        std::snprintf(digits, sizeof digits, " %02X", byte);
+        text += digits;
+    }
+    return text.empty() ? text : text.substr(1);
+}
+
 // ---- Input ----
 
 Input::Input(const char *command, const std::string &path) : command_(command), name_(path) {

@@ -100,6 +100,8 @@ class Progress {
 
 // "COMMAND: WHAT" and, for `errno` values other than 0, what the system says about it, on standard error.
 void report(const char *command, const std::string &what, int error = 0);
+// "F0 29 01 F0".
+std::string hex(std::span<const std::uint8_t> bytes);
 
 // The operands as paths; "-" when there are none.
 std::vector<std::string> operands_or_standard_input(int argc, char **argv, int first);

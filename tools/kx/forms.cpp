@@ -21,6 +21,9 @@ constexpr NamedForm kForms[] = {
     {FormKind::utf16le, "utf-16le", "utf16le", "Unicode, low byte first"},
     {FormKind::utf16be, "utf-16be", "utf16be", "Unicode, high byte first"},
     {FormKind::kx, "kx", "", "KX text: 16-bit units, low byte first"},
+    {FormKind::stream, "stream", "dz", "KX document stream"},
+    {FormKind::stream5, "stream5", "5dz", "document stream of the older generation, KX 5"},
+    {FormKind::sio, "sio", "", "compact KX text; written only"},
 };
 
 // Names are lower case with dashes; all but the first are aliases. Every page is also known by its two numbers.
@@ -152,6 +155,23 @@ std::string name_of(const Form &form) {
     return std::to_string(form.page.windows_number);
 }
 
+std::string take_page(std::optional<Page> &page, const std::string &name) {
+    const std::optional<Form> form = find_form(name);
+    if (!form || form->kind != FormKind::code_page) return "no code page '" + name + "'; `kx convert -l` lists them";
+    page = form->page;
+    return "";
+}
+
+bool is_kx_form(const Form &form) {
+    switch (form.kind) {
+    case FormKind::kx:
+    case FormKind::stream:
+    case FormKind::stream5:
+    case FormKind::sio: return true;
+    default: return false;
+    }
+}
+
 std::string list_of_forms() {
     std::string text = "Forms:\n";
     for (const NamedForm &form : kForms)
@@ -174,13 +194,16 @@ std::string list_of_forms() {
     return text;
 }
 
-std::unique_ptr<Decoder> make_decoder(const Form &form, const Page &text_page) {
+std::unique_ptr<Decoder> make_decoder(const Form &form, const Page &text_page, bool with_codes) {
     switch (form.kind) {
     case FormKind::code_page: return make_page_decoder(form.page);
     case FormKind::utf8: return make_utf8_decoder(text_page);
     case FormKind::utf16le: return make_utf16_decoder(ByteOrder::little, text_page);
     case FormKind::utf16be: return make_utf16_decoder(ByteOrder::big, text_page);
     case FormKind::kx: return make_kx_decoder();
+    case FormKind::stream: return make_stream_decoder(with_codes);
+    case FormKind::stream5: return make_stream5_decoder(text_page, with_codes);
+    case FormKind::sio: return nullptr;
     }
     return nullptr;
 }
@@ -192,6 +215,9 @@ std::unique_ptr<Encoder> make_encoder(const Form &form, const Page &text_page, c
     case FormKind::utf16le: return make_utf16_encoder(ByteOrder::little, text_page);
     case FormKind::utf16be: return make_utf16_encoder(ByteOrder::big, text_page);
     case FormKind::kx: return make_kx_encoder(text_page, written_page);
+    case FormKind::stream: return make_stream_encoder(text_page, written_page);
+    case FormKind::stream5: return make_stream5_encoder(text_page, written_page);
+    case FormKind::sio: return make_sio_encoder(text_page, written_page);
     }
     return nullptr;
 }

@@ -14,7 +14,7 @@
 
 namespace kx {
 
-enum class FormKind { code_page, utf8, utf16le, utf16be, kx };
+enum class FormKind { code_page, utf8, utf16le, utf16be, kx, stream, stream5, sio };
 
 struct Form {
     FormKind kind;
@@ -26,6 +26,11 @@ struct Form {
 // By any of its names, in any case; nothing for an unknown one.
 std::optional<Form> find_form(std::string_view name);
 std::string name_of(const Form &form);
+// The argument of an option that takes a code page; what is wrong with it, or nothing.
+std::string take_page(std::optional<Page> &page, const std::string &name);
+// Whether the form is one of the library's own: it names no code page, and holds attributes and other codes that are no
+// characters.
+bool is_kx_form(const Form &form);
 // All forms with their names, for people.
 std::string list_of_forms();
 
@@ -61,6 +66,9 @@ class Decoder {
     // Appends the units of the chunk's characters, up to the first one that does not convert. A character that is not
     // complete at the end of the chunk is left, or bad when the chunk is the last.
     virtual Result decode(const Chunk &chunk, Units &units) = 0;
+
+    // Bytes of the character at `place`, where the next unit came from `end`.
+    virtual std::size_t length(const Chunk &, std::size_t place, std::size_t end) const { return end - place; }
 };
 
 // KX units to bytes.
@@ -75,9 +83,9 @@ class Encoder {
     virtual std::size_t encode(std::span<const KxChar> units, std::vector<std::uint8_t> &bytes) = 0;
 };
 
-// Both take the page of the KX text between them (see text.h). An encoder for KX text writes it as a text of
-// `written_page`.
-std::unique_ptr<Decoder> make_decoder(const Form &form, const Page &text_page);
+// Both take the page of the KX text between them (see text.h). A decoder of streams gives codes that are no characters
+// only `with_codes`. An encoder for a KX form writes it as a text of `written_page`. Sio text is only written.
+std::unique_ptr<Decoder> make_decoder(const Form &form, const Page &text_page, bool with_codes = false);
 std::unique_ptr<Encoder> make_encoder(const Form &form, const Page &text_page, const Page &written_page);
 
 } // namespace kx

@@ -5,9 +5,12 @@
 
 #include "command.h"
 #include "convert.h"
+#include "dump.h"
 #include "east_asian.h"
 #include "host.h"
+#include "registry.h"
 #include "sort.h"
+#include "strip.h"
 
 namespace {
 
@@ -18,6 +21,10 @@ constexpr kx::Command kCommands[] = {
     {"width", "change the width of characters, or their kana", kx::run_width},
     {"han", "change Traditional Chinese into Simplified, and back", kx::run_han},
     {"sort", "sort lines in the order of a language", kx::run_sort},
+    {"dump", "list a document stream code by code", kx::run_dump},
+    {"strip", "strip a document stream to its text", kx::run_strip},
+    {"codepages", "list the code pages, and those in force", kx::run_codepages},
+    {"registry", "show and change the settings of the library", kx::run_registry},
     {"help", "show this text", nullptr},
 };
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <kxstr/codepage.h>
+#include <kxstr/platform.h>
 
 #include "codepage/convert.h"
 #include "codepage/descriptor.h"
@@ -22,6 +23,19 @@ constexpr std::array<std::uint32_t, 4> kDoubleBytePages{932, 949, 936, 950};
 
 // Double-byte codes convert whatever the locale: a converter names its code pages.
 constexpr bool kDoubleByteSystem = true;
+
+void set_host(std::uint32_t ansi_code_page, bool double_byte) {
+    static std::uint32_t current_page = 0;
+    static bool current_double_byte = false;
+    if (current_page == ansi_code_page && current_double_byte == double_byte) return;
+    current_page = ansi_code_page;
+    current_double_byte = double_byte;
+    KxPlatformSettings settings;
+    KxPlatformGet(&settings);
+    settings.ansi_code_page = ansi_code_page;
+    settings.double_byte = double_byte ? 1 : 0;
+    KxPlatformSet(&settings);
+}
 
 KxCodePage descriptor_of(const Page &page) {
     KxCodePage descriptor{};
@@ -124,6 +138,14 @@ std::uint16_t letter_of_form(const Page &text_page, KxChar ch, std::uint16_t for
 }
 
 } // namespace
+
+void become_host(const Page &page) {
+    set_host(page.windows_number, is_double_byte(page));
+}
+
+void become_double_byte_host(const Page &page) {
+    set_host(page.windows_number, true);
+}
 
 Page page_of_kx_number(std::uint32_t number) {
     return {number, WcvtKXCodepageToWinCodepage(number)};

@@ -390,6 +390,15 @@ const RegistryValue *RegistryFile::find_value(std::u16string_view path, std::u16
     return found != key->values.end() ? &found->second : nullptr;
 }
 
+std::optional<std::u16string> full_key_path(std::u16string_view path) {
+    const auto parts = split_path(path);
+    if (parts.empty() || std::ranges::find(kRootNames, upper_case(parts[0])) == kRootNames.end()) return std::nullopt;
+    std::u16string full = upper_case(parts[0]);
+    for (const auto part : std::span(parts).subspan(1))
+        full.append(1, u'\\').append(part);
+    return full;
+}
+
 RegistryFile empty_registry() {
     return {std::string(kHeader) + '\n', {}};
 }

@@ -49,7 +49,10 @@ RegistryFile empty_registry();
 // or a key is given twice, the later one holds; `[-key]` and `"name"=-` take away what stands above them.
 std::optional<RegistryFile> parse_registry(std::string bytes);
 
-// Texts with one change. Paths start with a root name. Nothing when the format cannot hold the name.
+// A path as files spell it: one backslash between components, none at the end. Nothing without a root's name in front.
+std::optional<std::u16string> full_key_path(std::u16string_view path);
+
+// Texts with one change. Paths are full ones. Nothing when the format cannot hold the name.
 std::optional<std::string> with_key(const RegistryFile &file, std::u16string_view path);
 std::optional<std::string> with_value(const RegistryFile &file, std::u16string_view path, std::u16string_view name,
                                       std::uint32_t type, std::span<const std::uint8_t> data);

@@ -1,0 +1,105 @@
+// Every character of every code page, through all forms and back.
+#include <gtest/gtest.h>
+#include <kxstr/forms.h>
+#include <kxstr/frame.h>
+
+#include "support/hex.h"
+#include "support/process_state.h"
+#include "tables/code_pages.h"
+
+namespace {
+
+using namespace kxstr;
+using test::run_on;
+using Units = std::vector<KxChar>;
+using Bytes = std::vector<std::uint8_t>;
+
+template <class Unit> std::vector<Unit> up_to_terminator(const std::vector<Unit> &buffer) {
+    return {buffer.begin(), std::find(buffer.begin(), buffer.end(), Unit{0}) + 1};
+}
+
+Units to_kx(const std::string &ansi) {
+    Units kx(ansi.size() + 1, 0x5555);
+    W6azTowz(ansi.c_str(), kx.data());
+    return up_to_terminator(kx);
+}
+
+std::string to_ansi(const Units &kx) {
+    std::string ansi(W6wzToazEx(kx.data(), nullptr, KX_ANSI_MARK_UNKNOWN | KX_ANSI_MEASURE), 'u');
+    W6wzToaz(kx.data(), ansi.data());
+    return ansi;
+}
+
+// `ansi` holds convertible codes only, few enough for 16-bit counts.
+void expect_all_ways(const std::string &ansi) {
+    const Units kx = to_kx(ansi);
+    ASSERT_EQ(to_ansi(kx), ansi);
+
+    Bytes stream(4 * ansi.size() + 1);
+    ASSERT_LT(stream.size(), 0x10000u);
+    const auto size = static_cast<std::uint32_t>(stream.size());
+    ASSERT_GT(TpiAnsiToKxBuff(stream.data(), ansi.c_str(), size), ansi.size());
+    std::string back(size, 'u');
+    ASSERT_EQ(TpiKxToAnsiBuff(back.data(), stream.data(), size), ansi.size() + 1);
+    ASSERT_STREQ(back.c_str(), ansi.c_str());
+
+    // The sio form is the same by way of the stream and of the string. Its bytes may hold zeros.
+    Bytes sio(size), other(size);
+    const std::uint16_t count = TpiKxToKxsioBuff(sio.data(), stream.data(), size, 0);
+    ASSERT_EQ(TpiKxwzToKxsioBuff(other.data(), kx.data(), size, 0), count);
+    ASSERT_GT(count, ansi.size() / 2);
+    sio.resize(count);
+    other.resize(count);
+    ASSERT_EQ(sio, other);
+
+    WwzTo5dz(kx.data(), stream.data(), size);
+    Units read(kx.size() + 1);
+    W5dzTowz(stream.data(), read.data(), static_cast<std::uint32_t>(2 * read.size()));
+    read.resize(kx.size());
+    ASSERT_EQ(read, kx);
+}
+
+TEST(Repertoire, SingleByteCodePages) {
+    for (const tables::CodePage &page : tables::kCodePages) {
+        SCOPED_TRACE(page.kx_number);
+        run_on({page.kx_number, page.kx_number, false, 0x0409, 0x0409});
+        std::string ansi;
+        for (unsigned byte = 1; byte <= 0xFF; ++byte) {
+            // Text only, and of two bytes with one KX character the one that comes back.
+            const std::uint32_t kx = TpiAnsiToKx(byte);
+            if (kx < 0xF900 && ValidKxCharacter(kx) != 0 && TpiGetAnsi(kx) == byte) ansi += static_cast<char>(byte);
+        }
+        EXPECT_GT(ansi.size(), 100u);
+        expect_all_ways(ansi);
+    }
+}
+
+TEST(Repertoire, DoubleByteCodePages) {
+    const struct {
+        const test::System &system;
+        std::size_t characters;
+    } pages[] = {{test::kJapanese, 11280},
+                 {test::kKorean, 8836},
+                 {test::kSimplifiedChinese, 11844},
+                 {test::kTraditionalChinese, 19782}};
+    for (const auto &page : pages) {
+        SCOPED_TRACE(page.system.ansi);
+        run_on(page.system);
+        std::size_t characters = 0;
+        std::string ansi;
+        for (unsigned code = 0x8100; code <= 0xFFFF; ++code) {
+            if (TpiAnsiToKx(code) != KX_NONE) {
+                ++characters;
+                ansi += static_cast<char>(code >> 8);
+                ansi += static_cast<char>(code);
+            }
+            if (ansi.size() == 0x3000 || code == 0xFFFF) {
+                expect_all_ways(ansi);
+                ansi.clear();
+            }
+        }
+        EXPECT_EQ(characters, page.characters);
+    }
+}
+
+} // namespace

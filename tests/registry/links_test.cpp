@@ -1,0 +1,340 @@
+// Registry links: what an expression leads to, the errors, and writing through a link.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+
+#include "platform/ansi_text.h"
+#include "registry/key.h"
+#include "registry/link_engine.h"
+#include "registry/values.h"
+#include "support/process_state.h"
+#include "support/settings_folder.h"
+
+namespace kxstr::registry {
+namespace {
+
+using namespace kxstr::test;
+using namespace std::string_literals;
+
+constexpr std::uint32_t kBinary = 3;
+
+// The bytes of a text in the registry.
+std::string wide(std::string_view text) {
+    std::string bytes;
+    for (const char ch : text)
+        (bytes += ch) += '\0';
+    return bytes;
+}
+
+std::string byte_list(std::string_view bytes) {
+    std::string list;
+    for (const char byte : bytes) {
+        char item[8];
+        std::snprintf(item, sizeof item, "%s%02x", list.empty() ? "" : ",", static_cast<unsigned char>(byte));
+        list += item;
+    }
+    return list;
+}
+
+class Links : public ::testing::Test {
+  protected:
+    Links() {
+        run_on(kWestern, folder_.file().c_str());
+        body_ =
+            "[HKEY_CURRENT_USER]\n\"user\"=hex:75\n"
+            "[HKEY_LOCAL_MACHINE\\K]\n\"v\"=hex:6d\n"
+            "[HKEY_CURRENT_USER\\K]\n\"v\"=hex:75,76\n"
+            "[HKEY_CURRENT_USER\\Software]\n\"base\"=hex:62\n"
+            "[HKEY_CURRENT_USER\\Software\\K]\n"
+            "\"bytes\"=hex:01,02,22,00,22,00\n\"none\"=hex:\n\"text\"=\"\xC3\xA9|x\"\n\"protected\"=hex(40000003):07\n";
+        for (const auto &[name, expression] : {std::pair{"ab", "a|b"},
+                                               {"xy", "x|y"},
+                                               {"one", "1"},
+                                               {"quoted", "\"p|q\"|r"},
+                                               {"empty", ""},
+                                               {"to bytes", "<K\\bytes>"},
+                                               {"to none", "<K\\missing>"},
+                                               {"self", "<K\\SELF>"},
+                                               {"left", "<K\\right>"},
+                                               {"right", "<K\\left>"},
+                                               {"three", "a<K\\three2>"},
+                                               {"three2", "<K\\three3>"},
+                                               {"three3", "<\\HKEY_CURRENT_USER\\Software\\K\\three>"}})
+            add_link(name, wide(expression));
+    }
+
+    void add_link(const std::string &name, std::string_view data) {
+        body_ += "\"" + name + "\"=hex(80000008):" + byte_list(data) + "\n";
+    }
+
+    CYWKey &key() {
+        if (!key_) {
+            folder_.write(body_);
+            key_ = std::make_unique<CYWKey>("hkey_current_user\\Software\\K", 0);
+            EXPECT_EQ(key_->GetLinkEngine(), 1u);
+        }
+        return *key_;
+    }
+
+    // The bytes that an expression yields, or the engine's error as "error E".
+    std::string expanded(std::string_view link, bool target = false) {
+        LinkEngine &engine = *key().link_engine;
+        const auto data = std::make_unique<std::uint8_t[]>(link.size()); // exact: there is nothing behind the link
+        std::memcpy(data.get(), link.data(), link.size());
+        std::uint32_t size = 0;
+        type_ = kLinkType;
+        std::uint8_t *const result = expand(engine, {data.get(), link.size()}, type_, false, target, size);
+        EXPECT_EQ(engine.used, 0u);
+        EXPECT_EQ(engine.active_links.count, 0);
+        if (result == nullptr) {
+            std::snprintf(message_, sizeof message_, "error %X", engine.last_error);
+            return message_;
+        }
+        std::string bytes(reinterpret_cast<const char *>(result), size);
+        platform::task_free(result);
+        return bytes;
+    }
+
+    SettingsFolder folder_;
+    std::string body_;
+    std::unique_ptr<CYWKey> key_;
+    std::uint32_t type_ = 0;
+    char message_[32];
+};
+
+TEST_F(Links, Texts) {
+    const struct {
+        const char *why;
+        const char *link;
+        const char *text; // wide, with its terminator, or an error
+    } cases[] = {
+        {"nothing", "", ""},
+        {"plain text runs over join signs", "a*b", "a*b"},
+        {"quotes stay, pairs of them vanish", "\"a\"\"b\"", "\"ab\""},
+        {"three quotes in a row", "a\"\"\"\"b\"\"", "ab"},
+        {"a lone bar and a lone join are text", "|*", "|*"},
+        {"a missing value adds nothing", "a<K\\missing>b", "ab"},
+        {"nor does a missing key", "a<No\\missing>b", "ab"},
+        {"a link within a text", "(<K\\ab>)", "(a|b)"},
+        {"join", "<K\\one>*<K\\one>", "11"},
+        {"join of alternatives", "<K\\ab>*<K\\xy>", "ax|ay|bx|by"},
+        {"join of three", "<K\\ab>*<K\\one>*<K\\xy>", "a1x|a1y|b1x|b1y"},
+        {"bars within quotes are no alternatives", "<K\\quoted>*<K\\one>", "\"p|q\"1|r1"},
+        {"an empty side leaves the other", "<K\\empty>*<K\\ab>", "a|b"},
+        {"on either side", "<K\\ab>*<K\\missing>", "a|b"},
+        {"two empty sides", "<K\\empty>*<K\\missing>", ""},
+        {"a join after a text", "t<K\\ab>*<K\\one>|u", "ta1|b1|u"},
+        {"unterminated quote", "a\"b", "error E2D50001"},
+        {"unterminated reference", "a<K\\one", "error E2D50002"},
+        {"a join with a text", "<K\\one>*a", "error E2D50002"},
+        {"a join with a plain value", "<K\\one>*<K\\bytes>", "error E2D50002"},
+        {"stray close", "a>b", "error E2D50003"},
+        {"stray close at the start", ">", "error E2D50003"},
+        {"a link to itself", "<K\\self>", "error E2D50003"},
+        {"a loop of two", "<K\\left>", "error E2D50003"},
+        {"a loop of three", "<K\\three>", "error E2D50003"},
+        {"a loop behind text and a good link", "<K\\ab>|<K\\right>", "error E2D50003"},
+    };
+    for (const auto &c : cases) {
+        const bool error = std::string_view(c.text).starts_with("error");
+        EXPECT_EQ(expanded(wide(c.link)), error ? std::string(c.text) : wide(c.text) + "\0\0"s) << c.why;
+        EXPECT_TRUE(error || type_ == kLinkType) << c.why;
+    }
+}
+
+TEST_F(Links, PlainValuesAreTheWholeResult) {
+    const struct {
+        const char *why;
+        const char *link;
+        std::string bytes;
+        std::uint32_t type = kBinary;
+    } cases[] = {
+        {"bytes as they are, whatever came before", "text<K\\ab><K\\bytes>rest", "\1\2\"\0\"\0"s},
+        {"names in any case", "<k\\BYTES>", "\1\2\"\0\"\0"s},
+        {"the first value that is there", "<K\\missing>|<K\\bytes>|<base>", "\1\2\"\0\"\0"s},
+        {"a value alone is in the base key", "<base>", "b"},
+        {"a root", "<\\hkey_local_machine\\K\\v>", "m"},
+        {"a root's own value", "<\\HKEY_CURRENT_USER\\user>", "u"},
+        {"without a root's name the current user", "<\\K\\v>", "uv"},
+        {"nothing but a name behind the backslash", "<\\user>", "u"},
+        {"no data", "<K\\none>", ""},
+        {"a string becomes wide, with its terminator", "<K\\text>", "\xE9\0|\0x\0\0\0"s, 1},
+        {"a write-protected value is one like others", "<K\\protected>", "\7", 0x40000003},
+        // Behind a link it is text, quotes and all, and gets a terminator.
+        {"behind a link", "<K\\to bytes>", "\1\2\0\0"s, kLinkType},
+        {"a join with nothing before it", "<K\\missing>*<base>", "b", kBinary},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(expanded(wide(c.link)), c.bytes) << c.why;
+        EXPECT_EQ(type_, c.type) << c.why;
+    }
+}
+
+TEST_F(Links, HostileData) {
+    EXPECT_EQ(expanded(wide("ab") + "c"), wide("ab") + "\0\0"s) << "an odd byte does not count";
+    EXPECT_EQ(expanded(wide("a\0<"s)), wide("a") + "\0\0"s) << "a zero ends it";
+    EXPECT_EQ(expanded("<"), "\0\0"s);
+    EXPECT_EQ(expanded(wide("<>")), "\0\0"s) << "the base key's default value, which is missing";
+    EXPECT_EQ(expanded(wide("<" + std::string(100000, 'k') + "\\" + std::string(100000, 'v') + ">")), "\0\0"s);
+    EXPECT_EQ(expanded(wide("<" + std::string(100000, '\\') + ">")), "\0\0"s);
+}
+
+TEST_F(Links, LongChainsWorkAndTooLongOnesEnd) {
+    const auto name = [](int i) { return std::string("c").append(std::to_string(i)); };
+    for (int i = 0; i < 3000; ++i)
+        add_link(name(i), wide(std::string("<K\\").append(name(i + 1)).append(">")));
+    add_link("c3000", wide("end"));
+    EXPECT_EQ(expanded(wide("<K\\c2900>")), wide("end") + "\0\0"s) << "100 deep";
+    EXPECT_EQ(expanded(wide("<K\\c0>")), "error E") << "3000 deep";
+    EXPECT_EQ(expanded(wide("<K\\c2999>")), wide("end") + "\0\0"s) << "and all is released";
+}
+
+TEST_F(Links, TheWorkAreaIsTheLimit) {
+    // Text of n bytes takes room for n + 4096, in whole steps, behind the first step, and must stay below the reserve.
+    const std::string most((kWorkAreaSize - 2 * kWorkAreaStep - 1) / 2, 'a');
+    EXPECT_TRUE(expanded(wide(most)) == wide(most) + "\0\0"s);
+    EXPECT_EQ(key().link_engine->committed, kWorkAreaSize - kWorkAreaStep);
+    key_.reset();
+    EXPECT_TRUE(expanded(wide(most + "a")) == "error E");
+    std::string alternatives = "a";
+    for (int i = 0; i < 999; ++i)
+        alternatives += "|a";
+    body_ += "\"many\"=hex(80000008):" + byte_list(wide(alternatives)) + "\n";
+    key_.reset();
+    EXPECT_EQ(expanded(wide("<K\\many>*<K\\many>")), "error E") << "a million combinations";
+    EXPECT_EQ(expanded(wide("<K\\many>*<K\\ab>")).size(), 2 * (1000 * 2 * 3u)) << "2000 of two, with bars and the end";
+}
+
+TEST_F(Links, SyntaxCharacters) {
+    const char *const settings = "[HKEY_CURRENT_USER\\Software\\Norvane\\Yarrowind\\21\\LogicalCharacters]\n"
+                                 "\"Yarrowind Logical Syntax Characters\"=";
+    const std::string standard = R"("Yarrowind Logical Syntax Characters"="\"*<>|")";
+    const struct {
+        const char *why;
+        const char *stored;
+        const char *join; // of <K\ab> and <K\xy>, where { and } open and close
+        bool replaced;
+    } cases[] = {
+        {"all five", "\"'+{}/\"", "{K\\mine}+{K\\mine}", false},
+        {"seven, two to spare", "\"'+{}/..\"", "{K\\mine}+{K\\mine}", false},
+        {"two: the others as usual", "\"'+\"", "<K\\one>+<K\\one>", false},
+        {"eight are too many", "\"'+{}/...\"", "<K\\one>*<K\\one>", true},
+        {"no text", "hex:27,00", "<K\\one>*<K\\one>", true},
+        {"not there", "-", "<K\\one>*<K\\one>", true},
+    };
+    add_link("mine", wide("1"));
+    const std::string body = body_;
+    for (const auto &c : cases) {
+        body_ = body + settings + c.stored + "\n";
+        key_.reset();
+        EXPECT_EQ(expanded(wide(c.join)), wide("11") + "\0\0"s) << c.why;
+        EXPECT_EQ(folder_.read().find(standard) != std::string::npos, c.replaced) << c.why;
+    }
+}
+
+TEST_F(Links, WritingGoesWhereReadingLooks) {
+    const struct {
+        const char *why;
+        const char *link;
+        const char *path; // of the key that is written
+        const char *name;
+    } cases[] = {
+        {"an existing value", "<K\\bytes>", "HKEY_CURRENT_USER\\Software\\K", "bytes"},
+        {"a missing value", "<K\\new>", "HKEY_CURRENT_USER\\Software\\K", "new"},
+        {"a missing key", "a<New\\Deep\\v>b", "HKEY_CURRENT_USER\\Software\\New\\Deep", "v"},
+        {"a name with quotes", "<K\\q\"\"q>", "HKEY_CURRENT_USER\\Software\\K", "q\"\"q"},
+        {"a value alone", "<lone>", "HKEY_CURRENT_USER\\Software", "lone"},
+        {"another root", "<\\HKEY_LOCAL_MACHINE\\K\\v>", "HKEY_LOCAL_MACHINE\\K", "v"},
+        {"no root's name", "<\\K\\v>", "HKEY_CURRENT_USER\\K", "v"},
+        {"the value that is there", "<K\\gone>|<K\\none>", "HKEY_CURRENT_USER\\Software\\K", "none"},
+        {"the end of a chain", "<K\\to none>", "HKEY_CURRENT_USER\\Software\\K", "missing"},
+    };
+    const std::string body = body_;
+    for (const auto &c : cases) {
+        body_ = body;
+        add_link("link", wide(c.link));
+        key_.reset();
+        ASSERT_EQ(key().SetValue("link", kBinary, "new", 3, 1, 0), platform::kSuccess) << c.why;
+        std::uint32_t type = 0;
+        std::vector<std::uint8_t> data;
+        EXPECT_EQ(read_value(CYWKey(c.path, 0).key, c.name, type, data), platform::kSuccess) << c.why;
+        EXPECT_EQ(std::string(data.begin(), data.end()), "new") << c.why;
+        EXPECT_TRUE(expanded(wide(c.link)).starts_with("new")) << c.why << ": reading finds it";
+        EXPECT_NE(folder_.read().find("\"link\"=hex(80000008):"), std::string::npos) << c.why;
+    }
+}
+
+TEST_F(Links, WritesThatDoNotHappen) {
+    add_link("bad", wide("<K"));
+    add_link("to protected", wide("<K\\protected>"));
+    add_link("locked link", wide("<K\\bytes>"));
+    body_.replace(body_.rfind("80000008"), 8, "c0000008");
+    key();
+    const std::string before = folder_.read();
+    const struct {
+        const char *name;
+        std::uint32_t status;
+    } cases[] = {{"bad", kUnterminatedReference},           {"self", kStrayCloseOrLoop},
+                 {"empty", platform::kCannotOpen},          {"protected", platform::kAccessDenied},
+                 {"to protected", platform::kAccessDenied}, {"locked link", platform::kAccessDenied}};
+    for (const auto &c : cases)
+        EXPECT_EQ(key().SetValue(c.name, kBinary, "new", 3, 1, 0), c.status) << c.name;
+    EXPECT_EQ(folder_.read(), before);
+    EXPECT_EQ(key().SetValue("self", kBinary, "new", 3, 0, 0), platform::kSuccess) << "the link itself";
+    EXPECT_NE(folder_.read().find("\"self\"=hex:6e,65,77\n"), std::string::npos);
+}
+
+TEST_F(Links, KeysByPath) {
+    const struct {
+        const char *path;
+        std::uint32_t status;
+        bool created;
+    } cases[] = {{"HKEY_CURRENT_USER", 0, false},     {"hkey_Current_User\\SOFTWARE\\k", 0, false},
+                 {"HKEY_USERS\\New", 0, true},        {"HKEY_USERS\\new", 0, false},
+                 {"HKCU\\Software", 1010, false},     {"", 1010, false},
+                 {nullptr, platform::kBadKey, false}, {"HKEY_CURRENT_USER\\\\Software", platform::kBadPath, false}};
+    folder_.write(body_);
+    for (const auto &c : cases) {
+        const CYWKey key(c.path, 0);
+        EXPECT_EQ(key.status, c.status) << c.path;
+        EXPECT_EQ(key.is_open(), c.status == 0) << c.path;
+        EXPECT_EQ(key.created_new, c.created ? 1u : 0u) << c.path;
+        EXPECT_EQ(key.access, 0x2001Fu);
+    }
+    EXPECT_TRUE(CYWKey(0, static_cast<const char *>(nullptr)).is_open());
+    run_on(kWestern);
+    CYWKey nowhere(0, "Software");
+    EXPECT_FALSE(nowhere.is_open());
+    EXPECT_EQ(nowhere.GetLinkEngine(), 0u);
+    EXPECT_EQ(nowhere.link_engine->last_error, platform::kCannotOpen);
+    EXPECT_EQ(nowhere.SetValue("v", kBinary, "x", 1, 1, 0), platform::kBadHandle);
+}
+
+TEST(SearchList, KeepsKeysInOrderAndFindsTheirRuns) {
+    YWSEARCHLIST list;
+    ASSERT_TRUE(list.set_up(4, kEqualKeys, 2));
+    for (const std::uint32_t key : {500u, 3u, 0x80000000u, 3u, 7u, 3u, 256u}) {
+        const auto place = list.find(&key);
+        ASSERT_TRUE(list.insert(place.index, &key));
+    }
+    ASSERT_EQ(list.count, 7);
+    std::vector<std::uint32_t> keys(7);
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        std::memcpy(&keys[i], list.key_at(i), 4);
+    EXPECT_EQ(keys, (std::vector<std::uint32_t>{3, 3, 3, 7, 256, 500, 0x80000000}));
+    const std::uint32_t three = 3;
+    EXPECT_EQ(list.find(&three).index, 0u);
+    EXPECT_EQ(list.find(&three, 1).index, 1u);
+    EXPECT_EQ(list.find(&three, 9).index, 2u);
+    list.remove(0);
+    list.remove(6); // behind the end
+    EXPECT_EQ(list.count, 6);
+    EXPECT_FALSE(list.insert(7, &three));
+    const std::uint32_t missing = 300;
+    EXPECT_EQ(list.find(&missing).record, nullptr);
+    EXPECT_EQ(list.find(&missing).index, 4u);
+}
+
+} // namespace
+} // namespace kxstr::registry

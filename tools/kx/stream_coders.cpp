@@ -1,0 +1,270 @@
+// Document streams of both generations, and sio text. A stream has no terminator here: a file ends by itself. One at
+// the very end is skipped.
+#include <array>
+#include <functional>
+#include <kxstr/forms.h>
+#include <kxstr/platform.h>
+
+#include "coders.h"
+#include "forms/code_size.h"
+#include "forms/strip.h"
+#include "frame/bytes.h"
+#include "stream_codes.h"
+
+namespace kx {
+namespace {
+
+namespace forms = kxstr::forms;
+
+using kxstr::index_of;
+using kxstr::set_of;
+
+} // namespace
+
+Decoder::Result end_of_stream(const Chunk &chunk, std::size_t at) {
+    if (at + 1 < chunk.bytes.size()) return {at, 1};
+    return chunk.last ? Decoder::Result{at + 1, 0} : Decoder::Result{at, 0};
+}
+
+namespace {
+
+class StreamDecoder final : public Decoder {
+  public:
+    explicit StreamDecoder(bool with_codes) : with_codes_(with_codes) {}
+
+    Result decode(const Chunk &chunk, Units &units) override {
+        std::size_t at = 0;
+        while (at < chunk.bytes.size()) {
+            if (chunk.bytes[at] == 0) return end_of_stream(chunk, at);
+            const auto code = stream_code(chunk, at);
+            if (!code) return {at, 0};
+            if (code->fault != nullptr) return {at, 1};
+            const auto unit = unit_of_stream_code(chunk.bytes.subspan(at, code->size), with_codes_);
+            if (unit) units.add(*unit, at);
+            at += code->size;
+        }
+        return {chunk.bytes.size(), 0};
+    }
+
+    // Codes that give nothing may lie between a character and the next.
+    std::size_t length(const Chunk &chunk, std::size_t place, std::size_t) const override {
+        return stream_code(chunk, place)->size;
+    }
+
+  private:
+    bool with_codes_;
+};
+
+// ---- KX 5 ----
+
+constexpr std::uint8_t kExtended5 = 0xC0;
+constexpr std::uint8_t kAttributeOn5 = 0xC3;
+constexpr std::uint8_t kAttributeOff5 = 0xC4;
+constexpr std::uint8_t kFirstGroup5 = 0xD0;
+constexpr std::size_t kGroupHeaderSize5 = 4;
+// In pairs a row comes first; the first row holds set 0. A space stands alone.
+constexpr std::size_t kPairSize = 2;
+constexpr std::uint8_t kFirstRow = 0x21;
+constexpr std::uint8_t kLastRow = 0x7F;
+
+// KX 5 numbers half-width katakana in one way in Japan and in another elsewhere. The library asks for the country once.
+void settle_country(const Page &page) {
+    constexpr std::uint32_t japanese_page = 932;
+    constexpr std::uint16_t japanese_language = 0x0411;
+    if (page.windows_number != japanese_page) return;
+    KxPlatformSettings settings;
+    KxPlatformGet(&settings);
+    settings.system_language = japanese_language;
+    KxPlatformSet(&settings);
+}
+
+// Reads a KX 5 stream as a system of the text's code page does: on double-byte systems characters come in pairs, and
+// Chinese ones by rules of their own.
+class Stream5Decoder final : public Decoder {
+  public:
+    Stream5Decoder(const Page &text_page, bool with_codes) : page_(text_page), with_codes_(with_codes) {
+        settle_country(page_);
+    }
+
+    Result decode(const Chunk &chunk, Units &units) override {
+        become_host(page_);
+        std::size_t at = 0;
+        while (at < chunk.bytes.size()) {
+            if (chunk.bytes[at] == 0) return end_of_stream(chunk, at);
+            const std::span<const std::uint8_t> rest = chunk.bytes.subspan(at);
+            const std::size_t size = size_of(rest);
+            if (size > rest.size()) return {at, chunk.last ? std::size_t{1} : 0};
+            if (!is_sound(rest.first(size))) return {at, 1};
+            convert(rest.first(size), at, units);
+            at += size;
+        }
+        return {chunk.bytes.size(), 0};
+    }
+
+    std::size_t length(const Chunk &chunk, std::size_t place, std::size_t) const override {
+        return size_of(chunk.bytes.subspan(place));
+    }
+
+  private:
+    std::size_t size_of(std::span<const std::uint8_t> rest) const {
+        const std::uint8_t first = rest[0];
+        if (first >= kFirstGroup5) {
+            return kGroupHeaderSize5 + (rest.size() < kGroupHeaderSize5 ? 0 : kxstr::load_u16le(&rest[2]));
+        }
+        if (first == kExtended5) return 4;
+        if (is_attribute(first)) return 3;
+        return is_double_byte(page_) && kFirstRow <= first && first <= kLastRow ? kPairSize : 1;
+    }
+
+    static bool is_sound(std::span<const std::uint8_t> code) {
+        const std::uint8_t first = code[0];
+        if (first == kExtended5 || is_attribute(first)) return code.back() == first;
+        return code.size() != kPairSize || code[1] != 0;
+    }
+
+    void convert(std::span<const std::uint8_t> code, std::size_t at, Units &units) const {
+        if (code[0] >= kFirstGroup5 || (is_attribute(code[0]) && !with_codes_)) return;
+        std::array<std::uint8_t, 5> stream{};
+        std::copy(code.begin(), code.end(), stream.begin());
+        std::array<KxChar, 2> text{};
+        constexpr std::uint32_t bytes = sizeof text;
+        switch (page_.windows_number) {
+        case 936: lW5CdzTowz(stream.data(), text.data(), bytes, 0); break;
+        case 950: lW5CdzTowz(stream.data(), text.data(), bytes, 0x83); break;
+        default: W5dzTowz(stream.data(), text.data(), bytes); break;
+        }
+        const KxChar ch = text[0];
+        if (ch == 0) return;
+        std::array<KxChar, 2> renumbered{ch};
+        const std::uint32_t count = kxstr::is_code(ch) ? 1 : WtpiKX5toKX6(ch, &renumbered[0], &renumbered[1]);
+        for (std::uint32_t i = 0; i < count; ++i)
+            units.add(renumbered[i], at);
+    }
+
+    static constexpr bool is_attribute(std::uint8_t first) { return first == kAttributeOn5 || first == kAttributeOff5; }
+
+    Page page_;
+    bool with_codes_;
+};
+
+// ---- Writing ----
+
+using Bytes = std::vector<std::uint8_t>;
+
+void put(Bytes &bytes, std::initializer_list<unsigned> values) {
+    for (const unsigned value : values)
+        bytes.push_back(static_cast<std::uint8_t>(value));
+}
+
+constexpr bool is_attribute_off(KxChar ch) {
+    return (ch & 1) != 0;
+}
+
+// The three write one unit each, or nothing and false when their form lacks it.
+
+bool write_stream(KxChar ch, const Page &, Bytes &bytes) {
+    const unsigned index = index_of(ch), set = set_of(ch);
+    if (ch == KX_LINE_FEED) {
+        put(bytes, {forms::kHardLineEnd});
+    } else if (ch == KX_CARRIAGE_RETURN) {
+        put(bytes, {forms::kSoftLineEnd});
+    } else if (forms::is_attribute(ch)) {
+        const unsigned code = is_attribute_off(ch) ? forms::kAttributeOff : forms::kAttributeOn;
+        put(bytes, {code, index / 2, code});
+    } else if ((0 < ch && ch < forms::kFirstFunctionCode) || ch == forms::kFirstHyphenCode ||
+               ch == forms::kSecondHyphenCode) {
+        put(bytes, {index});
+    } else if (ch != 0 && (!kxstr::is_code(ch) || ch == KX_TAB || ch == KX_FORM_FEED)) {
+        put(bytes, {forms::kExtended, index, set, forms::kExtended});
+    } else {
+        return false;
+    }
+    return true;
+}
+
+bool write_stream5(KxChar ch, const Page &page, Bytes &bytes) {
+    const unsigned index = index_of(ch), set = set_of(ch);
+    if (ch == KX_LINE_FEED || ch == KX_FORM_FEED || ch == KX_CARRIAGE_RETURN) {
+        put(bytes, {index});
+    } else if (ch == KX_TAB) {
+        put(bytes, {kExtended5, index, set, kExtended5});
+    } else if (forms::is_attribute(ch)) {
+        const unsigned code = is_attribute_off(ch) ? kAttributeOff5 : kAttributeOn5;
+        put(bytes, {code, index / 2, code});
+    } else {
+        const auto renumbered = static_cast<KxChar>(kxstr::is_code(ch) ? KX_NONE : WtpiKX6toKX5(ch));
+        if (renumbered == KX_NONE) return false;
+        if (set_of(renumbered) == kxstr::kAsciiSet) {
+            // The library reads no other byte of set 0 back, and writes no pairs.
+            if (index < ' ' || index > kLastRow) return false;
+            if (is_double_byte(page) && index != ' ') put(bytes, {kFirstRow});
+        }
+        const KxChar text[]{renumbered, 0};
+        std::array<std::uint8_t, 8> stream{};
+        WwzTo5dz(text, stream.data(), stream.size());
+        const std::size_t size = stream[0] == kExtended5 ? 4 : 1;
+        bytes.insert(bytes.end(), stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size));
+    }
+    return true;
+}
+
+bool write_sio(KxChar ch, const Page &page, Bytes &bytes) {
+    constexpr std::uint32_t flags =
+        KX_KEEP_ATTRIBUTES | KX_KEEP_HARD_ENDS | KX_KEEP_SOFT_ENDS | KX_HYPHENS_AS_TEXT | KX_KEEP_TABS;
+    const KxChar text[]{ch, 0};
+    std::array<std::uint8_t, 8> sio{};
+    become_double_byte_host(page);
+    std::size_t size = TpiKxwzToKxsioBuff(sio.data(), text, sio.size(), flags);
+    // An attribute counts as three, though it may have one or two bytes.
+    if (forms::is_attribute(ch) && size == 3) size = 2;
+    bytes.insert(bytes.end(), sio.begin(), sio.begin() + static_cast<std::ptrdiff_t>(size));
+    return size != 0;
+}
+
+class StreamEncoder final : public Encoder {
+  public:
+    using Write = bool(KxChar ch, const Page &page, Bytes &bytes);
+
+    StreamEncoder(Write *write, const Page &text_page, const Page &written_page)
+        : write_(write),
+          written_page_(written_page),
+          characters_([=](KxChar ch) { return kx_of_kx(written_page, text_page, ch); }) {}
+
+    std::size_t encode(std::span<const KxChar> units, Bytes &bytes) override {
+        for (std::size_t at = 0; at < units.size(); ++at) {
+            const KxChar ch = characters_[units[at]];
+            if (ch == KX_NONE || !write_(ch, written_page_, bytes)) return at;
+        }
+        return units.size();
+    }
+
+  private:
+    Write *write_;
+    Page written_page_;
+    CharMap characters_;
+};
+
+} // namespace
+
+std::unique_ptr<Decoder> make_stream_decoder(bool with_codes) {
+    return std::make_unique<StreamDecoder>(with_codes);
+}
+
+std::unique_ptr<Decoder> make_stream5_decoder(const Page &text_page, bool with_codes) {
+    return std::make_unique<Stream5Decoder>(text_page, with_codes);
+}
+
+std::unique_ptr<Encoder> make_stream_encoder(const Page &text_page, const Page &written_page) {
+    return std::make_unique<StreamEncoder>(write_stream, text_page, written_page);
+}
+
+std::unique_ptr<Encoder> make_stream5_encoder(const Page &text_page, const Page &written_page) {
+    settle_country(written_page);
+    return std::make_unique<StreamEncoder>(write_stream5, text_page, written_page);
+}
+
+std::unique_ptr<Encoder> make_sio_encoder(const Page &text_page, const Page &written_page) {
+    return std::make_unique<StreamEncoder>(write_sio, text_page, written_page);
+}
+
+} // namespace kx

@@ -1,0 +1,135 @@
+#include "strip.h"
+
+#include <algorithm>
+#include <array>
+#include <kxstr/forms.h>
+
+#include "coders.h"
+#include "conversion.h"
+#include "forms/strip.h"
+#include "options.h"
+#include "stream_codes.h"
+
+namespace kx {
+namespace {
+
+constexpr int kKeepId = kFirstOwnId;
+constexpr int kHyphensId = kFirstOwnId + 1;
+constexpr int kSoftAsSpaceId = kFirstOwnId + 2;
+
+constexpr Option kOptions[] = {
+    {kKeepId, "keep", "LIST", "keep these too: attributes, hard, soft (line ends), tabs; with commas between"},
+    {kHyphensId, "hyphens", nullptr, "write the hyphen codes as hyphens"},
+    {kSoftAsSpaceId, "soft-as-space", nullptr, "write soft line ends as spaces, unless they are kept"},
+    kToOption,
+    kOutputOption,
+    kDropOption,
+    kSubstOption,
+    kAnsiOption,
+};
+
+constexpr Usage kUsageText{
+    "kx strip",
+    "[--keep=LIST] [--hyphens] [--soft-as-space] [-t FORM]\n"
+    "                [-c | --subst=CHAR] [-o OUT] [FILE...]",
+    "Strips document streams to their text. Reads standard input when no FILE is given, or when\n"
+    "FILE is -.",
+    kOptions,
+    "Characters and spaces are text. Line ends, tabs and attributes go unless they are kept, all\n"
+    "other codes go in any case. Kept attributes show in the forms kx, stream, stream5 and sio only.\n"
+    "A code that lies about its size ends the work: its place is told, in bytes from 0, what came\n"
+    "before it is written, and the exit status is 1. With -c it counts as one byte, and goes.\n"
+    "Exit status: 0 all was stripped, 1 something was not or could not be read or written, 2 the\n"
+    "command line is wrong."};
+
+// Strips code by code, so that each character is known by its place.
+class StripDecoder final : public Decoder {
+  public:
+    StripDecoder(std::uint32_t flags, const Page &page, bool with_codes)
+        : flags_(flags), page_(page), with_codes_(with_codes) {}
+
+    Result decode(const Chunk &chunk, Units &units) override {
+        become_double_byte_host(page_);
+        std::size_t at = 0;
+        while (at < chunk.bytes.size()) {
+            if (chunk.bytes[at] == 0) return end_of_stream(chunk, at);
+            const auto code = stream_code(chunk, at);
+            if (!code) return {at, 0};
+            if (code->fault != nullptr) return {at, 1};
+            if (const auto unit = strip(chunk.bytes.subspan(at, code->size))) units.add(*unit, at);
+            at += code->size;
+        }
+        return {chunk.bytes.size(), 0};
+    }
+
+    std::size_t length(const Chunk &chunk, std::size_t place, std::size_t) const override {
+        return stream_code(chunk, place)->size;
+    }
+
+  private:
+    std::optional<KxChar> strip(std::span<const std::uint8_t> code) {
+        code_.assign(code.begin(), code.end());
+        code_.push_back(0);
+        std::array<std::uint8_t, 8> kept{}; // no code that can be kept is longer
+        const std::uint32_t size = TpiKxDocStripBuff(kept.data(), code_.data(), kept.size(), flags_) - 1;
+        if (size == 0) return std::nullopt;
+        constexpr bool all_codes = true;
+        const auto unit = unit_of_stream_code(std::span(kept).first(size), all_codes);
+        if (!unit) return std::nullopt;
+        // An extended character may be a code of KX text, such as a tab.
+        std::array<KxChar, 2> text{*unit};
+        constexpr std::int32_t text_bytes = sizeof text;
+        if (TpiKxLongStripBuff(text.data(), text.data(), text_bytes, flags_) < sizeof text) return std::nullopt;
+        if (kxstr::forms::is_attribute(text[0]) && !with_codes_) return std::nullopt;
+        return text[0];
+    }
+
+    std::uint32_t flags_;
+    Page page_;
+    bool with_codes_;
+    std::vector<std::uint8_t> code_;
+};
+
+std::string take_keep(std::uint32_t &flags, const std::string &list) {
+    constexpr struct {
+        const char *name;
+        std::uint32_t flag;
+    } kinds[] = {{"attributes", KX_KEEP_ATTRIBUTES},
+                 {"hard", KX_KEEP_HARD_ENDS},
+                 {"soft", KX_KEEP_SOFT_ENDS},
+                 {"tabs", KX_KEEP_TABS}};
+    for (std::size_t begin = 0; begin <= list.size();) {
+        const std::size_t end = std::min(list.find(',', begin), list.size());
+        const std::string name = list.substr(begin, end - begin);
+        const auto *kind =
+            std::find_if(std::begin(kinds), std::end(kinds), [&](const auto &k) { return k.name == name; });
+        if (kind == std::end(kinds)) return "cannot keep '" + name + "'; attributes, hard, soft and tabs can be kept";
+        flags |= kind->flag;
+        begin = end + 1;
+    }
+    return "";
+}
+
+} // namespace
+
+int run_strip(int argc, char **argv) {
+    TextRequest request;
+    request.from = Form{FormKind::stream, {}};
+    request.to = Form{FormKind::utf8, {}};
+    std::uint32_t flags = 0;
+    const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const std::string &argument) {
+        switch (id) {
+        case kKeepId: return take_keep(flags, argument);
+        case kHyphensId: flags |= KX_HYPHENS_AS_TEXT; return std::string();
+        case kSoftAsSpaceId: flags |= KX_SOFT_ENDS_AS_SPACES; return std::string();
+        default: return take_text_option(request, id, argument);
+        }
+    });
+    if (parsed.stop) return parsed.status;
+    request.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
+    const TextPages pages = pages_of(request, host_page());
+    auto decoder = std::make_unique<StripDecoder>(flags, pages.text, is_kx_form(*request.to));
+    return run_text(kUsageText, request, pages, nullptr, std::move(decoder));
+}
+
+} // namespace kx
