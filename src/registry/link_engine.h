@@ -28,7 +28,7 @@ inline constexpr std::uint32_t kStrayCloseOrLoop = 0xE2D50003;
 
 inline constexpr std::uint32_t kWorkAreaSize = 1'048'576;
 inline constexpr std::uint32_t kWorkAreaStep = 4096; // committed at a time
-inline constexpr unsigned kMaxLinkDepth = 512;       // links within links; deeper ones are out of memory
+inline constexpr unsigned kMaxLinkDepth = 256; // links within links; bounds the stack, deeper ones are out of memory
 
 struct LinkEngine {
     platform::KeyHandle settings_key = platform::KeyHandle::null; // holds the syntax characters
