@@ -352,8 +352,9 @@ KXSTR_API uint8_t W6wstrCollateCh(uint32_t ch);
 KXSTR_API int32_t W6wstrcmp(const KxChar *a, const KxChar *b);
 
 /**
- * As W6wstrcmp, over at most `count` characters (codes between them do not count). 0 compares nothing; a negative count
- * only tells whether a string is empty: -1 for a, 1 for b, 0 for both or neither.
+ * As W6wstrcmp, over at most `count` characters (codes between them do not count). 0 compares nothing. A negative count
+ * compares no character either, but tells which string is empty: 1 when a is not, whatever b holds; -1 when only a is;
+ * 0 when both are.
  */
 KXSTR_API int32_t W6wstrccmp(const KxChar *a, const KxChar *b, int32_t count);
 

@@ -40,9 +40,10 @@ struct UnitsAndCharacters : Units {
     constexpr bool spent() noexcept { return --left == 0; }
 };
 
-// 1 when only a has a character left, -1 when only b has one.
+// 1 when a has a character left, whatever b has; -1 when only b has one.
 constexpr std::int32_t compare_ends(const KxChar *a, const KxChar *b) noexcept {
-    return static_cast<std::int32_t>(*a != 0) - static_cast<std::int32_t>(*b != 0);
+    if (*a != 0) return 1;
+    return *b != 0 ? -1 : 0;
 }
 
 template <Case letter_case, class Bound> std::int32_t order(const KxChar *a, const KxChar *b, Bound bound) noexcept {
@@ -60,7 +61,7 @@ template <Case letter_case, class Bound> std::int32_t order(const KxChar *a, con
     return 0;
 }
 
-// A negative count compares no character, but still tells which text is empty.
+// A negative count compares no character, but still tells which text is empty; where neither is, a is the longer.
 template <Case letter_case> std::int32_t order_counted(const KxChar *a, const KxChar *b, std::int32_t count) noexcept {
     if (count >= 0) return order<letter_case>(a, b, Characters{count});
     set_up_current_language();

@@ -86,7 +86,7 @@ int plain_compare(const KxText &a, const KxText &b, bool with_case, Bound bound,
         if (bound == Bound::kCharacters && static_cast<int>(k) == n) return 0;
         const KxChar p = a.chars[k].ch;
         const KxChar q = b.chars[k].ch;
-        if (p == 0 || q == 0 || (bound == Bound::kCharacters && n < 0)) return (p != 0) - (q != 0);
+        if (p == 0 || q == 0 || (bound == Bound::kCharacters && n < 0)) return p != 0 ? 1 : -(q != 0);
         if (const int result = plain_order(p, q, with_case); result != 0) return result;
     }
 }
