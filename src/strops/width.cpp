@@ -61,8 +61,7 @@ bool is_upper(KxChar ch) noexcept {
         if (narrow == ch) return false;
         ch = narrow;
     }
-    if (set_of(ch) == kAsciiSet) return ch >= 'A' && ch <= 'Z';
-    return has_case(ch) && ch % 2 == 0;
+    return to_lower(ch) != ch;
 }
 
 } // namespace kxstr::strops
