@@ -31,7 +31,12 @@ constexpr std::uint16_t kVoicedSound = 3;
 struct Weights {
     std::uint16_t primary;
     std::uint16_t secondary;
+    bool has_value = true; // a ditto mark has one even where it takes over 0xFFFF
 };
+
+constexpr Weights without_value(KxChar ch) noexcept {
+    return {kNoEastAsianValue, ch, false};
+}
 
 bool is_one_of(std::uint8_t index, std::span<const std::uint8_t> indices) noexcept {
     return std::ranges::find(indices, index) != indices.end();
@@ -39,7 +44,7 @@ bool is_one_of(std::uint8_t index, std::span<const std::uint8_t> indices) noexce
 
 Weights kana_weights(KxChar ch) noexcept {
     const auto position = static_cast<std::size_t>(ch - (ch >= kFirstKatakana ? kFirstKatakana : kFirstHiragana));
-    if (position >= std::size(tables::kKanaValues)) return {kNoEastAsianValue, ch}; // between the two kana
+    if (position >= std::size(tables::kKanaValues)) return without_value(ch); // between the two kana
     return {static_cast<std::uint16_t>(kKanaBase + tables::kKanaValues[position]), tables::kKanaSounds[position]};
 }
 
@@ -59,13 +64,14 @@ Weights symbol_weights(KxChar ch, std::uint16_t previous) noexcept {
     if (index == kProlongedSoundMark && kana < std::size(tables::kKanaVowels))
         return {static_cast<std::uint16_t>(kKanaBase + tables::kKanaVowels[kana]), kPlainSound};
     if (index == kDittoMark) return {previous, 0};
-    return {kNoEastAsianValue, ch};
+    return without_value(ch);
 }
 
 Weights plain_weights(KxChar ch) noexcept {
     const LanguageRules &plain = rules_of(0);
     const std::uint8_t primary = primary_value(ch, plain);
-    return {primary == kNoValue ? kNoEastAsianValue : std::uint16_t{primary}, secondary_value(ch, primary, plain)};
+    const std::uint16_t secondary = secondary_value(ch, primary, plain);
+    return primary == kNoValue ? without_value(secondary) : Weights{primary, secondary};
 }
 
 } // namespace
@@ -85,7 +91,7 @@ EastAsianValues east_asian_values(KxChar ch, KxChar next, std::uint16_t previous
     const auto give = [&values](Weights weights) {
         values.primary = weights.primary;
         values.secondary = weights.secondary;
-        if (weights.primary == kNoEastAsianValue) values.characters = 0;
+        if (!weights.has_value) values.characters = 0;
         return values;
     };
     if (ch >= kFirstEastAsian) {

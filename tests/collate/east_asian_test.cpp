@@ -58,6 +58,7 @@ TEST(EastAsian, KanaAndTheirMarks) {
         {"prolonged sound of nothing", 0x241B, 0, 0, {0xFFFF, 0x241B, 0, 0}},
         {"prolonged sound past the vowels", 0x241B, 0, 0x140, {0xFFFF, 0x241B, 0, 0}},
         {"ditto of anything", 0x2418, 0, 0x4321, {0x4321, 0, 0, 1}},
+        {"ditto of a character without value", 0x2418, 0, 0xFFFF, {0xFFFF, 0, 0, 1}},
     };
     expect_all(kJapanese, cases);
 }
