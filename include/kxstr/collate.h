@@ -131,8 +131,8 @@ KXSTR_API void KxNum2Lang(uint32_t number, char *out);
  * The primary value of a character in a language.
  *
  * @param lang  Language number; 40 and above count as East Asian.
- * @return      0 to 0xFF. 0xFF: none, sorts last. 0xFD: ignorable at the first level (Hebrew and Arabic languages
- * only). The tab code 0xF909 has the value 0.
+ * @return      0 to 0xFF. 0xFF: none, sorts last. 0xFD: ignorable at the first level (Hebrew and Arabic
+ *              languages only). The tab code 0xF909 has the value 0.
  */
 KXSTR_API uint32_t f_KX60ColVal(uint32_t ch, uint32_t lang);
 
@@ -178,7 +178,9 @@ KXSTR_API uint32_t KxCh6Getdia(uint32_t ch);
  *
  * @param case_flag  Not 0: characters that are otherwise equal compare by case, lowercase first.
  * @return           Negative, 0 or positive: the difference of the values; of the lowercase codes when neither
- * character has a value; or -1, 0, 1 by case.
+ *                   character has a value; or -1, 0, 1 by case.
+ *
+ * The case of double-byte letters is that of the country (wtolower).
  */
 KXSTR_API int32_t xchcmp(uint32_t a, uint32_t b, uint8_t case_flag);
 
@@ -242,15 +244,18 @@ KXSTR_API uint32_t getColValues(const KxChar **position, uint8_t *primary, uint1
  *
  * @param ch        The character.
  * @param next      The character after it; 0 at the end of the string.
- * @param previous  The primary value of the character before, which iteration and prolonged-sound marks repeat.
+ * @param previous  The primary value of the character before, which ditto, iteration and prolonged-sound marks take up
+ *                  (a ditto mark any value, even 0xFFFF: the result is then still 1).
  * @param primary   Always written; 0xFFFF when the character has no value. 0x100 and up kana, from 0x200 ideographs.
  * @param secondary Always written: diacritic, variant or voicing.
  * @param flags     Always written. Bit 0: katakana, or not a lowercase letter. Bit 1: came in the other width.
  * @param case_off  Not 0: case is not distinguished, bit 0 is set for every letter.
  * @return          2 when `next` is a sound mark that went into the value (the caller skips it), 0 when the character
- * has no value, else 1.
+ *                  has no value, else 1.
  *
- * Chosen here: characters 0x25B6 to 0x25FF, which lie between the hiragana and the katakana, have no value.
+ * Chosen here: characters 0x25B6 to 0x25FF, which lie between the hiragana and the katakana, have no value; a combined
+ * code of wtoall (set 11, index 0x40 and up) is read without its mark unless a sound mark stands at `next`, so that the
+ * result is never 2 for any other `next`.
  */
 KXSTR_API uint32_t AsiaGetColValues(uint32_t ch, uint32_t next, uint32_t previous, uint16_t *primary,
                                     uint16_t *secondary, uint8_t *flags, uint32_t case_off);
