@@ -13,10 +13,10 @@ template <CaseRule Rule> constexpr std::uint8_t map_byte(std::uint8_t byte) noex
     return static_cast<std::uint8_t>(Rule(byte));
 }
 
+// Codes have no case, so they need no exception.
 template <CaseRule Rule> KxChar *map_string(KxChar *string) noexcept {
-    for (KxChar *at = string; *at != 0; ++at) {
-        if (!is_code(*at)) *at = Rule(*at);
-    }
+    for (KxChar *at = string; *at != 0; ++at)
+        *at = Rule(*at);
     return string;
 }
 

@@ -121,11 +121,11 @@ TEST(Case, DocumentStreams) {
         s2upper(copy.data(), c.stream.data());
         EXPECT_EQ(copy, c.s2) << c.why;
     }
-    // The 0 in place of the closing byte ends the copy: exact buffers show that nothing behind it is touched.
-    const Bytes cut{0xF0, 0x41, 0x01, 0};
-    Bytes copy(cut.size());
+    // A 0 in place of the closing byte ends the copy.
+    const Bytes cut{0xF0, 0x41, 0x01, 0, 'z', 0};
+    Bytes copy(cut.size(), 0x77);
     s2upper(copy.data(), cut.data());
-    EXPECT_EQ(copy, (Bytes{0xF0, 0x40, 0x01, 0}));
+    EXPECT_EQ(copy, (Bytes{0xF0, 0x40, 0x01, 0, 0x77, 0x77}));
 }
 
 TEST(Case, OneCharacterOfADocumentStream) {
