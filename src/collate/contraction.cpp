@@ -26,7 +26,7 @@ KxChar contract(KxChar &ch, const KxChar *&position, const LanguageRules &rules)
     if (state == 0) return 0;
 
     const auto in_case = [lower = is_lower(ch)](char letter) {
-        const auto letter_ch = static_cast<KxChar>(letter);
+        const KxChar letter_ch = static_cast<unsigned char>(letter);
         return lower ? letter_ch : strops::to_upper(letter_ch);
     };
     const auto [first, second] = tables::kContractionResults[state - tables::kFirstContractionResult];

@@ -75,7 +75,7 @@ uint32_t uw_fp_lukup(const void *table, uint16_t key) {
 
 uint32_t ub_ub_lukup(const uint8_t *table, uint8_t key, uint8_t *out1, uint8_t *out2) {
     if (!in_range(table[0], table[1], key)) return 1;
-    const uint8_t *pair = table + 2 + 2 * (key - table[0]);
+    const uint8_t *pair = table + 2 + std::size_t{2} * (key - table[0]);
     *out1 = pair[0];
     *out2 = pair[1];
     return 0;

@@ -48,7 +48,8 @@ class NativeReader {
         const std::uint8_t byte = *at_;
         if (byte == 0) return 0;
         ++at_;
-        if (!double_byte_ || !platform::is_lead_byte(byte)) return byte;
+        // No code page has lead bytes below 0x80: ASCII goes by without asking the system.
+        if (!double_byte_ || byte < 0x80 || !platform::is_lead_byte(byte)) return byte;
         const std::uint8_t trail = *at_;
         if (trail == 0) return 0;
         ++at_;

@@ -29,6 +29,7 @@ inline std::size_t whole_characters(const std::uint8_t *text, std::size_t room) 
 // only when both fit; otherwise the copy stops before it, and the last byte of the room stays as it was. The byte after
 // a lead byte may be the terminator, which ends the copy. What the text leaves of the room is filled with 0.
 inline void copy_whole_characters(std::uint8_t *destination, const std::uint8_t *source, std::size_t room) noexcept {
+    if (room == 0) return; // then the destination may be null
     std::size_t length = whole_characters(source, room);
     // With room for a pair, only a lead byte before the terminator can have ended the text early.
     if (room - length >= 2 && source[length] != 0) ++length;

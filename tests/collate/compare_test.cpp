@@ -1,3 +1,4 @@
+#include <compare>
 #include <gtest/gtest.h>
 #include <kxstr/collate.h>
 #include <kxstr/strops.h>
@@ -200,7 +201,7 @@ Keys keys_of(const String &text, std::uint32_t language, bool case_counts, bool 
 
 int plain_sign(const Keys &a, const Keys &b) {
     const auto order = std::tie(a.primary, a.secondary, a.tertiary) <=> std::tie(b.primary, b.secondary, b.tertiary);
-    return order < 0 ? -1 : order > 0 ? 1 : 0;
+    return std::is_lt(order) ? -1 : std::is_gt(order) ? 1 : 0;
 }
 
 String random_string(std::mt19937 &random, const String &alphabet) {

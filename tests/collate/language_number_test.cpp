@@ -10,7 +10,7 @@ TEST(LanguageNumber, CodesInOrderAndBack) {
     for (std::uint32_t number = 0; number < 40; ++number) {
         char code[4] = {'x', 'x', 'x', 'x'};
         KxNum2Lang(number, code);
-        EXPECT_EQ(std::string(code, 4), codes.substr(2 * number, 2) + std::string("\0x", 2));
+        EXPECT_EQ(std::string(code, 4), codes.substr(std::size_t{2} * number, 2) + std::string("\0x", 2));
         EXPECT_EQ(KxLanguage(code), static_cast<std::int32_t>(number));
     }
     for (const std::uint32_t number : {40u, 0xFFFFu, 0x10000u}) {

@@ -273,6 +273,8 @@ std::string take_option(Request &request, int id, const std::string &argument) {
     case 'f': {
         const auto form = find_form(argument);
         if (!form) return "no form or code page '" + argument + "'; `kx convert -l` lists them";
+        // A line end of the streams may also stand inside their other codes.
+        if (is_kx_form(*form) && form->kind != FormKind::kx) return "'" + argument + "' has no lines; convert it first";
         request.form = *form;
         return "";
     }
