@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <kxstr/forms.h>
 
+#include "reference/bounded.h"
 #include "support/hex.h"
 #include "support/process_state.h"
 #include "support/written_by.h"
@@ -8,90 +9,74 @@
 namespace {
 
 using namespace kxstr;
+using reference::Code;
+using reference::Codes;
 using test::hex;
 using test::run_on;
 using test::terminated;
 using test::written_by;
 using Units = std::vector<KxChar>;
-using Bytes = std::vector<std::uint8_t>;
+using Chars = std::vector<char>;
 
-Units cut(Units text, std::size_t units) {
-    text.resize(std::min(text.size(), units));
-    return text;
+constexpr std::uint32_t kIgnored = 0x50000; // the upper half of a count
+
+// What `convert(source, destination, arguments...)` writes into a destination of `size`; its result is 1.
+template <class Unit, class Source, class... Arguments>
+std::vector<Unit> converted(std::size_t size, std::uint32_t (*convert)(const Source *, Unit *, Arguments...),
+                            const Source *source, std::type_identity_t<Arguments>... arguments) {
+    return written_by<Unit>(size, [&](Unit *to) { EXPECT_EQ(convert(source, to, arguments...), 1u); });
 }
 
-// A native text and the KX string it is; both directions are tried at every count.
+template <class Text> Text first(const Text &text, std::size_t items) {
+    return {text.begin(), text.begin() + static_cast<long>(std::min(items, text.size()))};
+}
+
+Chars native_text(const Codes &codes) {
+    const Code bytes = terminated(reference::joined(codes));
+    return {bytes.begin(), bytes.end()};
+}
+
+// A native text, code by code, and the KX string it is.
 struct NativeText {
-    const char *why;
     test::System system;
-    const char *native;
-    Units kx;
     bool oem;
+    Codes native;
+    Units kx;
 };
 
 const NativeText kNativeTexts[]{
-    {"empty", test::kWestern, "", {}, false},
-    {"ANSI", test::kWestern, "A\xE9\t\x81z", {0x0041, 0x0129, 0xF909, 0x0C81, 0x007A}, false},
-    {"OEM", test::kWestern, "A\x82\x01z", {0x0041, 0x0129, 0x0507, 0x007A}, true},
-    {"932", test::kJapanese, "A\x82\xA0\xB1\xF0\x40\\", {0x0041, 0x255F, 0x0B10, 0x2BBC, 0x005C}, false},
-    {"932 as OEM", test::kJapanese, "A\x82\xA0\xB1\xF0\x40\\", {0x0041, 0x255F, 0x0B10, 0x2BBC, 0x005C}, true},
-    {"949", test::kKorean, "\xB0\xA1\xA1\xA1.", {0x5A5E, 0x5300, 0x002E}, false},
-    {"936", test::kSimplifiedChinese, "\xB0\xA1\x81\xA1\n", {0x8787, 0x2BBC, 0xF90A}, false},
-    {"950", test::kTraditionalChinese, "\xA4\x40\x81\x40\xA1\xA1", {0xA6D8, 0x2BBC, 0xA53F}, false},
+    {test::kWestern, false, {}, {}},
+    {test::kWestern, false, {{'A'}, {0xE9}, {9}, {0x81}}, {0x0041, 0x0129, 0xF909, 0x0C81}},
+    {test::kWestern, true, {{'A'}, {0x82}, {1}}, {0x0041, 0x0129, 0x0507}},
+    {test::kJapanese, false, {{'A'}, {0x82, 0xA0}, {0xB1}, {0xF0, 0x40}}, {0x0041, 0x255F, 0x0B10, 0x2BBC}},
+    {test::kJapanese, true, {{0x82, 0xA0}, {0xB1}, {'\\'}}, {0x255F, 0x0B10, 0x005C}},
+    {test::kKorean, false, {{0xB0, 0xA1}, {0xA1, 0xA1}, {'.'}}, {0x5A5E, 0x5300, 0x002E}},
+    {test::kSimplifiedChinese, false, {{0xB0, 0xA1}, {0x81, 0xA1}, {10}}, {0x8787, 0x2BBC, 0xF90A}},
+    {test::kTraditionalChinese, false, {{0xA4, 0x40}, {0x81, 0x40}, {0xA1, 0xA1}}, {0xA6D8, 0x2BBC, 0xA53F}},
 };
 
 TEST(NativeStrings, BothWaysAtEveryCount) {
     for (const NativeText &text : kNativeTexts) {
         run_on(text.system);
-        const std::vector<char> native(text.native, text.native + std::strlen(text.native) + 1);
+        const Chars native = native_text(text.native);
         const Units kx = terminated(text.kx);
-        EXPECT_EQ(written_by<KxChar>(
-                      kx.size(), [&](auto *to) { EXPECT_EQ((text.oem ? W6ozTowz : W6azTowz)(native.data(), to), 1u); }),
-                  kx)
-            << text.why;
-        EXPECT_EQ(written_by<char>(native.size(),
-                                   [&](auto *to) {
-                                       const std::size_t length = native.size() - 1;
-                                       EXPECT_EQ(text.oem ? W6wzTooz(kx.data(), to) : W6wzToaz(kx.data(), to),
-                                                 text.oem ? 1 : length);
-                                   }),
-                  native)
-            << text.why;
-
-        for (std::uint32_t count = 0; count <= kx.size() + 1; ++count) {
-            const Units want = count == 0 ? Units{} : terminated(cut(text.kx, count - 1));
-            EXPECT_EQ(written_by<KxChar>(
-                          want.size(),
-                          [&](auto *to) {
-                              EXPECT_EQ((text.oem ? W6ozTowzN : W6azTowzN)(native.data(), to, 0x50000 + count), 1u);
-                          }),
-                      want)
-                << text.why << ' ' << count;
-            // The bytes of the first count - 1 characters: two for the double-byte sets.
-            std::string bytes(text.native);
-            std::size_t end = 0;
-            for (std::size_t i = 0; i + 1 < want.size(); ++i)
-                end += want[i] >> 8 >= 36 && want[i] < 0xF900 ? 2 : 1;
-            bytes.resize(end);
-            const auto got = written_by<char>(count == 0 ? 0 : end + 1, [&](auto *to) {
-                EXPECT_EQ((text.oem ? W6wzToozN : W6wzToazN)(kx.data(), to, 0x50000 + count), 1u);
-            });
-            EXPECT_EQ(hex(got), hex(count == 0 ? bytes : bytes + '\0')) << text.why << ' ' << count;
+        EXPECT_EQ(converted(kx.size(), text.oem ? W6ozTowz : W6azTowz, native.data()), kx);
+        if (text.oem) {
+            EXPECT_EQ(converted(native.size(), W6wzTooz, kx.data()), native);
         }
-
-        if (text.oem) continue;
-        for (std::uint32_t size = 0; size <= native.size() + 1; ++size) {
-            std::size_t end = 0;
-            for (const KxChar ch : text.kx) {
-                const std::size_t bytes = ch >> 8 >= 36 && ch < 0xF900 ? 2 : 1;
-                if (size == 0 || end + bytes > size - 1) break;
-                end += bytes;
-            }
-            auto got =
-                written_by<char>(size, [&](auto *to) { EXPECT_EQ(W6wzToazNB(kx.data(), to, 0x50000 + size), 1u); });
-            if (size == 0) continue;
-            got.resize(end + 1);
-            EXPECT_EQ(hex(got), hex(std::string(text.native, end) + '\0')) << text.why << ' ' << size;
+        const auto to_units = text.oem ? W6ozTowzN : W6azTowzN;
+        const auto to_native = text.oem ? W6wzToozN : W6wzToazN;
+        EXPECT_EQ(converted(0, to_units, native.data(), kIgnored), Units{});
+        EXPECT_EQ(converted(0, to_native, kx.data(), kIgnored), Chars{});
+        for (std::uint32_t count = 1; count <= native.size() + 1; ++count) {
+            SCOPED_TRACE(hex(native) + std::to_string(count));
+            const Units units = terminated(first(text.kx, count - 1));
+            EXPECT_EQ(converted(units.size(), to_units, native.data(), kIgnored + count), units);
+            const Chars by_characters = native_text(first(text.native, count - 1));
+            EXPECT_EQ(converted(by_characters.size(), to_native, kx.data(), kIgnored + count), by_characters);
+            if (text.oem) continue;
+            const Chars by_bytes = native_text(reference::cut(text.native, count - 1));
+            EXPECT_EQ(first(converted(count, W6wzToazNB, kx.data(), kIgnored + count), by_bytes.size()), by_bytes);
         }
     }
 }
@@ -99,44 +84,37 @@ TEST(NativeStrings, BothWaysAtEveryCount) {
 TEST(NativeStrings, ConvertInPlace) {
     for (const NativeText &text : kNativeTexts) {
         run_on(text.system);
-        const std::size_t length = std::strlen(text.native);
-        const Units want = terminated(text.kx);
+        const Chars native = native_text(text.native);
+        const Units kx = terminated(text.kx);
         // On a double-byte system the source may begin anywhere in the destination's first bytes.
-        for (std::size_t offset = 0; offset <= (text.system.double_byte ? length + 1 : 0); ++offset) {
-            std::vector<KxChar> buffer(std::max(want.size(), (offset + length + 2) / 2));
+        for (std::size_t offset = 0; offset <= (text.system.double_byte ? native.size() : 0); ++offset) {
+            Units buffer(std::max(kx.size(), (offset + native.size() + 1) / 2));
             char *source = reinterpret_cast<char *>(buffer.data()) + offset;
-            std::memcpy(source, text.native, length + 1);
+            std::copy(native.begin(), native.end(), source);
             EXPECT_EQ((text.oem ? W6ozTowz : W6azTowz)(source, buffer.data()), 1u);
-            EXPECT_EQ(cut(buffer, want.size()), want) << text.why << ' ' << offset;
+            EXPECT_EQ(first(buffer, kx.size()), kx) << hex(native) << offset;
         }
-        std::vector<KxChar> buffer = want;
-        (text.oem ? W6wzToozN : W6wzToazN)(buffer.data(), reinterpret_cast<char *>(buffer.data()), 0xFFFF);
-        EXPECT_STREQ(reinterpret_cast<char *>(buffer.data()), text.native) << text.why;
+        Units buffer = kx;
+        char *bytes = reinterpret_cast<char *>(buffer.data());
+        (text.oem ? W6wzToozN : W6wzToazN)(buffer.data(), bytes, 0xFFFF);
+        EXPECT_STREQ(bytes, native.data());
     }
 }
 
 TEST(NativeStrings, WhatDoesNotConvert) {
     run_on(test::kWestern);
-    std::vector<KxChar> kx(4);
-    W6azTowz("A\x7FZ", kx.data());
-    EXPECT_EQ(hex(kx), "41 FFFF 5A 00 ");
+    EXPECT_EQ(hex(converted(4, W6azTowz, "A\x7FZ")), "41 FFFF 5A 00 ");
     const Units source{0x0041, 0x2400, 0x005A, 0};
-    for (const auto convert : {W6wzToazN, W6wzToozN, W6wzToazNB}) {
-        EXPECT_EQ(hex(written_by<char>(4, [&](auto *to) { convert(source.data(), to, 4); })),
-                  hex(Bytes{'A', 0x80, 'Z', 0}));
-    }
-    std::vector<char> untouched(1, 'u');
-    EXPECT_EQ(W6wzToazNB(nullptr, untouched.data(), 1), 0u);
+    for (const auto convert : {W6wzToazN, W6wzToozN, W6wzToazNB})
+        EXPECT_EQ(hex(converted(4, convert, source.data(), 4)), "41 80 5A 00 ");
+    char untouched = 'u';
+    EXPECT_EQ(W6wzToazNB(nullptr, &untouched, 1), 0u);
     EXPECT_EQ(W6wzToazNB(source.data(), nullptr, 1), 0u);
-    EXPECT_EQ(untouched[0], 'u');
+    EXPECT_EQ(untouched, 'u');
 
     run_on(test::kJapanese);
-    kx.assign(2, 0x5555);
-    W6azTowz("A\x82", kx.data()); // a lone lead byte
-    EXPECT_EQ(hex(kx), "41 00 ");
-    kx.assign(4, 0x5555);
-    W6azTowz("\x81\x7F\x82\xA0", kx.data());
-    EXPECT_EQ(hex(kx), "FFFF 255F 00 5555 ");
+    EXPECT_EQ(hex(converted(2, W6azTowz, "A\x82")), "41 00 "); // a lone lead byte
+    EXPECT_EQ(hex(converted(3, W6azTowz, "\x81\x7F\x82\xA0")), "FFFF 255F 00 ");
 }
 
 TEST(AnsiEx, EveryCombinationOfFlags) {
@@ -149,17 +127,16 @@ TEST(AnsiEx, EveryCombinationOfFlags) {
         want += flags & 2 ? " " : flags & 4 ? "\r\n" : "\r";
         if (flags & 1) want += '\x80';
         want += "\f\t";
-        std::uint32_t result = 0;
-        const auto got = written_by<char>(flags & 8 ? 1 : want.size() + 1,
-                                          [&](auto *to) { result = W6wzToazEx(source.data(), to, flags); });
-        EXPECT_EQ(result, want.size()) << flags;
-        if ((flags & 8) == 0) {
+        const std::size_t size = flags & 8 ? 0 : want.size() + 1; // measuring writes nothing
+        const auto got = written_by<char>(
+            size, [&](char *to) { EXPECT_EQ(W6wzToazEx(source.data(), to, flags), want.size()) << flags; });
+        if (size != 0) {
             EXPECT_EQ(hex(got), hex(want + '\0')) << flags;
-        } else {
-            EXPECT_EQ(static_cast<std::uint8_t>(got[0]), 0xA5) << flags;
         }
         EXPECT_EQ(W6wzToazEx(source.data() + 7, nullptr, flags | 8), 0u);
     }
+    EXPECT_EQ(hex(written_by<char>(10, [&](char *to) { EXPECT_EQ(W6wzToaz(source.data(), to), 8u); })),
+              "41 0A 82 A0 0D 80 0C 09 00 A5 ");
 }
 
 TEST(UnicodeStrings, BothWaysAtEveryCount) {
@@ -167,41 +144,31 @@ TEST(UnicodeStrings, BothWaysAtEveryCount) {
     const Units unicode{0x0041, 0x00E9, 0x4E00, 0x20AC, 0};
     const Units kx{0x0041, 0x0129, 0xFFFF, 0x0448, 0};
     const Units back{0x0041, 0x00E9, 0xFFFF, 0x20AC, 0};
-    EXPECT_EQ(written_by<KxChar>(5, [&](auto *to) { EXPECT_EQ(W6VaskTowz(unicode.data(), to), 1u); }), kx);
-    for (const std::uint32_t unused : {0u, 1u, 0xFFFFFFFFu})
-        EXPECT_EQ(written_by<KxChar>(5, [&](auto *to) { EXPECT_EQ(W6wzToVaskEx(kx.data(), to, unused), 1u); }), back);
-    EXPECT_EQ(written_by<KxChar>(1, [&](auto *to) { W6wzToVask(kx.data() + 4, to); }), Units{0});
-    EXPECT_EQ(written_by<KxChar>(1, [&](auto *to) { W6VaskTowz(unicode.data() + 4, to); }), Units{0});
+    const Chars ansi{'A', '\xE9', '\x80', '\x80'}; // the euro's own byte and the mark for what has none
+    EXPECT_EQ(converted(5, W6VaskTowz, unicode.data()), kx);
+    EXPECT_EQ(converted(5, W6wzToVask, kx.data()), back);
+    EXPECT_EQ(converted(5, W6wzToVaskEx, kx.data(), 0xFFFFFFFF), back);
+    EXPECT_EQ(converted(1, W6wzToVask, kx.data() + 4), Units{0});
+    EXPECT_EQ(converted(1, W6VaskTowz, unicode.data() + 4), Units{0});
 
-    const Bytes ansi{'A', 0xE9, 0x80, 0x80}; // the euro's own byte and the mark for what has none
-    for (std::uint32_t count = 0; count <= 6; ++count) {
-        const std::size_t fitting = count == 0 ? 0 : std::min<std::size_t>(count - 1, 4);
-        const auto expect = [&](auto convert, const Units &source, const Units &want) {
-            const std::size_t size = count == 0 ? 0 : fitting + 1;
-            const auto got =
-                written_by<KxChar>(size, [&](auto *to) { EXPECT_EQ(convert(source.data(), to, 0x30000 + count), 1u); });
-            EXPECT_EQ(got, count == 0 ? Units{} : terminated(cut(want, fitting))) << count;
+    const auto expect = [](auto convert, const Units &source, const auto &want) {
+        EXPECT_TRUE(converted(0, convert, source.data(), kIgnored).empty());
+        EXPECT_EQ(hex(converted(1, convert, static_cast<const std::uint16_t *>(nullptr), 9)), "00 ");
+        for (std::uint32_t count = 1; count <= 6; ++count) {
+            const auto text = terminated(first(want, std::min(count - 1, 4u)));
+            EXPECT_EQ(converted(text.size(), convert, source.data(), kIgnored + count), text) << count;
             EXPECT_EQ(convert(source.data(), nullptr, count), 1u);
-            const auto of_null = written_by<KxChar>(count == 0 ? 0 : 1, [&](auto *to) { convert(nullptr, to, count); });
-            EXPECT_EQ(of_null, count == 0 ? Units{} : Units{0});
-        };
-        expect(W6VaskTowzN, unicode, kx);
-        expect(W6wzToVaskN, kx, back);
-
-        const auto bytes = written_by<char>(count == 0 ? 0 : fitting + 1, [&](auto *to) {
-            EXPECT_EQ(W6VaskToazN(unicode.data(), to, 0x30000 + count), 1u);
-        });
-        const Bytes want(ansi.begin(), ansi.begin() + static_cast<long>(fitting));
-        EXPECT_EQ(hex(Bytes(bytes.begin(), bytes.end())), hex(count == 0 ? Bytes{} : terminated(want)));
-        EXPECT_EQ(W6VaskToazN(unicode.data(), nullptr, count), 1u);
-    }
-    EXPECT_EQ(hex(written_by<char>(1, [&](auto *to) { W6VaskToazN(nullptr, to, 9); })), "00 ");
+        }
+    };
+    expect(W6VaskTowzN, unicode, kx);
+    expect(W6wzToVaskN, kx, back);
+    expect(W6VaskToazN, unicode, ansi);
 }
 
 TEST(UnicodeStrings, AKxCharacterThatConvertsToZeroEndsThem) {
     run_on(test::kWestern);
     const Units kx{0x0041, 0x0C00, 0x0042, 0};
-    EXPECT_EQ(written_by<KxChar>(4, [&](auto *to) { W6wzToVask(kx.data(), to); }), (Units{0x41, 0, 0xA5A5, 0xA5A5}));
+    EXPECT_EQ(hex(converted(4, W6wzToVask, kx.data())), "41 00 A5A5 A5A5 ");
 }
 
 } // namespace
