@@ -2,6 +2,7 @@
 // page.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -34,7 +35,7 @@ inline void copy_whole_characters(std::uint8_t *destination, const std::uint8_t 
     // With room for a pair, only a lead byte before the terminator can have ended the text early.
     if (room - length >= 2 && source[length] != 0) ++length;
     const bool ended = length < room && source[length] == 0;
-    std::memmove(destination, source, length);
+    std::copy_n(source, length, destination);
     if (ended) std::memset(destination + length, 0, room - length);
 }
 

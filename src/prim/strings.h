@@ -21,7 +21,6 @@ template <class Unit> constexpr std::size_t length_within(const Unit *string, st
 }
 
 template <class Unit> constexpr void append(Unit *destination, const Unit *source, std::size_t limit) noexcept {
-    if (limit == 0) return;
     Unit *end = std::copy_n(source, length_within(source, limit), destination + length_of(destination));
     *end = 0;
 }

@@ -13,10 +13,10 @@ TEXTS = pathlib.Path(__file__).resolve().parents[2] / "examples" / "texts"
 CHUNK = 64 * 1024  # bytes that the tool reads at once
 
 
-def run(arguments, data=b"", **settings):
+def run(arguments, data=b""):
     kept = {name: value for name, value in os.environ.items() if not name.startswith(("KX_", "LC_", "LANG"))}
-    return subprocess.run([KX, *arguments], input=data, capture_output=True, env=kept | {"LC_ALL": "C"} | settings,
-                          check=False, timeout=60)
+    return subprocess.run([KX, *arguments], input=data, capture_output=True, env=kept | {"LC_ALL": "C"}, check=False,
+                          timeout=60)
 
 
 def output(arguments, data=b""):
@@ -35,9 +35,9 @@ def units(*values):
     return b"".join(value.to_bytes(2, "little") for value in values)
 
 
-def group(content, code=0xD4, size=None):
+def group(content, size=None):
     size = (len(content) + 7 if size is None else size).to_bytes(2, "little")
-    return bytes([code, 1]) + size + content + size + bytes([code])
+    return b"\xd4\x01" + size + content + size + b"\xef"
 
 
 # Sound, and all that a stream can hold.
@@ -46,30 +46,24 @@ EVERYTHING = (b"A\x80\x84\x85\xcc\xcf\x90\xff" + b"\xf2\x0c\xf2" + b"\xf0\x29\x0
 
 
 class Forms(unittest.TestCase):
-    CASES = (
-        # why, from, to, input, output
-        ("characters, extended and not", "1252", "stream", b"A\xe9", b"A\xf0\x29\x01\xf0"),
-        ("line ends have codes", "1252", "stream", b"a\r\nb", b"a\xcf\xccb"),
-        ("tab and form feed are extended", "1252", "stream", b"\t\f", b"\xf0\x09\xf9\xf0\xf0\x0c\xf9\xf0"),
-        ("only text comes out", "stream", "utf-8", EVERYTHING, "A --\n\ré\tz".encode()),
-        ("KX text takes the codes, too", "stream", "kx", EVERYTHING,
-         units(0x41, 0x20, 0x84, 0x85, 0xF90A, 0xF90D, 0xFE18, 0x129, 0xFE19, 0xF909, 0x7A)),
-        ("and gives them back", "kx", "stream", units(0x84, 0xFE00, 0xFE1F), b"\x84\xf2\x00\xf2\xf3\x0f\xf3"),
-        ("an attribute that KX text lacks", "stream", "kx", b"\xf2\x10\xf2", b""),
-        ("a terminator at the end", "stream", "utf-8", b"a\0", b"a"),
-        ("other numbers in KX 5", "kx", "stream5", units(0x41, 0x118, 0x441), b"A\xc0\x08\x02\xc0\xc0\x41\x04\xc0"),
-        ("and back", "stream5", "kx", b"A\xc0\x08\x02\xc0\xc0\x41\x04\xc0\0", units(0x41, 0x118, 0x441)),
-        ("one that becomes two", "stream5", "kx", b"\xc0\x09\x0b\xc0", units(0xB08, 0xB3D)),
-        ("attributes of KX 5", "stream5", "kx", b"\xc3\x05\xc3\xc4\x05\xc4", units(0xFE0A, 0xFE0B)),
-        ("are no text", "stream5", "utf-8", b"\xc3\x05\xc3a\xd1\0\x02\0\x55\x66b\x0a", b"ab\n"),
-        ("sio", "1252", "sio", b"A\xe9\t\r\n", b"A\xfd\x29\x01\x09\x0d\x0d"),
-        ("attributes of sio", "kx", "sio", units(0xFE04, 0xFE05, 0xFE18, 0xFE19), b"\x0e\x03\x0f\x03\x1d\x1c"),
-        ("sio without a 0", "kx", "sio", units(0x100), b"\xfd\x00\x01"),
-        ("East Asian characters in sio", "932", "sio", "あ".encode("cp932"), b"\xfd\x5f\x25"),
-    )
-
-    def test_cases(self):
-        for why, source, target, data, wanted in self.CASES:
+    def test_what_becomes_of_each_code(self):
+        for why, source, target, data, wanted in (
+            ("line ends have codes", "1252", "stream", b"A\xe9\r\n", b"A\xf0\x29\x01\xf0\xcf\xcc"),
+            ("tab and form feed are extended", "1252", "stream", b"\t\f", b"\xf0\x09\xf9\xf0\xf0\x0c\xf9\xf0"),
+            ("only text comes out", "stream", "utf-8", EVERYTHING + b"\0", "A --\n\ré\tz".encode()),
+            ("KX text takes the codes, too", "stream", "kx", EVERYTHING,
+             units(0x41, 0x20, 0x84, 0x85, 0xF90A, 0xF90D, 0xFE18, 0x129, 0xFE19, 0xF909, 0x7A)),
+            ("and gives them back", "kx", "stream", units(0x84, 0xFE00, 0xFE1F), b"\x84\xf2\x00\xf2\xf3\x0f\xf3"),
+            ("an attribute that KX text lacks", "stream", "kx", b"\xf2\x10\xf2", b""),
+            ("KX 5 has numbers of its own", "kx", "stream5", units(0x41, 0x118), b"A\xc0\x08\x02\xc0"),
+            ("and two units in one", "stream5", "kx", b"\xc0\x08\x02\xc0\xc0\x09\x0b\xc0\0",
+             units(0x118, 0xB08, 0xB3D)),
+            ("attributes of KX 5", "stream5", "kx", b"\xc3\x05\xc3\xc4\x05\xc4", units(0xFE0A, 0xFE0B)),
+            ("are no text", "stream5", "utf-8", b"\xc3\x05\xc3a\xd1\0\x02\0\x55\x66b\x0a", b"ab\n"),
+            ("sio", "kx", "sio", units(0x100, 0xF909, 0xF90D, 0xF90A, 0xFE04, 0xFE05, 0xFE18, 0xFE1D),
+             b"\xfd\x00\x01\x09\x0d\x0d\x0e\x03\x0f\x03\x1d\x15"),
+            ("East Asian characters in sio", "932", "sio", b"\x82\xa0", b"\xfd\x5f\x25"),
+        ):
             with self.subTest(why):
                 self.assertEqual(convert(source, target, data), wanted)
 
@@ -82,10 +76,6 @@ class Forms(unittest.TestCase):
         ):
             with self.subTest(page):
                 self.assertEqual(convert("stream5", "kx", data, "--ansi=" + page), wanted)
-                again = convert("kx", "stream5", wanted, "--ansi=" + page)
-                self.assertEqual(convert("stream5", "kx", again, "--ansi=" + page), wanted)
-        result = run(["convert", "-f", "stream5", "-t", "kx", "--ansi=932"], b"\x21A\x21")
-        self.assertIn(b"byte 2: 21 does not convert", result.stderr)
 
     def test_samples_come_back(self):
         for path in sorted(TEXTS.glob("*.txt")):
@@ -95,7 +85,7 @@ class Forms(unittest.TestCase):
                     text = path.read_bytes()
                     self.assertEqual(convert(form, page, convert(page, form, text)), text)
 
-    def test_what_a_form_lacks(self):
+    def test_what_does_not_convert(self):
         for source, target, data, place in (
             ("kx", "stream", units(0x41, 0), "byte 2: 00 00"),
             ("kx", "stream", units(0x41, 0xFB05), "byte 2: 05 FB"),
@@ -104,67 +94,53 @@ class Forms(unittest.TestCase):
             ("kx", "sio", units(0x41, 0xF90C), "byte 2: 0C F9"),
             ("stream", "437", b"\x90\xf0\x48\x04\xf0\x90", "byte 1: F0 48 04 F0"),
             ("stream", "utf-8", b"a\0b", "byte 1: 00"),
-            ("stream", "utf-8", b"a" + group(b"", size=8) + b"b", "byte 1: D4"),
             ("stream5", "utf-8", b"a\xc0\x41\x04a", "byte 1: C0"),
             ("stream5", "utf-8", b"a\xd0\x00\x02\x00a", "byte 1: D0"),
-            ("stream5", "utf-8", b"a\0b", "byte 1: 00"),
+            ("stream5", "932", b"\x21A\x21", "byte 2: 21"),
         ):
             with self.subTest(source=source, data=data):
                 result = run(["convert", "-f", source, "-t", target], data)
                 self.assertEqual(result.returncode, 1)
                 self.assertIn(place + " does not convert", result.stderr.decode())
-        self.assertEqual(run(["convert", "-f", "sio", "-t", "kx"]).returncode, 2)
+        for command in ("convert -t kx", "sort -l EN"):
+            self.assertEqual(run([*command.split(), "-f", "sio"]).returncode, 2)
 
 
 class Strip(unittest.TestCase):
     def test_what_is_kept(self):
         for options, wanted in (
-            ([], b"A \xc3\xa9z"),
-            (["--keep=hard"], b"A \n\xc3\xa9z"),
-            (["--keep=soft", "--soft-as-space"], b"A \r\xc3\xa9z"),
-            (["--soft-as-space"], b"A  \xc3\xa9z"),
-            (["--hyphens"], b"A --\xc3\xa9z"),
-            (["--keep=tabs"], b"A \xc3\xa9\tz"),
-            (["--keep=attributes"], b"A \xc3\xa9z"),
-            (["--keep=attributes,hard,soft,tabs", "--hyphens", "-t", "stream"],
-             b"A --\xcc\xcf\xf2\x0c\xf2\xf0\x29\x01\xf0\xf3\x0c\xf3\xf0\x09\xf9\xf0z"),
-            (["--keep=attributes", "-t", "sio"], b"A \x1d\xfd\x29\x01\x1cz"),
-            (["-t", "1252"], b"A \xe9z"),
+            ("", b"A \xc3\xa9z"),
+            ("--keep=hard", b"A \n\xc3\xa9z"),
+            ("--keep=soft --soft-as-space", b"A \r\xc3\xa9z"),
+            ("--soft-as-space -t 1252", b"A  \xe9z"),
+            ("--hyphens --keep=attributes", b"A --\xc3\xa9z"),
+            ("--keep=attributes,hard,soft,tabs -t stream",
+             b"A \xcc\xcf\xf2\x0c\xf2\xf0\x29\x01\xf0\xf3\x0c\xf3\xf0\x09\xf9\xf0z"),
         ):
             with self.subTest(options):
-                self.assertEqual(output(["strip", *options], EVERYTHING), wanted)
-
-    def test_east_asian_text(self):
-        stream = convert("932", "stream", "あA\n日".encode("cp932"))
-        self.assertEqual(output(["strip", "--keep=hard"], stream).decode(), "あA\n日")
+                self.assertEqual(output(["strip", *options.split()], EVERYTHING), wanted)
+        self.assertEqual(output(["strip"], b"\xf0\x5f\x25\xf0").decode(), "あ")
+        for options in ("--keep=bold", "--keep=hard,"):
+            self.assertEqual(run(["strip", options]).returncode, 2)
 
     def test_a_code_that_lies(self):
-        stream = b"ab" + group(b"x", size=0xFFFF) + b"c"
-        result = run(["strip"], stream)
+        result = run(["strip"], b"ab" + group(b"x", size=0xFFFF) + b"c")
         self.assertEqual((result.returncode, result.stdout), (1, b"ab"))
         self.assertIn(b"byte 2: D4 does not convert", result.stderr)
-        result = run(["strip", "-c"], b"a\xd4b\0\0c")
-        self.assertEqual((result.returncode, result.stdout), (0, b"abc"))
-
-    def test_command_line(self):
-        for arguments, wanted in ((["--keep=bold"], b"cannot keep 'bold'"), (["--keep="], b"cannot keep ''"),
-                                  (["--keep=hard,"], b"cannot keep ''"), (["-t", "x"], b"no form or code page 'x'")):
-            result = run(["strip", *arguments])
-            self.assertEqual(result.returncode, 2)
-            self.assertIn(wanted, result.stderr)
+        self.assertEqual(output(["strip", "-c"], b"a\xd4b\0\0c"), b"abc")
 
 
 def listed(data, *options):
-    """The codes of a listing as (offset, size, bytes, meaning), and the result."""
+    """The codes of a listing as (offset, bytes, meaning), and the result."""
     result = run(["dump", *options], data)
     codes = []
     for line in result.stdout.decode().splitlines():
         begin = re.match(r"([0-9A-F]{8,}) +(\d+)  ([0-9A-F ]+?) {2,}(\S.*)", line)
         if begin:
-            codes.append((int(begin[1], 16), int(begin[2]), bytes.fromhex(begin[3]), begin[4]))
+            codes.append((int(begin[1], 16), bytes.fromhex(begin[3]), re.sub(" {2,}", " ", begin[4])))
         else:
-            offset, size, some, meaning = codes[-1]
-            codes[-1] = (offset, size, some + bytes.fromhex(line), meaning)
+            offset, some, meaning = codes.pop()
+            codes.append((offset, some + bytes.fromhex(line), meaning))
     return codes, result
 
 
@@ -172,73 +148,54 @@ class Dump(unittest.TestCase):
     def test_every_kind_of_code(self):
         codes, result = listed(EVERYTHING + b"\0")
         self.assertEqual((result.returncode, result.stderr), (0, b""))
-        self.assertEqual(b"".join(code[2] for code in codes), EVERYTHING + b"\0")
-        self.assertEqual([(code[0], code[1], re.sub(" {2,}", " ", code[3])) for code in codes], [
-            (0, 1, "character 0041 U+0041 A LATIN CAPITAL LETTER A"), (1, 1, "space"), (2, 1, "hyphen"),
-            (3, 1, "hyphen"), (4, 1, "hard line end"), (5, 1, "soft line end"), (6, 1, "function code"),
-            (7, 1, "function code"), (8, 3, "attribute 12 on"),
-            (11, 4, "extended 0129 U+00E9 é LATIN SMALL LETTER E WITH ACUTE"), (15, 3, "attribute 12 off"),
-            (18, 4, "extended F909 U+0009"), (22, 13, "group"), (35, 5, "fixed-length code"),
-            (40, 8, "fixed-length code"), (48, 1, "character 007A U+007A z LATIN SMALL LETTER Z"),
-            (49, 1, "end of stream")])
-
-    def test_characters(self):
-        for stream, options, wanted in (
-            (b"\xf0\x5f\x25\xf0", [], "255F U+3042 あ"),
-            (convert("936", "stream", "一".encode("gbk")), [], "U+4E00 一 CJK UNIFIED IDEOGRAPH-4E00"),
-            (b"\xf0\xbc\x2b\xf0", ["--ansi=950"], "2BBC U+EEB8"),
-            (b"\xf0\xff\xff\xf0", [], "FFFF no Unicode value"),
-            (b" ", [], "U+0020 SPACE"),
-            (b"~", [], "U+007E ~ TILDE"),
-        ):
-            with self.subTest(wanted):
-                self.assertIn(wanted, re.sub(" {2,}", " ", listed(stream, *options)[0][0][3]))
+        self.assertEqual(b"".join(code[1] for code in codes), EVERYTHING + b"\0")
+        self.assertEqual([(code[0], code[2]) for code in codes], [
+            (0, "character 0041 U+0041 A LATIN CAPITAL LETTER A"), (1, "space"), (2, "hyphen"), (3, "hyphen"),
+            (4, "hard line end"), (5, "soft line end"), (6, "function code"), (7, "function code"),
+            (8, "attribute 12 on"), (11, "extended 0129 U+00E9 é LATIN SMALL LETTER E WITH ACUTE"),
+            (15, "attribute 12 off"), (18, "extended F909 U+0009"), (22, "group"), (35, "fixed-length code"),
+            (40, "fixed-length code"), (48, "character 007A U+007A z LATIN SMALL LETTER Z"), (49, "end of stream")])
+        for stream, options, wanted in ((b"\xf0\x64\x82\xf0", [], "U+2176 ⅶ"),
+                                        (b"\xf0\xff\xff\xf0", [], "no Unicode value"),
+                                        (b"\xf0\xbc\x2b\xf0", ["--ansi=950"], "2BBC U+EEB8")):
+            self.assertIn(wanted, listed(stream, *options)[0][0][2])
 
     def test_codes_that_lie(self):
         for stream, fault in (
-            (b"\xd4", "group runs past the end"),
             (group(b"")[:-1], "group runs past the end"),
-            (group(b"x", size=0), "group has no room for its ends"),
-            (group(b"x", size=6), "group has no room for its ends"),
-            (group(b"x", size=7), "group is not closed"),
-            (group(b"x")[:-1] + b"\xf0", "group is not closed"),
-            (b"\xd4\1\x08\0x\x09\0\xd4", "group ends with another size"),
+            (group(b"x", size=0) + b"b", "group has no room for its ends"),
+            (group(b"x", size=6) + b"b", "group has no room for its ends"),
+            (group(b"x")[:-1] + b"\xf0b", "group is not closed"),
+            (b"\xd4\1\x08\0x\x09\0\xd4b", "group ends with another size"),
             (b"\xf0\x41\x01", "fixed-length code runs past the end"),
             (b"\xf0\x41\x01\x41", "fixed-length code is not closed"),
             (b"\xf0\x41\x01\xf1", "fixed-length code ends with another size"),
         ):
             with self.subTest(stream):
-                codes, result = listed(b"a" + stream + b"b" * (0 if "past" in fault else 1))
-                self.assertEqual((codes[1][:3], codes[1][3]), ((1, 1, stream[:1]), "LIES: " + fault))
+                codes, result = listed(b"a" + stream)
+                self.assertEqual(codes[1], (1, stream[:1], "LIES: " + fault))
                 self.assertEqual(result.returncode, 1)
                 self.assertRegex(result.stderr.decode(), r"kx dump: \(standard input\): .* at byte 1\n")
 
     def test_any_bytes(self):
         chance = random.Random(4)
         kinds = list(range(256)) + [0xD0, 0xD4, 0xEF, 0xF0, 0xF0, 0xF0, 0xF2, 0xF3, 0, 0, 4, 7] * 8
-        for size in (0, 1, 5, 300, 3000):
-            for _ in range(8):
-                data = bytes(chance.choices(kinds, k=size))
-                codes, result = listed(data)
-                self.assertIn(result.returncode, (0, 1))
-                self.assertEqual(b"".join(code[2] for code in codes), data)
-                ends = [code[0] + code[1] for code in codes]
-                self.assertEqual(ends, ([code[0] for code in codes] + [size])[1:])
-                lies = [code[0] for code in codes if code[3].startswith("LIES")]
-                self.assertEqual(result.returncode, 1 if lies else 0)
-                for form in ("stream", "stream5"):
-                    self.assertIn(run(["convert", "-c", "-f", form, "-t", "utf-8"], data).returncode, (0, 1))
-                self.assertEqual(run(["strip", "-c"], data).returncode, 0)
+        for size in [0, 1, 5, 30, 300, 3000] * 4:
+            data = bytes(chance.choices(kinds, k=size))
+            codes, result = listed(data)
+            self.assertEqual(b"".join(code[1] for code in codes), data)
+            lies = any(code[2].startswith("LIES") for code in codes)
+            self.assertEqual(result.returncode, 1 if lies else 0)
+            for command in ("strip -c", "convert -c -f stream -t utf-8", "convert -c -f stream5 -t utf-8"):
+                output(command.split(), data)
 
     def test_no_code_is_cut_at_the_edge_of_a_chunk(self):
-        for code in (b"\xf0\x29\x01\xf0", b"\xfd\0\0\0\0\0\0\xfe", group(b"z" * 20), group(b"z" * 65528)):
-            for shift in (0, 1, 2, 3, 4, len(code) - 1, len(code)):
+        for code in (b"\xf0\x29\x01\xf0", group(b"z" * 65528)):
+            for shift in (0, 1, 2, 3, len(code) - 1, len(code)):
                 before = b"a" + group(b"g" * (CHUNK - shift - 8)) if shift < CHUNK - 8 else b""
                 codes, result = listed(before + code + b"b")
                 self.assertEqual(result.returncode, 0)
-                self.assertEqual([(c[0], c[2]) for c in codes[-2:]], [(len(before), code), (len(before + code), b"b")])
-                self.assertEqual(output(["strip"], before + code + b"b").decode(),
-                                 ("a" if before else "") + ("é" if code[1] == 0x29 else "") + "b")
+                self.assertEqual([c[:2] for c in codes[-2:]], [(len(before), code), (len(before + code), b"b")])
 
 
 if __name__ == "__main__":

@@ -24,16 +24,12 @@ inline std::vector<std::string> characters_of(const std::string &text, std::uint
     return characters;
 }
 
-inline bool is_whole(const std::string &character, std::uint32_t code_page) {
-    return character.size() == 2 || !leads(character[0], code_page);
-}
-
 // The whole characters that fit in `limit` bytes.
 inline std::string cut_to(const std::string &text, std::int32_t limit, std::uint32_t code_page) {
     std::string cut;
     for (const std::string &character : characters_of(text, code_page)) {
-        if (!is_whole(character, code_page)) break;
-        if (static_cast<std::int32_t>(cut.size() + character.size()) > limit) break;
+        const bool whole = character.size() == 2 || !leads(character[0], code_page);
+        if (!whole || static_cast<std::int32_t>(cut.size() + character.size()) > limit) break;
         cut += character;
     }
     return cut;
@@ -42,37 +38,29 @@ inline std::string cut_to(const std::string &text, std::int32_t limit, std::uint
 // What wstrncpy leaves in `size` bytes that held `fill` before.
 inline std::string bounded_copy(const std::string &text, std::size_t size, std::uint32_t code_page, char fill) {
     std::string out;
-    for (std::string character : characters_of(text + '\0', code_page)) {
-        if (out.size() + character.size() > size) return out + std::string(size - out.size(), fill);
+    for (const std::string &character : characters_of(text + '\0', code_page)) {
+        if (out.size() + character.size() > size) break;
         out += character;
-        if (character.back() == 0) break;
+        if (character.back() == 0) fill = 0;
     }
-    return out + std::string(size - out.size(), out.empty() || out.back() != 0 ? fill : '\0');
+    return out + std::string(size - out.size(), fill);
 }
 
-// The same for CopyUpToAndNullTerminate; `text` is read with its terminator.
-inline std::string terminated_copy(const std::string &text, std::int32_t size, std::uint32_t code_page, char fill) {
-    std::string out(size > 0 ? static_cast<std::size_t>(size) : 0, fill);
-    if (size <= 1) return std::string(out.size(), '\0');
-    const char *source = text.c_str();
-    std::size_t at = 0;
-    for (std::int32_t left = size;;) {
-        const char byte = *source++;
-        out[at++] = byte;
-        --left;
-        if (leads(byte, code_page)) {
-            const char trail = *source++;
-            out[at++] = trail;
-            --left;
-            if (trail == 0 || left == 0) {
+// The same for CopyUpToAndNullTerminate, byte by byte; `text` is read with its terminator.
+inline std::string terminated_copy(const std::string &text, std::size_t size, std::uint32_t code_page, char fill) {
+    if (size <= 1) return std::string(size, '\0');
+    std::string out(size, fill);
+    for (std::size_t at = 0;;) {
+        out[at] = text.c_str()[at];
+        const bool pair = leads(out[at], code_page);
+        if (++at; pair) {
+            out[at] = text.c_str()[at];
+            if (++at; out[at - 1] == 0 || at == size) {
                 out[at - 2] = 0;
                 return out;
             }
-        } else if (byte == 0) {
-            out[at] = 0;
-            return out;
         }
-        if (left <= 1) {
+        if ((!pair && out[at - 1] == 0) || at + 1 >= size) {
             out[at] = 0;
             return out;
         }
