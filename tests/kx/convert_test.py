@@ -394,6 +394,16 @@ class Usage(unittest.TestCase):
         for arguments, status in (([], 2), (["help"], 0), (["nothing"], 2)):
             result = subprocess.run([KX, *arguments], capture_output=True, check=False)
             self.assertEqual(result.returncode, status, arguments)
+        of_command = subprocess.run([KX, "help", "convert"], capture_output=True, check=False)
+        self.assertEqual((of_command.returncode, of_command.stdout), (0, help_text.stdout))
+
+    def test_a_full_disk_is_told_whatever_is_printed(self):
+        for arguments in (["--help"], ["convert", "--help"], ["convert", "-l"], ["codepages"], ["registry", "show"]):
+            with self.subTest(arguments), open("/dev/full", "wb") as full:
+                result = subprocess.run([KX, *arguments], stdout=full, stderr=subprocess.PIPE,
+                                        env=environment(KX_REGISTRY=os.devnull + "/none"), check=False)
+                self.assertEqual(result.returncode, 1)
+                self.assertIn(b"cannot write to (standard output): No space left", result.stderr)
 
 
 if __name__ == "__main__":

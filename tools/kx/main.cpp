@@ -1,12 +1,16 @@
 // kx: the library on the command line.
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <span>
+#include <iterator>
+#include <string>
 
 #include "command.h"
 #include "convert.h"
 #include "dump.h"
 #include "east_asian.h"
+#include "files.h"
 #include "host.h"
 #include "registry.h"
 #include "sort.h"
@@ -25,7 +29,7 @@ constexpr kx::Command kCommands[] = {
     {"strip", "strip a document stream to its text", kx::run_strip},
     {"codepages", "list the code pages, and those in force", kx::run_codepages},
     {"registry", "show and change the settings of the library", kx::run_registry},
-    {"help", "show this text", nullptr},
+    {"help", "show this text, or that of a command", nullptr},
 };
 
 void print_help(std::FILE *out) {
@@ -35,22 +39,41 @@ void print_help(std::FILE *out) {
     std::fputs("\n`kx COMMAND --help` tells about one command.\n", out);
 }
 
-} // namespace
+int run_command(char *name, int argc, char **argv) {
+    const auto *const command = std::ranges::find_if(
+        kCommands, [&](const kx::Command &one) { return one.run != nullptr && std::strcmp(name, one.name) == 0; });
+    if (command != std::end(kCommands)) return command->run(argc, argv);
+    std::fprintf(stderr, "kx: no command '%s'; `kx --help` lists them\n", name);
+    return kx::kUsage;
+}
 
-int main(int argc, char **argv) {
-    kx::host::prepare();
+int run(int argc, char **argv) {
     if (argc < 2) {
         print_help(stderr);
         return kx::kUsage;
     }
-    const char *name = argv[1];
-    if (std::strcmp(name, "help") == 0 || std::strcmp(name, "--help") == 0 || std::strcmp(name, "-h") == 0) {
+    char *const name = argv[1];
+    const bool help = std::strcmp(name, "help") == 0;
+    if (help && argc > 2) {
+        char option[] = "--help";
+        char *arguments[] = {argv[2], option, nullptr};
+        return run_command(argv[2], 2, arguments);
+    }
+    if (help || std::strcmp(name, "--help") == 0 || std::strcmp(name, "-h") == 0) {
         print_help(stdout);
         return kx::kSuccess;
     }
-    for (const kx::Command &command : kCommands) {
-        if (command.run != nullptr && std::strcmp(name, command.name) == 0) return command.run(argc - 1, argv + 1);
-    }
-    std::fprintf(stderr, "kx: no command '%s'; `kx --help` lists them\n", name);
-    return kx::kUsage;
+    return run_command(name, argc - 1, argv + 1);
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    kx::host::prepare();
+    const int status = run(argc, argv);
+    // What was printed may still meet a full disk, or a pipe that nobody reads.
+    const bool flushed = std::fflush(stdout) == 0;
+    if (flushed && std::ferror(stdout) == 0) return status;
+    kx::report("kx", "cannot write to (standard output)", flushed ? 0 : errno);
+    return status == kx::kSuccess ? kx::kFailure : status;
 }
