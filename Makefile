@@ -1,5 +1,5 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
-.PHONY: all build demo test test-asan torture lint bench clean deps tables
+.PHONY: all build demo test test-asan torture windows lint bench clean deps tables
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
@@ -13,7 +13,9 @@ build: deps
 	cmake --build --preset release -j$(JOBS)
 
 # Converts the sample texts in examples/ and tells what it does.
-demo: build
+demo: deps
+	cmake --preset release
+	cmake --build --preset release -j$(JOBS) --target kx kxstr
 	examples/demo.sh build/release/kx
 
 test: build
