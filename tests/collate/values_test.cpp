@@ -170,7 +170,7 @@ TEST(Values, CharactersByColtbl) {
         EXPECT_EQ(xchcmp(c.b, c.a, c.case_flag), -c.result) << c.why;
     }
     std::uint8_t *out = nullptr;
-    EXPECT_EQ(fndcolv(0x0421, &out), 1u); // one past the block of its set
+    EXPECT_EQ(fndcolv(0x0421, &out), 1u);        // one past the block of its set
     const std::uint8_t *block = coltbl[2].block; // a copy: the field itself lies at an odd address
     EXPECT_EQ(out, block);
     EXPECT_EQ(fndcolv(0x0200, &out), 1u); // no entry
