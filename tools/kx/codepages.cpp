@@ -3,7 +3,6 @@
 #include <cstring>
 #include <kxstr/codepage.h>
 #include <kxstr/frame.h>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,7 +14,6 @@
 #include "frame/bytes.h"
 #include "options.h"
 #include "platform/ansi_text.h"
-#include "platform/portable/registry_store.h"
 #include "platform/system.h"
 #include "registry.h"
 #include "tables/code_pages.h"
@@ -63,18 +61,8 @@ void print_tables() {
 // The languages that have a key of settings, as their keys spell them.
 std::vector<std::string> languages_with_settings() {
     VaskSetLanguage("");
-    const std::string path = codepage::settings_path(); // ends with a backslash
-    const std::u16string above = platform::upper_case(platform::ansi_to_wide(path));
-    std::shared_ptr<const platform::RegistryFile> registry;
-    if (platform::read_registry(registry) != platform::kSuccess) return {};
-    std::vector<std::string> languages;
-    for (const auto &[upper, key] : registry->keys) {
-        if (!upper.starts_with(above)) continue;
-        std::string language = platform::wide_to_ansi(std::u16string_view(key.path).substr(above.size()));
-        if (language.size() <= kMaxLanguage && language.find('\\') == std::string::npos) {
-            languages.push_back(std::move(language));
-        }
-    }
+    std::vector<std::string> languages = keys_below(codepage::settings_path()); // ends with a backslash
+    std::erase_if(languages, [](const std::string &language) { return language.size() > kMaxLanguage; });
     return languages;
 }
 
@@ -134,8 +122,7 @@ int run_codepages(int argc, char **argv) {
     }
     print_tables();
     print_in_force(once);
-    std::shared_ptr<const platform::RegistryFile> registry;
-    const std::uint32_t status = platform::read_registry(registry);
+    const std::uint32_t status = settings_status();
     if (status == platform::kDamaged || status == platform::kAccessDenied) {
         report(kUsageText.command,
                "the settings file cannot be read (status " + std::to_string(status) + "); nothing stored counts");

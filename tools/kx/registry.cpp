@@ -265,4 +265,22 @@ int run_registry(int argc, char **argv) {
     return kSuccess;
 }
 
+std::vector<std::string> keys_below(const std::string &path) {
+    const std::u16string above = platform::upper_case(platform::ansi_to_wide(path));
+    std::shared_ptr<const platform::RegistryFile> registry;
+    if (platform::read_registry(registry) != platform::kSuccess) return {};
+    std::vector<std::string> names;
+    for (const auto &[upper, key] : registry->keys) {
+        if (!upper.starts_with(above)) continue;
+        std::string name = platform::wide_to_ansi(std::u16string_view(key.path).substr(above.size()));
+        if (name.find('\\') == std::string::npos) names.push_back(std::move(name));
+    }
+    return names;
+}
+
+std::uint32_t settings_status() {
+    std::shared_ptr<const platform::RegistryFile> registry;
+    return platform::read_registry(registry);
+}
+
 } // namespace kx

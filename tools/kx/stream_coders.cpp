@@ -3,7 +3,6 @@
 #include <array>
 #include <functional>
 #include <kxstr/forms.h>
-#include <kxstr/platform.h>
 
 #include "coders.h"
 #include "forms/code_size.h"
@@ -68,14 +67,10 @@ constexpr std::uint8_t kFirstRow = 0x21;
 constexpr std::uint8_t kLastRow = 0x7F;
 
 // KX 5 numbers half-width katakana in one way in Japan and in another elsewhere. The library asks for the country once.
-void settle_country(const Page &page) {
+void settle_country_of(const Page &page) {
     constexpr std::uint32_t japanese_page = 932;
-    constexpr std::uint16_t japanese_language = 0x0411;
-    if (page.windows_number != japanese_page) return;
-    KxPlatformSettings settings;
-    KxPlatformGet(&settings);
-    settings.system_language = japanese_language;
-    KxPlatformSet(&settings);
+    constexpr std::uint8_t japan = 1;
+    if (page.windows_number == japanese_page) settle_country(japan);
 }
 
 // Reads a KX 5 stream as a system of the text's code page does: on double-byte systems characters come in pairs, and
@@ -83,7 +78,7 @@ void settle_country(const Page &page) {
 class Stream5Decoder final : public Decoder {
   public:
     Stream5Decoder(const Page &text_page, bool with_codes) : page_(text_page), with_codes_(with_codes) {
-        settle_country(page_);
+        settle_country_of(page_);
     }
 
     Result decode(const Chunk &chunk, Units &units) override {
@@ -259,7 +254,7 @@ std::unique_ptr<Encoder> make_stream_encoder(const Page &text_page, const Page &
 }
 
 std::unique_ptr<Encoder> make_stream5_encoder(const Page &text_page, const Page &written_page) {
-    settle_country(written_page);
+    settle_country_of(written_page);
     return std::make_unique<StreamEncoder>(write_stream5, text_page, written_page);
 }
 

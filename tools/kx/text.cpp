@@ -2,13 +2,13 @@
 
 #include <array>
 #include <kxstr/codepage.h>
-#include <kxstr/platform.h>
 
 #include "codepage/convert.h"
 #include "codepage/descriptor.h"
 #include "codepage/double_byte.h"
 #include "codepage/state.h"
 #include "frame/kx_char.h"
+#include "host.h"
 #include "platform/system.h"
 #include "unicode/map.h"
 
@@ -30,11 +30,7 @@ void set_host(std::uint32_t ansi_code_page, bool double_byte) {
     if (current_page == ansi_code_page && current_double_byte == double_byte) return;
     current_page = ansi_code_page;
     current_double_byte = double_byte;
-    KxPlatformSettings settings;
-    KxPlatformGet(&settings);
-    settings.ansi_code_page = ansi_code_page;
-    settings.double_byte = double_byte ? 1 : 0;
-    KxPlatformSet(&settings);
+    host::become_system(ansi_code_page, double_byte);
 }
 
 KxCodePage descriptor_of(const Page &page) {
