@@ -39,6 +39,30 @@ windows:
 		python3 tests/check_exports.py docs/exports.txt build/$$platform/kxstr.dll || exit 1; \
 	done
 
+# The same tests on real system interfaces: under Wine, on eight systems one after another.
+test-windows: build
+	@tools/deps.sh windows wine
+	cmake --preset windows-x64 -DKXSTR_TESTS=ON
+	cmake --build --preset windows-x64 -j$(JOBS)
+	cmake --build --preset release -j$(JOBS) --target dump_portable settings
+	tests/windows/run_suite.py build/windows-x64
+	tests/windows/compare_conversions.py build/windows-x64 build/release
+	tests/windows/exchange_registry.py build/windows-x64 build/release
+
+# The same tests in a 32-bit process.
+test-32:
+	@tools/deps.sh 32
+	cmake --preset m32
+	cmake --build --preset m32 -j$(JOBS)
+	ctest --preset m32 -j$(JOBS)
+
+# The same tests on a big-endian host.
+test-be:
+	@tools/deps.sh be
+	cmake --preset s390x
+	cmake --build --preset s390x -j$(JOBS)
+	ctest --preset s390x -j$(JOBS)
+
 lint: deps
 	cmake --preset release
 	tools/lint.sh build/release

@@ -9,6 +9,7 @@ namespace {
 
 using namespace kxstr;
 using test::run_on;
+using test::runs_on;
 
 // The first character with the second in the upper half; what the count does not cover must be left alone.
 std::uint32_t both(std::uint32_t ch) {
@@ -23,7 +24,7 @@ std::uint32_t both(std::uint32_t ch) {
 TEST(Kx5Characters, EveryCharacterGoesByTheRulesOfItsSet) {
     for (const test::System &system : {test::kWestern, test::kJapanese, test::kKorean}) {
         const bool japan = system.language == test::kJapanese.language;
-        run_on(system);
+        if (!runs_on(system)) continue;
         for (std::uint32_t ch = 0; ch <= 0xFFFF; ++ch) {
             ASSERT_EQ(WtpiKX6toKX5(ch), reference::kx6_to_kx5(ch, japan)) << std::hex << ch;
             ASSERT_EQ(both(ch | 0xABCD0000), reference::kx5_to_kx6(ch, japan)) << std::hex << ch;

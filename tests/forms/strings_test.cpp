@@ -13,6 +13,7 @@ using reference::Code;
 using reference::Codes;
 using test::hex;
 using test::run_on;
+using test::runs_on;
 using test::terminated;
 using test::written_by;
 using Units = std::vector<KxChar>;
@@ -57,7 +58,7 @@ const NativeText kNativeTexts[]{
 
 TEST(NativeStrings, BothWaysAtEveryCount) {
     for (const NativeText &text : kNativeTexts) {
-        run_on(text.system);
+        if (!runs_on(text.system)) continue;
         const Chars native = native_text(text.native);
         const Units kx = terminated(text.kx);
         EXPECT_EQ(converted(kx.size(), text.oem ? W6ozTowz : W6azTowz, native.data()), kx);
@@ -83,7 +84,7 @@ TEST(NativeStrings, BothWaysAtEveryCount) {
 
 TEST(NativeStrings, ConvertInPlace) {
     for (const NativeText &text : kNativeTexts) {
-        run_on(text.system);
+        if (!runs_on(text.system)) continue;
         const Chars native = native_text(text.native);
         const Units kx = terminated(text.kx);
         // On a double-byte system the source may begin anywhere in the destination's first bytes.
@@ -111,7 +112,9 @@ TEST(NativeStrings, WhatDoesNotConvert) {
     EXPECT_EQ(W6wzToazNB(nullptr, &untouched, 1), 0u);
     EXPECT_EQ(W6wzToazNB(source.data(), nullptr, 1), 0u);
     EXPECT_EQ(untouched, 'u');
+}
 
+TEST(NativeStrings, PairsThatDoNotConvert) {
     run_on(test::kJapanese);
     EXPECT_EQ(hex(converted(2, W6azTowz, "A\x82")), "41 00 "); // a lone lead byte
     EXPECT_EQ(hex(converted(3, W6azTowz, "\x81\x7F\x82\xA0")), "FFFF 255F 00 ");

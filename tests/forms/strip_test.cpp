@@ -13,7 +13,7 @@ namespace {
 using namespace kxstr;
 using reference::Code;
 using reference::Codes;
-using test::run_on;
+using test::runs_on;
 using test::terminated;
 using test::written_by;
 
@@ -68,7 +68,7 @@ TEST(Strip, StringsOfFewUnitsAgreeWithThePlainVersion) {
     const Units units{0x0041, 0x001F, 0x0129, 0x01FF, 0x0084, 0xFB05, 0xF909, 0xF90A, 0xF90C, 0xF90D, 0xF90E,
                       0xFE00, 0xFE05, 0xFE18, 0xFE1D, 0xFE1F, 0xFE20, 0xFF41, 0x2400, 0xDFFF, 0xE000};
     for (const auto &system : {test::kWestern, test::kJapanese}) {
-        run_on(system);
+        if (!runs_on(system)) continue;
         reference::for_every_sequence(units, 2, [](Units source) {
             source.insert(source.begin(), 0x0142); // so that three-byte codes meet every end
             source = terminated(source);

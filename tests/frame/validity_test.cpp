@@ -7,7 +7,7 @@ namespace {
 
 using kxstr::test::kJapanese;
 using kxstr::test::kWestern;
-using kxstr::test::run_on;
+using kxstr::test::runs_on;
 
 TEST(Validity, EdgesOfTheSets) {
     const struct {
@@ -38,10 +38,12 @@ TEST(Validity, EdgesOfTheSets) {
         {"only the low half counts", 0xABCD0041, true, true},
     };
     for (const auto &c : cases) {
-        run_on(kWestern);
-        EXPECT_EQ(ValidKxCharacter(c.ch), c.single ? 1u : 0u) << c.why;
-        run_on(kJapanese);
-        EXPECT_EQ(ValidKxCharacter(c.ch), c.dbcs ? 1u : 0u) << c.why;
+        if (runs_on(kWestern)) {
+            EXPECT_EQ(ValidKxCharacter(c.ch), c.single ? 1u : 0u) << c.why;
+        }
+        if (runs_on(kJapanese)) {
+            EXPECT_EQ(ValidKxCharacter(c.ch), c.dbcs ? 1u : 0u) << c.why;
+        }
     }
 }
 
@@ -54,10 +56,12 @@ TEST(Validity, CountsOverAllValues) {
     };
     // The characters of the sets; index FF once more in every set that has an index 0; set FF like set 0.
     const int table_driven = 95 + 242 + 145 + 88 + 102 + 255 + 238 + 229 + 219 + 123 + 250 + 63 + 255 + 196 + 220;
-    run_on(kWestern);
-    EXPECT_EQ(count(), table_driven + 14 + 95);
-    run_on(kJapanese);
-    EXPECT_EQ(count(), table_driven + 14 + 95 + 188 * 256);
+    if (runs_on(kWestern)) {
+        EXPECT_EQ(count(), table_driven + 14 + 95);
+    }
+    if (runs_on(kJapanese)) {
+        EXPECT_EQ(count(), table_driven + 14 + 95 + 188 * 256);
+    }
 }
 
 } // namespace

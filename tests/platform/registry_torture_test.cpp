@@ -7,11 +7,11 @@
 #include <random>
 #include <thread>
 
+#include "child_process.h"
 #include "platform/portable/registry_store.h"
 #include "platform/system.h"
-#include "support/child_process.h"
+#include "settings_folder.h"
 #include "support/process_state.h"
-#include "support/settings_folder.h"
 
 namespace kxstr::platform {
 namespace {

@@ -8,6 +8,7 @@ namespace {
 
 using kxstr::test::kCountries;
 using kxstr::test::run_on;
+using kxstr::test::runs_on;
 using Units = std::vector<KxChar>;
 
 TEST(WideCompare, DifferenceOfTheCapitals) {
@@ -25,7 +26,7 @@ TEST(WideCompare, DifferenceOfTheCapitals) {
         {1, 0, {0x2540, 0}, {0x2520, 0}, "double width without case"},
     };
     for (const auto &c : cases) {
-        run_on(kCountries[static_cast<std::size_t>(c.country)]);
+        if (!runs_on(kCountries[static_cast<std::size_t>(c.country)])) continue;
         EXPECT_EQ(ww_stricmp(c.a.data(), c.b.data()), c.wanted) << c.why;
         EXPECT_EQ(ww_stricmp(c.b.data(), c.a.data()), -c.wanted) << c.why;
         EXPECT_EQ(wwstrincmp(c.a.data(), c.b.data(), 1) != 0, c.wanted != 0) << c.why << ": an odd size is no bound";

@@ -8,8 +8,8 @@
 #include "registry/key.h"
 #include "registry/link_engine.h"
 #include "registry/values.h"
+#include "settings_folder.h"
 #include "support/process_state.h"
-#include "support/settings_folder.h"
 
 namespace kxstr::registry {
 namespace {
@@ -303,12 +303,6 @@ TEST_F(Links, KeysByPath) {
         EXPECT_EQ(key.access, 0x2001Fu);
     }
     EXPECT_TRUE(CYWKey(0, static_cast<const char *>(nullptr)).is_open());
-    run_on(kWestern);
-    CYWKey nowhere(0, "Software");
-    EXPECT_FALSE(nowhere.is_open());
-    EXPECT_EQ(nowhere.GetLinkEngine(), 0u);
-    EXPECT_EQ(nowhere.link_engine->last_error, platform::kCannotOpen);
-    EXPECT_EQ(nowhere.SetValue("v", kBinary, "x", 1, 1, 0), platform::kBadHandle);
 }
 
 TEST(SearchList, KeepsKeysInOrderAndFindsTheirRuns) {

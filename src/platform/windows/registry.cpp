@@ -21,7 +21,9 @@ std::uint32_t create_key(KeyHandle parent, const char *path, std::uint32_t acces
     DWORD disposition = 0;
     const LSTATUS status = RegCreateKeyExA(to_system(parent), path, 0, nullptr, REG_OPTION_NON_VOLATILE, access,
                                            nullptr, &opened, &disposition);
-    created = status == ERROR_SUCCESS && disposition == REG_CREATED_NEW_KEY;
+    // Wine tells of an empty path, which is the parent itself, that it made it.
+    const bool is_parent = path == nullptr || *path == '\0';
+    created = status == ERROR_SUCCESS && disposition == REG_CREATED_NEW_KEY && !is_parent;
     key = status == ERROR_SUCCESS ? static_cast<KeyHandle>(reinterpret_cast<std::uintptr_t>(opened)) : KeyHandle::null;
     return status_of(status);
 }

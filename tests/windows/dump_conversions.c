@@ -1,12 +1,6 @@
 /* Prints what the real MultiByteToWideChar, WideCharToMultiByte, IsDBCSLeadByteEx, GetLocaleInfo and
  * TranslateCharsetInfo answer. dump_portable.cpp prints the same of the portable platform layer, so that a plain diff
- * shows where the two part. Needs Windows or Wine, so it is not built with the rest:
- *
- *     x86_64-w64-mingw32-gcc -O2 -o dump_conversions.exe tests/platform/windows/dump_conversions.c -lgdi32
- *     pages="437 708 737 ..."
- *     wine dump_conversions.exe $pages | tr -d '\r' > real.txt
- *     cmake --build --preset release --target dump_portable
- *     build/release/dump_portable $pages | diff real.txt -
+ * shows where the two part; compare_conversions.py does it. The arguments are the numbers of code pages.
  *
  * Lines, with all numbers but code pages in hexadecimal:
  *     lead PAGE BYTE                 BYTE is a lead byte

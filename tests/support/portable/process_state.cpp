@@ -1,0 +1,23 @@
+#include "support/process_state.h"
+
+#include <cstdio>
+#include <kxstr/platform.h>
+
+#include "codepage/state.h"
+
+namespace kxstr::test {
+
+bool runs_on(const System &system, const char *registry_path) {
+    KxPlatformSettings settings{system.ansi,     system.oem,      system.double_byte ? 1u : 0u,
+                                system.language, system.keyboard, {}};
+    std::snprintf(settings.registry_path, sizeof settings.registry_path, "%s", registry_path);
+    KxPlatformSet(&settings);
+    codepage::process_state() = {};
+    return true;
+}
+
+void run_on(const System &system, const char *registry_path) {
+    runs_on(system, registry_path);
+}
+
+} // namespace kxstr::test
