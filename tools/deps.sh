@@ -17,6 +17,8 @@ packages_of() {
 
 # Of the compiler behind g++, also before it is installed.
 gcc_version() {
+    # A fresh machine has no lists of packages yet.
+    [ "$(id -u)" != 0 ] || apt-cache show g++ >/dev/null 2>&1 || apt-get update -qq >&2
     apt-cache depends g++ | sed -n 's/.*Depends: g++-\([0-9]*\)$/\1/p' | head -n 1
 }
 

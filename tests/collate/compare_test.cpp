@@ -175,9 +175,10 @@ TEST(CompareByLanguage, ByCode) {
     EXPECT_EQ(KxWS6CmpcollLang(nullptr, ch, nullptr, 0, 0), -1);
 }
 
-// What a caller builds of the values, level by level.
+// What a caller builds of the values, level by level. Signed: on big-endian hosts some versions of the standard library
+// compare only a part of a vector of unsigned numbers.
 struct Keys {
-    std::vector<unsigned> primary, secondary, tertiary;
+    std::vector<int> primary, secondary, tertiary;
 };
 
 Keys keys_of(const String &text, std::uint32_t language, bool case_counts, bool kana_counts) {
@@ -191,7 +192,7 @@ Keys keys_of(const String &text, std::uint32_t language, bool case_counts, bool 
         std::uint8_t tertiary = 0;
         const auto result = getColValues(&position, primary, &secondary, &tertiary, case_counts, before, language);
         before = language >= kJapaneseText ? primary[0] * 256u + primary[1] : primary[0];
-        if (result == 2) keys.primary.push_back(before);
+        if (result == 2) keys.primary.push_back(static_cast<int>(before));
         keys.secondary.push_back(secondary);
         if (language == kGreek) tertiary = 1 - tertiary;
         keys.tertiary.push_back(case_counts ? tertiary : kana_counts ? tertiary & 1u : 0u);
