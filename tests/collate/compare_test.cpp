@@ -195,7 +195,7 @@ Keys keys_of(const String &text, std::uint32_t language, bool case_counts, bool 
         if (result == 2) keys.primary.push_back(static_cast<int>(before));
         keys.secondary.push_back(secondary);
         if (language == kGreek) tertiary = 1 - tertiary;
-        keys.tertiary.push_back(case_counts ? tertiary : kana_counts ? tertiary & 1u : 0u);
+        keys.tertiary.push_back(case_counts ? int{tertiary} : kana_counts ? tertiary & 1 : 0);
     }
     return keys;
 }
