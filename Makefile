@@ -46,6 +46,7 @@ test-windows: build
 	cmake --build --preset windows-x64 -j$(JOBS)
 	cmake --build --preset release -j$(JOBS) --target dump_portable settings
 	tests/windows/run_suite.py build/windows-x64
+	tests/windows/run_tool.py build/windows-x64 build/release
 	tests/windows/compare_conversions.py build/windows-x64 build/release
 	tests/windows/exchange_registry.py build/windows-x64 build/release
 

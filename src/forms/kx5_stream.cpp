@@ -1,4 +1,5 @@
-// The document stream of the KX 5 generation.
+#include "forms/kx5_stream.h"
+
 #include <kxstr/forms.h>
 
 #include "forms/bounded_writer.h"
@@ -95,7 +96,26 @@ template <class ReadPair> auto in_pairs(ReadPair read_pair) noexcept {
     };
 }
 
+// Where the main areas of code pages 936 and 950 begin.
+constexpr unsigned kSimplifiedBase = 0x8200;
+constexpr unsigned kTraditionalBase = 0xA500;
+
+auto in_chinese_pairs(unsigned base) noexcept {
+    return in_pairs([base](std::uint8_t row, std::uint8_t cell) { return chinese_pair(row, cell, base); });
+}
+
 } // namespace
+
+KxChar *read_stream5(const std::uint8_t *source, KxChar *destination, std::uint16_t bytes, Text5 text) noexcept {
+    switch (text) {
+    case Text5::bytes: break;
+    case Text5::pairs: return read_stream(source, destination, bytes, in_pairs(row_pair));
+    case Text5::simplified_pairs: return read_stream(source, destination, bytes, in_chinese_pairs(kSimplifiedBase));
+    case Text5::traditional_pairs: return read_stream(source, destination, bytes, in_chinese_pairs(kTraditionalBase));
+    }
+    return read_stream(source, destination, bytes, [](const std::uint8_t *at) { return character(1, kAsciiSet, *at); });
+}
+
 } // namespace kxstr::forms
 
 using namespace kxstr;
@@ -103,20 +123,14 @@ using namespace kxstr;
 extern "C" {
 
 KxChar *W5dzTowz(const uint8_t *source, KxChar *destination, uint32_t bytes) {
-    const std::uint16_t size = low16(bytes);
-    if (platform::is_double_byte_system()) {
-        return forms::read_stream(source, destination, size, forms::in_pairs(forms::row_pair));
-    }
-    return forms::read_stream(source, destination, size,
-                              [](const std::uint8_t *at) { return forms::character(1, kAsciiSet, *at); });
+    const auto text = platform::is_double_byte_system() ? forms::Text5::pairs : forms::Text5::bytes;
+    return forms::read_stream5(source, destination, low16(bytes), text);
 }
 
 KxChar *lW5CdzTowz(const uint8_t *source, KxChar *destination, uint32_t bytes, uint32_t selector) {
-    // Where the main areas of code pages 950 and 936 begin.
-    const unsigned base = static_cast<std::uint8_t>(selector) == 0x83 ? 0xA500 : 0x8200;
-    return forms::read_stream(source, destination, low16(bytes), forms::in_pairs([base](auto row, auto cell) {
-                                  return forms::chinese_pair(row, cell, base);
-                              }));
+    const bool traditional = static_cast<std::uint8_t>(selector) == 0x83;
+    const auto text = traditional ? forms::Text5::traditional_pairs : forms::Text5::simplified_pairs;
+    return forms::read_stream5(source, destination, low16(bytes), text);
 }
 
 uint8_t *WwzTo5dz(const KxChar *source, uint8_t *destination, uint32_t bytes) {

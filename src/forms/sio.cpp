@@ -83,14 +83,14 @@ std::uint16_t stream_to_sio(std::uint8_t *destination, const std::uint8_t *sourc
     return static_cast<std::uint16_t>(out.finish());
 }
 
-std::uint16_t string_to_sio(std::uint8_t *destination, const KxChar *source, std::uint16_t count,
-                            std::uint32_t flags) noexcept {
+std::uint16_t string_to_sio(std::uint8_t *destination, const KxChar *source, std::uint16_t count, std::uint32_t flags,
+                            bool double_byte_system) noexcept {
     if (count == 0) return 0;
     const TemporaryBuffer<KxChar> stripped(length_of(source) + 1);
     if (stripped.get() == nullptr) return 0;
-    const std::size_t length = strip_string(stripped.get(), source, characters_by_bytes(count), flags);
+    const std::size_t length =
+        strip_string(stripped.get(), source, characters_by_bytes(count), flags, double_byte_system);
     const std::uint8_t tab = (flags & KX_TABS_AS_FE) != 0 ? kSioOtherTab : kSioTab;
-    const bool double_byte_system = platform::is_double_byte_system();
     ByteWriter out(destination, count - 1u);
     for (std::size_t i = 0; i < length && out.has_room(); ++i)
         if (!put_unit(out, stripped.get()[i], tab, double_byte_system)) break;
@@ -108,6 +108,6 @@ uint16_t TpiKxToKxsioBuff(uint8_t *destination, const uint8_t *source, uint32_t 
 }
 
 uint16_t TpiKxwzToKxsioBuff(uint8_t *destination, const KxChar *source, uint32_t count, uint32_t flags) {
-    return forms::string_to_sio(destination, source, low16(count), flags);
+    return forms::string_to_sio(destination, source, low16(count), flags, platform::is_double_byte_system());
 }
 }

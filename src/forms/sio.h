@@ -12,7 +12,7 @@ namespace kxstr::forms {
 std::uint16_t stream_to_sio(std::uint8_t *destination, const std::uint8_t *source, std::uint16_t count,
                             std::uint32_t flags) noexcept;
 // Gives 0 and writes nothing when there is no memory for a temporary buffer.
-std::uint16_t string_to_sio(std::uint8_t *destination, const KxChar *source, std::uint16_t count,
-                            std::uint32_t flags) noexcept;
+std::uint16_t string_to_sio(std::uint8_t *destination, const KxChar *source, std::uint16_t count, std::uint32_t flags,
+                            bool double_byte_system) noexcept;
 
 } // namespace kxstr::forms

@@ -69,8 +69,8 @@ std::size_t strip_stream(std::uint8_t *destination, const std::uint8_t *source, 
     return out.finish();
 }
 
-std::size_t strip_string(KxChar *destination, const KxChar *source, std::size_t room, std::uint32_t flags) noexcept {
-    const bool double_byte_system = platform::is_double_byte_system();
+std::size_t strip_string(KxChar *destination, const KxChar *source, std::size_t room, std::uint32_t flags,
+                         bool double_byte_system) noexcept {
     KxWriter out(destination, room);
     for (; out.has_room() && *source != 0; ++source) {
         const KxChar kept = kept_unit(*source, flags, double_byte_system);
@@ -93,7 +93,8 @@ uint32_t TpiKxDocStripBuff(uint8_t *destination, const uint8_t *source, uint32_t
 
 uint32_t TpiKxLongStripBuff(KxChar *destination, const KxChar *source, int32_t count, uint32_t flags) {
     if (count == 0) return 0;
-    const std::size_t characters = forms::strip_string(destination, source, forms::characters_by_bytes(count), flags);
+    const std::size_t characters = forms::strip_string(destination, source, forms::characters_by_bytes(count), flags,
+                                                       platform::is_double_byte_system());
     return static_cast<uint32_t>(2 * characters + 2);
 }
 }

@@ -30,8 +30,9 @@ constexpr bool is_attribute(KxChar ch) noexcept {
 // `room`: bytes before the terminator.
 std::size_t strip_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
                          std::uint32_t flags) noexcept;
-// `room` and result: characters.
-std::size_t strip_string(KxChar *destination, const KxChar *source, std::size_t room, std::uint32_t flags) noexcept;
+// `room` and result: characters. East Asian characters are some on double-byte systems only.
+std::size_t strip_string(KxChar *destination, const KxChar *source, std::size_t room, std::uint32_t flags,
+                         bool double_byte_system) noexcept;
 
 // The characters that a byte count stands for, which includes a terminator that it need not leave room for: half of
 // it, rounded down.

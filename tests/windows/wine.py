@@ -8,17 +8,21 @@ WINE = "wine"
 SETTINGS = "HKEY_CURRENT_USER\\Software\\Norvane"  # all that the library stores
 
 
-def run(build, locale, *program, timeout=300):
-    """The finished process; its output as bytes."""
-    build = pathlib.Path(build).resolve()
+def environment(build, locale):
+    """What makes a program started by WINE run on the system of a locale."""
     target = build / "locales" / f"{locale}.UTF-8"
     if not target.exists():
         target.parent.mkdir(exist_ok=True)
         subprocess.run(["localedef", "-i", locale, "-f", "UTF-8", target], check=True)
-    environment = {name: os.environ[name] for name in ("PATH", "HOME", "USER") if name in os.environ}
-    environment |= {"LOCPATH": str(build / "locales"), "WINEPREFIX": str(build / "wineprefix"), "WINEDEBUG": "-all",
-                    "DISPLAY": "", "LC_ALL": f"{locale}.UTF-8"}
-    return subprocess.run([WINE, *program], cwd=build, env=environment, stdin=subprocess.DEVNULL,
+    kept = {name: os.environ[name] for name in ("PATH", "HOME", "USER") if name in os.environ}
+    return kept | {"LOCPATH": str(build / "locales"), "WINEPREFIX": str(build / "wineprefix"), "WINEDEBUG": "-all",
+                   "DISPLAY": "", "LC_ALL": f"{locale}.UTF-8"}
+
+
+def run(build, locale, *program, timeout=300):
+    """The finished process; its output as bytes."""
+    build = pathlib.Path(build).resolve()
+    return subprocess.run([WINE, *program], cwd=build, env=environment(build, locale), stdin=subprocess.DEVNULL,
                           capture_output=True, timeout=timeout, check=False)
 
 

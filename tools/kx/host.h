@@ -36,7 +36,4 @@ struct RegularFile {
 std::optional<RegularFile> regular_file(int descriptor);
 std::optional<RegularFile> regular_file(const char *path);
 
-// Lets the library see a system of this ANSI code page. Windows stays what it is: its answers cannot be replaced.
-void become_system(std::uint32_t ansi_code_page, bool double_byte);
-
 } // namespace kx::host

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <kxstr/platform.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -62,14 +61,6 @@ std::optional<RegularFile> regular_file(int descriptor) {
 std::optional<RegularFile> regular_file(const char *path) {
     struct stat status {};
     return regular_file(::stat(path, &status), status);
-}
-
-void become_system(std::uint32_t ansi_code_page, bool double_byte) {
-    KxPlatformSettings settings;
-    KxPlatformGet(&settings);
-    settings.ansi_code_page = ansi_code_page;
-    settings.double_byte = double_byte ? 1 : 0;
-    KxPlatformSet(&settings);
 }
 
 } // namespace kx::host

@@ -80,6 +80,4 @@ std::optional<RegularFile> regular_file(const char *path) {
     return found;
 }
 
-void become_system(std::uint32_t, bool) {}
-
 } // namespace kx::host

@@ -6,6 +6,8 @@
 
 #include "coders.h"
 #include "forms/code_size.h"
+#include "forms/kx5_stream.h"
+#include "forms/sio.h"
 #include "forms/strip.h"
 #include "frame/bytes.h"
 #include "stream_codes.h"
@@ -82,7 +84,6 @@ class Stream5Decoder final : public Decoder {
     }
 
     Result decode(const Chunk &chunk, Units &units) override {
-        become_host(page_);
         std::size_t at = 0;
         while (at < chunk.bytes.size()) {
             if (chunk.bytes[at] == 0) return end_of_stream(chunk, at);
@@ -111,6 +112,14 @@ class Stream5Decoder final : public Decoder {
         return is_double_byte(page_) && kFirstRow <= first && first <= kLastRow ? kPairSize : 1;
     }
 
+    static forms::Text5 text_of(const Page &page) {
+        switch (page.windows_number) {
+        case 936: return forms::Text5::simplified_pairs;
+        case 950: return forms::Text5::traditional_pairs;
+        default: return is_double_byte(page) ? forms::Text5::pairs : forms::Text5::bytes;
+        }
+    }
+
     static bool is_sound(std::span<const std::uint8_t> code) {
         const std::uint8_t first = code[0];
         if (first == kExtended5 || is_attribute(first)) return code.back() == first;
@@ -122,12 +131,7 @@ class Stream5Decoder final : public Decoder {
         std::array<std::uint8_t, 5> stream{};
         std::copy(code.begin(), code.end(), stream.begin());
         std::array<KxChar, 2> text{};
-        constexpr std::uint32_t bytes = sizeof text;
-        switch (page_.windows_number) {
-        case 936: lW5CdzTowz(stream.data(), text.data(), bytes, 0); break;
-        case 950: lW5CdzTowz(stream.data(), text.data(), bytes, 0x83); break;
-        default: W5dzTowz(stream.data(), text.data(), bytes); break;
-        }
+        forms::read_stream5(stream.data(), text.data(), sizeof text, text_of(page_));
         const KxChar ch = text[0];
         if (ch == 0) return;
         std::array<KxChar, 2> renumbered{ch};
@@ -203,13 +207,12 @@ bool write_stream5(KxChar ch, const Page &page, Bytes &bytes) {
     return true;
 }
 
-bool write_sio(KxChar ch, const Page &page, Bytes &bytes) {
+bool write_sio(KxChar ch, const Page &, Bytes &bytes) {
     constexpr std::uint32_t flags =
         KX_KEEP_ATTRIBUTES | KX_KEEP_HARD_ENDS | KX_KEEP_SOFT_ENDS | KX_HYPHENS_AS_TEXT | KX_KEEP_TABS;
     const KxChar text[]{ch, 0};
     std::array<std::uint8_t, 8> sio{};
-    become_double_byte_host(page);
-    std::size_t size = TpiKxwzToKxsioBuff(sio.data(), text, sio.size(), flags);
+    std::size_t size = forms::string_to_sio(sio.data(), text, sio.size(), flags, kDoubleByteSystem);
     // An attribute counts as three, though it may have one or two bytes.
     if (forms::is_attribute(ch) && size == 3) size = 2;
     bytes.insert(bytes.end(), sio.begin(), sio.begin() + static_cast<std::ptrdiff_t>(size));

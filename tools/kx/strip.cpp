@@ -45,11 +45,9 @@ constexpr Usage kUsageText{
 // Strips code by code, so that each character is known by its place.
 class StripDecoder final : public Decoder {
   public:
-    StripDecoder(std::uint32_t flags, const Page &page, bool with_codes)
-        : flags_(flags), page_(page), with_codes_(with_codes) {}
+    StripDecoder(std::uint32_t flags, bool with_codes) : flags_(flags), with_codes_(with_codes) {}
 
     Result decode(const Chunk &chunk, Units &units) override {
-        become_double_byte_host(page_);
         std::size_t at = 0;
         while (at < chunk.bytes.size()) {
             if (chunk.bytes[at] == 0) return end_of_stream(chunk, at);
@@ -78,14 +76,13 @@ class StripDecoder final : public Decoder {
         if (!unit) return std::nullopt;
         // An extended character may be a code of KX text, such as a tab.
         std::array<KxChar, 2> text{*unit};
-        constexpr std::int32_t text_bytes = sizeof text;
-        if (TpiKxLongStripBuff(text.data(), text.data(), text_bytes, flags_) < sizeof text) return std::nullopt;
+        if (kxstr::forms::strip_string(text.data(), text.data(), 1, flags_, kDoubleByteSystem) == 0)
+            return std::nullopt;
         if (kxstr::forms::is_attribute(text[0]) && !with_codes_) return std::nullopt;
         return text[0];
     }
 
     std::uint32_t flags_;
-    Page page_;
     bool with_codes_;
     std::vector<std::uint8_t> code_;
 };
@@ -128,7 +125,7 @@ int run_strip(int argc, char **argv) {
     if (parsed.stop) return parsed.status;
     request.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
     const TextPages pages = pages_of(request, host_page());
-    auto decoder = std::make_unique<StripDecoder>(flags, pages.text, is_kx_form(*request.to));
+    auto decoder = std::make_unique<StripDecoder>(flags, is_kx_form(*request.to));
     return run_text(kUsageText, request, pages, nullptr, std::move(decoder));
 }
 

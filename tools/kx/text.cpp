@@ -8,7 +8,6 @@
 #include "codepage/double_byte.h"
 #include "codepage/state.h"
 #include "frame/kx_char.h"
-#include "host.h"
 #include "platform/system.h"
 #include "unicode/map.h"
 
@@ -20,18 +19,6 @@ using kxstr::kNone;
 using kxstr::set_of;
 
 constexpr std::array<std::uint32_t, 4> kDoubleBytePages{932, 949, 936, 950};
-
-// Double-byte codes convert whatever the locale: a converter names its code pages.
-constexpr bool kDoubleByteSystem = true;
-
-void set_host(std::uint32_t ansi_code_page, bool double_byte) {
-    static std::uint32_t current_page = 0;
-    static bool current_double_byte = false;
-    if (current_page == ansi_code_page && current_double_byte == double_byte) return;
-    current_page = ansi_code_page;
-    current_double_byte = double_byte;
-    host::become_system(ansi_code_page, double_byte);
-}
 
 KxCodePage descriptor_of(const Page &page) {
     KxCodePage descriptor{};
@@ -134,14 +121,6 @@ std::uint16_t letter_of_form(const Page &text_page, KxChar ch, std::uint16_t for
 }
 
 } // namespace
-
-void become_host(const Page &page) {
-    set_host(page.windows_number, is_double_byte(page));
-}
-
-void become_double_byte_host(const Page &page) {
-    set_host(page.windows_number, true);
-}
 
 Page page_of_kx_number(std::uint32_t number) {
     return {number, WcvtKXCodepageToWinCodepage(number)};

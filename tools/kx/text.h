@@ -22,10 +22,8 @@ Page page_of_windows_number(std::uint32_t number);
 // The ANSI code page of the system.
 Page host_page();
 
-// The library asks the system for lead bytes and for what it takes as characters, so the page at hand becomes the
-// system's. The second makes East Asian characters known whatever the page.
-void become_host(const Page &page);
-void become_double_byte_host(const Page &page);
+// East Asian characters are some whatever the system: a converter names its code pages.
+inline constexpr bool kDoubleByteSystem = true;
 
 // Puts a country (1 to 4, or 0 for none) in the place of the system's, which the library asks for once and keeps.
 void settle_country(std::uint8_t id);
