@@ -16,13 +16,13 @@ using namespace std::string_literals;
 
 class SystemRegistry : public ::testing::Test {
   protected:
-    SystemRegistry() { use(kWestern); }
     void use(const System &system) { run_on(system, folder_.file().c_str()); }
 
     SettingsFolder folder_;
 };
 
 TEST_F(SystemRegistry, KeysAndHandles) {
+    use(kWestern);
     KeyHandle key = kUsers;
     bool created = true;
     EXPECT_EQ(open_key(kCurrentUser, "Software\\K", kReadAndWrite, key), kNotFound);
@@ -59,6 +59,7 @@ TEST_F(SystemRegistry, KeysAndHandles) {
 }
 
 TEST_F(SystemRegistry, RootsAreApart) {
+    use(kWestern);
     for (const KeyHandle root : {kClassesRoot, kCurrentUser, kLocalMachine, kUsers}) {
         EXPECT_EQ(get("v", root), "status 2");
         EXPECT_EQ(set_bytes("v", "x", root), kSuccess);
@@ -66,6 +67,7 @@ TEST_F(SystemRegistry, RootsAreApart) {
 }
 
 TEST_F(SystemRegistry, QueriesTellTypeAndSizeBeforeAnythingElse) {
+    use(kWestern);
     folder_.write("[HKEY_CURRENT_USER]\n\"v\"=hex(80000002):01,02,03\n");
     std::uint32_t type = 0;
     std::uint32_t size = 99;
@@ -84,6 +86,7 @@ TEST_F(SystemRegistry, QueriesTellTypeAndSizeBeforeAnythingElse) {
 }
 
 TEST_F(SystemRegistry, StringsCrossInTheAnsiCodePage) {
+    use(kWestern);
     const std::string text = "\xE9\x80\x81\0"s; // e acute, euro, a byte that is no character
     const char name[] = "\xC4";
     ASSERT_EQ(set_text(name, text), kSuccess);
