@@ -1,0 +1,11 @@
+# Cross-build for Windows with Debian's mingw-w64; the files beside this one name the processor.
+set(CMAKE_SYSTEM_NAME Windows)
+set(mingw_target ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32)
+set(CMAKE_C_COMPILER ${mingw_target}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${mingw_target}-g++-posix)
+set(CMAKE_RC_COMPILER ${mingw_target}-windres)
+set(CMAKE_FIND_ROOT_PATH /usr/${mingw_target})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
