@@ -7,7 +7,8 @@
 
 namespace kxstr::platform {
 
-// A byte that is no character stands for the unit of the same number, and comes back as that byte.
+// A byte that is no character stands for a unit of its own (outside Windows the one of the same number), and comes back
+// as that byte.
 std::u16string ansi_to_wide(std::string_view bytes);
 // A unit that the code page lacks becomes a question mark.
 std::string wide_to_ansi(std::u16string_view units);

@@ -56,7 +56,8 @@ void release_address_space(void *start, std::size_t size) noexcept; // `size` as
 // ---- Atoms: a number for a short text, the same for texts that differ only in case ----
 
 // AddAtomA: 0xC000 and up; each call counts one use. 0 for null, an empty text, one of more than 255 bytes, or when
-// there is no room (16,384 texts at once).
+// there is no room (16,384 texts at once). `#` and a decimal number is the atom of that number, 1 to 0xBFFF, which is
+// there always; 0 for 0 and 0xC000 to 0xFFFF.
 std::uint16_t add_atom(const char *text) noexcept;
 void delete_atom(std::uint16_t atom) noexcept; // DeleteAtom: ends one use
 

@@ -127,6 +127,14 @@ TEST(Atoms, EqualForTextsThatDifferInCaseOnly) {
     EXPECT_EQ(add_atom(nullptr), 0);
     EXPECT_EQ(add_atom(""), 0);
     EXPECT_EQ(add_atom(std::string(256, 'x').c_str()), 0);
+    EXPECT_EQ(add_atom("#5"), 5) << "by its number";
+    EXPECT_EQ(add_atom("#0"), 0);
+    EXPECT_EQ(add_atom("#49151"), 0xBFFF);
+    EXPECT_EQ(add_atom("#49152"), 0);
+    delete_atom(5);
+    const std::uint16_t no_number = add_atom("#5a");
+    EXPECT_GE(no_number, 0xC000);
+    delete_atom(no_number);
 
     std::vector<std::uint16_t> all;
     for (int i = 0; i <= 0x4000; ++i)

@@ -1,8 +1,11 @@
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/ansi_text.h"
 #include "platform/system.h"
@@ -36,12 +39,23 @@ Atoms &atoms() {
     return all;
 }
 
+// The atom that `#` and a decimal number name; nothing for other texts.
+std::optional<std::uint16_t> numbered_atom(std::string_view text) noexcept {
+    const std::string_view digits = text.substr(1);
+    if (text[0] != '#' || digits.empty() || digits.find_first_not_of("0123456789") != digits.npos) return std::nullopt;
+    std::uint32_t number = 0;
+    for (const char digit : digits)
+        number = std::min(number * 10 + static_cast<std::uint32_t>(digit - '0'), std::uint32_t{kFirstAtom});
+    return static_cast<std::uint16_t>(number == kFirstAtom ? 0 : number);
+}
+
 } // namespace
 
 std::uint16_t add_atom(const char *text) noexcept try {
     if (text == nullptr) return 0;
     const std::size_t length = strnlen(text, kMaxLength + 1);
     if (length == 0 || length > kMaxLength) return 0;
+    if (const auto numbered = numbered_atom({text, length})) return *numbered;
     Atoms &all = atoms();
     const std::lock_guard guard(all.mutex);
     std::u16string key = upper_case(ansi_to_wide({text, length}));

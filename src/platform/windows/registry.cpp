@@ -52,6 +52,7 @@ std::uint32_t query_value(KeyHandle key, const char *name, std::uint32_t *type, 
 
 std::uint32_t set_value(KeyHandle key, const char *name, std::uint32_t type, const void *data,
                         std::uint32_t size) noexcept {
+    if (data == nullptr && size != 0) return kBadParameter; // Wine reads it all the same
     return status_of(RegSetValueExA(to_system(key), name, 0, type, static_cast<const BYTE *>(data), size));
 }
 
