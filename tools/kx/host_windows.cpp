@@ -9,6 +9,10 @@
 
 #include "platform/windows/windows.h"
 
+// Makes the runtime replace patterns such as *.txt by the names of files, as shells do elsewhere.
+extern "C" int _dowildcard;
+int _dowildcard = -1;
+
 namespace kx::host {
 namespace {
 

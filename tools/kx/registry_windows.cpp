@@ -19,7 +19,7 @@ std::vector<std::string> keys_below(const std::string &path) {
     kxstr::platform::KeyHandle opened{};
     if (kxstr::platform::open_key(kxstr::platform::kCurrentUser, below_root.c_str(), KEY_READ, opened) != 0) return {};
     std::vector<std::string> names;
-    char name[256];
+    char name[512]; // at most 255 characters
     DWORD size = sizeof name;
     for (DWORD index = 0; RegEnumKeyExA(reinterpret_cast<HKEY>(opened), index, name, &size, nullptr, nullptr, nullptr,
                                         nullptr) == ERROR_SUCCESS;
