@@ -9,7 +9,11 @@ packages_of() {
     windows) echo "cmake make python3 binutils g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
     wine) echo "wine wine64 googletest locales" ;;
     # Not g++-multilib, which excludes all cross compilers; it only adds a link to the headers in /usr/include/asm.
-    32) echo "cmake make python3 g++ g++-$(gcc_version)-multilib googletest qemu-user" ;;
+    32)
+        version=$(gcc_version)
+        [ -n "$version" ] || { echo "No lists of packages here; run apt-get update first." >&2 && exit 1; }
+        echo "cmake make python3 g++ g++-$version-multilib googletest qemu-user"
+        ;;
     be) echo "cmake make python3 g++-s390x-linux-gnu googletest qemu-user" ;;
     *) echo "deps.sh: no group '$1'" >&2 && exit 2 ;;
     esac
