@@ -1,5 +1,5 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
-.PHONY: all build demo test test-asan torture windows lint bench clean deps tables
+.PHONY: all build demo test test-asan test-windows test-32 test-be torture windows lint bench clean deps tables
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
@@ -45,10 +45,7 @@ test-windows: build
 	cmake --preset windows-x64 -DKXSTR_TESTS=ON
 	cmake --build --preset windows-x64 -j$(JOBS)
 	cmake --build --preset release -j$(JOBS) --target dump_portable settings
-	tests/windows/run_suite.py build/windows-x64
-	tests/windows/run_tool.py build/windows-x64 build/release
-	tests/windows/compare_conversions.py build/windows-x64 build/release
-	tests/windows/exchange_registry.py build/windows-x64 build/release
+	tests/windows/run_all.py build/windows-x64 build/release
 
 # The same tests in a 32-bit process.
 test-32:

@@ -1,25 +1,33 @@
-#!/usr/bin/env python3
-"""exchange_registry.py WINDOWS_BUILD PORTABLE_BUILD: settings go from Windows to the portable build by the registry
-editor's export, and back by its import."""
+"""Settings go from Windows to the portable build by the registry editor's export, and back by its import."""
 import os
 import pathlib
 import subprocess
-import sys
 import tempfile
 
-import wine
+from wine import SETTINGS
 
 LOCALE = "en_US"
-KEY = wine.SETTINGS + "\\Conversions\\21\\CodePageData\\EN"
+KEY = SETTINGS + "\\Conversions\\21\\CodePageData\\EN"
 
 
-def main():
-    windows, portable = (pathlib.Path(build).resolve() for build in sys.argv[1:])
+class Difference(Exception):
+    pass
 
+
+def check(wine, portable):
+    try:
+        exchange(wine, portable)
+    except Difference as difference:
+        print(difference)
+        return False
+    return True
+
+
+def exchange(wine, portable):
     def under_wine(*program):
-        result = wine.run(windows, LOCALE, *program)
+        result = wine.run(LOCALE, *program)
         if result.returncode != 0:
-            sys.exit(f"{program}: exit status {result.returncode}\n{result.stderr.decode(errors='replace')}")
+            raise Difference(f"{program}: exit status {result.returncode}\n{result.stderr.decode(errors='replace')}")
         return result.stdout.decode("ascii", errors="replace").strip()
 
     def portably(file, program, *arguments):
@@ -33,18 +41,18 @@ def main():
 
     def export_into(file):
         file.unlink(missing_ok=True)
-        under_wine("regedit", "/E", f"Z:{file}", wine.SETTINGS)
+        under_wine("regedit", "/E", f"Z:{file}", SETTINGS)
         return file
 
     def expect(what, got, wanted):
         if got != wanted:
-            sys.exit(f"{what}: {got!r}, but {wanted!r} was expected")
+            raise Difference(f"{what}: {got!r}, but {wanted!r} was expected")
         print(f"{what}: {got if isinstance(got, str) else f'{len(got)} lines alike'}")
 
     with tempfile.TemporaryDirectory() as folder:
         exported, ours = pathlib.Path(folder) / "exported.reg", pathlib.Path(folder) / "ours.reg"
 
-        wine.forget_settings(windows, LOCALE)
+        wine.forget_settings()
         under_wine("./settings.exe", "1251")
         expect("Windows by its own settings", under_wine("./settings.exe"), "437 1251")
         expect("the export's first bytes", export_into(exported).read_bytes()[:2].hex(), "fffe")
@@ -53,7 +61,7 @@ def main():
         portably(ours, "settings", "1250")
         portably(ours, "kx", "registry", "set", "-t", "codepage", KEY, "DOS Code Page", "852")
         portably(ours, "kx", "registry", "set", KEY, "a \\ \"name\"", "a text")
-        wine.forget_settings(windows, LOCALE)
+        wine.forget_settings()
         under_wine("regedit", f"Z:{ours}")
         expect("Windows by our file", under_wine("./settings.exe"), "852 1250")
         expect("our file exported again", shown(export_into(exported)), shown(ours))
@@ -64,8 +72,3 @@ def main():
         as_utf16.write_bytes(("\ufeff" + ours.read_text(encoding="utf-8")).encode("utf-16-le"))
         under_wine("regedit", f"Z:{as_utf16}")
         expect("our file as UTF-16 exported again", shown(export_into(exported)), shown(ours))
-    return 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())

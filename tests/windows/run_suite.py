@@ -1,25 +1,20 @@
-#!/usr/bin/env python3
-"""run_suite.py BUILD: runs the tests of a Windows build under Wine, once on each system that they know.
+"""Runs the tests of a Windows build under Wine, once on each system that they know.
 
 Fails when a test fails, and when a test found none of the systems that it wants on any of the runs."""
 import json
-import pathlib
-import sys
-
-import wine
 
 LOCALES = ["en_US", "ja_JP", "ko_KR", "zh_TW", "zh_CN", "ar_SA", "he_IL", "ru_RU"]
 
 
-def run_suite(build, locale):
-    """Runs all tests; gives (tests that ran, tests that found no system of theirs, tests that failed)."""
-    report = build / f"tests_{locale}.json"
+def run_suite(wine, locale):
+    """Runs all tests; gives (tests that ran, tests that found no system of theirs, messages by test that failed)."""
+    report = wine.build / f"tests_{locale}.json"
     report.unlink(missing_ok=True)
-    wine.forget_settings(build, locale)
-    result = wine.run(build, locale, "./kxstr_tests.exe", f"--gtest_output=json:{report.name}", timeout=1800)
+    wine.forget_settings(locale)
+    result = wine.run(locale, "./kxstr_tests.exe", f"--gtest_output=json:{report.name}", timeout=1800)
     if not report.exists():
-        sys.exit(f"{locale}: the tests did not come to their end, exit status {result.returncode}\n"
-                 f"{result.stdout.decode(errors='replace')}")
+        return set(), set(), {"the program": [f"exit status {result.returncode} before its end",
+                                              result.stdout.decode(errors="replace")]}
     ran, elsewhere, failed = set(), set(), {}
     for suite in json.loads(report.read_text(encoding="utf-8", errors="replace"))["testsuites"]:
         for test in suite["testsuite"]:
@@ -33,11 +28,10 @@ def run_suite(build, locale):
     return ran, elsewhere, failed
 
 
-def main():
-    build = pathlib.Path(sys.argv[1]).resolve()
+def check(wine, _portable):
     ran_somewhere, known, faults = set(), set(), False
     for locale in LOCALES:
-        ran, elsewhere, failed = run_suite(build, locale)
+        ran, elsewhere, failed = run_suite(wine, locale)
         print(f"{locale}: {len(ran)} tests ran, {len(elsewhere)} want other systems, {len(failed)} failed", flush=True)
         for name, messages in failed.items():
             print("\n".join([f"{locale}: {name} failed", *messages[:3]]))
@@ -47,8 +41,4 @@ def main():
     for name in sorted(known - ran_somewhere):
         print(f"ran nowhere: {name}")
     print(f"{len(ran_somewhere)} of {len(known)} tests ran on at least one system")
-    return 1 if faults or known != ran_somewhere or not known else 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())
+    return bool(known) and known == ran_somewhere and not faults

@@ -1,30 +1,35 @@
-#!/usr/bin/env python3
-"""run_tool.py WINDOWS_BUILD PORTABLE_BUILD: the demo with kx.exe tells what it tells with the portable tool."""
+"""The demo with kx.exe tells what it tells with the portable tool, and the tool sorts alike."""
+import os
 import pathlib
 import subprocess
-import sys
 
-import wine
+from wine import WINE
 
-DEMO = pathlib.Path(__file__).resolve().parents[2] / "examples" / "demo.sh"
-
-
-def demo(tool, environment=None):
-    return subprocess.run([DEMO, tool], capture_output=True, env=environment, check=False, timeout=600)
+EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
+SORT = ("sort", "-l", "CS", "-f", "852", EXAMPLES / "texts" / "czech-852.txt")
 
 
-def main():
-    windows, portable = (pathlib.Path(build).resolve() for build in sys.argv[1:])
-    starter = windows / "kx-under-wine"
-    starter.write_text(f'#!/bin/sh\nexec {wine.WINE} "{windows}/kx.exe" "$@"\n', encoding="utf-8")
+def run(*command, environment=None):
+    result = subprocess.run(command, capture_output=True, env=environment, check=False, timeout=600)
+    return result.returncode, result.stdout, result.stderr
+
+
+def check(wine, portable):
+    # The demo starts the tool by one name.
+    starter = wine.build / "kx-under-wine"
+    starter.write_text(f'#!/bin/sh\nexec {WINE} "{wine.build}/kx.exe" "$@"\n', encoding="utf-8")
     starter.chmod(0o755)
-    real, ours = demo(starter, wine.environment(windows, "en_US")), demo(portable / "kx")
-    told = real.stdout.replace(bytes(starter), bytes(portable / "kx"))  # the demo names the tool at its end
-    if (real.returncode, told) != (0, ours.stdout) or ours.returncode != 0:
-        sys.exit(f"the demos differ:\n{(real.stdout + real.stderr).decode(errors='replace')}")
-    print(f"the demo with kx.exe: {len(told.splitlines())} lines alike")
-    return 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())
+    ours = portable / "kx"
+    alike = True
+    for command in ((EXAMPLES / "demo.sh", "KX"), ("KX", *SORT)):
+        on_windows, here = (
+            run(*(tool if word == "KX" else word for word in command), environment=environment)
+            for tool, environment in ((starter, wine.environment("en_US")), (ours, os.environ | {"LC_ALL": "C"})))
+        told = on_windows[1].replace(bytes(starter), bytes(ours))  # the demo names the tool at its end
+        same = (on_windows[0], told) == (0, here[1]) and here[0] == 0
+        print(f"{command[0] if command[0] != 'KX' else 'kx sort'}: {len(told.splitlines())} lines "
+              f"{'alike' if same else 'that differ'}")
+        if not same:
+            print((on_windows[1] + on_windows[2]).decode(errors="replace"))
+        alike &= same
+    return alike
