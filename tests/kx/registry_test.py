@@ -1,67 +1,76 @@
 #!/usr/bin/env python3
 """registry_test.py KX: runs `kx registry` and `kx codepages` as a user does."""
-import os
 import pathlib
-import subprocess
-import sys
 import tempfile
 import unittest
 
-KX = ""
-ROOT = "HKEY_CURRENT_USER\\Software\\"
-FRENCH = ROOT + "Norvane\\Conversions\\21\\CodePageData\\FR"
-HAND_MADE = "Windows Registry Editor Version 5.00\r\n; mine\r\n[HKEY_USERS\\K]\r\n\"v\" = hex:01 ; one\r\n"
+from kx_tool import KxTest, environment
+
+HEADER = "Windows Registry Editor Version 5.00\r\n"
+SOFTWARE = "HKEY_CURRENT_USER\\Software\\"
+FRENCH = SOFTWARE + "Norvane\\Conversions\\21\\CodePageData\\FR"
 
 
-class Registry(unittest.TestCase):
+class Registry(KxTest):
     def setUp(self):
-        self.folder = tempfile.TemporaryDirectory()
-        self.addCleanup(self.folder.cleanup)
-        self.file = pathlib.Path(self.folder.name) / "kxstr" / "registry.reg"
+        self.settings = {"XDG_CONFIG_HOME": self.enterContext(tempfile.TemporaryDirectory())}
+        self.file = pathlib.Path(self.settings["XDG_CONFIG_HOME"]) / "kxstr" / "registry.reg"
 
-    def kx(self, *arguments, status=0, **settings):
-        kept = {name: value for name, value in os.environ.items() if not name.startswith(("KX_", "LC_", "LANG"))}
-        result = subprocess.run([KX, *arguments], capture_output=True, check=False, timeout=60,
-                                env=kept | {"XDG_CONFIG_HOME": self.folder.name, "LC_ALL": "C"} | settings)
-        self.assertEqual(result.returncode, status, result.stderr.decode())
-        self.assertEqual(bool(result.stderr), status != 0, "a failure, and nothing else, is explained")
-        return result.stdout.decode()
+    def write(self, text):
+        self.file.parent.mkdir(exist_ok=True)
+        self.file.write_bytes((HEADER + text).encode())
+
+    def kx(self, *arguments, **settings):
+        return self.output(*arguments, **self.settings | settings).decode()
+
+    def refused(self, *arguments, message="", status=1, output=b"", **settings):
+        self.assert_fails(*arguments, message=message, status=status, output=output,
+                          env=environment(**self.settings | settings))
 
     def test_values_of_all_types_come_back(self):
-        for kind, value, stored in (("text", 'né "a\\b"', '"né \\"a\\\\b\\""'), ("dword", "4294967295", "dword:ffffffff"),
-                                    ("codepage", "1250", "hex(80000002):e2,04"), ("hex", "00 ff", "hex:00,ff"),
-                                    ("link", "<v>", "hex(80000008):3c,00,76,00,3e,00,00,00")):
-            self.kx("registry", "set", "-t", kind, ROOT + "K", kind, value)
+        for kind, value, stored in (
+            ("text", 'né "a\\b"', '"né \\"a\\\\b\\""'), ("dword", "4294967295", "dword:ffffffff"),
+            ("codepage", "1250", "hex(80000002):e2,04"), ("hex", "00 ff", "hex:00,ff"),
+            ("link", "<v>", "hex(80000008):3c,00,76,00,3e,00,00,00"),
+        ):
+            self.kx("registry", "set", "-t", kind, SOFTWARE + "K", kind, value)
             self.assertIn(f'"{kind}"={stored}\n', self.file.read_text(encoding="utf-8"))
-            self.assertEqual(self.kx("registry", "get", ROOT.lower() + "k\\", kind.upper()), value + "\n")
+            self.assertEqual(self.kx("registry", "get", SOFTWARE.lower() + "k\\", kind.upper()), value + "\n")
         self.assertEqual(self.kx("registry", "show"), self.file.read_text(encoding="utf-8"))
-        self.assertEqual(self.kx("registry", "show", "HKEY_USERS", status=1), "")
+        other = str(self.file) + ".other"
+        self.kx("registry", "-f", other, "set", "HKEY_USERS", "", "other")
+        self.assertEqual(self.kx("registry", "-f", other, "get", "HKEY_USERS", ""), "other\n")
 
-    def test_only_what_is_named_changes(self):
-        self.file.parent.mkdir()
-        self.file.write_text(HAND_MADE, newline="")
+    def test_only_what_is_named_is_shown_and_changes(self):
+        before = '; mine\r\n[HKEY_USERS\\K]\r\n"v" = hex:01 ; one\r\n"a"="x"\r\n[HKEY_USERS\\Kx]\r\n"b"="y"\r\n'
+        self.write(before)
+        self.assertEqual(self.kx("registry", "show", "HKEY_USERS\\k"), HEADER.replace("\r", "") +
+                         '\n[HKEY_USERS\\K]\n"v"=hex:01\n"a"="x"\n')
         self.kx("registry", "set", "-t", "hex", "HKEY_USERS\\k", "V", "02")
-        self.assertEqual(self.file.read_bytes().decode(), HAND_MADE.replace("01", "02"))
+        self.assertEqual(self.file.read_bytes().decode(), HEADER + before.replace("01", "02"))
         self.kx("registry", "unset", "HKEY_USERS\\K", "v")
-        self.assertEqual(self.file.read_bytes().decode(), "".join(HAND_MADE.splitlines(True)[:3]))
-        self.kx("registry", "unset", "HKEY_USERS\\K", "v", status=1)
+        self.assertEqual(self.file.read_bytes().decode(), HEADER + before.replace('"v" = hex:01 ; one\r\n', ""))
+        self.refused("registry", "unset", "HKEY_USERS\\K", "v", message="not found")
 
     def test_what_is_refused(self):
-        for arguments in ((), ("list",), ("get", "HKEY_USERS"), ("get", "HKCU", "v"), ("show", "a", "b"),
-                          ("set", "-t", "word", "HKEY_USERS", "v", "1"), ("set", "-t", "hex", "HKEY_USERS", "v", "1"),
-                          ("set", "-t", "codepage", "HKEY_USERS", "v", "65536")):
-            self.kx("registry", *arguments, status=2)
-        self.kx("registry", "get", "HKEY_USERS", "v", status=1)
-        self.kx("registry", "set", "HKEY_USERS", "v", "1", status=1, KX_REGISTRY="")
+        for arguments, message in (
+            ("", "say what to do"), ("list", "no 'list' here"), ("get HKEY_USERS", "other operands"),
+            ("show a b", "other operands"), ("get HKCU v", "does not start with a root's name"),
+            ("set -t word HKEY_USERS v 1", "no type 'word'"), ("set -t hex HKEY_USERS v 1", "'1' is no hex"),
+            ("set -t codepage HKEY_USERS v 65536", "is no codepage"),
+        ):
+            with self.subTest(message):
+                self.refused("registry", *arguments.split(), status=2, message=message)
+        self.refused("registry", "get", "HKEY_USERS", "v", message="not found")
+        self.refused("registry", "show", "HKEY_USERS", message="not found")
+        self.refused("registry", "set", "HKEY_USERS", "v", "1", message="no settings file", KX_REGISTRY="")
         self.assertFalse(self.file.exists())
-        self.file.parent.mkdir()
         for text in ("[HKEY_USERS]\n\"v\"=hex(40000003):00\n", "\"v\"=\n"):
-            self.file.write_text("Windows Registry Editor Version 5.00\n" + text)
-            before = self.file.read_bytes()
-            self.kx("registry", "set", "HKEY_USERS", "v", "1", status=1)
-            self.kx("registry", "unset", "HKEY_USERS", "v", status=1)
-            self.assertEqual(self.file.read_bytes(), before)
-        self.kx("codepages", status=1)  # damaged
+            self.write(text)
+            self.refused("registry", "set", "HKEY_USERS", "v", "1")
+            self.refused("registry", "unset", "HKEY_USERS", "v")
+            self.assertEqual(self.file.read_bytes().decode(), HEADER + text)
+        self.refused("codepages", message="cannot be read", output=None)  # damaged
 
     def in_force(self, *arguments, **settings):
         lines = self.kx("codepages", *arguments, **settings).splitlines()
@@ -74,19 +83,19 @@ class Registry(unittest.TestCase):
         self.assertFalse(self.file.exists(), "looking leaves nothing behind")
         self.kx("registry", "set", "-t", "codepage", FRENCH, "Windows Code Page", "1250")
         self.kx("registry", "set", "-t", "link", FRENCH, "DOS Code Page", "<K\\dos>")
-        self.kx("registry", "set", "-t", "codepage", ROOT + "K", "dos", "852")
-        self.assertEqual(self.in_force(), ["EN " + system, "FR 852, stored 1250, stored"])
+        self.kx("registry", "set", "-t", "codepage", SOFTWARE + "K", "dos", "852")
+        self.assertEqual(self.in_force("-l", "en"), ["EN " + system, "FR 852, stored 1250, stored"])
         japan = "932, default of the country"
-        self.assertEqual(self.in_force(KX_SYSTEM_LANGID="0411")[0], f"EN {japan} {japan}")
+        self.assertEqual(self.in_force("-l", "DE", KX_SYSTEM_LANGID="0411")[0], f"EN {japan} {japan}")
+        self.assertNotIn("DE", self.file.read_text(encoding="utf-8"), "nor in a file that is there")
 
     def test_table_sizes(self):
-        lines = self.kx("codepages").splitlines()
-        self.assertEqual([" ".join(line.split()) for line in (lines[1], lines[29], lines[40])],
-                         ["10001 10001 01..1F 64 80..FF 258 155 in 467", "932 932 - A1..DF 128 63 in 191",
-                          "18851 28591 - 7F..FF 260 93 in 281"])
+        lines = [" ".join(line.split()) for line in self.kx("codepages", "-l", "EN").splitlines()]
+        self.assertEqual(lines[1], "10001 10001 01..1F 64 80..FF 258 155 in 467")
+        self.assertEqual(lines[29], "932 932 - A1..DF 128 63 in 191")
         self.assertEqual(lines.index(""), 47)
+        self.assertEqual(lines[48], "By rule, for their double-byte characters: 932 934 936 938 949 950")
 
 
 if __name__ == "__main__":
-    KX = sys.argv.pop(1)
     unittest.main()

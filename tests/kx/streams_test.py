@@ -1,38 +1,10 @@
 #!/usr/bin/env python3
 """streams_test.py KX: runs `kx convert`, `kx strip` and `kx dump` on document streams as a user does."""
-import os
-import pathlib
 import random
 import re
-import subprocess
-import sys
 import unittest
 
-KX = ""
-TEXTS = pathlib.Path(__file__).resolve().parents[2] / "examples" / "texts"
-CHUNK = 64 * 1024  # bytes that the tool reads at once
-
-
-def run(arguments, data=b""):
-    kept = {name: value for name, value in os.environ.items() if not name.startswith(("KX_", "LC_", "LANG"))}
-    return subprocess.run([KX, *arguments], input=data, capture_output=True, env=kept | {"LC_ALL": "C"}, check=False,
-                          timeout=60)
-
-
-def output(arguments, data=b""):
-    """What the command writes; a failure is an error of the test."""
-    result = run(arguments, data)
-    if result.returncode != 0:
-        raise AssertionError(f"{arguments}: {result.stderr.decode()}")
-    return result.stdout
-
-
-def convert(source, target, data, *options):
-    return output(["convert", "-f", source, "-t", target, *options], data)
-
-
-def units(*values):
-    return b"".join(value.to_bytes(2, "little") for value in values)
+from kx_tool import CHUNK, TEXTS, KxTest, kx, units
 
 
 def group(content, size=None):
@@ -45,7 +17,10 @@ EVERYTHING = (b"A\x80\x84\x85\xcc\xcf\x90\xff" + b"\xf2\x0c\xf2" + b"\xf0\x29\x0
               b"\xf0\x09\xf9\xf0" + group(b"text\0\xcc") + b"\xf1\0\0\0\xf9" + b"\xfd\0\0\0\0\0\0\xfe" + b"z")
 
 
-class Forms(unittest.TestCase):
+class Streams(KxTest):
+    def convert(self, source, target, data, *options):
+        return self.output("convert", "-f", source, "-t", target, *options, data=data)
+
     def test_what_becomes_of_each_code(self):
         for why, source, target, data, wanted in (
             ("line ends have codes", "1252", "stream", b"A\xe9\r\n", b"A\xf0\x29\x01\xf0\xcf\xcc"),
@@ -65,7 +40,7 @@ class Forms(unittest.TestCase):
             ("East Asian characters in sio", "932", "sio", b"\x82\xa0", b"\xfd\x5f\x25"),
         ):
             with self.subTest(why):
-                self.assertEqual(convert(source, target, data), wanted)
+                self.assertEqual(self.convert(source, target, data), wanted)
 
     def test_pairs_of_kx5(self):
         for page, data, wanted in (
@@ -74,16 +49,13 @@ class Forms(unittest.TestCase):
             ("950", b"\x22\x21", units(0xA500)),
             ("1252", b"\x21A \x26", units(0x21, 0x41, 0x20, 0x26)),
         ):
-            with self.subTest(page):
-                self.assertEqual(convert("stream5", "kx", data, "--ansi=" + page), wanted)
+            self.assertEqual(self.convert("stream5", "kx", data, "--ansi=" + page), wanted, page)
 
     def test_samples_come_back(self):
         for path in sorted(TEXTS.glob("*.txt")):
-            page = path.stem.rsplit("-", 1)[1]
+            page, text = path.stem.rsplit("-", 1)[1], path.read_bytes()
             for form in ("stream", "stream5"):
-                with self.subTest(path.name, form=form):
-                    text = path.read_bytes()
-                    self.assertEqual(convert(form, page, convert(page, form, text)), text)
+                self.assertEqual(self.convert(form, page, self.convert(page, form, text)), text, (path.name, form))
 
     def test_what_does_not_convert(self):
         for source, target, data, place in (
@@ -97,42 +69,37 @@ class Forms(unittest.TestCase):
             ("stream5", "utf-8", b"a\xc0\x41\x04a", "byte 1: C0"),
             ("stream5", "utf-8", b"a\xd0\x00\x02\x00a", "byte 1: D0"),
             ("stream5", "932", b"\x21A\x21", "byte 2: 21"),
+            ("stream5", "932", b"\x21A\x21\0b", "byte 2: 21"),
         ):
             with self.subTest(source=source, data=data):
-                result = run(["convert", "-f", source, "-t", target], data)
-                self.assertEqual(result.returncode, 1)
-                self.assertIn(place + " does not convert", result.stderr.decode())
-        for command in ("convert -t kx", "sort -l EN"):
-            self.assertEqual(run([*command.split(), "-f", "sio"]).returncode, 2)
+                self.assert_fails(f"convert -f {source} -t {target}", data=data, output=None,
+                                  message=place + " does not convert")
+        self.assert_fails("convert -f sio -t kx", message="sio text is only written", status=2)
 
-
-class Strip(unittest.TestCase):
-    def test_what_is_kept(self):
+    def test_what_strip_keeps(self):
         for options, wanted in (
-            ("", b"A \xc3\xa9z"),
-            ("--keep=hard", b"A \n\xc3\xa9z"),
-            ("--keep=soft --soft-as-space", b"A \r\xc3\xa9z"),
+            ("", "A éz"),
+            ("--keep=hard", "A \néz"),
+            ("--keep=soft --soft-as-space", "A \réz"),
             ("--soft-as-space -t 1252", b"A  \xe9z"),
-            ("--hyphens --keep=attributes", b"A --\xc3\xa9z"),
+            ("--hyphens --keep=attributes", "A --éz"),
             ("--keep=attributes,hard,soft,tabs -t stream",
              b"A \xcc\xcf\xf2\x0c\xf2\xf0\x29\x01\xf0\xf3\x0c\xf3\xf0\x09\xf9\xf0z"),
         ):
             with self.subTest(options):
-                self.assertEqual(output(["strip", *options.split()], EVERYTHING), wanted)
-        self.assertEqual(output(["strip"], b"\xf0\x5f\x25\xf0").decode(), "あ")
-        for options in ("--keep=bold", "--keep=hard,"):
-            self.assertEqual(run(["strip", options]).returncode, 2)
-
-    def test_a_code_that_lies(self):
-        result = run(["strip"], b"ab" + group(b"x", size=0xFFFF) + b"c")
-        self.assertEqual((result.returncode, result.stdout), (1, b"ab"))
-        self.assertIn(b"byte 2: D4 does not convert", result.stderr)
-        self.assertEqual(output(["strip", "-c"], b"a\xd4b\0\0c"), b"abc")
+                wanted = wanted.encode() if isinstance(wanted, str) else wanted
+                self.assertEqual(self.output("strip " + options, data=EVERYTHING), wanted)
+        self.assertEqual(self.output("strip", data=b"\xf0\x5f\x25\xf0").decode(), "あ")
+        for kept in ("bold", "hard,"):
+            self.assert_fails("strip --keep=" + kept, message="cannot keep", status=2)
+        self.assert_fails("strip", data=b"ab" + group(b"x", size=0xFFFF) + b"c", output=b"ab",
+                          message="byte 2: D4 does not convert")
+        self.assertEqual(self.output("strip -c", data=b"a\xd4b\0\0c"), b"abc")
 
 
 def listed(data, *options):
     """The codes of a listing as (offset, bytes, meaning), and the result."""
-    result = run(["dump", *options], data)
+    result = kx("dump", *options, data=data)
     codes = []
     for line in result.stdout.decode().splitlines():
         begin = re.match(r"([0-9A-F]{8,}) +(\d+)  ([0-9A-F ]+?) {2,}(\S.*)", line)
@@ -144,9 +111,9 @@ def listed(data, *options):
     return codes, result
 
 
-class Dump(unittest.TestCase):
+class Dump(KxTest):
     def test_every_kind_of_code(self):
-        codes, result = listed(EVERYTHING + b"\0")
+        codes, result = listed(EVERYTHING + b"\0", "-")
         self.assertEqual((result.returncode, result.stderr), (0, b""))
         self.assertEqual(b"".join(code[1] for code in codes), EVERYTHING + b"\0")
         self.assertEqual([(code[0], code[2]) for code in codes], [
@@ -155,10 +122,11 @@ class Dump(unittest.TestCase):
             (8, "attribute 12 on"), (11, "extended 0129 U+00E9 é LATIN SMALL LETTER E WITH ACUTE"),
             (15, "attribute 12 off"), (18, "extended F909 U+0009"), (22, "group"), (35, "fixed-length code"),
             (40, "fixed-length code"), (48, "character 007A U+007A z LATIN SMALL LETTER Z"), (49, "end of stream")])
-        for stream, options, wanted in ((b"\xf0\x64\x82\xf0", [], "U+2176 ⅶ"),
-                                        (b"\xf0\xff\xff\xf0", [], "no Unicode value"),
-                                        (b"\xf0\xbc\x2b\xf0", ["--ansi=950"], "2BBC U+EEB8")):
-            self.assertIn(wanted, listed(stream, *options)[0][0][2])
+        for stream, option, wanted in ((b"\xf0\x64\x82\xf0", "-", "U+2176 ⅶ"),
+                                       (b"\xf0\xd8\xa6\xf0", "-", "一 CJK UNIFIED IDEOGRAPH-4E00"),
+                                       (b"\xf0\xff\xff\xf0", "-", "no Unicode value"),
+                                       (b"\xf0\xbc\x2b\xf0", "--ansi=950", "2BBC U+EEB8")):
+            self.assertIn(wanted, listed(stream, option)[0][0][2])
 
     def test_codes_that_lie(self):
         for stream, fault in (
@@ -187,7 +155,7 @@ class Dump(unittest.TestCase):
             lies = any(code[2].startswith("LIES") for code in codes)
             self.assertEqual(result.returncode, 1 if lies else 0)
             for command in ("strip -c", "convert -c -f stream -t utf-8", "convert -c -f stream5 -t utf-8"):
-                output(command.split(), data)
+                self.output(command, data=data)
 
     def test_no_code_is_cut_at_the_edge_of_a_chunk(self):
         for code in (b"\xf0\x29\x01\xf0", group(b"z" * 65528)):
@@ -199,5 +167,4 @@ class Dump(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    KX = str(pathlib.Path(sys.argv.pop(1)).resolve())
     unittest.main()

@@ -1,0 +1,42 @@
+"""How the tests of the kx tool start it: as a user does, in an environment of their own. Run as NAME_test.py KX."""
+import os
+import pathlib
+import subprocess
+import sys
+import unittest
+
+KX = pathlib.Path(sys.argv.pop(1)).resolve()
+TEXTS = pathlib.Path(__file__).resolve().parents[2] / "examples" / "texts"
+CHUNK = 64 * 1024  # bytes that the tool reads at once
+
+
+def environment(**settings):
+    kept = {name: value for name, value in os.environ.items() if not name.startswith(("KX_", "LC_", "LANG"))}
+    return kept | {"LC_ALL": "C"} | settings
+
+
+def kx(*arguments, data=b"", **options):
+    """Runs the tool; one argument alone is a command line, split at its spaces. Options are those of subprocess.run."""
+    arguments = arguments[0].split() if len(arguments) == 1 else arguments
+    streams = {"input": data, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
+    return subprocess.run([KX, *arguments], **streams | {"env": environment(), "timeout": 60} | options, check=False)
+
+
+def units(*values):
+    return b"".join(value.to_bytes(2, "little") for value in values)
+
+
+class KxTest(unittest.TestCase):
+    def output(self, *arguments, data=b"", **settings):
+        """What a command writes that must succeed without a word."""
+        result = kx(*arguments, data=data, env=environment(**settings))
+        self.assertEqual((result.stderr.decode(), result.returncode), ("", 0), arguments)
+        return result.stdout
+
+    def assert_fails(self, *arguments, message, status=1, output=b"", **options):
+        """That a command tells a fault, and nothing else but this output (None: whatever it is)."""
+        result = kx(*arguments, **options)
+        self.assertIn(message, result.stderr.decode(errors="replace"))
+        self.assertEqual(result.returncode, status)
+        if output is not None:
+            self.assertEqual(result.stdout or b"", output)
