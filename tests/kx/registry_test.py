@@ -61,6 +61,8 @@ class Registry(KxTest):
         ):
             with self.subTest(message):
                 self.refused("registry", *arguments.split(), status=2, message=message)
+        self.refused("registry", "-f", "", "show", status=2, message="-f needs the name of a file")
+        self.refused("registry", "set", "HKEY_USERS\\" + 256 * "k", "v", "1", message="a name that the file cannot")
         self.refused("registry", "get", "HKEY_USERS", "v", message="not found")
         self.refused("registry", "show", "HKEY_USERS", message="not found")
         self.refused("registry", "set", "HKEY_USERS", "v", "1", message="no settings file", KX_REGISTRY="")

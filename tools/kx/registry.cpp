@@ -204,6 +204,7 @@ int run_registry(int argc, char **argv) {
         parse_options(argc, argv, kUsageText, [&](int id, const std::string &argument) -> std::string {
             if (id == 'f') file = argument;
             if (id == 't') type = argument;
+            if (id == 'f' && file.empty()) return "-f needs the name of a file";
             if (typed_value(type, "").type == 0) return "no type '" + type + "'";
             return file.size() < KX_REGISTRY_PATH_SIZE ? "" : "the path is too long";
         });

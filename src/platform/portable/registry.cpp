@@ -19,7 +19,6 @@ namespace {
 
 constexpr std::uint32_t kQueryAccess = 1;
 constexpr std::uint32_t kSetAccess = 2;
-constexpr std::size_t kMaxKeyName = 255;     // units, of one component
 constexpr std::size_t kMaxValueName = 16383; // units
 
 struct OpenKey {

@@ -366,8 +366,10 @@ std::u16string known_spelling(const RegistryFile &file, std::u16string_view path
     return spelled;
 }
 
-// The text with lines for a new key at its end; `insert_at` is behind them.
-std::string with_section(const RegistryFile &file, std::u16string_view path, std::size_t &insert_at) {
+// The text with lines for a new key at its end; `insert_at` is behind them. Nothing for a name that keys cannot have.
+std::optional<std::string> with_section(const RegistryFile &file, std::u16string_view path, std::size_t &insert_at) {
+    const auto is_too_long = [](std::u16string_view part) { return part.size() > kMaxKeyName; };
+    if (std::ranges::any_of(split_path(path), is_too_long)) return std::nullopt;
     const std::string_view end_of_line = end_of_line_in(file.text);
     std::string text = file.text;
     if (!text.ends_with('\n')) text += end_of_line;
@@ -418,9 +420,10 @@ std::optional<RegistryFile> parse_registry(std::string bytes) {
 
 std::optional<std::string> with_key(const RegistryFile &file, std::u16string_view path) {
     std::size_t insert_at = 0;
-    std::string text = with_section(file, path, insert_at);
+    auto text = with_section(file, path, insert_at);
+    if (!text) return std::nullopt;
     // A name such as "a] ;b" looks like something else once it stands in brackets.
-    const auto changed = parse_registry(text);
+    const auto changed = parse_registry(*text);
     if (!changed || changed->find_key(path) == nullptr) return std::nullopt;
     return text;
 }
@@ -440,7 +443,9 @@ std::optional<std::string> with_value(const RegistryFile &file, std::u16string_v
             text = file.text;
             insert_at = *key->insert_at;
         } else {
-            text = with_section(file, path, insert_at);
+            auto longer = with_section(file, path, insert_at);
+            if (!longer) return std::nullopt;
+            text = std::move(*longer);
         }
         const RegistryValue added{std::u16string(name), type, {data.begin(), data.end()}, 0, 0, 0};
         std::string line = value_line(added, end_of_line).append(end_of_line);

@@ -18,6 +18,8 @@ inline constexpr std::array<std::u16string_view, 7> kRootNames{
     u"HKEY_CLASSES_ROOT",     u"HKEY_CURRENT_USER",   u"HKEY_LOCAL_MACHINE", u"HKEY_USERS",
     u"HKEY_PERFORMANCE_DATA", u"HKEY_CURRENT_CONFIG", u"HKEY_DYN_DATA"}; // in the order of the roots' numbers
 
+inline constexpr std::size_t kMaxKeyName = 255; // units, of one component of a path
+
 struct RegistryValue {
     std::u16string name; // empty: the key's default value
     std::uint32_t type;
@@ -52,7 +54,7 @@ std::optional<RegistryFile> parse_registry(std::string bytes);
 // A path as files spell it: one backslash between components, none at the end. Nothing without a root's name in front.
 std::optional<std::u16string> full_key_path(std::u16string_view path);
 
-// Texts with one change. Paths are full ones. Nothing when the format cannot hold the name.
+// Texts with one change. Paths are full ones. Nothing when the format cannot hold a name, or a new key's is too long.
 std::optional<std::string> with_key(const RegistryFile &file, std::u16string_view path);
 std::optional<std::string> with_value(const RegistryFile &file, std::u16string_view path, std::u16string_view name,
                                       std::uint32_t type, std::span<const std::uint8_t> data);
