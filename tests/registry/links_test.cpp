@@ -1,10 +1,12 @@
 // Registry links: what an expression leads to, the errors, and writing through a link.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
 #include "platform/ansi_text.h"
+#include "reference/data_files.h"
 #include "registry/key.h"
 #include "registry/link_engine.h"
 #include "registry/values.h"
@@ -27,14 +29,25 @@ std::string wide(std::string_view text) {
     return bytes;
 }
 
-std::string byte_list(std::string_view bytes) {
+std::string byte_list(std::string_view bytes, const char *separator = ",") {
     std::string list;
     for (const char byte : bytes) {
         char item[8];
-        std::snprintf(item, sizeof item, "%s%02x", list.empty() ? "" : ",", static_cast<unsigned char>(byte));
+        std::snprintf(item, sizeof item, "%s%02x", list.empty() ? "" : separator, static_cast<unsigned char>(byte));
         list += item;
     }
     return list;
+}
+
+// The rows of links.txt that start with a word.
+std::vector<std::vector<std::string>> rows_of(std::string_view word, std::size_t count) {
+    std::vector<std::vector<std::string>> rows;
+    for (auto &row : reference::read_rows("../tests/registry/links.txt")) {
+        std::ranges::replace(row, "-", "");
+        if (row[0] == word) rows.push_back(row);
+    }
+    EXPECT_EQ(rows.size(), count);
+    return rows;
 }
 
 class Links : public ::testing::Test {
@@ -47,21 +60,10 @@ class Links : public ::testing::Test {
             "[HKEY_CURRENT_USER\\K]\n\"v\"=hex:75,76\n"
             "[HKEY_CURRENT_USER\\Software]\n\"base\"=hex:62\n"
             "[HKEY_CURRENT_USER\\Software\\K]\n"
-            "\"bytes\"=hex:01,02,22,00,22,00\n\"none\"=hex:\n\"text\"=\"\xC3\xA9|x\"\n\"protected\"=hex(40000003):07\n";
-        for (const auto &[name, expression] : {std::pair{"ab", "a|b"},
-                                               {"xy", "x|y"},
-                                               {"one", "1"},
-                                               {"quoted", "\"p|q\"|r"},
-                                               {"empty", ""},
-                                               {"to bytes", "<K\\bytes>"},
-                                               {"to none", "<K\\missing>"},
-                                               {"self", "<K\\SELF>"},
-                                               {"left", "<K\\right>"},
-                                               {"right", "<K\\left>"},
-                                               {"three", "a<K\\three2>"},
-                                               {"three2", "<K\\three3>"},
-                                               {"three3", "<\\HKEY_CURRENT_USER\\Software\\K\\three>"}})
-            add_link(name, wide(expression));
+            "\"bytes\"=hex:01,02,22,00,22,00\n\"none\"=hex:\n\"text\"=\"\xC3\xA9|x\"\n\"protected\"=hex(40000003):07\n"
+            "\"path\"=hex(40000002):e9,41\n";
+        for (const auto &row : rows_of("link", 13))
+            add_link(row[1], wide(row[2]));
     }
 
     void add_link(const std::string &name, std::string_view data) {
@@ -103,71 +105,16 @@ class Links : public ::testing::Test {
     char message_[32];
 };
 
-TEST_F(Links, Texts) {
-    const struct {
-        const char *why;
-        const char *link;
-        const char *text; // wide, with its terminator, or an error
-    } cases[] = {
-        {"nothing", "", ""},
-        {"plain text runs over join signs", "a*b", "a*b"},
-        {"quotes stay, pairs of them vanish", "\"a\"\"b\"", "\"ab\""},
-        {"three quotes in a row", "a\"\"\"\"b\"\"", "ab"},
-        {"a lone bar and a lone join are text", "|*", "|*"},
-        {"a missing value adds nothing", "a<K\\missing>b", "ab"},
-        {"nor does a missing key", "a<No\\missing>b", "ab"},
-        {"a link within a text", "(<K\\ab>)", "(a|b)"},
-        {"join", "<K\\one>*<K\\one>", "11"},
-        {"join of alternatives", "<K\\ab>*<K\\xy>", "ax|ay|bx|by"},
-        {"join of three", "<K\\ab>*<K\\one>*<K\\xy>", "a1x|a1y|b1x|b1y"},
-        {"bars within quotes are no alternatives", "<K\\quoted>*<K\\one>", "\"p|q\"1|r1"},
-        {"an empty side leaves the other", "<K\\empty>*<K\\ab>", "a|b"},
-        {"on either side", "<K\\ab>*<K\\missing>", "a|b"},
-        {"two empty sides", "<K\\empty>*<K\\missing>", ""},
-        {"a join after a text", "t<K\\ab>*<K\\one>|u", "ta1|b1|u"},
-        {"unterminated quote", "a\"b", "error E2D50001"},
-        {"unterminated reference", "a<K\\one", "error E2D50002"},
-        {"a join with a text", "<K\\one>*a", "error E2D50002"},
-        {"a join with a plain value", "<K\\one>*<K\\bytes>", "error E2D50002"},
-        {"stray close", "a>b", "error E2D50003"},
-        {"stray close at the start", ">", "error E2D50003"},
-        {"a link to itself", "<K\\self>", "error E2D50003"},
-        {"a loop of two", "<K\\left>", "error E2D50003"},
-        {"a loop of three", "<K\\three>", "error E2D50003"},
-        {"a loop behind text and a good link", "<K\\ab>|<K\\right>", "error E2D50003"},
-    };
-    for (const auto &c : cases) {
-        const bool error = std::string_view(c.text).starts_with("error");
-        EXPECT_EQ(expanded(wide(c.link)), error ? std::string(c.text) : wide(c.text) + "\0\0"s) << c.why;
-        EXPECT_TRUE(error || type_ == kLinkType) << c.why;
+TEST_F(Links, TextsErrorsAndPlainValues) {
+    for (const auto &row : rows_of("text", 16)) {
+        EXPECT_EQ(expanded(wide(row[1])), wide(row[2]) + "\0\0"s) << row[1];
+        EXPECT_EQ(type_, kLinkType) << row[1];
     }
-}
-
-TEST_F(Links, PlainValuesAreTheWholeResult) {
-    const struct {
-        const char *why;
-        const char *link;
-        std::string bytes;
-        std::uint32_t type = kBinary;
-    } cases[] = {
-        {"bytes as they are, whatever came before", "text<K\\ab><K\\bytes>rest", "\1\2\"\0\"\0"s},
-        {"names in any case", "<k\\BYTES>", "\1\2\"\0\"\0"s},
-        {"the first value that is there", "<K\\missing>|<K\\bytes>|<base>", "\1\2\"\0\"\0"s},
-        {"a value alone is in the base key", "<base>", "b"},
-        {"a root", "<\\hkey_local_machine\\K\\v>", "m"},
-        {"a root's own value", "<\\HKEY_CURRENT_USER\\user>", "u"},
-        {"without a root's name the current user", "<\\K\\v>", "uv"},
-        {"nothing but a name behind the backslash", "<\\user>", "u"},
-        {"no data", "<K\\none>", ""},
-        {"a string becomes wide, with its terminator", "<K\\text>", "\xE9\0|\0x\0\0\0"s, 1},
-        {"a write-protected value is one like others", "<K\\protected>", "\7", 0x40000003},
-        // Behind a link it is text, quotes and all, and gets a terminator.
-        {"behind a link", "<K\\to bytes>", "\1\2\0\0"s, kLinkType},
-        {"a join with nothing before it", "<K\\missing>*<base>", "b", kBinary},
-    };
-    for (const auto &c : cases) {
-        EXPECT_EQ(expanded(wide(c.link)), c.bytes) << c.why;
-        EXPECT_EQ(type_, c.type) << c.why;
+    for (const auto &row : rows_of("error", 10))
+        EXPECT_EQ(expanded(wide(row[1])), "error " + row[2]) << row[1];
+    for (const auto &row : rows_of("value", 15)) {
+        EXPECT_EQ(byte_list(expanded(wide(row[1])), ""), row[3]) << row[1];
+        EXPECT_EQ(type_, std::stoul(row[2], nullptr, 16)) << row[1];
     }
 }
 
@@ -234,34 +181,18 @@ TEST_F(Links, SyntaxCharacters) {
 }
 
 TEST_F(Links, WritingGoesWhereReadingLooks) {
-    const struct {
-        const char *why;
-        const char *link;
-        const char *path; // of the key that is written
-        const char *name;
-    } cases[] = {
-        {"an existing value", "<K\\bytes>", "HKEY_CURRENT_USER\\Software\\K", "bytes"},
-        {"a missing value", "<K\\new>", "HKEY_CURRENT_USER\\Software\\K", "new"},
-        {"a missing key", "a<New\\Deep\\v>b", "HKEY_CURRENT_USER\\Software\\New\\Deep", "v"},
-        {"a name with quotes", "<K\\q\"\"q>", "HKEY_CURRENT_USER\\Software\\K", "q\"\"q"},
-        {"a value alone", "<lone>", "HKEY_CURRENT_USER\\Software", "lone"},
-        {"another root", "<\\HKEY_LOCAL_MACHINE\\K\\v>", "HKEY_LOCAL_MACHINE\\K", "v"},
-        {"no root's name", "<\\K\\v>", "HKEY_CURRENT_USER\\K", "v"},
-        {"the value that is there", "<K\\gone>|<K\\none>", "HKEY_CURRENT_USER\\Software\\K", "none"},
-        {"the end of a chain", "<K\\to none>", "HKEY_CURRENT_USER\\Software\\K", "missing"},
-    };
     const std::string body = body_;
-    for (const auto &c : cases) {
+    for (const auto &row : rows_of("write", 11)) {
         body_ = body;
-        add_link("link", wide(c.link));
+        add_link("link", wide(row[1]));
         key_.reset();
-        ASSERT_EQ(key().SetValue("link", kBinary, "new", 3, 1, 0), platform::kSuccess) << c.why;
+        ASSERT_EQ(key().SetValue("link", kBinary, "new", 3, 1, 0), platform::kSuccess) << row[1];
         std::uint32_t type = 0;
         std::vector<std::uint8_t> data;
-        EXPECT_EQ(read_value(CYWKey(c.path, 0).key, c.name, type, data), platform::kSuccess) << c.why;
-        EXPECT_EQ(std::string(data.begin(), data.end()), "new") << c.why;
-        EXPECT_TRUE(expanded(wide(c.link)).starts_with("new")) << c.why << ": reading finds it";
-        EXPECT_NE(folder_.read().find("\"link\"=hex(80000008):"), std::string::npos) << c.why;
+        EXPECT_EQ(read_value(CYWKey(row[2].c_str(), 0).key, row[3].c_str(), type, data), platform::kSuccess) << row[1];
+        EXPECT_EQ(std::string(data.begin(), data.end()), "new") << row[1];
+        EXPECT_TRUE(expanded(wide(row[1])).starts_with("new")) << row[1] << ": reading finds it";
+        EXPECT_NE(folder_.read().find("\"link\"=hex(80000008):"), std::string::npos) << row[1];
     }
 }
 
