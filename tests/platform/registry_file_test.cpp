@@ -5,6 +5,7 @@
 
 #include <random>
 
+#include "platform/ansi_text.h"
 #include "platform/portable/utf8.h"
 
 namespace kxstr::platform {
@@ -17,6 +18,13 @@ constexpr std::u16string_view kPath = u"HKEY_CURRENT_USER\\Software\\K";
 
 std::string in_key(const std::string &lines) {
     return std::string(kHeader) + "\n[HKEY_CURRENT_USER\\Software\\K]\n" + lines;
+}
+
+std::string repeated(std::string_view text, int times) {
+    std::string all;
+    while (times-- > 0)
+        all += text;
+    return all;
 }
 
 TEST(RegistryFile, ReadsValuesOfAllShapes) {
@@ -68,6 +76,8 @@ TEST(RegistryFile, DamagedTexts) {
         {"nothing at all", ""},
         {"another format", "REGEDIT4\n\n[HKEY_CURRENT_USER\\K]\n"},
         {"a longer first line", "Windows Registry Editor Version 5.001\n"},
+        {"a remark behind it", "Windows Registry Editor Version 5.00 ; x\n"},
+        {"keys too deep", std::string(kHeader) + "[HKEY_USERS" + repeated("\\k", 512) + "]\n"},
         {"key without its bracket", kHeader + "[HKEY_CURRENT_USER\\K\n"s},
         {"something behind the bracket", kHeader + "[HKEY_CURRENT_USER\\K] x\n"s},
         {"value outside of any key", kHeader + "\"v\"=\"x\"\n"s},
@@ -81,21 +91,23 @@ TEST(RegistryFile, DamagedTexts) {
         {"three digits", in_key("\"v\"=hex:012\n")},
         {"nine digits", in_key("\"v\"=dword:012345678\n")},
         {"continued into nothing", in_key("\"v\"=hex:01,\\\n")},
-        {"continued behind the last byte", in_key("\"v\"=hex:\\\n\"w\"=\"x\"\n")},
+        {"continued by an empty line", in_key("\"v\"=hex:\\\n\n")},
         {"zero bytes, as a crashed disk leaves them", in_key("\"v\"=\"x\"\n\0\0\0\0"s)},
         {"no UTF-8 in a text", in_key("\"v\"=\"\xE9\"\n")},
         {"UTF-8 longer than need be", in_key("\"v\"=\"\xC0\x80\"\n")},
-        {"half a unit of UTF-16", "\xFF\xFEW"},
+        {"cut off", in_key("\"v\"=\"\xC3\"\n")},
+        {"gone on wrongly", in_key("\"v\"=\"\xC3x\"\n")},
+        {"beyond the last character", in_key("\"v\"=\"\xF4\x90\x80\x80\"\n")},
     };
     for (const auto &c : cases)
         EXPECT_FALSE(parse_registry(c.text)) << c.why;
 }
 
 TEST(RegistryFile, LinesThatMeanNothingAreNoDamage) {
-    const auto file = parse_registry(in_key("stray words\n\xE9 latin\n\"v\"=\"x\"\n[HKEY_OTHER\\K]\n\"v\"=hex:09\n"
-                                            "[-HKEY_CURRENT_USER\\Gone]\n\"v\"=\"y\"\n"));
+    const auto file = parse_registry(in_key("stray words\n\xE9 latin\n\"v\"=\"x\"\n[HKEY_OTHER\\K]\n\"w\"=hex:09\n"
+                                            "[-HKEY_CURRENT_USER\\Gone]\n\"x\"=\"y\"\n"));
     ASSERT_TRUE(file);
-    EXPECT_EQ(file->find_value(kPath, u"v")->type, 1u);
+    EXPECT_EQ(file->find_key(kPath)->values.size(), 1u);
     EXPECT_EQ(file->find_key(u"HKEY_CURRENT_USER\\Gone"), nullptr);
 }
 
@@ -112,6 +124,8 @@ TEST(RegistryFile, RemovalsTakeAwayWhatStandsAbove) {
     EXPECT_EQ(value->find_value(kPath, u"v"), nullptr);
     const auto again = parse_registry(*with_value(*value, kPath, u"v", 3, Bytes{1}));
     EXPECT_EQ(again->find_value(kPath, u"v")->data, Bytes{1});
+    const auto twice = parse_registry(in_key("\"v\"=hex:01\n\"V\"=hex:02\n"));
+    EXPECT_EQ(without_value(*twice, kPath, u"v"), in_key("")) << "the earlier line must not come to light";
 }
 
 TEST(RegistryFile, ByteOrderMarks) {
@@ -124,6 +138,7 @@ TEST(RegistryFile, ByteOrderMarks) {
         utf16 += static_cast<char>(unit >> 8);
     }
     EXPECT_EQ(parse_registry(utf16)->text, utf8);
+    EXPECT_FALSE(parse_registry(utf16 + ';')) << "half a unit";
     const auto marked = parse_registry("\xEF\xBB\xBF" + utf8);
     ASSERT_TRUE(marked);
     EXPECT_EQ(*with_key(*marked, kPath), "\xEF\xBB\xBF" + *with_key(*parse_registry(utf8), kPath));
@@ -171,6 +186,9 @@ TEST(RegistryFile, NamesThatTheFormatCannotHoldAreRefused) {
     EXPECT_FALSE(with_key(file, u"HKEY_CURRENT_USER\\a] ;b"));
     EXPECT_FALSE(with_key(file, u"HKEY_CURRENT_USER\\a\nb"));
     EXPECT_TRUE(with_key(file, u"HKEY_CURRENT_USER\\a]b[]"));
+    const std::u16string long_path = u"HKEY_CURRENT_USER\\" + std::u16string(256, u'k');
+    EXPECT_FALSE(with_key(file, long_path));
+    EXPECT_FALSE(with_value(file, long_path, u"v", 1, Bytes{0, 0}));
     const auto odd = with_value(file, u"HKEY_CURRENT_USER\\]", u"]\n[HKEY_USERS]\r\"=\\", 1, Bytes{0, 0});
     ASSERT_TRUE(odd);
     EXPECT_EQ(parse_registry(*odd)->keys.size(), 2u);
@@ -180,7 +198,7 @@ TEST(RegistryFile, NamesThatTheFormatCannotHoldAreRefused) {
 TEST(RegistryFile, RandomChangesAgainstAMap) {
     std::mt19937 random(3);
     const auto below = [&random](unsigned end) { return random() % end; };
-    const std::u16string names[] = {u"", u"a", u"b\\\"", u"\u00E9\u0416", u"\n;", std::u16string(1, 0xD800)};
+    const std::u16string names[] = {u"", u"a", u"b\\\"", u"\u00E9\u0416", u"\n;", {0xD800, u'a'}};
     const std::u16string keys[] = {u"HKEY_CURRENT_USER\\K", u"HKEY_CURRENT_USER\\K\\L", u"HKEY_USERS\\\u00FC"};
     std::map<std::pair<std::u16string, std::u16string>, std::pair<std::uint32_t, Bytes>> model;
     std::string text = std::string(kHeader) + "; first\n[HKEY_CURRENT_USER\\k]\n; second\n";
@@ -218,6 +236,14 @@ TEST(RegistryFile, RandomChangesAgainstAMap) {
     EXPECT_LT(text.find("; first\n[HKEY_CURRENT_USER\\k]\n"), text.find("; second\n"));
     for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1)
         ASSERT_LE(text.find('\n', start) - start, 120u) << "long data is broken into lines";
+}
+
+TEST(RegistryFile, CapitalsOfNamesAreCapitals) {
+    for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
+        const char16_t upper = upper_case(static_cast<char16_t>(unit));
+        ASSERT_EQ(upper_case(upper), upper) << std::hex << unit;
+    }
+    EXPECT_EQ(upper_case(u'\u0101'), u'\u0100');
 }
 
 } // namespace

@@ -28,44 +28,44 @@ std::uint32_t set_number(const std::string &name, std::uint32_t number) {
 
 // Nothing when the value is not there or not what set_number writes.
 std::optional<std::uint32_t> get_number(const std::string &name) {
-    std::uint32_t number = 0;
-    std::uint32_t type = 0;
-    std::uint32_t size = sizeof number;
+    std::uint32_t number = 0, type = 0, size = sizeof number;
     const std::uint32_t status = query_value(kCurrentUser, name.c_str(), &type, &number, size);
     if (status != kSuccess || type != 4 || size != sizeof number) return std::nullopt;
     return number;
 }
 
-std::string value_name(int process, int write) {
-    return std::to_string(process).append(".").append(std::to_string(write));
-}
-
 constexpr std::string_view kRemarks = "; kept\n[HKEY_USERS\\Kept]\n; \"v\"=\n\"v\" = hex:0 , 1 ; kept too\n";
 
-TEST(RegistryTorture, SeveralProcessesWriteAtOnce) {
-    const int processes = 8;
-    const int writes = long_form() ? 200 : 12;
+TEST(RegistryTorture, ProcessesAndTheirThreadsWriteAtOnce) {
+    const std::uint32_t writes = long_form() ? 200 : 12;
+    const std::string names[] = {"a", "b", "c", "d"};
     const SettingsFolder folder;
     folder.write(kRemarks);
     run_on(kWestern, folder.file().c_str());
+    // Values of its own, and one that it changes each time.
+    const auto write = [writes](const std::string &name) {
+        for (std::uint32_t i = 0; i < writes; ++i) {
+            EXPECT_EQ(set_number(name + std::to_string(i), i), kSuccess);
+            EXPECT_EQ(set_number(name, i), kSuccess);
+            EXPECT_EQ(get_number(name), i);
+        }
+    };
     std::vector<pid_t> children;
-    children.reserve(static_cast<std::size_t>(processes));
-    for (int p = 0; p < processes; ++p) {
-        children.push_back(start_child([=] {
-            for (int i = 0; i < writes; ++i) {
-                const auto number = static_cast<std::uint32_t>(i);
-                if (set_number(value_name(p, i), number) != kSuccess) return 1;
-                if (set_number(value_name(p, -1), number) != kSuccess) return 2;
-            }
-            return 0;
+    for (const std::string &name : names) {
+        children.push_back(start_child([&] {
+            std::thread other(write, name + "'s thread");
+            write(name);
+            other.join();
+            return testing::Test::HasFailure() ? 1 : 0;
         }));
     }
     for (const pid_t child : children)
         EXPECT_EQ(wait_for_child(child), 0);
-    for (int p = 0; p < processes; ++p) {
-        for (int i = 0; i < writes; ++i)
-            EXPECT_EQ(get_number(value_name(p, i)), i);
-        EXPECT_EQ(get_number(value_name(p, -1)), writes - 1);
+    for (const std::string &name : names) {
+        for (std::uint32_t i = 0; i < writes; ++i) {
+            EXPECT_EQ(get_number(name + std::to_string(i)), i);
+            EXPECT_EQ(get_number(name + "'s thread" + std::to_string(i)), i);
+        }
     }
     EXPECT_TRUE(folder.read().starts_with(std::string(SettingsFolder::kHeader).append(kRemarks)));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);

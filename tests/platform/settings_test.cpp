@@ -2,24 +2,28 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <map>
+#include <sstream>
 #include <string>
 
 #include "platform/portable/environment.h"
 #include "platform/system.h"
+#include "reference/data_files.h"
 #include "support/process_state.h"
 
 using namespace kxstr;
 
 namespace {
 
-using Variables = std::map<std::string, std::string>;
-
-KxPlatformSettings settings_of(const Variables &variables) {
-    static const Variables *current;
-    current = &variables;
+// The settings with variables such as "LANG=de_DE;KX_DBCS=1".
+KxPlatformSettings settings_of(const std::string &variables) {
+    static std::map<std::string, std::string> current;
+    current.clear();
+    std::istringstream all(variables);
+    for (std::string one; std::getline(all, one, ';');)
+        current[one.substr(0, one.find('='))] = one.substr(one.find('=') + 1);
     return platform::settings_from([](const char *name) -> const char * {
-        const auto found = current->find(name);
-        return found == current->end() ? nullptr : found->second.c_str();
+        const auto found = current.find(name);
+        return found == current.end() ? nullptr : found->second.c_str();
     });
 }
 
@@ -46,92 +50,32 @@ TEST(Settings, AreThereBeforeMain) {
     EXPECT_STREQ(at_start.registry_path, wanted.registry_path);
 }
 
-TEST(Settings, FollowTheLocale) {
-    const struct {
-        Variables variables;
-        const char *settings;
-    } cases[] = {
-        {{}, "1252 437 0 0409 0409"},
-        {{{"LANG", "C.UTF-8"}}, "1252 437 0 0409 0409"},
-        {{{"LANG", "POSIX"}}, "1252 437 0 0409 0409"},
-        {{{"LANG", "de_DE"}}, "1252 850 0 0407 0407"},
-        {{{"LANG", "de"}}, "1252 850 0 0407 0407"},
-        {{{"LANG", "de_DE.ISO-8859-15@euro"}}, "1252 850 0 0407 0407"},
-        {{{"LANG", "en_GB.UTF-8"}}, "1252 850 0 0809 0809"},
-        {{{"LANG", "cs_CZ.UTF-8"}}, "1250 852 0 0405 0405"},
-        {{{"LANG", "ru_RU.KOI8-R"}}, "1251 866 0 0419 0419"},
-        {{{"LANG", "sr_RS"}}, "1251 855 0 281A 281A"},
-        {{{"LANG", "sr_RS.UTF-8@latin"}}, "1250 852 0 241A 241A"},
-        {{{"LANG", "ar_EG"}}, "1256 720 0 0C01 0C01"},
-        {{{"LANG", "he_IL"}}, "1255 862 0 040D 040D"},
-        {{{"LANG", "th_TH"}}, "874 874 0 041E 041E"},
-        {{{"LANG", "ja_JP.eucJP"}}, "932 932 1 0411 0411"},
-        {{{"LANG", "zh_CN.UTF-8"}}, "936 936 1 0804 0804"},
-        {{{"LANG", "ko_KR"}}, "949 949 1 0412 0412"},
-        {{{"LANG", "zh_HK"}}, "950 950 1 0C04 0C04"},
-        {{{"LANG", "hi_IN.UTF-8"}}, "1252 437 0 0409 0409"},  // Unicode only
-        {{{"LANG", "ja_JP_x"}}, "1252 437 0 0409 0409"},      // neither cut short
-        {{{"LANG", "a"}}, "1252 437 0 0409 0409"},            // nor taken for a beginning
-        {{{"LANG", ".UTF-8@latin"}}, "1252 437 0 0409 0409"}, // no name at all
-        {{{"LC_ALL", "ja_JP"}, {"LC_CTYPE", "ko_KR"}, {"LANG", "de_DE"}}, "932 932 1 0411 0411"},
-        {{{"LC_ALL", ""}, {"LC_CTYPE", "ko_KR"}, {"LANG", "de_DE"}}, "949 949 1 0412 0412"},
-        {{{"LC_ALL", "C"}, {"LANG", "ja_JP"}}, "1252 437 0 0409 0409"}, // unknown, but not empty
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(text_of(settings_of(c.variables)), c.settings)
-            << (c.variables.empty() ? "" : c.variables.begin()->second);
-}
-
-TEST(Settings, VariablesComeBeforeTheLocale) {
-    const struct {
-        const char *why;
-        Variables variables;
-        const char *settings;
-    } cases[] = {
-        {"each by itself", {{"KX_ANSI_CODEPAGE", "1250"}}, "1250 850 0 0407 0407"},
-        {"OEM", {{"KX_OEM_CODEPAGE", "852"}}, "1252 852 0 0407 0407"},
-        {"the double-byte flag follows the code page in force", {{"KX_ANSI_CODEPAGE", "932"}}, "932 850 1 0407 0407"},
-        {"but not the OEM one", {{"KX_OEM_CODEPAGE", "932"}}, "1252 932 0 0407 0407"},
-        {"unless told", {{"KX_ANSI_CODEPAGE", "932"}, {"KX_DBCS", "0"}}, "932 850 0 0407 0407"},
-        {"either way", {{"KX_DBCS", "1"}}, "1252 850 1 0407 0407"},
-        {"a flag that does not parse", {{"KX_ANSI_CODEPAGE", "950"}, {"KX_DBCS", "no"}}, "950 850 1 0407 0407"},
-        {"no other number", {{"KX_DBCS", "2"}}, "1252 850 0 0407 0407"},
-        {"the keyboard follows the system", {{"KX_SYSTEM_LANGID", "0x0411"}}, "1252 850 0 0411 0411"},
-        {"unless told", {{"KX_KEYBOARD_LANGID", "0X404"}}, "1252 850 0 0407 0404"},
-        {"without prefix", {{"KX_SYSTEM_LANGID", "c04"}}, "1252 850 0 0C04 0C04"},
-        {"17 bits", {{"KX_SYSTEM_LANGID", "0x10411"}}, "1252 850 0 0407 0407"},
-        {"prefix only", {{"KX_SYSTEM_LANGID", "0x"}}, "1252 850 0 0407 0407"},
-        {"prefix twice", {{"KX_SYSTEM_LANGID", "0x0x411"}}, "1252 850 0 0407 0407"},
-        {"empty", {{"KX_ANSI_CODEPAGE", ""}, {"KX_DBCS", ""}, {"KX_SYSTEM_LANGID", ""}}, "1252 850 0 0407 0407"},
-        {"hexadecimal", {{"KX_ANSI_CODEPAGE", "0x3A4"}}, "1252 850 0 0407 0407"},
-        {"trailing text", {{"KX_ANSI_CODEPAGE", "932 "}}, "1252 850 0 0407 0407"},
-        {"sign", {{"KX_ANSI_CODEPAGE", "+932"}}, "1252 850 0 0407 0407"},
-        {"no code page", {{"KX_ANSI_CODEPAGE", "0"}, {"KX_OEM_CODEPAGE", "65536"}}, "1252 850 0 0407 0407"},
-        {"the last code page", {{"KX_ANSI_CODEPAGE", "65535"}}, "65535 850 0 0407 0407"},
-    };
-    for (auto c : cases) {
-        c.variables["LANG"] = "de_DE";
-        EXPECT_EQ(text_of(settings_of(c.variables)), c.settings) << c.why;
+TEST(Settings, FollowTheLocaleAndVariablesComeBeforeIt) {
+    const auto rows = reference::read_rows("../tests/platform/settings.txt");
+    EXPECT_EQ(rows.size(), 37u);
+    for (const auto &row : rows) {
+        const std::string wanted = row[1] + ' ' + row[2] + ' ' + row[3] + ' ' + row[4] + ' ' + row[5];
+        EXPECT_EQ(text_of(settings_of(row[0])), wanted) << row[0];
     }
+    EXPECT_EQ(settings_of("KX_ANSI_CODEPAGE=932 ").ansi_code_page, 1252u);
 }
 
 TEST(Settings, PathOfTheSettingsFile) {
     const std::string longest(KX_REGISTRY_PATH_SIZE - 1, 'r');
     const struct {
         const char *why;
-        Variables variables;
+        std::string variables;
         std::string path;
     } cases[] = {
-        {"nothing known", {}, ""},
-        {"home", {{"HOME", "/h"}}, "/h/.config/kxstr/registry.reg"},
-        {"configuration folder", {{"HOME", "/h"}, {"XDG_CONFIG_HOME", "/c"}}, "/c/kxstr/registry.reg"},
-        {"an empty one", {{"HOME", "/h"}, {"XDG_CONFIG_HOME", ""}}, "/h/.config/kxstr/registry.reg"},
-        {"a relative one", {{"HOME", "/h"}, {"XDG_CONFIG_HOME", "c"}}, "/h/.config/kxstr/registry.reg"},
-        {"told", {{"HOME", "/h"}, {"XDG_CONFIG_HOME", "/c"}, {"KX_REGISTRY", "r.reg"}}, "r.reg"},
-        {"told that there is none", {{"HOME", "/h"}, {"KX_REGISTRY", ""}}, ""},
-        {"the longest", {{"HOME", "/h"}, {"KX_REGISTRY", longest}}, longest},
-        {"too long", {{"HOME", "/h"}, {"KX_REGISTRY", longest + "r"}}, "/h/.config/kxstr/registry.reg"},
-        {"too long with the rest", {{"HOME", longest}}, ""},
+        {"nothing known", "", ""},
+        {"home", "HOME=/h", "/h/.config/kxstr/registry.reg"},
+        {"configuration folder", "HOME=/h;XDG_CONFIG_HOME=/c", "/c/kxstr/registry.reg"},
+        {"a relative one", "HOME=/h;XDG_CONFIG_HOME=c", "/h/.config/kxstr/registry.reg"},
+        {"told", "HOME=/h;XDG_CONFIG_HOME=/c;KX_REGISTRY=r.reg", "r.reg"},
+        {"told that there is none", "HOME=/h;KX_REGISTRY=", ""},
+        {"the longest", "HOME=/h;KX_REGISTRY=" + longest, longest},
+        {"too long", "HOME=/h;KX_REGISTRY=r" + longest, "/h/.config/kxstr/registry.reg"},
+        {"too long with the rest", "HOME=" + longest, ""},
     };
     for (const auto &c : cases)
         EXPECT_EQ(settings_of(c.variables).registry_path, c.path) << c.why;
@@ -143,35 +87,24 @@ TEST(Settings, AHostReplacesThemAndTheNextQuerySeesIt) {
     KxPlatformSet(&wanted);
     KxPlatformSet(nullptr);
     KxPlatformGet(nullptr);
-    EXPECT_EQ(platform::ansi_code_page(), 932u);
-    EXPECT_EQ(platform::oem_code_page(), 866u);
-    EXPECT_TRUE(platform::is_double_byte_system());
-    EXPECT_EQ(platform::system_language(), 0x0411);
-    EXPECT_EQ(platform::keyboard_language(), 0x0419);
-    EXPECT_TRUE(platform::is_lead_byte(0xE0));
     KxPlatformSettings found;
     KxPlatformGet(&found);
     EXPECT_EQ(text_of(found), "932 866 5 0411 0419");
     EXPECT_EQ(std::strlen(found.registry_path), KX_REGISTRY_PATH_SIZE - 1u);
-
-    found.ansi_code_page = 1252;
-    KxPlatformSet(&found);
-    EXPECT_FALSE(platform::is_lead_byte(0xE0));
+    EXPECT_EQ(platform::oem_code_page(), 866u);
+    EXPECT_TRUE(platform::is_double_byte_system());
+    EXPECT_EQ(platform::keyboard_language(), 0x0419);
 }
 
 TEST(Languages, CodePagesAndCharacterSets) {
-    test::run_on(test::kKorean);
-    const struct {
-        std::uint16_t language;
-        std::optional<std::uint32_t> code_page;
-    } languages[] = {
-        {0x0001, 1256},         {0x0401, 1256},         {0x0404, 950},          {0x1004, 936},
-        {0x040D, 1255},         {0x081A, 1250},         {0x0C1A, 1251},         {0x0439, 0},
-        {0x7C92, 1256},         {0x0000, 949},          {0x0400, 949},          {0x0800, 949},
-        {0x1800, std::nullopt}, {0x03FF, std::nullopt}, {0xFFFF, std::nullopt},
-    };
-    for (const auto &c : languages)
-        EXPECT_EQ(platform::ansi_code_page_of(c.language), c.code_page) << std::hex << c.language;
+    test::run_on({.ansi = 949, .language = 0x0412}); // where the default language leads
+    const std::map<std::uint16_t, std::optional<std::uint32_t>> languages{
+        {0x0001, 1256},        {0x0401, 1256}, {0x0404, 950},          {0x040D, 1255},
+        {0x081A, 1250},        {0x0439, 0},    {0x7C92, 1256},         {0x0000, 949},
+        {0x0400, 949},         {0x0800, 949},  {0x1800, std::nullopt}, {0x03FF, std::nullopt},
+        {0xFFFF, std::nullopt}};
+    for (const auto &[language, code_page] : languages)
+        EXPECT_EQ(platform::ansi_code_page_of(language), code_page) << std::hex << language;
 
     test::run_on({.language = 0}); // the default language is no language: no answer, and no going round in circles
     EXPECT_EQ(platform::ansi_code_page_of(0x0400), std::nullopt);

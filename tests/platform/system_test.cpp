@@ -127,6 +127,9 @@ TEST(Atoms, EqualForTextsThatDifferInCaseOnly) {
     EXPECT_EQ(add_atom(nullptr), 0);
     EXPECT_EQ(add_atom(""), 0);
     EXPECT_EQ(add_atom(std::string(256, 'x').c_str()), 0);
+    const std::uint16_t longest = add_atom(std::string(255, 'x').c_str());
+    EXPECT_NE(longest, 0);
+    delete_atom(longest);
     EXPECT_EQ(add_atom("#5"), 5) << "by its number";
     EXPECT_EQ(add_atom("#0"), 0);
     EXPECT_EQ(add_atom("#49151"), 0xBFFF);
