@@ -8,7 +8,7 @@ import resource
 import tempfile
 import unittest
 
-from kx_tool import KxTest, kx
+from kx_tool import CHUNK, KxTest, kx
 
 # Words in the order that a speaker expects, with the reason.
 WORDS = {
@@ -120,6 +120,9 @@ class Sorts(KxTest):
             for options in ([], ["--ignore-case"], ["--kana"]):
                 with self.subTest(language=language, options=options):
                     self.assertEqual(self.by_keys(language, data, *options), self.sort(language, data, *options))
+
+        data = b"cb\n" * CHUNK + b"a"
+        self.assertEqual(self.by_keys("US", data), self.sort("US", data), "lines across chunks, and the last without end")
 
     @unittest.skipIf("KXSTR_SANITIZED" in os.environ, "a sanitizer's own address space is far beyond the limits")
     def test_memory(self):
