@@ -117,12 +117,12 @@ class Sorts(KxTest):
         for language, alphabet in letters.items():
             lines = {"".join(shuffler.choices(alphabet, k=shuffler.randrange(6))) + "\n" for _ in range(500)}
             data = "".join(sorted(lines)).encode()
-            for options in ([], ["--ignore-case"], ["--kana"]):
+            for options in ([], ["--ignore-case"], ["--kana"], ["--ignore-case", "--kana"]):
                 with self.subTest(language=language, options=options):
                     self.assertEqual(self.by_keys(language, data, *options), self.sort(language, data, *options))
 
-        data = b"cb\n" * CHUNK + b"a"
-        self.assertEqual(self.by_keys("US", data), self.sort("US", data), "lines across chunks, and the last without end")
+        data = b"cb\n" * CHUNK + b"a" * 2 * CHUNK
+        self.assertEqual(self.by_keys("US", data), self.sort("US", data), "across chunks, and without the last end")
 
     @unittest.skipIf("KXSTR_SANITIZED" in os.environ, "a sanitizer's own address space is far beyond the limits")
     def test_memory(self):
