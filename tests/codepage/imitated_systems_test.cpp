@@ -1,4 +1,5 @@
-// Systems that no locale gives: mixtures of code page, language and keyboard, and a system without settings.
+// What Windows under Wine is not: mixtures of code page, language and keyboard, a system without settings, and text as
+// it is stored.
 #include <gtest/gtest.h>
 #include <kxstr/codepage.h>
 #include <kxstr/frame.h>
@@ -7,6 +8,7 @@
 #include "reference/data_files.h"
 #include "registry/key.h"
 #include "registry/link_engine.h"
+#include "settings_folder.h"
 #include "support/process_state.h"
 
 namespace {
@@ -14,6 +16,7 @@ namespace {
 using kxstr::test::kJapanese;
 using kxstr::test::kWestern;
 using kxstr::test::run_on;
+using kxstr::test::SettingsFolder;
 
 TEST(ImitatedSystems, DefaultsByCountryThenBySystem) {
     VaskSetLanguage("EN");
@@ -37,6 +40,15 @@ TEST(ImitatedSystems, NothingIsStoredWithoutASettingsFile) {
     EXPECT_EQ(nowhere.GetLinkEngine(), 0u);
     EXPECT_EQ(nowhere.link_engine->last_error, kxstr::platform::kCannotOpen);
     EXPECT_EQ(nowhere.SetValue("v", 3, "x", 1, 1, 0), kxstr::platform::kBadHandle);
+}
+
+TEST(ImitatedSystems, ATextOfTwoBytesIsANumber) {
+    const SettingsFolder folder;
+    folder.write("[HKEY_CURRENT_USER\\Software\\Norvane\\Conversions\\21\\CodePageData\\EN]\n"
+                 "\"DOS Code Page\"=hex(1):34,03\n");
+    VaskSetLanguage("EN");
+    run_on(kWestern, folder.file().c_str());
+    EXPECT_EQ(WcvtGetDOSCodepage(), 820);
 }
 
 TEST(Country, ByLanguageThenByKeyboardOnADoubleByteSystem) {

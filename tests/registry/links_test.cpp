@@ -236,6 +236,23 @@ TEST_F(Links, KeysByPath) {
     EXPECT_TRUE(CYWKey(0, static_cast<const char *>(nullptr)).is_open());
 }
 
+TEST(LinksOfJapan, PathsGoThroughTheAnsiCodePage) {
+    SettingsFolder folder;
+    run_on(kJapanese, folder.file().c_str());
+    // U+8868 is 95 5C in 932: its trail byte is a backslash.
+    folder.write("[HKEY_CURRENT_USER\\Software\\K]\n"
+                 "\"link\"=hex(80000008):3c,00,68,88,5c,00,42,30,3e,00\n" // <(8868)\(3042)>
+                 "[HKEY_CURRENT_USER\\Software\\\xE8\xA1\xA8]\n\"\xE3\x81\x82\"=hex:6f\n");
+    CYWKey key("HKEY_CURRENT_USER\\Software\\K", 0);
+    ASSERT_EQ(key.GetLinkEngine(), 1u);
+    EXPECT_EQ(key.SetValue("link", kBinary, "new", 3, 1, 0), platform::kSuccess);
+    std::uint32_t type = 0;
+    std::vector<std::uint8_t> data;
+    const CYWKey target("HKEY_CURRENT_USER\\Software\\\x95\x5C", 0);
+    EXPECT_EQ(read_value(target.key, "\x82\xA0", type, data), platform::kSuccess);
+    EXPECT_EQ(std::string(data.begin(), data.end()), "new");
+}
+
 TEST(SearchList, KeepsKeysInOrderAndFindsTheirRuns) {
     YWSEARCHLIST list;
     ASSERT_TRUE(list.set_up(4, kEqualKeys, 2));
