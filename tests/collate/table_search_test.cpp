@@ -20,31 +20,26 @@ template <class... Fields> Bytes packed(Fields... fields) {
     return bytes;
 }
 
-TEST(TableSearch, Lists) {
+TEST(TableSearch, ListsAndPairsGoByTheirKeysOnly) {
     const Bytes bytes{3, 7, 3, 0xFF};
-    EXPECT_EQ(b_table(bytes.data(), 7), 7);
-    EXPECT_EQ(b_table(bytes.data(), 8), 0xFF);
-    EXPECT_EQ(b_table(bytes.data(), 0xFF), 0xFF);
-    EXPECT_EQ(b_table(bytes.data() + 3, 3), 0xFF);
     const Words words{3, 0xFF, 7, 0xFFFF};
-    EXPECT_EQ(w_table(words.data(), 7), 7);
-    EXPECT_EQ(w_table(words.data(), 0xFF), 0xFF);
+    for (const std::uint8_t key : bytes)
+        EXPECT_EQ(b_table(bytes.data(), key), key);
+    EXPECT_EQ(b_table(bytes.data(), 8), 0xFF);
+    for (const std::uint16_t key : words)
+        EXPECT_EQ(w_table(words.data(), key), key);
     EXPECT_EQ(w_table(words.data(), 8), 0xFFFF);
-    EXPECT_EQ(w_table(words.data() + 3, 3), 0xFFFF);
-}
 
-TEST(TableSearch, PairsGoByTheirKeysOnly) {
-    const Bytes bytes{1, 2, 2, 9, 1, 5, 0xFF}; // no value behind the end mark
-    EXPECT_EQ(b_b_table(bytes.data(), 1), 2);
-    EXPECT_EQ(b_b_table(bytes.data(), 2), 9);
-    EXPECT_EQ(b_b_table(bytes.data(), 9), 0xFF);
-    EXPECT_EQ(b_b_table(bytes.data(), 0xFF), 0xFF);
-    const Words words{1, 2, 2, 9, 1, 5, 0xFFFF, 77};
-    EXPECT_EQ(uw_uw_table(words.data(), 1), 2);
-    EXPECT_EQ(uw_uw_table(words.data(), 2), 9);
-    EXPECT_EQ(uw_uw_table(words.data(), 9), 77);
-    EXPECT_EQ(uw_uw_table(words.data() + 6, 1), 77);
-    EXPECT_EQ(uw_uw_table(words.data(), 0xFFFF), 77);
+    const Bytes byte_pairs{1, 2, 2, 9, 1, 5, 0xFF}; // no value behind the end mark
+    const Words word_pairs{1, 2, 2, 9, 1, 5, 0xFFFF, 77};
+    const struct {
+        std::uint8_t key, byte;
+        std::uint16_t word;
+    } cases[] = {{1, 2, 2}, {2, 9, 9}, {9, 0xFF, 77}, {5, 0xFF, 77}, {0xFF, 0xFF, 77}};
+    for (const auto &c : cases) {
+        EXPECT_EQ(b_b_table(byte_pairs.data(), c.key), c.byte);
+        EXPECT_EQ(uw_uw_table(word_pairs.data(), c.key), c.word);
+    }
 }
 
 TEST(TableSearch, AddressesFollowTheirKeys) {
@@ -58,40 +53,28 @@ TEST(TableSearch, AddressesFollowTheirKeys) {
         EXPECT_EQ(search(table.data(), 6), &other);
         EXPECT_EQ(search(table.data(), 0xFF), &other);
     }
-    const std::uint32_t values[] = {0xAAAAAAAA, 0xBBBBBBBB, 0xCCCCCCCC};
-    const Bytes by_byte = packed(std::uint8_t{10}, std::uint8_t{12}, &values[0]);
-    const Bytes by_word = packed(std::uint16_t{0x110}, std::uint16_t{0x112}, &values[0]);
-    for (std::uint8_t k = 0; k < 3; ++k) {
-        EXPECT_EQ(ubp_lukup(by_byte.data(), static_cast<std::uint8_t>(10 + k)), values[k]);
-        EXPECT_EQ(uw_fp_lukup(by_word.data(), static_cast<std::uint16_t>(0x110 + k)), values[k]);
-    }
-    for (const std::uint8_t outside : Bytes{0, 9, 13, 255})
-        EXPECT_EQ(ubp_lukup(by_byte.data(), outside), 0u);
-    for (const std::uint16_t outside : Words{0x010F, 0x0113, 0x0011})
-        EXPECT_EQ(uw_fp_lukup(by_word.data(), outside), 0xFFFFFFFFu);
 }
 
 TEST(TableSearch, Ranges) {
+    const std::uint32_t values[] = {0xAAAAAAAA, 0xBBBBBBBB, 0xCCCCCCCC};
     const Bytes bytes{20, 22, 7, 8, 9};
-    const Words words{0x0120, 0x0222, 700, 800, 900}; // keys are compared with the low bytes
-    const Bytes pairs{20, 22, 1, 2, 3, 4, 5, 6};
-    for (std::uint8_t k = 0; k < 3; ++k) {
-        const auto key = static_cast<std::uint8_t>(20 + k);
-        EXPECT_EQ(ub_lukup(bytes.data(), key), 7 + k);
-        EXPECT_EQ(uw_lukup(words.data(), static_cast<std::uint8_t>(0x20 + k)), 700 + 100 * k);
-        std::uint8_t out1 = 0;
-        std::uint8_t out2 = 0;
-        EXPECT_EQ(ub_ub_lukup(pairs.data(), key, &out1, &out2), 0u);
-        EXPECT_EQ(out1, 1 + 2 * k);
-        EXPECT_EQ(out2, 2 + 2 * k);
-    }
-    for (const std::uint8_t outside : Bytes{0, 19, 23, 255}) {
+    const Words words{0x0114, 0x0216, 7, 8, 9}; // keys are compared with the low bytes
+    const Bytes pairs{20, 22, 1, 7, 2, 8, 3, 9};
+    const Bytes by_byte = packed(std::uint8_t{20}, std::uint8_t{22}, &values[0]);
+    const Bytes by_word = packed(std::uint16_t{0x114}, std::uint16_t{0x116}, &values[0]);
+    for (unsigned n = 0; n <= 255; ++n) {
+        const auto key = static_cast<std::uint8_t>(n);
+        const bool inside = n >= 20 && n <= 22;
+        EXPECT_EQ(ub_lukup(bytes.data(), key), inside ? n - 13 : 0xFF);
+        EXPECT_EQ(uw_lukup(words.data(), key), inside ? n - 13 : 0xFFFF);
+        EXPECT_EQ(ubp_lukup(by_byte.data(), key), inside ? values[n - 20] : 0);
+        EXPECT_EQ(uw_fp_lukup(by_word.data(), static_cast<std::uint16_t>(0x100 + n)), inside ? values[n - 20] : ~0u);
+        EXPECT_EQ(uw_fp_lukup(by_word.data(), key), ~0u);
         std::uint8_t out1 = 77;
         std::uint8_t out2 = 88;
-        EXPECT_EQ(ub_lukup(bytes.data(), outside), 0xFF);
-        EXPECT_EQ(uw_lukup(words.data(), outside), 0xFFFF);
-        EXPECT_EQ(ub_ub_lukup(pairs.data(), outside, &out1, &out2), 1u);
-        EXPECT_EQ(out1 + out2, 77 + 88);
+        EXPECT_EQ(ub_ub_lukup(pairs.data(), key, &out1, &out2), inside ? 0u : 1u);
+        EXPECT_EQ(out1, inside ? n - 19 : 77);
+        EXPECT_EQ(out2, inside ? n - 13 : 88);
     }
 }
 
