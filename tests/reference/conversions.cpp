@@ -1,10 +1,5 @@
 #include "reference/conversions.h"
 
-#include <array>
-#include <cstdint>
-
-#include "platform/system.h"
-
 namespace kxstr::reference {
 namespace {
 
@@ -77,12 +72,6 @@ unsigned look_up(const Map &map, unsigned key) {
     return found != map.end() ? found->second : kNone;
 }
 
-// The double-byte code of a Unicode value, or kNone.
-unsigned system_code(unsigned ansi, unsigned unit) {
-    const auto native = platform::from_wide(ansi, static_cast<std::uint16_t>(unit));
-    return native.count == 2 ? native.bytes[0] * 256u + native.bytes[1] : kNone;
-}
-
 } // namespace
 
 unsigned double_byte_to_kx(unsigned page, unsigned code) {
@@ -125,28 +114,6 @@ unsigned kx_to_native(const Page &page, unsigned kx, bool double_byte_system) {
     }
     const unsigned byte = look_up(page.reverse, kx);
     return byte != kNone ? byte : look_up({{0xF909, 9}, {0xF90A, 10}, {0xF90C, 12}, {0xF90D, 13}}, kx);
-}
-
-unsigned unicode_to_kx(const Map &pairs, unsigned unit, unsigned ansi) {
-    if (unit < 0x7F) return unit;
-    const bool double_byte = find(ansi) != nullptr;
-    if (double_byte && ((unit >= 0x3000 && unit <= 0x9FFF) || (unit >= 0x1100 && unit <= 0x11FF)))
-        return double_byte_to_kx(ansi, system_code(ansi, unit));
-    if (pairs.contains(unit)) return pairs.at(unit);
-    const unsigned code = system_code(ansi, unit);
-    if (!double_byte || unit <= 0xFF || code == kNone) return kNone;
-    return platform::is_lead_byte(static_cast<std::uint8_t>(code / 256)) ? double_byte_to_kx(ansi, code) : kNone;
-}
-
-unsigned kx_to_unicode(const Map &values, unsigned kx, unsigned ansi) {
-    const unsigned set = kx / 256, index = kx % 256;
-    const std::array bytes{static_cast<std::uint8_t>(index)};
-    if (set == 0 || set == 12) return index < 0x80 ? index : platform::to_wide(ansi, bytes).value_or(kNone);
-    if (set <= 15) return look_up(values, kx);
-    const unsigned code = set >= 36 && set <= 223 ? kx_to_double_byte(ansi, kx) : kNone;
-    if (code == kNone) return kNone;
-    const std::array pair{static_cast<std::uint8_t>(code / 256), static_cast<std::uint8_t>(code % 256)};
-    return platform::to_wide(ansi, pair).value_or(kNone);
 }
 
 } // namespace kxstr::reference

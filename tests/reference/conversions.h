@@ -15,8 +15,4 @@ unsigned kx_to_double_byte(unsigned page, unsigned kx);
 unsigned native_to_kx(const Page &page, unsigned code, bool double_byte_system);
 unsigned kx_to_native(const Page &page, unsigned kx, bool double_byte_system);
 
-// The system's own conversions come from the platform layer.
-unsigned unicode_to_kx(const Map &pairs, unsigned unit, unsigned ansi);
-unsigned kx_to_unicode(const Map &values, unsigned kx, unsigned ansi);
-
 } // namespace kxstr::reference

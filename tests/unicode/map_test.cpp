@@ -2,38 +2,50 @@
 #include <kxstr/unicode.h>
 #include <vector>
 
-#include "reference/conversions.h"
+#include "frame/kx_char.h"
+#include "reference/data_files.h"
 #include "support/process_state.h"
 
 namespace {
 
 using namespace kxstr;
-using test::kJapanese;
-using test::kWestern;
-using test::run_on;
-using test::runs_on;
+using namespace kxstr::test;
 using Units = std::vector<std::uint16_t>;
 
-TEST(UnicodeMap, EveryValueAsThePlainVersionOnEveryKindOfCodePage) {
+unsigned look_up(const reference::Map &map, unsigned key) {
+    const auto found = map.find(key);
+    return found != map.end() ? found->second : kNone;
+}
+
+TEST(UnicodeMap, TablesAloneWithoutDoubleByteRules) {
     const auto pairs = reference::unicode_to_kx(), values = reference::kx_to_unicode();
-    ASSERT_EQ(pairs.size(), 2245u);
-    ASSERT_EQ(values.size(), 2370u);
-    for (const unsigned ansi : {1252u, 1251u, 1255u, 437u, 932u, 934u, 936u, 938u, 949u, 950u}) {
-        // The double-byte flag plays no part here; give it the wrong answer where it can be chosen.
-        if (!runs_on({ansi, 437, ansi > 1000}) && !runs_on(test::system_of(ansi))) continue;
-        for (unsigned value = 0; value <= 0xFFFF; ++value) {
-            const unsigned argument = 0xA5A50000u | value;
-            ASSERT_EQ(YWcharUnicodeToKX6x(argument), reference::unicode_to_kx(pairs, value, ansi))
-                << ansi << ' ' << std::hex << value;
-            ASSERT_EQ(YWcharKX6xToUnicode(argument), reference::kx_to_unicode(values, value, ansi))
-                << ansi << ' ' << std::hex << value;
-            const auto pair = pairs.find(value);
-            ASSERT_EQ(GetKXCCHARValue(argument), pair != pairs.end() ? pair->second : reference::kNone);
-            // By set and index: as the character, but never through the double-byte rules.
-            const unsigned unicode = value < 0x1000 ? reference::kx_to_unicode(values, value, ansi) : reference::kNone;
-            ASSERT_EQ(GetUnicodeValue(0xA500 | value >> 8, argument), unicode != reference::kNone ? unicode : 0)
-                << ansi << ' ' << std::hex << value;
+    run_on(kWestern);
+    for (unsigned value = 0; value <= 0xFFFF; ++value) {
+        SCOPED_TRACE(testing::Message() << std::hex << value);
+        const unsigned argument = 0xA5A50000u | value;
+        ASSERT_EQ(GetKXCCHARValue(argument), look_up(pairs, value));
+        ASSERT_EQ(YWcharUnicodeToKX6x(argument), value < 0x7F ? value : look_up(pairs, value));
+        const unsigned set = value >> 8;
+        if (set == 0 || set == 12) continue; // native bytes, for which the system is asked
+        ASSERT_EQ(YWcharKX6xToUnicode(argument), look_up(values, value));
+        const unsigned by_index = GetUnicodeValue(0xA500 | set, argument);
+        ASSERT_EQ(by_index, values.contains(value) ? values.at(value) : 0);
+    }
+}
+
+TEST(UnicodeMap, DoubleByteCharactersComeBack) {
+    for (const System &system : {kJapanese, kKorean, kTraditionalChinese, kSimplifiedChinese}) {
+        if (!runs_on(system)) continue;
+        unsigned characters = 0;
+        for (unsigned ch = 0x2400; ch <= 0xFFFF; ++ch) {
+            const unsigned unicode = YWcharKX6xToUnicode(ch);
+            if (unicode == kNone) continue;
+            ++characters;
+            // The table of pairs can lead to another set; and some code pages hold a character twice.
+            const unsigned back = YWcharUnicodeToKX6x(unicode);
+            EXPECT_TRUE(back < 0x1000 || YWcharKX6xToUnicode(back) == unicode) << system.ansi << ' ' << std::hex << ch;
         }
+        EXPECT_GT(characters, 6000u);
     }
 }
 
@@ -42,33 +54,26 @@ struct Row {
 };
 
 constexpr Row kToKx[] = {
-    {1252, 0x0000, 0x0000}, {1252, 0x007E, 0x007E}, {1252, 0x007F, 0xFFFF}, {1252, 0x0080, 0xFFFF},
-    {1252, 0x009F, 0xFFFF}, {932, 0x0080, 0xFFFF},  {1252, 0x00A0, 0x0CA0}, {1252, 0x3007, 0x068F},
-    {1252, 0x3042, 0xFFFF}, {932, 0x3042, 0x255F},  {932, 0xFF71, 0x0B10},  {932, 0x01CD, 0xFFFF},
-    {932, 0xFF21, 0x2520},  {936, 0x3007, 0xFFFF},  {932, 0x3007, 0x241A},  {949, 0xAC00, 0x5A5E},
-    {950, 0x4E00, 0xA6D8},
+    {1252, 0x3042, 0xFFFF}, {932, 0x0080, 0xFFFF}, {932, 0x3042, 0x255F}, {932, 0xFF71, 0x0B10},
+    {932, 0x01CD, 0xFFFF},  {932, 0xFF21, 0x2520}, {936, 0x3007, 0xFFFF}, {932, 0x3007, 0x241A},
+    {932, 0x9FA0, 0x4D5D},  {949, 0xAC00, 0x5A5E}, {949, 0x1100, 0xFFFF}, {950, 0x4E00, 0xA6D8},
 };
 
 constexpr Row kFromKx[] = {
-    {1252, 0x0041, 0x0041}, {1252, 0x0C41, 0x0041}, {1252, 0x0CA0, 0x00A0}, {1252, 0x0C2D, 0x002D},
-    {1252, 0x0C80, 0x20AC}, {1251, 0x0CC0, 0x0410}, {1252, 0x05FF, 0xFFFF}, {1252, 0x0F41, 0xFFFF},
-    {1252, 0x255F, 0xFFFF}, {932, 0x255F, 0x3042},  {932, 0x23FF, 0xFFFF},  {932, 0xE000, 0xFFFF},
-    {932, 0xF909, 0xFFFF},  {949, 0x5A5E, 0xAC00},  {950, 0xA6D8, 0x4E00},  {932, 0x0CB1, 0xFF71},
+    {1252, 0x0041, 0x0041}, {934, 0x0C41, 0x0041}, {1252, 0x0C80, 0x20AC}, {1251, 0x0CC0, 0x0410},
+    {1252, 0x255F, 0xFFFF}, {932, 0x255F, 0x3042}, {932, 0x23FF, 0xFFFF},  {932, 0xE000, 0xFFFF},
+    {932, 0xF909, 0xFFFF},  {949, 0x5A5E, 0xAC00}, {950, 0xA6D8, 0x4E00},  {932, 0x0CB1, 0xFF71},
 };
 
 TEST(UnicodeMap, TellingRows) {
     for (const Row &row : kToKx) {
-        if (!runs_on({row.ansi}) && !runs_on(test::system_of(row.ansi))) continue;
+        if (!runs_on(system_of(row.ansi))) continue;
         EXPECT_EQ(YWcharUnicodeToKX6x(row.from), row.to) << row.ansi << ' ' << std::hex << row.from;
     }
     for (const Row &row : kFromKx) {
-        if (!runs_on({row.ansi}) && !runs_on(test::system_of(row.ansi))) continue;
+        if (!runs_on(system_of(row.ansi))) continue;
         EXPECT_EQ(YWcharKX6xToUnicode(row.from), row.to) << row.ansi << ' ' << std::hex << row.from;
     }
-    if (!runs_on(kJapanese)) return;
-    EXPECT_EQ(GetUnicodeValue(0, 0x41), 0x0041u);
-    EXPECT_EQ(GetUnicodeValue(0x25, 0x5F), 0u);
-    EXPECT_EQ(GetKXCCHARValue(0x41), 0xFFFFu);
 }
 
 TEST(UnicodeMap, StringsEndAtAStoredZeroOrAtTheSmallerLimit) {
