@@ -28,6 +28,7 @@ using Codes5 = std::vector<Code5>;
 const Codes5 kFunctionCodes{
     {{0x09}, 0},
     {{0x0A}, 0xF90A},
+    {{0x0C}, 0xF90C},
     {{0x0D}, 0xF90D},
     {{0xBF}, 0},
     {{0xC0, 0x00, 0x01, 0xC0}, 0x0100},
@@ -38,13 +39,9 @@ const Codes5 kFunctionCodes{
     {{0xFF, 0x0A, 0x02, 0x00, 0x41, 0x00}, 0},
 };
 
-Codes5 with_function_codes(Codes5 codes) {
-    codes.insert(codes.end(), kFunctionCodes.begin(), kFunctionCodes.end());
-    return codes;
-}
-
-// Tries every sequence of up to three codes at every size of the destination.
-template <class Read> void expect_reading(const Codes5 &alphabet, Read read) {
+// Tries every sequence of up to three text and function codes at every size of the destination.
+template <class Read> void expect_reading(Codes5 alphabet, Read read) {
+    alphabet.insert(alphabet.end(), kFunctionCodes.begin(), kFunctionCodes.end());
     for_every_sequence(alphabet, 3, [&](const Codes5 &codes) {
         Bytes source;
         for (const Code5 &code : codes)
@@ -71,23 +68,24 @@ template <class Read> void expect_reading(const Codes5 &alphabet, Read read) {
 
 TEST(Kx5Stream, SingleByteText) {
     run_on(test::kWestern);
-    expect_reading(with_function_codes({{{0x20}, 0x0020}, {{0x41}, 0x0041}, {{0x7F}, 0x007F}}), W5dzTowz);
+    expect_reading({{{0x20}, 0x0020}, {{0x41}, 0x0041}, {{0x7F}, 0x007F}}, W5dzTowz);
 }
 
 TEST(Kx5Stream, PairsOfADoubleByteSystem) {
     run_on(test::kJapanese);
-    expect_reading(with_function_codes({
-                       {{0x20}, 0x0020},
-                       {{0x21, 0x41}, 0x0041},
-                       {{0x22, 0x21}, 0x0B00},
-                       {{0x22, 0x20}, 0x0BFF}, // wraps
-                       {{0x23, 0x21}, 0x2400},
-                       {{0x24, 0x21}, 0x245E},
-                       {{0x24, 0xFF}, 0x243C}, // wraps
-                       {{0x7E, 0x7E}, 0x51BB},
-                       {{0x7F, 0x21}, 0, true},
-                   }),
-                   W5dzTowz);
+    expect_reading(
+        {
+            {{0x20}, 0x0020},
+            {{0x21, 0x41}, 0x0041},
+            {{0x22, 0x21}, 0x0B00},
+            {{0x22, 0x20}, 0x0BFF}, // wraps
+            {{0x23, 0x21}, 0x2400},
+            {{0x24, 0x21}, 0x245E},
+            {{0x24, 0xFF}, 0x243C}, // wraps
+            {{0x7E, 0x7E}, 0x51BB},
+            {{0x7F, 0x21}, 0, true},
+        },
+        W5dzTowz);
 }
 
 TEST(Kx5Stream, PairsOfAChineseStream) {
@@ -95,17 +93,18 @@ TEST(Kx5Stream, PairsOfAChineseStream) {
     for (const std::uint32_t selector : {0x83u, 0x84u}) {
         const unsigned base = selector == 0x83 ? 0xA500 : 0x8200;
         const auto ch = [base](unsigned offset) { return static_cast<KxChar>(base + offset); };
-        expect_reading(with_function_codes({
-                           {{0x20}, 0x0020},
-                           {{0x21, 0x41}, 0x0041},
-                           {{0x22, 0x21}, ch(0)},
-                           {{0x23, 0x21}, ch(0x5E)},
-                           {{0x24, 0x64}, ch(0xFF)}, // the last of a set
-                           {{0x24, 0x65}, ch(0x101)},
-                           {{0x22, 0x20}, ch(0xFF)}, // wraps
-                           {{0x7F, 0x7E}, ch(0x22A5)},
-                       }),
-                       [selector](auto... arguments) { return lW5CdzTowz(arguments..., 0xFF00 + selector); });
+        expect_reading(
+            {
+                {{0x20}, 0x0020},
+                {{0x21, 0x41}, 0x0041},
+                {{0x22, 0x21}, ch(0)},
+                {{0x23, 0x21}, ch(0x5E)},
+                {{0x24, 0x64}, ch(0xFF)}, // the last of a set
+                {{0x24, 0x65}, ch(0x101)},
+                {{0x22, 0x20}, ch(0xFF)}, // wraps
+                {{0x7F, 0x7E}, ch(0x22A5)},
+            },
+            [selector](auto... arguments) { return lW5CdzTowz(arguments..., 0xFF00 + selector); });
     }
 }
 

@@ -46,25 +46,14 @@ inline std::string bounded_copy(const std::string &text, std::size_t size, std::
     return out + std::string(size - out.size(), fill);
 }
 
-// The same for CopyUpToAndNullTerminate, byte by byte; `text` is read with its terminator.
+// The same for CopyUpToAndNullTerminate: behind the terminator follows the trail byte of a character left out, or a 0.
 inline std::string terminated_copy(const std::string &text, std::size_t size, std::uint32_t code_page, char fill) {
-    if (size <= 1) return std::string(size, '\0');
-    std::string out(size, fill);
-    for (std::size_t at = 0;;) {
-        out[at] = text.c_str()[at];
-        const bool pair = leads(out[at], code_page);
-        if (++at; pair) {
-            out[at] = text.c_str()[at];
-            if (++at; out[at - 1] == 0 || at == size) {
-                out[at - 2] = 0;
-                return out;
-            }
-        }
-        if ((!pair && out[at - 1] == 0) || at + 1 >= size) {
-            out[at] = 0;
-            return out;
-        }
-    }
+    if (size == 0) return {};
+    std::string out = cut_to(text, static_cast<std::int32_t>(size) - 1, code_page);
+    const std::string left = text.substr(out.size()) + std::string(2, '\0');
+    out += '\0';
+    if (out.size() < size) out += left[0] != 0 ? left[1] : '\0';
+    return out + std::string(size - out.size(), fill);
 }
 
 } // namespace kxstr::reference
