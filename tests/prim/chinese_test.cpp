@@ -13,7 +13,6 @@ TEST(Chinese, CharactersAndTheEdgesOfTheSets) {
     } cases[] = {
         {"ideographic space of Big5", 0xA500, 0x8200, 0xA500},
         {"ideographic comma of GB", 0xABCD8201, 0x8201, 0xA502},
-        {"small full stop, the same as the middle dot", 0xA50F, 0x8203, 0xA50F},
         {"middle dot", 0xA510, 0x8203, 0xA510},
         {"before the GB sets", 0x81FF, 0x81FF, 0x81FF},
         {"after the GB characters", 0xA211, 0xA211, 0xA211},

@@ -3,8 +3,8 @@
 
 #include "reference/byte_copies.h"
 #include "reference/streams.h"
-#include "support/guarded.h"
 #include "support/process_state.h"
+#include "support/written_by.h"
 
 namespace {
 
@@ -12,62 +12,49 @@ using namespace kxstr::reference;
 using namespace kxstr::test;
 using Text = std::vector<KxChar>;
 
-Text terminated(Text text) {
-    text.push_back(0);
-    return text;
-}
-
 TEST(BoundedByteCopies, EveryShortTextInEveryRoom) {
     for (const System &system : {kWestern, kJapanese, kSimplifiedChinese, kKorean, kTraditionalChinese}) {
         if (!runs_on(system)) continue;
         for_every_sequence(kDoubleByteAlphabet, 5, [&](const std::vector<char> &sequence) {
             const std::string text(sequence.begin(), sequence.end());
             const std::vector<char> source(text.c_str(), text.c_str() + text.size() + 1); // its exact size
-            for (std::int32_t size = -1; size <= 8; ++size) {
-                const std::size_t room = size > 0 ? static_cast<std::size_t>(size) : 0;
-                Guarded<char> bounded(room), ended(room);
-                if (size >= 0) {
-                    ASSERT_EQ(wstrncpy(bounded.data(), source.data(), static_cast<std::uint32_t>(size)),
-                              bounded.data());
-                }
-                CopyUpToAndNullTerminate(ended.data(), source.data(), size);
+            for (std::uint32_t size = 0; size <= 8; ++size) {
+                const auto bounded =
+                    written_by<char>(size, [&](auto *to) { ASSERT_EQ(wstrncpy(to, source.data(), size), to); });
+                const auto ended = written_by<char>(size, [&](auto *to) {
+                    CopyUpToAndNullTerminate(to, source.data(), static_cast<std::int32_t>(size));
+                    CopyUpToAndNullTerminate(to, source.data(), -1);
+                });
                 const char fill = Guarded<char>::kUntouched;
-                ASSERT_EQ(std::string(bounded.data(), room), bounded_copy(text, room, system.ansi, fill)) << size;
-                ASSERT_EQ(std::string(ended.data(), room), terminated_copy(text, room, system.ansi, fill)) << size;
-                ASSERT_TRUE(bounded.guards_hold() && ended.guards_hold());
+                ASSERT_EQ(std::string(bounded.begin(), bounded.end()), bounded_copy(text, size, system.ansi, fill));
+                ASSERT_EQ(std::string(ended.begin(), ended.end()), terminated_copy(text, size, system.ansi, fill));
             }
         });
     }
 }
 
-TEST(KxCopies, EveryCountAroundTheText) {
+TEST(Copies, EveryCountAroundTheText) {
     const Text text{0x0041, 0x4100, 0xF90A}, source = terminated(text);
     for (std::uint32_t count = 0; count <= 5; ++count) {
         const std::size_t length = std::min<std::size_t>(count, text.size());
         const Text part(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(length));
-
-        Guarded<KxChar> copy(count);
         Text filled = part;
         filled.resize(count);
-        ASSERT_EQ(wwstrncpy(copy.data(), source.data(), count), copy.data());
-        ASSERT_EQ(copy.contents(), filled) << count;
-
-        Guarded<KxChar> appended(length + 1);
-        appended.data()[0] = 0;
-        ASSERT_EQ(wwstrncat(appended.data(), source.data(), count), appended.data());
-        ASSERT_EQ(appended.contents(), terminated(part)) << count;
-
-        Guarded<char> bytes(length + 2);
-        ASSERT_EQ(wstrncat(wstrcpy(bytes.data(), "x"), "abc", count), bytes.data());
-        ASSERT_EQ(std::string(bytes.data()), std::string("x").append("abc", length)) << count;
-        ASSERT_TRUE(copy.guards_hold() && appended.guards_hold() && bytes.guards_hold());
+        EXPECT_EQ(written_by<KxChar>(count, [&](auto *to) { EXPECT_EQ(wwstrncpy(to, source.data(), count), to); }),
+                  filled);
+        const auto appended = written_by<KxChar>(length + 1, [&](auto *to) {
+            *to = 0;
+            EXPECT_EQ(wwstrncat(to, source.data(), count), to);
+        });
+        EXPECT_EQ(appended, terminated(part));
+        const auto bytes =
+            written_by<char>(length + 2, [&](auto *to) { EXPECT_EQ(wstrncat(wstrcpy(to, "x"), "abc", count), to); });
+        EXPECT_EQ(bytes.data(), std::string("x").append("abc", length));
     }
-    Guarded<KxChar> twice(2 * text.size() + 1);
-    EXPECT_EQ(wwstrcat(wwstrcpy(twice.data(), source.data()), source.data()), twice.data());
-    EXPECT_EQ(twice.contents(), (Text{0x0041, 0x4100, 0xF90A, 0x0041, 0x4100, 0xF90A, 0}));
-    Guarded<char> bytes(5);
-    EXPECT_STREQ(wstrcat(wstrcpy(bytes.data(), "ab"), "\xE9z"), "ab\xE9z");
-    EXPECT_TRUE(twice.guards_hold() && bytes.guards_hold());
+    const auto twice = written_by<KxChar>(7, [&](auto *to) { wwstrcat(wwstrcpy(to, source.data()), source.data()); });
+    EXPECT_EQ(twice, (Text{0x0041, 0x4100, 0xF90A, 0x0041, 0x4100, 0xF90A, 0}));
+    const auto bytes = written_by<char>(5, [](auto *to) { EXPECT_EQ(wstrcat(wstrcpy(to, "ab"), "\xE9z"), to); });
+    EXPECT_STREQ(bytes.data(), "ab\xE9z");
 }
 
 TEST(NullPointers, GiveNullOrNothing) {
@@ -158,8 +145,8 @@ TEST(Finding, EveryUnitInEveryShortText) {
 
 TEST(Memory, CountsAreBytesExceptWhereUnitsAreLookedAt) {
     const Text units{0x4100, 0x0041, 0x0000, 0x0042};
-    EXPECT_EQ(KXwmemwchr(units.data(), 0x4100, 0), nullptr);
-    EXPECT_EQ(KXwmemwchr(units.data(), 0x0000, 2), nullptr);
+    EXPECT_EQ(KXwmemwchr(units.data(), 0x4100, 4), units.data());
+    EXPECT_EQ(KXwmemwchr(units.data(), 0x0042, 0x10003), nullptr);
     EXPECT_EQ(KXwmemwchr(units.data(), 0x70000, 0x10003), units.data() + 2) << "low halves count";
     EXPECT_EQ(KXwmemwchr(units.data(), 0x0042, 4), units.data() + 3) << "0 ends nothing";
     EXPECT_EQ(KXwmemcmp("\x01", "\xFF", 1), -1);
