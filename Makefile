@@ -13,7 +13,8 @@ build: deps
 	cmake --build --preset release -j$(JOBS)
 
 # Converts the sample texts in examples/ and tells what it does.
-demo: deps
+demo:
+	@tools/deps.sh demo
 	cmake --preset release
 	cmake --build --preset release -j$(JOBS) --target kx kxstr
 	examples/demo.sh build/release/kx

@@ -6,6 +6,7 @@ set -eu
 packages_of() {
     case $1 in
     default) echo "cmake g++ make python3 binutils libgtest-dev libbenchmark-dev clang-format clang-tidy" ;;
+    demo) echo "cmake make g++ python3" ;;
     windows) echo "cmake make python3 binutils g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
     wine) echo "wine wine64 googletest locales" ;;
     # Not g++-multilib, which excludes all cross compilers; it only adds a link to the headers in /usr/include/asm.
