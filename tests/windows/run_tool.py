@@ -1,12 +1,14 @@
-"""The demo with kx.exe tells what it tells with the portable tool, and the tool sorts alike."""
+"""The demo with kx.exe tells what it tells with the portable tool, and the tool sorts a file of any name alike."""
 import os
 import pathlib
+import shutil
 import subprocess
 
 from wine import WINE
 
 EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
-SORT = ("sort", "-l", "CS", "-f", "852", EXAMPLES / "texts" / "czech-852.txt")
+# In no Western code page.
+NAME = "hodin\u00e1\u0159.txt"
 
 
 def run(*command, environment=None):
@@ -21,7 +23,8 @@ def check(wine, portable):
     starter.chmod(0o755)
     ours = portable / "kx"
     alike = True
-    for command in ((EXAMPLES / "demo.sh", "KX"), ("KX", *SORT)):
+    text = shutil.copy(EXAMPLES / "texts" / "czech-852.txt", wine.build / NAME)
+    for command in ((EXAMPLES / "demo.sh", "KX"), ("KX", "sort", "-l", "CS", "-f", "852", text)):
         on_windows, here = (
             run(*(tool if word == "KX" else word for word in command), environment=environment)
             for tool, environment in ((starter, wine.environment("en_US")), (ours, os.environ | {"LC_ALL": "C"})))

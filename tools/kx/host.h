@@ -11,9 +11,9 @@ inline constexpr int kStandardInput = 0;
 inline constexpr int kStandardOutput = 1;
 inline constexpr int kStandardError = 2;
 
-// Once, before anything else: a closed pipe becomes a write error like others, and no byte is changed on its way
-// through the standard streams.
-void prepare();
+// Once, before anything else: a closed pipe becomes a write error like others, no byte is changed on its way through
+// the standard streams, and on Windows the arguments, names of files among them, become UTF-8.
+void prepare(int &argc, char **&argv);
 
 int open_to_read(const char *path);
 int open_to_write(const char *path); // created, or emptied

@@ -25,7 +25,7 @@ std::optional<RegularFile> regular_file(int result, const struct stat &status) {
 
 } // namespace
 
-void prepare() {
+void prepare(int &, char **&) {
     std::signal(SIGPIPE, SIG_IGN);
 }
 

@@ -5,13 +5,15 @@
 #include <initializer_list>
 #include <io.h>
 #include <share.h>
+#include <string>
 #include <sys/stat.h>
+#include <vector>
 
 #include "platform/windows/windows.h"
 
-// Makes the runtime replace patterns such as *.txt by the names of files, as shells do elsewhere.
-extern "C" int _dowildcard;
-int _dowildcard = -1;
+// Of the runtime: the arguments in UTF-16, where patterns such as *.txt are replaced by the names of files if wanted,
+// as shells do elsewhere.
+extern "C" int __cdecl __wgetmainargs(int *argc, wchar_t ***argv, wchar_t ***environment, int patterns, int *new_mode);
 
 namespace kx::host {
 namespace {
@@ -23,6 +25,21 @@ unsigned at_most_one_call(std::size_t size) {
 
 HANDLE handle_of(int descriptor) {
     return reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
+}
+
+std::string utf8_of(const wchar_t *text) {
+    const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes.data(), size, nullptr, nullptr);
+    bytes.pop_back(); // the terminator
+    return bytes;
+}
+
+std::wstring wide_of(const char *path) {
+    const int size = MultiByteToWideChar(CP_UTF8, 0, path, -1, nullptr, 0);
+    std::wstring wide(static_cast<std::size_t>(size), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, path, -1, wide.data(), size);
+    return wide;
 }
 
 std::uint64_t join(DWORD high, DWORD low) {
@@ -39,17 +56,32 @@ std::optional<RegularFile> regular_file(HANDLE file) {
 
 } // namespace
 
-void prepare() {
+void prepare(int &argc, char **&argv) {
+    // The arguments of main are cut down to the ANSI code page, and may come to name another file.
+    wchar_t **wide = nullptr;
+    wchar_t **environment = nullptr;
+    int new_mode = 0;
+    if (__wgetmainargs(&argc, &wide, &environment, 1, &new_mode) == 0) {
+        static std::vector<std::string> texts;
+        static std::vector<char *> arguments;
+        for (int i = 0; i < argc; ++i)
+            texts.push_back(utf8_of(wide[i]));
+        for (std::string &text : texts)
+            arguments.push_back(text.data());
+        arguments.push_back(nullptr);
+        argv = arguments.data();
+    }
     for (const int descriptor : {kStandardInput, kStandardOutput, kStandardError})
         _setmode(descriptor, _O_BINARY);
 }
 
 int open_to_read(const char *path) {
-    return _open(path, _O_RDONLY | _O_BINARY | _O_NOINHERIT);
+    return _wopen(wide_of(path).c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
 }
 
 int open_to_write(const char *path) {
-    return _open(path, _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
+    return _wopen(wide_of(path).c_str(), _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY | _O_NOINHERIT,
+                  _S_IREAD | _S_IWRITE);
 }
 
 std::ptrdiff_t read(int descriptor, void *bytes, std::size_t size) {
@@ -77,7 +109,7 @@ std::optional<RegularFile> regular_file(int descriptor) {
 
 std::optional<RegularFile> regular_file(const char *path) {
     constexpr DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const HANDLE file = CreateFileA(path, 0, share, nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE file = CreateFileW(wide_of(path).c_str(), 0, share, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE) return std::nullopt;
     const auto found = regular_file(file);
     CloseHandle(file);

@@ -69,7 +69,7 @@ int run(int argc, char **argv) {
 } // namespace
 
 int main(int argc, char **argv) {
-    kx::host::prepare();
+    kx::host::prepare(argc, argv);
     const int status = run(argc, argv);
     // What was printed may still meet a full disk, or a pipe that nobody reads.
     const bool flushed = std::fflush(stdout) == 0;
