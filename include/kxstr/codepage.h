@@ -84,7 +84,8 @@ KXSTR_API uint32_t WcvtWinCodepageToKXCodepage(uint32_t windows_number);
 
 /**
  * @return  The country of the system: 0 none of these, 1 Japanese, 2 Korean, 3 Traditional Chinese, 4 Simplified
- *          Chinese, 5 Arabic, 6 Hebrew.
+ *          Chinese, 5 Arabic, 6 Hebrew. The system's language decides it, not the ANSI code page; on a double-byte
+ *          system in another language the keyboard tells the two Chinese scripts.
  *
  * Worked out at the first call of any function that needs it, and kept for the life of the process.
  * Threads: the first call is unguarded; make it before starting threads.

@@ -42,7 +42,9 @@ KXSTR_API void KxPlatformGet(KxPlatformSettings *settings);
 
 /**
  * Replaces the settings; the next query sees the new ones. What the library has worked out from the old ones and keeps
- * (the country, the Windows code page, its own descriptors) stays as it is.
+ * (the country, the Windows code page, its own descriptors) stays as it is. No member follows from another here: for
+ * Japanese text as on a Japanese system, for one, set ansi_code_page, double_byte and system_language before the first
+ * use of the library.
  *
  * @param settings  Copied whole; the registry path is cut at its last byte, so that it always ends. Null is ignored.
  *
