@@ -1,7 +1,9 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
-.PHONY: all build demo test test-asan test-windows test-32 test-be torture windows lint bench clean deps tables
+.PHONY: all build demo test test-asan test-clang test-windows test-32 test-be torture windows lint bench bench-tool \
+        bench-build clean deps tables
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
+SIZE ?= 256
 
 all: build
 
@@ -27,6 +29,13 @@ test-asan: deps
 	cmake --preset asan
 	cmake --build --preset asan -j$(JOBS)
 	ctest --preset asan -j$(JOBS)
+
+# The same tests, the library and the benchmarks compiled by Clang.
+test-clang:
+	@tools/deps.sh default bench clang
+	cmake --preset clang
+	cmake --build --preset clang -j$(JOBS)
+	ctest --preset clang -j$(JOBS)
 
 # The long form of the tests that kill writers and let processes fight over one settings file.
 torture: build
@@ -62,14 +71,25 @@ test-be:
 	cmake --build --preset s390x -j$(JOBS)
 	ctest --preset s390x -j$(JOBS)
 
-lint: deps
-	cmake --preset release
-	tools/lint.sh build/release
+# Configures only: clang-tidy needs the compile commands, of the benchmarks too.
+lint:
+	@tools/deps.sh default bench lint
+	cmake --preset lint
+	tools/lint.sh build/lint
 
-bench: deps
+# Ours beside the C library and ICU, with the goal of each row; FILTER='W6azTowz /ja/' runs the rows that match.
+bench: bench-build
+	bench/table.py --json build/release/bench/measured.json $(FILTER)
+
+# kx on large files beside iconv, uconv and sort; SIZE in MiB.
+bench-tool: bench-build
+	bench/tool.py --size $(SIZE) $(FILTER)
+
+bench-build:
+	@tools/deps.sh default bench
 	cmake --preset release -DKXSTR_BENCH=ON
-	cmake --build --preset release -j$(JOBS) --target kxstr_bench
-	build/release/kxstr_bench
+	cmake --build --preset release -j$(JOBS)
+	bench/corpus.py build/release/bench/corpus
 
 # Rewrites the generated C++ from data/.
 tables:

@@ -1,15 +1,20 @@
 #!/usr/bin/env python3
-"""Holds the order of the subsystems: a folder of src/ may include only itself and the folders below it.
+"""Holds the order of the subsystems: a folder of src/ may include only itself and the folders below it, as src/layers.txt
+lists them.
 
     check_layers.py [--root FOLDER]    prints every include that goes the wrong way, and exits with 1 if there is one
+    check_layers.py --picture          prints the list as docs/architecture.md shows it, which is checked as well
 """
 import argparse
 import pathlib
 import re
 import sys
 
-# From the bottom up; docs/architecture.md shows the picture.
-LAYERS = ["tables", "platform", "frame", "registry", "codepage", "unicode", "forms", "strops", "collate", "prim"]
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+# From the bottom up, each a name and what it holds.
+LAYER_LINES = [line for line in (ROOT / "src/layers.txt").read_text(encoding="utf-8").splitlines() if line[0] != "#"]
+LAYERS = [line.split()[0] for line in LAYER_LINES]
+PICTURE = "\n".join("   " + line for line in reversed(LAYER_LINES))
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
 # Only src/platform may know the system.
 SYSTEM_HEADERS = re.compile(r"^(windows\.h|unistd\.h|fcntl\.h|errno\.h|locale\.h|clocale|dirent\.h|sys/.*|pthread\.h)$")
@@ -22,7 +27,7 @@ def faults(root):
             continue
         layer = path.relative_to(src).parts[0]
         if layer not in LAYERS:
-            yield f"{path.relative_to(root)}: '{layer}' is no known subsystem"
+            yield f"{path.relative_to(root)}: '{layer}' is not in src/layers.txt"
             continue
         for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
             match = INCLUDE.match(line)
@@ -42,8 +47,15 @@ def faults(root):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--root", type=pathlib.Path, default=pathlib.Path(__file__).resolve().parent.parent)
-    found = list(faults(parser.parse_args().root))
+    parser.add_argument("--root", type=pathlib.Path, default=ROOT)
+    parser.add_argument("--picture", action="store_true")
+    arguments = parser.parse_args()
+    if arguments.picture:
+        print(PICTURE)
+        return 0
+    found = list(faults(arguments.root))
+    if PICTURE not in (ROOT / "docs/architecture.md").read_text(encoding="utf-8"):
+        found.append("docs/architecture.md: the picture differs from src/layers.txt (see --picture)")
     print("\n".join(found) if found else "every include goes downwards")
     return 1 if found else 0
 

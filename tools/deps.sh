@@ -5,7 +5,9 @@ set -eu
 
 packages_of() {
     case $1 in
-    default) echo "cmake g++ make python3 binutils libgtest-dev libbenchmark-dev clang-format clang-tidy" ;;
+    default) echo "cmake g++ make python3 binutils libgtest-dev" ;;
+    clang) echo "clang" ;;
+    lint) echo "clang-format clang-tidy shellcheck pyflakes3" ;;
     demo) echo "cmake make g++ python3" ;;
     windows) echo "cmake make python3 binutils g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
     wine) echo "wine wine64 googletest locales" ;;
@@ -16,6 +18,11 @@ packages_of() {
         echo "cmake make python3 g++ g++-$version-multilib googletest qemu-user"
         ;;
     be) echo "cmake make python3 g++-s390x-linux-gnu googletest qemu-user" ;;
+    # Peers, and the texts and word lists of bench/corpus.py.
+    bench)
+        echo "libbenchmark-dev libicu-dev icu-devtools zlib1g wamerican wspanish wswedish hunspell-cs hunspell-he skkdic"
+        echo "manpages-fr manpages-ru manpages-el manpages-ja manpages-zh locales"
+        ;;
     *) echo "deps.sh: no group '$1'" >&2 && exit 2 ;;
     esac
 }

@@ -23,9 +23,11 @@ extern "C" {
  *
  * Bytes below 32 go through the low table where the code page has one (the glyphs that DOS shows for them), else tab,
  * line feed, form feed and carriage return give their KX codes. Bytes that the code page leaves undefined give
- * 0x0C00 + byte. Double-byte codes convert only on a double-byte system, which is asked about at every call.
+ * 0x0C00 + byte. Double-byte codes convert only on a double-byte system, which is asked about at every call: a
+ * descriptor of page 932 on another system converts bytes only, whatever its page.
  * Threads: re-entrant; threads may share a descriptor as long as none rewrites it.
- * Example: 932, 0x82A0 -> 0x255F.  1252, 0xE9 -> 0x0129.  1252, 0x7F -> KX_NONE.
+ * Example: 1252, 0xE9 -> 0x0129.  1252, 0x7F -> KX_NONE.  932, 0x82A0 -> 0x255F on a double-byte system (on any other,
+ * which is the default outside Windows, KX_NONE).
  */
 KXSTR_API uint16_t WcvtNtvToKx(const KxCodePage *page, uint32_t code);
 
@@ -42,7 +44,8 @@ KXSTR_API uint16_t WcvtNtvToKx(const KxCodePage *page, uint32_t code);
  * give the backslash. Characters of the double-byte sets that no native code leads to convert by the same rule, and
  * may give a code that the code page does not have.
  * Threads: as WcvtNtvToKx.
- * Example: 932, 0x255F -> 0x82A0.  1252, 0x0129 -> 0xE9.  1252, 0x2400 -> KX_NONE.
+ * Example: 1252, 0x0129 -> 0xE9.  1252, 0x2400 -> KX_NONE.  932, 0x255F -> 0x82A0 on a double-byte system (on any other
+ * KX_NONE).
  */
 KXSTR_API uint16_t WcvtKxToNtv(const KxCodePage *page, uint32_t ch);
 
@@ -98,7 +101,7 @@ KXSTR_API uint8_t WtpiGetCountryID(void);
  *          Zero-terminated, in the library's own buffer; do not write.
  *
  * The path is rebuilt at every call, in the same buffer: it follows the language.
- * Threads: the buffer is process-wide and unguarded, and every function that reads or stores a code page fills it.
+ * Threads: the buffer is process-wide and unguarded; this function alone fills it.
  */
 KXSTR_API const char *WcvtGetRegistryLoc(void);
 
@@ -134,8 +137,10 @@ KXSTR_API uint16_t WcvtGetWinCodepage(void);
  * @return           1 stored. 0 not stored: settings that cannot be opened or written, or a value whose type has bit
  *                   0x40000000, which protects it; then the code page in force stays.
  *
- * Where the value is a link, the value that it leads to is written, in the very key where reading looks for it; the
- * result is that of this write. The library's own descriptors, once filled, keep their code page.
+ * Where the value is a link, the value that it names is written instead, and the result is that of this write. A link
+ * with a root, <\HKEY_CURRENT_USER\Software\Key\Page>, is written where it is read. One without, <Key\Page>, is written
+ * below HKEY_CURRENT_USER but read below HKEY_CURRENT_USER\Software, so that the next process does not find the number.
+ * The library's own descriptors, once filled, keep their code page.
  * Threads: serialise with every use of the library.
  */
 KXSTR_API uint32_t WcvtSetWinCodepage(uint32_t code_page);

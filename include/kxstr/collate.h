@@ -139,7 +139,7 @@ KXSTR_API uint32_t f_KX60ColVal(uint32_t ch, uint32_t lang);
 /** @return  0 for a lowercase letter of sets 0, 1, 8 and 10, 1 for any other character. */
 KXSTR_API uint8_t f_wislower(uint32_t ch);
 
-/** @return  1 when a character is valid; unlike ValidKxCharacter, whatever the system. Index 0xFF never is. */
+/** @return  1 when a character is valid; unlike ValidKxCharacter, whatever the system. Index 0xFF is in set 12 only. */
 KXSTR_API uint32_t KxCh6Iskxc(uint32_t ch);
 
 /** @return  The value of a character in the default sequence, 0xFF for none. The tab code has none here. */
@@ -196,6 +196,16 @@ KXSTR_API int32_t xchcmp(uint32_t a, uint32_t b, uint8_t case_flag);
  */
 KXSTR_API void setsseq(const char *code);
 
+/**
+ * Brings the collation table `coltbl` to the current language (VaskSetLanguage): writes the values of 60 letters, by
+ * the first two letters of the language in either case.
+ *
+ * Does nothing when coltbl was last set up for the same language. Only two bytes of a language are remembered, so a
+ * longer one is set up every time. Byte pairs of a double-byte code page are remembered whole or not at all.
+ * Threads: writes `coltbl`.
+ */
+KXSTR_API void lVaskSetupLang(void);
+
 /* ---- Comparing strings by language number ---- */
 
 /**
@@ -208,6 +218,8 @@ KXSTR_API void setsseq(const char *code);
  * @param kana_flag  Not 0: hiragana sort before katakana at the third level (East Asian languages only).
  * @return           -1, 0 or 1 as s1 sorts before, with or after s2.
  *
+ * Example, "US", with case: "cot" and "COT" -> -1, case decides last; "cote" and "COT" -> 1, letters and lengths come
+ * first.
  * One leading code (0xF900 and above) of each string is skipped; other codes count as characters. In the languages with
  * contractions the order is not transitive in every corner (runs of three and more "l" in mixed case in Spanish, for
  * example), nor is it in the East Asian ones, so a sort must not rely on that.
@@ -235,6 +247,9 @@ KXSTR_API int32_t KxWS6CmpcollLang(const KxChar *s1, const KxChar *s2, const cha
  * @param lang       Language number.
  * @return           2 when values were written; 0 at the end of the string (nothing is written, the position stays) and
  *                   for an ignorable character (the position moves, secondary and tertiary are written).
+ *
+ * So 0 is not the end: a loop goes on until **position is 0.
+ * Example, language 0: "cote" -> 2, primary 131, secondary 0, tertiary 0, and the position is at "ote".
  */
 KXSTR_API uint32_t getColValues(const KxChar **position, uint8_t *primary, uint16_t *secondary, uint8_t *tertiary,
                                 uint32_t case_on, uint32_t previous, uint32_t lang);
@@ -253,9 +268,9 @@ KXSTR_API uint32_t getColValues(const KxChar **position, uint8_t *primary, uint1
  * @return          2 when `next` is a sound mark that went into the value (the caller skips it), 0 when the character
  *                  has no value, else 1.
  *
- * Chosen here: characters 0x25B6 to 0x25FF, which lie between the hiragana and the katakana, have no value; a combined
- * code of wtoall (set 11, index 0x40 and up) is read without its mark unless a sound mark stands at `next`, so that the
- * result is never 2 for any other `next`.
+ * Characters 0x25B6 to 0x25FF, which lie between the hiragana and the katakana, have no value. A combined code of
+ * wtoall (set 11, index 0x40 and up) is read without its mark unless a sound mark stands at `next`: the result is 2
+ * only before a sound mark.
  */
 KXSTR_API uint32_t AsiaGetColValues(uint32_t ch, uint32_t next, uint32_t previous, uint16_t *primary,
                                     uint16_t *secondary, uint8_t *flags, uint32_t case_off);

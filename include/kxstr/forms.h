@@ -10,6 +10,34 @@
  *   0xF0        extended character: 0xF0, index,       0xFF              1 byte
  *               set, 0xF0
  * A 0 inside a code does not end the stream.
+ *
+ * The buffer and string functions at a glance. A count always includes the terminator, but where `+` says that the
+ * terminator comes on top of it. n: the count; chars, bytes, units: of the source, without its terminator.
+ *
+ *   function                               count in        room needed          result
+ *   str_AnsiToKx, str_OemToKx,             bytes           n bytes              bytes written, terminator included
+ *     str_DBCS_OEMorANSItoKX,
+ *     TpiAnsiToKxBuff, TpiOemToKxBuff
+ *   TpiKxDocStripBuff                      bytes           n bytes              bytes written, terminator included
+ *   TpiKxLongStripBuff                     bytes, signed + n + 2 bytes          bytes written, terminator included
+ *   TpiKxToAnsiBuff, TpiKxToOemBuff        bytes           n bytes              no length: a character that is dropped
+ *                                                                               counts, too, and 1 for the terminator
+ *   TpiKxToKxsioBuff, W6dzTotz,            bytes           n bytes              count without terminator; attributes
+ *     TpiKxwzToKxsioBuff, W6wzTotz                                              count as 3 bytes
+ *   W6azTowz, W6ozTowz                     none            bytes + 1 units      1; 0 without memory
+ *   W6azTowzN, W6ozTowzN                   16-bit units    n units              1; 0 without memory
+ *   W6wzToaz, W6wzToazEx                   none            2 * chars + 1 bytes  bytes written, without terminator
+ *   W6wzTooz                               none            2 * chars + 1 bytes  1
+ *   W6wzToazN, W6wzToozN                   characters      2 * n - 1 bytes      1
+ *   W6wzToazNB                             bytes           n bytes              1; 0 for null
+ *   W6VaskTowz, W6wzToVask, W6wzToVaskEx   none            units + 1 units      1
+ *   W6VaskTowzN, W6wzToVaskN               16-bit units    n units              1
+ *   W6VaskToazN                            characters      2 * n - 1 bytes      1
+ *   W5dzTowz, lW5CdzTowz                   bytes           n bytes              the destination
+ *   WwzTo5dz                               bytes           n bytes              the destination
+ *
+ * Trap: W6wzToazN and its like count characters, of which each may take two bytes. A count of 10 is a buffer of 19
+ * bytes, not of 10; W6wzToazNB counts bytes.
  */
 #ifndef KXSTR_FORMS_H
 #define KXSTR_FORMS_H
@@ -63,12 +91,6 @@ KXSTR_API uint8_t *wdstrcpy(uint8_t *destination, const uint8_t *source);
  * @return             The destination. A stream may be appended to itself.
  */
 KXSTR_API uint8_t *wdstrcat(uint8_t *destination, const uint8_t *source);
-
-/** Copies `count` bytes; the areas may overlap. A count of 0 or less copies nothing. Pointers are not tested. */
-KXSTR_API void KXwmemmove(void *destination, const void *source, int32_t count);
-
-/** Stores the low 8 bits of `value` into `count` bytes; 0 or less stores nothing. The pointer is not tested. */
-KXSTR_API void KXwmemset(void *area, uint32_t value, int32_t count);
 
 /* ---- Buffers and stripping ----
  *
@@ -165,8 +187,9 @@ KXSTR_API uint32_t TpiKxDocStripBuff(uint8_t *destination, const uint8_t *source
  *
  * @param destination  May be the source, but not overlap it otherwise.
  * @param count        Bytes, signed, all 32 bits. It bounds the text at count / 2 characters, rounded down, and leaves
- *                     no room for the terminator: a count of n needs a destination of n + 2 bytes, an odd one of
- *                     n + 1. From 1 down (0 apart) only the terminator of two bytes is written.
+ *                     no room for the terminator, which is written behind it: pass the size of the destination less 2.
+ *                     (A count of n needs a destination of n + 2 bytes, an odd one of n + 1.) From 1 down (0 apart)
+ *                     only the terminator of two bytes is written.
  * @return             Bytes written, the terminator included; 0 when the count is 0.
  */
 KXSTR_API uint32_t TpiKxLongStripBuff(KxChar *destination, const KxChar *source, int32_t count, uint32_t flags);
@@ -176,8 +199,9 @@ KXSTR_API uint32_t TpiKxLongStripBuff(KxChar *destination, const KxChar *source,
  *
  * @param destination  Receives at most `count` bytes, and holds the stripped stream meanwhile. May be the source, but
  *                     not overlap it otherwise.
- * @return             Bytes counted plus 1; 0 when the count is 0. A character without a native code is dropped, but
- *                     counts as one byte against the count and in the result.
+ * @return             Bytes counted plus 1; 0 when the count is 0. Not the length of the output: a character without a
+ *                     native code is dropped, but counts as one byte against the count and in the result. Where the
+ *                     output ends tells its terminator alone.
  *
  * Line ends and the space code come through as the bytes CC, CF and 80.
  */
@@ -210,6 +234,12 @@ KXSTR_API uint16_t TpiKxToKxsioBuff(uint8_t *destination, const uint8_t *source,
  *                     written, when there is no memory for a temporary copy of the string.
  */
 KXSTR_API uint16_t TpiKxwzToKxsioBuff(uint8_t *destination, const KxChar *source, uint32_t count, uint32_t flags);
+
+/** TpiKxToKxsioBuff with source and destination in the other order. */
+KXSTR_API uint16_t W6dzTotz(const uint8_t *source, uint8_t *destination, uint32_t count, uint32_t flags);
+
+/** TpiKxwzToKxsioBuff with source and destination in the other order. */
+KXSTR_API uint16_t W6wzTotz(const KxChar *source, uint8_t *destination, uint32_t count, uint32_t flags);
 
 /* ---- Strings ----
  *

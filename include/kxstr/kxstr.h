@@ -4,8 +4,9 @@
 
 #include <kxstr/codepage.h>
 #include <kxstr/collate.h>
+#include <kxstr/core.h>
 #include <kxstr/forms.h>
-#include <kxstr/frame.h>
+#include <kxstr/letters.h>
 #include <kxstr/platform.h>
 #include <kxstr/prim.h>
 #include <kxstr/strops.h>

@@ -17,7 +17,8 @@ extern "C" {
  * The settings, filled once when the library is loaded: each from its environment variable when that is set and
  * parses, else from the locale, else from the default given here. The locale is the first of LC_ALL, LC_CTYPE and LANG
  * that is not empty, such as ja_JP.UTF-8; it stands for the code pages and the language that Windows has for it,
- * whatever its own encoding. C, POSIX and unknown locales stand for the defaults.
+ * whatever its own encoding. C, POSIX and unknown locales stand for the defaults. In a process with more rights than
+ * the user who started it (set-user-ID and the like) no variable counts, and there is no settings file.
  */
 typedef struct KxPlatformSettings {
     uint32_t ansi_code_page;    /**< KX_ANSI_CODEPAGE, decimal, 1 to 65535; default 1252 */
@@ -45,6 +46,8 @@ KXSTR_API void KxPlatformGet(KxPlatformSettings *settings);
  * (the country, the Windows code page, its own descriptors) stays as it is. No member follows from another here: for
  * Japanese text as on a Japanese system, for one, set ansi_code_page, double_byte and system_language before the first
  * use of the library.
+ *
+ * Example: read, set ansi_code_page = 932, double_byte = 1 and system_language = 0x0411, replace.
  *
  * @param settings  Copied whole; the registry path is cut at its last byte, so that it always ends. Null is ignored.
  *

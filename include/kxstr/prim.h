@@ -1,6 +1,5 @@
 /**
- * Primitives: byte strings (w...), KX strings (ww...) and memory (KXw..., KXwh...); Big5 and GB; comparisons of KX
- * strings without case.
+ * Primitives: byte strings (w...), KX strings (ww...) and memory (KXw..., KXwh...).
  *
  * A byte string is any zero-terminated 8-bit text, its bytes taken as unsigned; a KX string ends with a 0 unit of 16
  * bits. Pointers must not be null unless a function says what null gives. Counts are in bytes or in 16-bit characters,
@@ -62,9 +61,6 @@ KXSTR_API int32_t wstrcmp(const char *a, const char *b);
 /** As wstrcmp over at most `count` bytes; 0 when the count is 0 or less. Null is not tested. */
 KXSTR_API int32_t wstrncmp(const char *a, const char *b, int32_t count);
 
-/** As wstrcmp with a to z taken as A to Z; other bytes count as they are. Null is not tested. */
-KXSTR_API int32_t w_stricmp(const char *a, const char *b);
-
 /** @return The first byte equal to `byte` (low 8 bits used), or null. The terminator is never found. */
 KXSTR_API char *wstrchr(const char *string, uint32_t byte);
 
@@ -98,12 +94,16 @@ KXSTR_API KxChar *wwstrncat(KxChar *destination, const KxChar *source, uint32_t 
  */
 KXSTR_API KxChar *wwstrncpy(KxChar *destination, const KxChar *source, uint32_t count);
 
-/** @return The difference of the first differing characters as unsigned 16-bit values, 0 when there are none. */
+/**
+ * @return  The difference of the first differing characters as unsigned 16-bit values, 0 when there are none.
+ *
+ * Example: 0x0063 0x006F and 0x0063 0x013D -> -206.
+ */
 KXSTR_API int32_t wwstrcmp(const KxChar *a, const KxChar *b);
 
 /**
- * As wwstrcmp over at most `count` bytes, two for each character; 0 when the count is 0 or less. An odd count never
- * runs out: the comparison then goes to the first difference or the end.
+ * As wwstrcmp over at most `count` bytes, two for each character (not characters, unlike wwstrncpy and wwstrncat); 0
+ * when the count is 0 or less. An odd count is no bound: the comparison then goes to the first difference or the end.
  */
 KXSTR_API int32_t wwstrncmp(const KxChar *a, const KxChar *b, int32_t count);
 
@@ -137,47 +137,11 @@ KXSTR_API void KXwmemcpy(void *destination, const void *source, uint32_t count);
 /** As KXwmemcpy; the areas may overlap here too. */
 KXSTR_API void KXwhmemmove(void *destination, const void *source, uint32_t count);
 
-/* ---- Chinese conversion, comparisons without case ------------------------------------------------------------- */
+/** Copies `count` bytes; the areas may overlap. A count of 0 or less copies nothing. Pointers are not tested. */
+KXSTR_API void KXwmemmove(void *destination, const void *source, int32_t count);
 
-/**
- * @param ch  KX character of the Big5 sets (0xA500 to 0xDBA8); low 16 bits used.
- * @return    The corresponding character of the GB sets (0x8200 to 0xA210). Any other character, and one without a
- *            counterpart, comes back unchanged.
- *
- * Hanzi lead to their simplified form, so several Big5 characters may lead to one GB character. The country plays no
- * part. An index of 0xFF, which no character has, counts as index 0 of the next set.
- * Threads: re-entrant.
- * Example: 0xA501 -> 0x82C7.
- */
-KXSTR_API uint16_t big5togb(uint32_t ch);
-
-/**
- * @param ch  KX character of the GB sets (0x8200 to 0xA210); low 16 bits used.
- * @return    The corresponding character of the Big5 sets (0xA500 to 0xDBA4); otherwise as big5togb. Of several
- *            traditional forms it gives one, whatever the word.
- *
- * Not the exact inverse of big5togb: 6749 of 6906 characters come back.
- */
-KXSTR_API uint16_t gbtobig5(uint32_t ch);
-
-/**
- * Compares two KX strings by the wtoupper forms of their units; codes count like characters.
- *
- * @param a, b  KX strings; not null.
- * @return      0, or the difference of the first two units whose wtoupper forms differ: that of `a` minus that of `b`,
- *              as unsigned 16-bit numbers (the terminator counts as 0).
- *
- * Threads: re-entrant, once the country is decided (it settles the case of the double-byte characters).
- * Example: "ab" and "abc" -> -0x43.
- */
-KXSTR_API int32_t ww_stricmp(const KxChar *a, const KxChar *b);
-
-/**
- * As ww_stricmp, over at most so many bytes.
- *
- * @param size  In bytes, 2 to a unit. 0 or less: the result is 0. An odd size does not bound the comparison.
- */
-KXSTR_API int32_t wwstrincmp(const KxChar *a, const KxChar *b, int32_t size);
+/** Stores the low 8 bits of `value` into `count` bytes; 0 or less stores nothing. The pointer is not tested. */
+KXSTR_API void KXwmemset(void *area, uint32_t value, int32_t count);
 
 #ifdef __cplusplus
 }

@@ -3,7 +3,7 @@
  *
  * The table-driven sets convert through the library's own tables. The East Asian characters (sets 36 to 223) and the
  * upper halves of sets 0 and 12 convert through the process's ANSI code page as the system reports it, asked for at
- * every character; the code pages chosen elsewhere play no part. Surrogates are not combined. KX_NONE (0xFFFF) means no
+ * every call; the code pages chosen elsewhere play no part. Surrogates are not combined. KX_NONE (0xFFFF) means no
  * mapping in both directions. The two directions are separate tables: there and back need not give the same value.
  *
  * Threads: all functions are re-entrant.
@@ -28,6 +28,8 @@ KXSTR_API uint32_t GetKXCCHARValue(uint32_t unicode);
  * @param unicode  One UTF-16 code unit; low 16 bits used.
  * @return         The KX character, or KX_NONE. U+0000 to U+007E give themselves (U+000A gives 0x000A, not the line end
  *                 code).
+ *
+ * Example: U+00E9 -> 0x0129.  U+20AC -> 0x0448.  U+0416 -> 0x0A0E.
  */
 KXSTR_API uint16_t YWcharUnicodeToKX6x(uint32_t unicode);
 

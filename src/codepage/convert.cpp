@@ -3,7 +3,8 @@
 #include <kxstr/codepage.h>
 
 #include "codepage/double_byte.h"
-#include "frame/bytes.h"
+#include "codepage/page_maps.h"
+#include "platform/bytes.h"
 #include "platform/system.h"
 
 namespace kxstr::codepage {
@@ -34,27 +35,6 @@ std::uint16_t find_native(const std::uint8_t *table, KxChar ch) noexcept {
     return kNone;
 }
 
-// The control characters that become codes of KX strings, and back.
-constexpr KxChar control_to_kx(std::uint16_t code) noexcept {
-    switch (code) {
-    case 9: return KX_TAB;
-    case 10: return KX_LINE_FEED;
-    case 12: return KX_FORM_FEED;
-    case 13: return KX_CARRIAGE_RETURN;
-    default: return kNone;
-    }
-}
-
-constexpr std::uint16_t control_from_kx(KxChar ch) noexcept {
-    switch (ch) {
-    case KX_TAB: return 9;
-    case KX_LINE_FEED: return 10;
-    case KX_FORM_FEED: return 12;
-    case KX_CARRIAGE_RETURN: return 13;
-    default: return kNone;
-    }
-}
-
 // The currency sign that stands in the backslash's place in Japanese and Korean code pages.
 constexpr bool is_backslash_currency(std::uint32_t code_page, KxChar ch) noexcept {
     constexpr KxChar yen = 0x040C;
@@ -66,7 +46,7 @@ constexpr bool is_backslash_currency(std::uint32_t code_page, KxChar ch) noexcep
 
 KxChar to_kx(const KxCodePage &page, std::uint16_t code, bool double_byte_system) noexcept {
     if (code >= 32 && code <= 126) return code;
-    if (code < 32) return page.low_table != nullptr ? find_kx(page.low_table, code) : control_to_kx(code);
+    if (code < 32) return page.low_table != nullptr ? find_kx(page.low_table, code) : code_of_control(code);
     if (double_byte_system) {
         const KxChar ch = double_byte_to_kx(page.input_code_page, code);
         if (ch != kNone) return ch;
@@ -85,18 +65,27 @@ std::uint16_t from_kx(const KxCodePage &page, KxChar ch, bool double_byte_system
         if (is_backslash_currency(page.output_code_page, ch)) return '\\';
     }
     const std::uint16_t byte = find_native(page.reverse_table, ch);
-    return byte != kNone ? byte : control_from_kx(ch);
+    return byte != kNone ? byte : control_of_code(ch);
 }
 
 } // namespace kxstr::codepage
 
 extern "C" {
 
+// Most characters are ASCII: they go by without asking the system.
 uint16_t WcvtNtvToKx(const KxCodePage *page, uint32_t code) {
-    return kxstr::codepage::to_kx(*page, kxstr::low16(code), kxstr::platform::is_double_byte_system());
+    const std::uint16_t native = kxstr::low16(code);
+    if (native >= 32 && native <= 126) return native;
+    const bool double_byte = kxstr::platform::is_double_byte_system();
+    const std::uint16_t *const map = kxstr::codepage::to_kx_map(*page, double_byte);
+    return map != nullptr ? map[native] : kxstr::codepage::to_kx(*page, native, double_byte);
 }
 
 uint16_t WcvtKxToNtv(const KxCodePage *page, uint32_t ch) {
-    return kxstr::codepage::from_kx(*page, kxstr::low16(ch), kxstr::platform::is_double_byte_system());
+    const KxChar kx = kxstr::low16(ch);
+    if (kx < 0x80) return kx;
+    const bool double_byte = kxstr::platform::is_double_byte_system();
+    const std::uint16_t *const map = kxstr::codepage::from_kx_map(*page, double_byte);
+    return map != nullptr ? map[kx] : kxstr::codepage::from_kx(*page, kx, double_byte);
 }
 }

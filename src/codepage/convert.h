@@ -1,7 +1,7 @@
 // One character between a native code and a KX character, by a code page descriptor.
 #pragma once
 
-#include "frame/kx_char.h"
+#include "core/kx_char.h"
 
 namespace kxstr::codepage {
 

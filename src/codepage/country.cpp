@@ -1,12 +1,28 @@
 #include "codepage/country.h"
 
+#include <array>
+#include <cstddef>
 #include <kxstr/codepage.h>
+#include <optional>
 
-#include "codepage/state.h"
 #include "platform/system.h"
 
 namespace kxstr::codepage {
 namespace {
+
+// By country.
+constexpr std::array<UsualCodePages, 7> kUsualCodePages{{
+    {0, 0},      // none
+    {932, 932},  // Japanese
+    {934, 949},  // Korean
+    {938, 950},  // Traditional Chinese
+    {936, 936},  // Simplified Chinese
+    {710, 1256}, // Arabic
+    {862, 1255}, // Hebrew
+}};
+
+// Nothing: not worked out yet.
+constinit std::optional<std::uint8_t> decided_country;
 
 constexpr std::uint8_t kDefaultCharacterSet = 1;
 constexpr std::uint8_t kGb2312CharacterSet = 134;
@@ -49,18 +65,27 @@ std::uint8_t decide_country() noexcept {
 
 } // namespace
 
-ProcessState &process_state() noexcept {
-    static constinit ProcessState state{};
-    return state;
+std::uint8_t country_id() noexcept {
+    if (!decided_country) decided_country = decide_country();
+    return *decided_country;
 }
 
-std::uint8_t country_id() noexcept {
-    ProcessState &state = process_state();
-    if (!state.country_decided) {
-        state.country_decided = true;
-        state.country = decide_country();
-    }
-    return state.country;
+void set_country(std::uint8_t id) noexcept {
+    decided_country = id;
+}
+
+void forget_country() noexcept {
+    decided_country.reset();
+}
+
+UsualCodePages usual_code_pages(std::uint8_t country) noexcept {
+    return kUsualCodePages[country];
+}
+
+std::uint8_t country_of_code_page(std::uint32_t windows_number) noexcept {
+    for (std::size_t country = 1; country < kUsualCodePages.size(); ++country)
+        if (kUsualCodePages[country].windows == windows_number) return static_cast<std::uint8_t>(country);
+    return kNoCountry;
 }
 
 } // namespace kxstr::codepage

@@ -18,4 +18,18 @@ enum Country : std::uint8_t {
 // Worked out at the first call, then kept for the life of the process. One of Country.
 std::uint8_t country_id() noexcept;
 
+// Puts a country in the place of the system's; forgetting it works it out anew at the next call.
+void set_country(std::uint8_t id) noexcept;
+void forget_country() noexcept;
+
+// The code pages usual in a country; 0 where the system decides.
+struct UsualCodePages {
+    std::uint16_t dos;
+    std::uint16_t windows;
+};
+UsualCodePages usual_code_pages(std::uint8_t country) noexcept;
+
+// The country in which a Windows code page is the usual one, or kNoCountry.
+std::uint8_t country_of_code_page(std::uint32_t windows_number) noexcept;
+
 } // namespace kxstr::codepage

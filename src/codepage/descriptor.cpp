@@ -16,17 +16,20 @@ const tables::CodePage *find_code_page(std::uint32_t kx_number) noexcept {
     return found != tables::kCodePages.end() ? &*found : nullptr;
 }
 
+tables::CodePage code_page_or_none(std::uint32_t kx_number) noexcept {
+    const tables::CodePage *found = find_code_page(kx_number);
+    return found != nullptr ? *found : tables::CodePage{};
+}
+
 void set_code_page(KxCodePage &page, std::uint32_t code_page, std::uint8_t directions) noexcept {
-    static constexpr tables::CodePage no_tables{};
-    const tables::CodePage *found = find_code_page(code_page);
-    const tables::CodePage &entry = found != nullptr ? *found : no_tables;
+    const tables::CodePage entry = code_page_or_none(code_page);
     if ((directions & kTowardsKx) != 0 && page.input_code_page != code_page) {
-        page.low_table = entry.low;
-        page.high_table = entry.high;
+        page.low_table = entry.low();
+        page.high_table = entry.high();
         page.input_code_page = code_page;
     }
     if ((directions & kFromKx) != 0 && page.output_code_page != code_page) {
-        page.reverse_table = entry.reverse;
+        page.reverse_table = entry.reverse();
         page.output_code_page = code_page;
     }
 }
@@ -48,9 +51,9 @@ const uint8_t *WcvtFindCPTable(uint32_t code_page, uint32_t which) {
     const kxstr::tables::CodePage *entry = kxstr::codepage::find_code_page(code_page);
     if (entry == nullptr) return nullptr;
     switch (which) {
-    case 0: return entry->low;
-    case 1: return entry->high;
-    case 2: return entry->reverse;
+    case 0: return entry->low();
+    case 1: return entry->high();
+    case 2: return entry->reverse();
     default: return nullptr;
     }
 }

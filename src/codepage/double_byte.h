@@ -1,7 +1,7 @@
 // The double-byte code pages: arithmetic rules instead of tables. A double-byte code has its lead byte in bits 15..8.
 #pragma once
 
-#include "frame/kx_char.h"
+#include "core/kx_char.h"
 
 namespace kxstr::codepage {
 

@@ -2,16 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <kxstr/codepage.h>
 #include <new>
+#include <string_view>
 #include <vector>
 
 #include "codepage/country.h"
 #include "codepage/descriptor.h"
-#include "codepage/state.h"
-#include "frame/bytes.h"
-#include "frame/language.h"
+#include "core/language.h"
+#include "platform/bytes.h"
 #include "platform/system.h"
 #include "registry/key.h"
 #include "registry/link_engine.h"
@@ -20,23 +19,22 @@
 namespace kxstr::codepage {
 namespace {
 
-struct CountryDefaults {
-    std::uint16_t dos;
-    std::uint16_t windows;
-};
+constinit CodePageState state{};
 
-// By country; 0 where the system decides.
-constexpr std::array<CountryDefaults, 7> kCountryDefaults{{
-    {0, 0},      // none
-    {932, 932},  // Japanese
-    {934, 949},  // Korean
-    {938, 950},  // Traditional Chinese
-    {936, 936},  // Simplified Chinese
-    {710, 1256}, // Arabic
-    {862, 1255}, // Hebrew
-}};
+using KeyPath = std::array<char, 100>;
+constinit KeyPath last_key_path{}; // for the callers that hold its address, and for nobody else
 
-constexpr const char *kCodePageData = "HKEY_CURRENT_USER\\Software\\Norvane\\Conversions\\21\\CodePageData";
+constexpr std::string_view kRoot = "HKEY_CURRENT_USER\\";
+constexpr std::string_view kCodePageData = "Software\\Norvane\\Conversions\\21\\CodePageData\\";
+
+// Of the current language, with the root's name.
+KeyPath key_path() noexcept {
+    KeyPath path{};
+    char *end = path.data();
+    for (const std::string_view part : {kRoot, kCodePageData, std::string_view(core::language())})
+        end = std::ranges::copy(part, end).out;
+    return path;
+}
 
 // The number at the end of a link: the first two bytes of what it leads to. 0 when it leads nowhere.
 std::uint16_t number_behind_link(registry::CYWKey &key, const char *value_name) noexcept try {
@@ -58,33 +56,45 @@ std::uint16_t number_behind_link(registry::CYWKey &key, const char *value_name) 
 
 } // namespace
 
-const char *settings_path() noexcept {
-    auto &path = process_state().registry_path;
-    std::snprintf(path.data(), path.size(), "%s\\%s", kCodePageData, frame::language());
-    return path.data();
+const CodePageState &code_page_state() noexcept {
+    return state;
+}
+
+void keep_windows_code_page(std::uint16_t number) noexcept {
+    state.windows_code_page = number;
+}
+
+void forget_code_pages() noexcept {
+    state = {};
+}
+
+const char *settings_key() noexcept {
+    last_key_path = key_path();
+    return last_key_path.data();
 }
 
 std::uint16_t stored_code_page(const char *value_name) noexcept {
-    registry::CYWKey key(settings_path(), 0);
-    if (!key.is_open()) return 0;
+    const KeyPath path = key_path();
     std::array<std::uint8_t, 2> number{};
     std::uint32_t type = 0;
     auto size = static_cast<std::uint32_t>(number.size());
-    const std::uint32_t status = platform::query_value(key.key, value_name, &type, number.data(), size);
+    const std::uint32_t status = platform::query_value_at(platform::kCurrentUser, path.data() + kRoot.size(),
+                                                          value_name, &type, number.data(), size);
     if (registry::is_link(type) && (status == platform::kSuccess || status == platform::kMoreData)) {
-        return number_behind_link(key, value_name);
+        registry::CYWKey key(path.data(), 0);
+        return key.is_open() ? number_behind_link(key, value_name) : std::uint16_t{0};
     }
     return status == platform::kSuccess ? load_u16le(number.data()) : std::uint16_t{0};
 }
 
 DefaultCodePage default_dos_code_page() noexcept {
-    const std::uint16_t by_country = kCountryDefaults[country_id()].dos;
+    const std::uint16_t by_country = usual_code_pages(country_id()).dos;
     if (by_country != 0) return {by_country, true};
     return {static_cast<std::uint16_t>(platform::oem_code_page()), false};
 }
 
 DefaultCodePage default_windows_code_page() noexcept {
-    const std::uint16_t by_country = kCountryDefaults[country_id()].windows;
+    const std::uint16_t by_country = usual_code_pages(country_id()).windows;
     if (by_country != 0) return {by_country, true};
     return {static_cast<std::uint16_t>(platform::ansi_code_page()), false};
 }
@@ -95,14 +105,13 @@ std::uint16_t dos_code_page() noexcept {
 }
 
 std::uint16_t windows_code_page() noexcept {
-    ProcessState &state = process_state();
     if (state.windows_code_page == 0) state.windows_code_page = stored_code_page(kWindowsValue);
     if (state.windows_code_page == 0) state.windows_code_page = default_windows_code_page().number;
     return state.windows_code_page;
 }
 
 bool store_windows_code_page(std::uint16_t code_page) noexcept {
-    registry::CYWKey key(settings_path(), 0);
+    registry::CYWKey key(key_path().data(), 0);
     if (!key.is_open()) return false;
     std::array<std::uint8_t, 2> number{};
     store_u16le(number.data(), code_page);
@@ -111,12 +120,11 @@ bool store_windows_code_page(std::uint16_t code_page) noexcept {
         platform::kSuccess) {
         return false;
     }
-    process_state().windows_code_page = code_page;
+    keep_windows_code_page(code_page);
     return true;
 }
 
 void fill_descriptors() noexcept {
-    ProcessState &state = process_state();
     // A double-byte system has one code page for both.
     const std::uint16_t oem = platform::is_double_byte_system() ? windows_code_page() : dos_code_page();
     set_code_page(state.oem, oem, kBothDirections);
@@ -124,14 +132,12 @@ void fill_descriptors() noexcept {
 }
 
 void ensure_descriptors() noexcept {
-    ProcessState &state = process_state();
     if (state.descriptors_ready) return;
     fill_descriptors();
     state.descriptors_ready = true;
 }
 
 void clear_descriptors() noexcept {
-    ProcessState &state = process_state();
     if (!state.descriptors_ready) return;
     state.ansi = {};
     state.oem = {};
@@ -140,12 +146,12 @@ void clear_descriptors() noexcept {
 
 const KxCodePage &ansi_descriptor() noexcept {
     ensure_descriptors();
-    return process_state().ansi;
+    return state.ansi;
 }
 
 const KxCodePage &oem_descriptor() noexcept {
     ensure_descriptors();
-    return process_state().oem;
+    return state.oem;
 }
 
 } // namespace kxstr::codepage
@@ -153,7 +159,7 @@ const KxCodePage &oem_descriptor() noexcept {
 extern "C" {
 
 const char *WcvtGetRegistryLoc(void) {
-    return kxstr::codepage::settings_path();
+    return kxstr::codepage::settings_key();
 }
 
 uint16_t WcvtGetDOSCodepage(void) {

@@ -13,7 +13,7 @@ std::uint16_t windows_code_page() noexcept; // decided once, then kept
 bool store_windows_code_page(std::uint16_t code_page) noexcept;
 
 // The full path of the registry key with the settings of the current language. The same address at every call.
-const char *settings_path() noexcept;
+const char *settings_key() noexcept;
 
 inline constexpr const char *kDosValue = "DOS Code Page";
 inline constexpr const char *kWindowsValue = "Windows Code Page";
@@ -29,6 +29,19 @@ struct DefaultCodePage {
 };
 DefaultCodePage default_dos_code_page() noexcept;
 DefaultCodePage default_windows_code_page() noexcept;
+
+// What has been decided and is kept for the process. Plain data without a lock: whoever changes the code pages
+// serialises that with everything else.
+struct CodePageState {
+    std::uint16_t windows_code_page; // 0: not decided yet
+    KxCodePage ansi;
+    KxCodePage oem;
+    bool descriptors_ready;
+};
+const CodePageState &code_page_state() noexcept;
+// Puts a Windows code page in force; 0 decides anew.
+void keep_windows_code_page(std::uint16_t number) noexcept;
+void forget_code_pages() noexcept;
 
 // Fills both of the library's descriptors from the code pages of the moment.
 void fill_descriptors() noexcept;

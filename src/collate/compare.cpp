@@ -1,10 +1,13 @@
 // The comparison of strings by language number, and the values of which a caller builds sort keys.
 #include <kxstr/collate.h>
+#include <limits>
 #include <utility>
 
 #include "collate/contraction.h"
 #include "collate/east_asian.h"
 #include "collate/language_number.h"
+#include "collate/weights.h"
+#include "simd/kernels.h"
 
 namespace kxstr::collate {
 namespace {
@@ -13,120 +16,219 @@ template <class Value> int sign_of(Value a, Value b) noexcept {
     return static_cast<int>(a > b) - static_cast<int>(a < b);
 }
 
-// One of the two strings while they are compared.
+// The first difference at each of the lower levels; 0: none so far.
+struct LowerLevels {
+    int second = 0;
+    int third = 0;
+
+    void note_second(unsigned a, unsigned b) noexcept {
+        if (second == 0) second = sign_of(a, b);
+    }
+    void note_third(unsigned a, unsigned b) noexcept {
+        if (third == 0) third = sign_of(a, b);
+    }
+    void note(Weight a, Weight b) noexcept {
+        note_second(a.secondary(), b.secondary());
+        note_third(a.letter_case(), b.letter_case());
+    }
+    // The result where the first level finds no difference.
+    int result(bool third_counts) const noexcept { return second != 0 || !third_counts ? second : third; }
+};
+
+// How many characters the strings have in common from the start, terminators not among them.
+std::size_t common_start(const KxChar *a, const KxChar *b) noexcept {
+    if (*a != *b) return 0; // of any two words this is what holds for most
+    return simd::kernels().mismatch16(a, b, std::numeric_limits<std::size_t>::max());
+}
+
+// ---- Letters ----
+
+// One of the strings while contractions are looked for.
 struct Side {
     const KxChar *position;
     KxChar ch = 0;
-    KxChar pending = 0;         // read before the string goes on; 0: none
-    std::uint16_t previous = 0; // East Asian: primary value of the character before
-
-    // Only a leading code is skipped, and only one.
-    explicit Side(const KxChar *text) noexcept : position(is_code(*text) ? text + 1 : text) {}
+    KxChar pending = 0; // read before the string goes on; 0: none
 
     KxChar take() noexcept { return *position != 0 ? *position++ : KxChar{0}; }
     void read() noexcept { ch = pending != 0 ? std::exchange(pending, KxChar{0}) : take(); }
+
+    // Of the character that was read. Nothing is pending before.
+    void contract(const Weights &weights) noexcept {
+        if (weights[ch].begins_contraction(weights[*position]))
+            pending = collate::contract(ch, position, weights.rules());
+    }
+
+    // The first-level value; a contraction's is that behind the letter it begins with.
+    int take_primary(Weight weight) noexcept {
+        const bool contracted = (pending & kContracted) != 0;
+        pending &= static_cast<KxChar>(~kContracted);
+        return weight.primary() + static_cast<int>(contracted);
+    }
 };
 
-class Comparison {
-  public:
-    Comparison(const KxChar *s1, const KxChar *s2, std::uint16_t language, bool case_counts, bool kana_counts) noexcept
-        : rules_(rules_of(language)), case_counts_(case_counts), kana_counts_(kana_counts), a_(s1), b_(s2) {}
-
-    int run() noexcept {
-        for (;;) {
-            a_.read();
-            b_.read();
-            if (a_.ch == 0 || b_.ch == 0) return finish();
-            const int difference = compare_one();
-            if (difference != 0) return difference;
+// Goes on over characters that may contract, until nothing is pending on either side. Not 0: the first level differs.
+int compare_contracted(const KxChar *&s1, const KxChar *&s2, LowerLevels &lower, const Weights &weights) noexcept {
+    Side a{s1};
+    Side b{s2};
+    do {
+        a.read();
+        b.read();
+        if (a.ch == 0 || b.ch == 0) return a.ch != 0 ? 1 : -1; // where nothing is pending both have gone on
+        a.contract(weights);
+        b.contract(weights);
+        if (a.ch == b.ch && a.pending == b.pending) {
+            a.pending = b.pending = 0;
+            continue;
         }
+        const Weight weight_a = weights[a.ch];
+        const Weight weight_b = weights[b.ch];
+        if (const int difference = sign_of(a.take_primary(weight_a), b.take_primary(weight_b)); difference != 0)
+            return difference;
+        lower.note(weight_a, weight_b);
+    } while (a.pending != 0 || b.pending != 0);
+    s1 = a.position;
+    s2 = b.position;
+    return 0;
+}
+
+// Nothing but the end of both strings is left, or the first level is decided.
+int decide(Weight a, Weight b, LowerLevels lower, const Weights &weights, bool case_counts) noexcept {
+    // The end has a weight of its own, so that the longer string sorts behind.
+    if (!a.has_primary_of(b)) return a.sorts_before(b) ? -1 : 1;
+    if (weights.rules().upper_first) lower.third = -lower.third;
+    return lower.result(case_counts);
+}
+
+// The comparison from where a contraction may be. Apart from the one of letters, which it would burden with its state.
+[[gnu::noinline]] int compare_from_contraction(const KxChar *a, const KxChar *b, LowerLevels lower,
+                                               const Weights &weights, bool case_counts) noexcept {
+    for (;;) {
+        if (weights.may_contract(a) || weights.may_contract(b)) {
+            if (const int difference = compare_contracted(a, b, lower, weights); difference != 0) return difference;
+            continue;
+        }
+        const Weight weight_a = weights[*a];
+        const Weight weight_b = weights[*b];
+        if (!weight_a.has_primary_of(weight_b) || *a == 0)
+            return decide(weight_a, weight_b, lower, weights, case_counts);
+        lower.note(weight_a, weight_b);
+        ++a;
+        ++b;
     }
+}
 
-  private:
-    // Compares the current characters; remembers what they say at the lower levels.
-    int compare_one() noexcept {
-        switch (rules_.kind) {
-        case LanguageKind::kEastAsian: return compare_east_asian();
-        case LanguageKind::kHebrewArabic: return compare_values();
-        case LanguageKind::kPlain: return a_.ch == b_.ch ? 0 : compare_values();
-        case LanguageKind::kLetters: break;
-        }
-        a_.pending = contract(a_.ch, a_.position, rules_);
-        b_.pending = contract(b_.ch, b_.position, rules_);
-        if (a_.ch != b_.ch || a_.pending != b_.pending) return compare_values();
-        a_.pending = b_.pending = 0;
-        return 0;
+template <bool contractions>
+int compare_letters(const KxChar *a, const KxChar *b, const Weights &weights, bool case_counts) noexcept {
+    LowerLevels lower;
+    std::size_t alike = common_start(a, b);
+    if constexpr (contractions) {
+        // Back to where no contraction reaches over.
+        while (alike > 0 && weights[a[alike - 1]].is(Weight::kStartsOrFollows))
+            --alike;
     }
-
-    std::uint8_t take_value(Side &side) const noexcept {
-        std::uint8_t value = primary_value(side.ch, rules_);
-        if ((side.pending & kContracted) != 0) {
-            ++value;
-            side.pending &= static_cast<KxChar>(~kContracted);
+    a += alike;
+    b += alike;
+    for (;; ++a, ++b) {
+        const KxChar ch_a = *a;
+        const KxChar ch_b = *b;
+        const Weight weight_a = weights[ch_a];
+        if (ch_a == ch_b && ch_a != 0 && !(contractions && weight_a.is(Weight::kStarts))) continue;
+        const Weight weight_b = weights[ch_b];
+        if constexpr (contractions) {
+            const bool contracts_a = weights.may_contract(a);
+            const bool contracts_b = weights.may_contract(b);
+            if (static_cast<int>(contracts_a) + static_cast<int>(contracts_b) != 0)
+                return compare_from_contraction(a, b, lower, weights, case_counts);
         }
-        return value;
+        if (!weight_a.has_primary_of(weight_b) || ch_a == 0)
+            return decide(weight_a, weight_b, lower, weights, case_counts);
+        lower.note(weight_a, weight_b);
     }
+}
 
-    int compare_values() noexcept {
-        const std::uint8_t value_a = take_value(a_);
-        const std::uint8_t value_b = take_value(b_);
-        const bool ignorable_a = value_a == kIgnorable;
-        const bool ignorable_b = value_b == kIgnorable;
-        if (value_a != value_b && !ignorable_a && !ignorable_b) return sign_of(value_a, value_b);
-        if (case_counts_ && third_ == 0) {
-            third_ = sign_of(case_value(a_.ch), case_value(b_.ch));
-            if (rules_.upper_first) third_ = -third_;
-        }
-        if (second_ == 0)
-            second_ = sign_of(secondary_value(a_.ch, value_a, rules_), secondary_value(b_.ch, value_b, rules_));
+// ---- Hebrew and Arabic ----
+
+int compare_with_ignorables(const KxChar *a, const KxChar *b, const Weights &weights, bool case_counts) noexcept {
+    LowerLevels lower;
+    const std::size_t alike = common_start(a, b);
+    a += alike;
+    b += alike;
+    while (*a != 0 && *b != 0) {
+        const Weight weight_a = weights[*a];
+        const Weight weight_b = weights[*b];
+        const bool ignorable_a = weight_a.primary() == kIgnorable;
+        const bool ignorable_b = weight_b.primary() == kIgnorable;
+        if (!weight_a.has_primary_of(weight_b) && !ignorable_a && !ignorable_b)
+            return weight_a.sorts_before(weight_b) ? -1 : 1;
+        lower.note(weight_a, weight_b);
         // An ignorable character meets nothing: the other side's is read again.
-        if (ignorable_a && !ignorable_b) --b_.position;
-        if (ignorable_b && !ignorable_a) --a_.position;
-        return 0;
+        if (ignorable_a || !ignorable_b) ++a;
+        if (ignorable_b || !ignorable_a) ++b;
     }
+    if (*a == *b) return lower.result(case_counts);
+    // What is left over counts at the first level unless it is ignorable throughout.
+    const int longer = *a != 0 ? 1 : -1;
+    const KxChar *rest = *a != 0 ? a : b;
+    while (*rest != 0 && weights[*rest].primary() == kIgnorable)
+        ++rest;
+    return *rest != 0 || lower.second == 0 ? longer : lower.second;
+}
 
-    EastAsianValues take_east_asian(Side &side) const noexcept {
-        side.pending = side.take();
-        const EastAsianValues values = east_asian_values(side.ch, side.pending, side.previous, !case_counts_);
-        if (values.characters == 2) side.pending = 0;
-        side.previous = values.primary;
-        return values;
-    }
+// ---- East Asian ----
 
-    int compare_east_asian() noexcept {
-        const EastAsianValues a = take_east_asian(a_);
-        const EastAsianValues b = take_east_asian(b_);
-        if (a.primary != b.primary) return sign_of(a.primary, b.primary);
-        if (second_ == 0) second_ = sign_of(a.secondary, b.secondary);
-        if (case_counts_ && third_ == 0) third_ = sign_of(a.flags, b.flags);
-        if (kana_counts_ && third_ == 0) third_ = sign_of(a.flags & kUnmarkedCase, b.flags & kUnmarkedCase);
-        return 0;
-    }
-
-    int finish() const noexcept {
-        const int lower_levels = second_ != 0 ? second_ : third_;
-        if (a_.ch == 0 && b_.ch == 0) return lower_levels;
-        const int longer = a_.ch != 0 ? 1 : -1;
-        if (rules_.kind != LanguageKind::kHebrewArabic) return longer;
-        // What is left over counts at the first level unless it is ignorable throughout.
-        const KxChar *rest = (a_.ch != 0 ? a_ : b_).position - 1;
-        while (*rest != 0 && primary_value(*rest, rules_) == kIgnorable)
-            ++rest;
-        return *rest != 0 || second_ == 0 ? longer : second_;
-    }
-
-    const LanguageRules &rules_;
-    bool case_counts_;
-    bool kana_counts_;
-    Side a_;
-    Side b_;
-    int second_ = 0;
-    int third_ = 0;
+struct EastAsianFlags {
+    bool case_counts;
+    bool kana_counts;
 };
+
+int compare_east_asian(const KxChar *a, const KxChar *b, const EastAsianTable &table, EastAsianFlags counts) noexcept {
+    LowerLevels lower;
+    const bool case_off = !counts.case_counts;
+    // What the strings have in common says nothing, but to characters that take something up from before them.
+    const std::size_t alike = common_start(a, b);
+    if (!table.by_neighbours(a[alike]) && !table.by_neighbours(b[alike])) {
+        a += alike;
+        b += alike;
+    }
+    std::uint16_t previous = 0; // one for both: the values of the first level were the same so far
+    while (*a != 0 && *b != 0) {
+        const EastAsianValues values_a = table.values(a[0], a[1], previous, case_off);
+        if (a[0] == b[0] && a[1] == b[1]) {
+            previous = values_a.primary;
+            a += values_a.characters == 2 ? 2 : 1;
+            b += values_a.characters == 2 ? 2 : 1;
+            continue;
+        }
+        const EastAsianValues values_b = table.values(b[0], b[1], previous, case_off);
+        if (values_a.primary != values_b.primary) return values_a.primary < values_b.primary ? -1 : 1;
+        lower.note_second(values_a.secondary, values_b.secondary);
+        if (counts.case_counts) lower.note_third(values_a.flags, values_b.flags);
+        if (counts.kana_counts) lower.note_third(values_a.flags & kUnmarkedCase, values_b.flags & kUnmarkedCase);
+        previous = values_a.primary;
+        a += values_a.characters == 2 ? 2 : 1;
+        b += values_b.characters == 2 ? 2 : 1;
+    }
+    if (*a == *b) return lower.result(true);
+    return *a != 0 ? 1 : -1;
+}
+
+// Only a leading code is skipped, and only one.
+const KxChar *behind_leading_code(const KxChar *text) noexcept {
+    return is_code(*text) ? text + 1 : text;
+}
 
 int compare(const KxChar *s1, const KxChar *s2, std::uint16_t language, bool case_counts, bool kana_counts) noexcept {
     if (s1 == nullptr || s2 == nullptr) return static_cast<int>(s1 != nullptr) - static_cast<int>(s2 != nullptr);
-    return Comparison(s1, s2, language, case_counts, kana_counts).run();
+    const KxChar *a = behind_leading_code(s1);
+    const KxChar *b = behind_leading_code(s2);
+    const Weights &weights = weights_of(language);
+    switch (weights.rules().kind) {
+    case LanguageKind::kEastAsian: return compare_east_asian(a, b, east_asian_table(), {case_counts, kana_counts});
+    case LanguageKind::kHebrewArabic: return compare_with_ignorables(a, b, weights, case_counts);
+    default: break;
+    }
+    return weights.rules().first_state != 0 ? compare_letters<true>(a, b, weights, case_counts)
+                                            : compare_letters<false>(a, b, weights, case_counts);
 }
 
 } // namespace
@@ -150,13 +252,13 @@ uint32_t getColValues(const KxChar **position, uint8_t *primary, uint16_t *secon
                       uint32_t case_on, uint32_t previous, uint32_t lang) {
     constexpr uint32_t kNothing = 0;
     constexpr uint32_t kValues = 2;
-    const collate::LanguageRules &rules = collate::rules_of(low16(lang));
+    const collate::Weights &weights = collate::weights_of(low16(lang));
     KxChar ch = **position;
     if (ch == 0) return kNothing;
-    ++*position;
+    const KxChar *const start = (*position)++;
 
-    if (rules.kind == collate::LanguageKind::kEastAsian) {
-        const auto values = collate::east_asian_values(ch, **position, low16(previous), low16(case_on) == 0);
+    if (weights.rules().kind == collate::LanguageKind::kEastAsian) {
+        const auto values = collate::east_asian_table().values(ch, **position, low16(previous), low16(case_on) == 0);
         if (values.characters == 2) ++*position;
         primary[0] = static_cast<uint8_t>(values.primary >> 8);
         primary[1] = static_cast<uint8_t>(values.primary);
@@ -164,22 +266,26 @@ uint32_t getColValues(const KxChar **position, uint8_t *primary, uint16_t *secon
         *tertiary = values.flags;
         return kValues;
     }
-    // The pending character keeps the mark of a contraction, with which it has no value.
-    if (const KxChar pending = collate::contract(ch, *position, rules); pending != 0) {
-        primary[0] = collate::primary_value(ch, rules);
-        primary[1] = collate::primary_value(pending, rules);
-        *secondary = 0;
-        *tertiary = static_cast<uint8_t>(2 * collate::case_value(ch) + collate::case_value(pending));
-        return kValues;
+    if (weights.may_contract(start)) {
+        // The pending character keeps the mark of a contraction, with which it has no value.
+        if (const KxChar pending = collate::contract(ch, *position, weights.rules()); pending != 0) {
+            const collate::Weight first = weights[ch];
+            const collate::Weight second = weights[pending];
+            primary[0] = first.primary();
+            primary[1] = second.primary();
+            *secondary = 0;
+            *tertiary = static_cast<uint8_t>(2 * first.letter_case() + second.letter_case());
+            return kValues;
+        }
     }
-    const uint8_t value = collate::primary_value(ch, rules);
-    *secondary = collate::secondary_value(ch, value, rules);
-    if (value == collate::kIgnorable) {
+    const collate::Weight weight = weights[ch];
+    *secondary = weight.secondary();
+    if (weight.primary() == collate::kIgnorable) {
         *tertiary = 1;
         return kNothing;
     }
-    primary[0] = value;
-    *tertiary = collate::case_value(ch);
+    primary[0] = weight.primary();
+    *tertiary = weight.letter_case();
     return kValues;
 }
 }

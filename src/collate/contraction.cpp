@@ -16,18 +16,18 @@ std::uint8_t find_target(std::uint8_t state, KxChar key) noexcept {
 KxChar contract(KxChar &ch, const KxChar *&position, const LanguageRules &rules) noexcept {
     std::uint8_t state = rules.first_state;
     if (state == 0) return 0;
-    KxChar matched = strops::to_lower(ch);
+    KxChar matched = letters::to_lower(ch);
     const KxChar *ahead = position;
     state = find_target(state, matched);
     while (state != 0 && state < tables::kFirstContractionResult) {
-        matched = strops::to_lower(*ahead++);
+        matched = letters::to_lower(*ahead++);
         state = find_target(state, matched);
     }
     if (state == 0) return 0;
 
     const auto in_case = [lower = is_lower(ch)](char letter) {
         const KxChar letter_ch = static_cast<unsigned char>(letter);
-        return lower ? letter_ch : strops::to_upper(letter_ch);
+        return lower ? letter_ch : letters::to_upper(letter_ch);
     };
     const auto [first, second] = tables::kContractionResults[state - tables::kFirstContractionResult];
     ch = in_case(first);

@@ -3,14 +3,13 @@
 #include <kxstr/collate.h>
 #include <span>
 
-#include "strops/form_tables.h"
-#include "strops/width.h"
+#include "codepage/country.h"
+#include "letters/letter_forms.h"
+#include "letters/width.h"
 
 namespace kxstr::collate {
 namespace {
 
-constexpr KxChar kFirstByCode = 0x2B00; // ideographs and all that lies above, by code
-constexpr KxChar kByCodeOffset = 0x2900;
 constexpr KxChar kFirstEastAsian = 0x2400;
 constexpr KxChar kFirstHiragana = 0x255E;
 constexpr KxChar kFirstKatakana = 0x2600;
@@ -77,13 +76,13 @@ Weights plain_weights(KxChar ch) noexcept {
 } // namespace
 
 EastAsianValues east_asian_values(KxChar ch, KxChar next, std::uint16_t previous, bool case_off) noexcept {
-    if (ch >= kFirstByCode) return {static_cast<std::uint16_t>(ch == KX_TAB ? 0 : ch - kByCodeOffset), 0, 0, 1};
+    if (ch >= kFirstByCode) return values_by_code(ch);
 
     EastAsianValues values{0, 0, 0, 1};
     if (set_of(ch) == kKatakanaSet) {
-        const bool marked = next == strops::kVoicingMark || next == strops::kHalfVoicingMark;
+        const bool marked = next == letters::kVoicingMark || next == letters::kHalfVoicingMark;
         KxChar mark = next;
-        ch = strops::to_double(marked ? ch : make_char(kKatakanaSet, ch & kLastPlainKatakana), &mark);
+        ch = letters::to_double(marked ? ch : make_char(kKatakanaSet, ch & kLastPlainKatakana), &mark);
         if (marked && mark == 0) values.characters = 2;
         values.flags = kOtherWidth;
     }
@@ -99,7 +98,7 @@ EastAsianValues east_asian_values(KxChar ch, KxChar next, std::uint16_t previous
             if (ch >= kFirstKatakana) values.flags |= kUnmarkedCase;
             return give(kana_weights(ch));
         }
-        const KxChar single = strops::convert_form(strops::FormMode::kSingle, ch);
+        const KxChar single = letters::convert_letter_form(letters::LetterFormMode::kSingle, ch);
         if (set_of(single) >= kKatakanaSet) return give(symbol_weights(ch, previous));
         ch = single;
         values.flags = kOtherWidth;
@@ -108,12 +107,55 @@ EastAsianValues east_asian_values(KxChar ch, KxChar next, std::uint16_t previous
     return give(plain_weights(ch));
 }
 
+EastAsianTable::EastAsianTable() noexcept {
+    // What a sound mark may follow, and the marks that take up the value before them: those of a space and of a kana
+    // tell all of them.
+    const auto by_neighbours = [](KxChar ch) {
+        const auto primary_behind = [ch](std::uint16_t previous) {
+            return east_asian_values(ch, 0, previous, false).primary;
+        };
+        return set_of(ch) == kKatakanaSet || primary_behind(0) != primary_behind(kKanaBase + 1);
+    };
+    Entry *entry = entries_.data();
+    for (KxChar ch = 0; ch < kFirstByCode; ++ch) {
+        if (ch == kGapFirst) ch = kGapEnd;
+        const EastAsianValues values = east_asian_values(ch, 0, 0, false);
+        entry->primary = values.primary;
+        entry->secondary = values.secondary;
+        entry->flags = values.flags;
+        entry->flags_case_off = east_asian_values(ch, 0, 0, true).flags & 0xF;
+        entry->characters = values.characters & 3;
+        entry->by_neighbours = by_neighbours(ch);
+        ++entry;
+    }
+}
+
+namespace {
+
+// The compiler sees to it that of several threads one makes the table and the others wait.
+template <unsigned country> const EastAsianTable &made() noexcept {
+    static const EastAsianTable table;
+    return table;
+}
+
+} // namespace
+
+const EastAsianTable &east_asian_table() noexcept {
+    switch (codepage::country_id()) {
+    case codepage::kJapanese: return made<codepage::kJapanese>();
+    case codepage::kKorean: return made<codepage::kKorean>();
+    case codepage::kTraditionalChinese: return made<codepage::kTraditionalChinese>();
+    case codepage::kSimplifiedChinese: return made<codepage::kSimplifiedChinese>();
+    default: return made<codepage::kNoCountry>(); // no East Asian forms
+    }
+}
+
 } // namespace kxstr::collate
 
 extern "C" uint32_t AsiaGetColValues(uint32_t ch, uint32_t next, uint32_t previous, uint16_t *primary,
                                      uint16_t *secondary, uint8_t *flags, uint32_t case_off) {
-    const auto values = kxstr::collate::east_asian_values(kxstr::low16(ch), kxstr::low16(next), kxstr::low16(previous),
-                                                          kxstr::low16(case_off) != 0);
+    const auto values = kxstr::collate::east_asian_table().values(kxstr::low16(ch), kxstr::low16(next),
+                                                                  kxstr::low16(previous), kxstr::low16(case_off) != 0);
     *primary = values.primary;
     *secondary = values.secondary;
     *flags = values.flags;

@@ -1,6 +1,8 @@
 // The values of characters in East Asian text: kana by sound, ideographs by code.
 #pragma once
 
+#include <array>
+
 #include "collate/values.h"
 
 namespace kxstr::collate {
@@ -18,5 +20,54 @@ inline constexpr std::uint8_t kOtherWidth = 2;
 
 // `next` is the character behind `ch`, 0 at the end; `previous` the primary value of the character before it.
 EastAsianValues east_asian_values(KxChar ch, KxChar next, std::uint16_t previous, bool case_off) noexcept;
+
+// Ideographs and all that lies above sort by code.
+inline constexpr KxChar kFirstByCode = 0x2B00;
+
+inline EastAsianValues values_by_code(KxChar ch) noexcept {
+    constexpr KxChar offset = 0x2900;
+    return {static_cast<std::uint16_t>(ch == KX_TAB ? 0 : ch - offset), 0, 0, 1};
+}
+
+// The same, read from a table where the neighbours of a character make no difference.
+class EastAsianTable {
+  public:
+    EastAsianTable() noexcept; // for the country of the system
+
+    EastAsianValues values(KxChar ch, KxChar next, std::uint16_t previous, bool case_off) const noexcept {
+        if (ch >= kFirstByCode) return values_by_code(ch);
+        if (kGapFirst <= ch && ch < kGapEnd) return {kNoEastAsianValue, ch, kUnmarkedCase, 0};
+        const Entry &entry = entry_of(ch);
+        if (entry.by_neighbours) return east_asian_values(ch, next, previous, case_off);
+        return {entry.primary, entry.secondary, case_off ? entry.flags_case_off : entry.flags, entry.characters};
+    }
+
+    // Whether the characters before or behind make a difference.
+    bool by_neighbours(KxChar ch) const noexcept {
+        return ch < kFirstByCode && (ch < kGapFirst || kGapEnd <= ch) && entry_of(ch).by_neighbours;
+    }
+
+  private:
+    // No character of the sets 16 to 35 has a value.
+    static constexpr KxChar kGapFirst = 0x1000;
+    static constexpr KxChar kGapEnd = 0x2400;
+
+    struct Entry {
+        std::uint16_t primary;
+        std::uint16_t secondary;
+        std::uint8_t flags;
+        std::uint8_t flags_case_off : 4;
+        std::uint8_t characters : 2;
+        bool by_neighbours : 1;
+    };
+    const Entry &entry_of(KxChar ch) const noexcept {
+        return entries_[ch < kGapFirst ? ch : ch - (kGapEnd - kGapFirst)];
+    }
+
+    std::array<Entry, kFirstByCode - (kGapEnd - kGapFirst)> entries_;
+};
+
+// For the country of the system; one of five, 35 KiB each, made when it is first asked for. No lock after that.
+const EastAsianTable &east_asian_table() noexcept;
 
 } // namespace kxstr::collate

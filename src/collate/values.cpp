@@ -2,7 +2,8 @@
 
 #include <kxstr/collate.h>
 
-#include "frame/validity.h"
+#include "collate/weights.h"
+#include "core/validity.h"
 
 namespace kxstr::collate {
 namespace {
@@ -68,10 +69,9 @@ std::uint8_t primary_value(KxChar ch, const LanguageRules &rules) noexcept {
     const bool hebrew_arabic = rules.kind == LanguageKind::kHebrewArabic;
     const std::uint8_t set = set_of(ch);
     // A set can have several blocks.
-    const auto *entry =
-        strops::find_entry(hebrew_arabic ? tables::kHebrewArabicSequence : tables::kDefaultSequence, set);
-    for (; entry->block != nullptr; entry = strops::find_entry(entry + 1, set)) {
-        const std::uint8_t *value = strops::find_in_block(entry->block, index_of(ch));
+    const auto *entry = find_entry(hebrew_arabic ? tables::kHebrewArabicSequence : tables::kDefaultSequence, set);
+    for (; entry->block != nullptr; entry = find_entry(entry + 1, set)) {
+        const std::uint8_t *value = find_in_block(entry->block, index_of(ch));
         if (value != nullptr) return *value;
     }
     if (hebrew_arabic && (set == kHebrewSet || set == kArabicSet || set == kMoreArabicSet)) return kIgnorable;
@@ -79,7 +79,7 @@ std::uint8_t primary_value(KxChar ch, const LanguageRules &rules) noexcept {
 }
 
 std::uint16_t secondary_value(KxChar ch, std::uint8_t primary, const LanguageRules &rules) noexcept {
-    const KxChar upper = is_lower(ch) ? strops::to_upper(ch) : ch;
+    const KxChar upper = is_lower(ch) ? letters::to_upper(ch) : ch;
     if (primary == kNoValue) return upper;
     if (primary == kIgnorable) return ch == kTatweel || ch == kLastTatweel ? 0 : static_cast<KxChar>(ch + 0x8000);
     switch (set_of(ch)) {
@@ -107,17 +107,15 @@ const tables::Composite *find_composite(KxChar ch) noexcept {
 namespace {
 
 std::uint8_t default_value(KxChar ch) noexcept {
-    const std::uint8_t *value =
-        strops::find_in_block(strops::find_entry(tables::kDefaultSequence, set_of(ch))->block, index_of(ch));
+    const std::uint8_t *value = find_in_block(find_entry(tables::kDefaultSequence, set_of(ch))->block, index_of(ch));
     return value != nullptr ? *value : kNoValue;
 }
 
 bool is_known(KxChar ch) noexcept {
     const std::uint8_t set = set_of(ch);
     const std::uint8_t index = index_of(ch);
-    if (set >= frame::kSetRanges.size())
-        return kFirstDoubleByteSet <= set && set <= kLastDoubleByteSet && index != 0xFF;
-    const auto [first, last] = frame::kSetRanges[set];
+    if (set >= core::kSetRanges.size()) return kFirstDoubleByteSet <= set && set <= kLastDoubleByteSet && index != 0xFF;
+    const auto [first, last] = core::kSetRanges[set];
     // Native bytes are counted from the space on, as ASCII is: all but 0x1F.
     if (set == kNativeByteSet) return index != 0x1F;
     return first <= index && index <= last;
@@ -146,7 +144,7 @@ using kxstr::low16;
 extern "C" {
 
 uint32_t f_KX60ColVal(uint32_t ch, uint32_t lang) {
-    return kxstr::collate::primary_value(low16(ch), kxstr::collate::rules_of(low16(lang)));
+    return kxstr::collate::weights_of(low16(lang))[low16(ch)].primary();
 }
 
 uint8_t f_wislower(uint32_t ch) {

@@ -4,14 +4,13 @@
 #include <algorithm>
 #include <iterator>
 
-#include "frame/kx_char.h"
-#include "strops/case.h"
-#include "strops/collation_sequence.h"
+#include "collate/collation_sequence.h"
+#include "core/kx_char.h"
+#include "letters/case.h"
 #include "tables/collation.h"
 
 namespace kxstr::collate {
 
-using strops::kNoValue;
 using tables::LanguageKind;
 using tables::LanguageRules;
 
@@ -25,7 +24,7 @@ inline const LanguageRules &rules_of(std::uint16_t language) noexcept {
 
 // The East Asian letters have no case here.
 inline bool is_lower(KxChar ch) noexcept {
-    return set_of(ch) < strops::kFirstFormTableSet && strops::to_upper(ch) != ch;
+    return set_of(ch) < letters::kFirstSetByCountry && letters::to_upper(ch) != ch;
 }
 // The value of the third level: lowercase letters before everything else.
 inline std::uint8_t case_value(KxChar ch) noexcept {

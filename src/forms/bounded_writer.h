@@ -32,6 +32,12 @@ template <class Unit> class BoundedWriter {
     constexpr bool put(std::initializer_list<Unit> code) noexcept { return put(code.begin(), code.size()); }
     constexpr bool put(Unit unit) noexcept { return put(&unit, 1); }
 
+    // Takes over units that the caller has put behind what was written.
+    constexpr void advance(std::size_t units) noexcept {
+        written_ += units;
+        count_ += units;
+    }
+
     // Counts units that are not written.
     constexpr void charge(std::size_t units) noexcept { count_ += units; }
 

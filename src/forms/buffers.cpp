@@ -1,54 +1,107 @@
+#include <cstring>
 #include <kxstr/forms.h>
 
 #include "forms/code_size.h"
 #include "forms/native_text.h"
 #include "forms/strip.h"
+#include "simd/kernels.h"
 
 namespace kxstr::forms {
 namespace {
 
+// A native code's KX character, appended; false when it does not fit. None is dropped.
+bool put_character(ByteWriter &out, KxChar ch) noexcept {
+    if (ch == kNone) return true;
+    if (set_of(ch) == kAsciiSet) return out.put(index_of(ch));
+    return out.put({kExtended, index_of(ch), set_of(ch), kExtended});
+}
+
 // Text bytes go over as they are, other codes through the code page, and those that have no KX character are dropped.
-// (The backslash may stand for a currency sign on double-byte systems, but converts to itself.)
+// With double-byte characters the backslash goes through the code page, too: it stays one, but counts as a first use of
+// the descriptors.
 std::uint32_t native_to_stream(Native which, std::uint8_t *destination, const char *source, std::uint16_t count,
                                bool double_byte) noexcept {
     if (count == 0) return 0;
-    NativeReader reader(bytes_of(source), double_byte);
-    NativePage page(which);
+    const std::uint8_t *at = bytes_of(source);
     ByteWriter out(destination, count - 1u);
+    for (; out.has_room() && is_text_byte(*at) && !(double_byte && *at == '\\'); ++at)
+        out.put(*at);
+    if (!out.has_room() || *at == 0) return static_cast<std::uint32_t>(out.finish() + 1);
+
+    NativePage page(which);
+    const std::uint16_t *const map = page.to_kx_map();
+    if (map != nullptr && !double_byte) {
+        const std::size_t start = out.finish();
+        const std::size_t room = count - 1u - start;
+        const std::size_t written = start + simd::kernels().widen_stream(destination + start, at, room, map);
+        destination[written] = 0;
+        return static_cast<std::uint32_t>(written + 1);
+    }
+    NativeReader reader(at, double_byte);
+    if (map != nullptr) {
+        // While any code fits, none is tested for it.
+        std::size_t written = out.finish();
+        const std::size_t start = written;
+        for (const std::size_t room = count - 1u; room - written >= kExtendedSize;) {
+            const std::uint16_t code = reader.next();
+            if (code == 0) break;
+            const KxChar ch = is_text_byte(code) ? code : map[code];
+            if (ch == kNone) continue;
+            std::uint8_t *const to = destination + written;
+            if (set_of(ch) == kAsciiSet) {
+                *to = index_of(ch);
+                ++written;
+                continue;
+            }
+            to[0] = kExtended;
+            to[1] = index_of(ch);
+            to[2] = set_of(ch);
+            to[3] = kExtended;
+            written += kExtendedSize;
+        }
+        out.advance(written - start);
+    }
     while (out.has_room()) {
         const std::uint16_t code = reader.next();
         if (code == 0) break;
-        const KxChar ch = is_text_byte(code) ? code : page.to_kx(code);
-        if (ch == kNone) continue;
-        const bool fitted =
-            set_of(ch) == kAsciiSet ? out.put(index_of(ch)) : out.put({kExtended, index_of(ch), set_of(ch), kExtended});
-        if (!fitted) break;
+        const KxChar ch = is_text_byte(code) ? code : map != nullptr ? map[code] : page.to_kx(code);
+        if (!put_character(out, ch)) break;
     }
     return static_cast<std::uint32_t>(out.finish() + 1);
 }
 
+// In place: no code grows, so the output never overtakes what is still to be read, and the room for the stripped stream
+// is room enough.
 std::uint32_t stream_to_native(Native which, char *destination, const std::uint8_t *source,
                                std::uint16_t count) noexcept {
     if (count == 0) return 0;
+    std::uint8_t *const stream = bytes_of(destination);
     const std::size_t room = count - 1u;
-    strip_stream(bytes_of(destination), source, room, KX_KEEP_HARD_ENDS | KX_KEEP_SOFT_ENDS);
+    const std::size_t length = strip_stream(stream, source, room, KX_KEEP_HARD_ENDS | KX_KEEP_SOFT_ENDS);
+    auto *const first = static_cast<std::uint8_t *>(std::memchr(stream, kExtended, length));
+    if (first == nullptr) return static_cast<std::uint32_t>(length + 1);
+
     NativePage page(which);
-    // In place: no code grows, so the output never overtakes what is still to be read.
-    ByteWriter out(bytes_of(destination), room);
-    for (const std::uint8_t *at = bytes_of(destination); out.has_room() && *at != 0;) {
+    const auto plain = static_cast<std::size_t>(first - stream);
+    if (const std::uint16_t *const map = page.from_kx_map(); map != nullptr) {
+        const simd::Narrowed rest = simd::kernels().narrow_stream(first, length - plain, map);
+        first[rest.written] = 0;
+        return static_cast<std::uint32_t>(plain + rest.written + rest.dropped + 1); // a dropped character still counts
+    }
+    ByteWriter out(first, room - plain);
+    for (const std::uint8_t *at = first; *at != 0;) {
         if (*at != kExtended) {
             out.put(*at++);
             continue;
         }
         const std::uint16_t code = page.from_kx(make_char(at[2], at[1]));
         at += kExtendedSize;
-        if (code == kNone) {
-            out.charge(1); // a dropped character still counts
-        } else if (!put_native(out, code)) {
-            break;
-        }
+        if (code == kNone)
+            out.charge(1);
+        else
+            put_native(out, code);
     }
-    return static_cast<std::uint32_t>(out.finish() + 1);
+    return static_cast<std::uint32_t>(plain + out.finish() + 1);
 }
 
 } // namespace

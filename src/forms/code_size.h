@@ -5,7 +5,8 @@
 #include <array>
 #include <cstddef>
 
-#include "frame/bytes.h"
+#include "platform/bytes.h"
+#include "simd/kernels.h"
 
 namespace kxstr::forms {
 
@@ -64,11 +65,12 @@ constexpr std::size_t step_back(const std::uint8_t *end) noexcept {
 }
 
 // Bytes before the 0 that stands where a code begins.
-constexpr std::size_t stream_length(const std::uint8_t *stream) noexcept {
-    std::size_t length = 0;
-    while (stream[length] != 0)
-        length += step(stream + length);
-    return length;
+inline std::size_t stream_length(const std::uint8_t *stream) noexcept {
+    const auto skip_characters = simd::kernels().skip_characters;
+    const std::uint8_t *code = skip_characters(stream);
+    while (*code != 0)
+        code = skip_characters(code + step(code));
+    return static_cast<std::size_t>(code - stream);
 }
 
 } // namespace kxstr::forms

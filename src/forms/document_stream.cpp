@@ -14,11 +14,6 @@ void copy_stream(std::uint8_t *destination, const std::uint8_t *source) noexcept
     destination[length] = 0;
 }
 
-// Counts arrive signed; a negative one moves nothing.
-std::size_t byte_count(std::int32_t count) noexcept {
-    return count > 0 ? static_cast<std::size_t>(count) : 0;
-}
-
 } // namespace
 
 extern "C" {
@@ -43,14 +38,6 @@ uint8_t *wdstrcpy(uint8_t *destination, const uint8_t *source) {
 uint8_t *wdstrcat(uint8_t *destination, const uint8_t *source) {
     copy_stream(destination + forms::stream_length(destination), source);
     return destination;
-}
-
-void KXwmemmove(void *destination, const void *source, int32_t count) {
-    if (const std::size_t bytes = byte_count(count)) std::memmove(destination, source, bytes);
-}
-
-void KXwmemset(void *area, uint32_t value, int32_t count) {
-    if (const std::size_t bytes = byte_count(count)) std::memset(area, static_cast<std::uint8_t>(value), bytes);
 }
 
 } // extern "C"

@@ -1,6 +1,8 @@
 #include "forms/kx5_characters.h"
 
+#include <array>
 #include <kxstr/forms.h>
+#include <span>
 
 #include "codepage/country.h"
 #include "tables/kx5.h"
@@ -9,11 +11,11 @@ namespace kxstr::forms {
 namespace {
 
 // The table of the character's set, empty when the generations agree on it. In Japan they agree on the katakana.
-template <class Tables> std::span<const KxChar> table_of(const Tables &tables, KxChar ch) noexcept {
+std::span<const KxChar> table_of(const std::array<std::uint8_t, 14> &numbers, KxChar ch) noexcept {
     const std::uint8_t set = set_of(ch);
-    if (set >= tables.size()) return {};
+    if (set >= numbers.size() || numbers[set] == 0) return {};
     if (set == kKatakanaSet && codepage::country_id() == codepage::kJapanese) return {};
-    return tables[set];
+    return tables::kKx5Sets[numbers[set] - 1u];
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // Single characters between the KX 5 and the KX 6 generation, which number some sets differently.
 #pragma once
 
-#include "frame/kx_char.h"
+#include "core/kx_char.h"
 
 namespace kxstr::forms {
 

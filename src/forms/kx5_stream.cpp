@@ -2,36 +2,28 @@
 
 #include <kxstr/forms.h>
 
+#include "core/kx_char.h"
 #include "forms/bounded_writer.h"
-#include "frame/bytes.h"
-#include "frame/kx_char.h"
+#include "platform/bytes.h"
 #include "platform/system.h"
 
 namespace kxstr::forms {
 namespace {
 
-constexpr std::uint8_t kExtended5 = 0xC0;     // 0xC0, index, set, 0xC0
-constexpr std::uint8_t kAttributeOn5 = 0xC3;  // 0xC3, attribute, 0xC3
-constexpr std::uint8_t kAttributeOff5 = 0xC4; // likewise
-constexpr std::uint8_t kFirstGroup5 = 0xD0;   // code, any byte, size of the content, content
-constexpr std::size_t kGroupHeaderSize5 = 4;
-constexpr std::size_t kExtendedSize5 = 4;
-constexpr std::size_t kAttributeSize5 = 3;
-
 // A code of the stream: how long it is, and the KX character it stands for, if any.
-struct Code5 {
+struct Kx5Code {
     std::size_t size;
     KxChar ch = 0;
     bool is_character = false;
 };
 
-constexpr Code5 character(std::size_t size, unsigned set, unsigned index) noexcept {
+constexpr Kx5Code character(std::size_t size, unsigned set, unsigned index) noexcept {
     return {size, make_char(set, index), true};
 }
 
 // A code that is no text: control and function codes. Fixed-length codes without a KX meaning have lengths that nobody
 // tells; their first byte is stepped over, and the walk goes on with whatever follows.
-constexpr Code5 function_code(const std::uint8_t *at) noexcept {
+constexpr Kx5Code function_code(const std::uint8_t *at) noexcept {
     switch (*at) {
     case 0x0A:
     case 0x0C:
@@ -46,26 +38,24 @@ constexpr Code5 function_code(const std::uint8_t *at) noexcept {
 
 // ---- Pairs: double-byte text, two bytes of 0x21..0x7F each ----
 
-constexpr std::size_t kPairSize = 2;
-
 // Rows of 94 characters, two to a KX set; the first rows hold ASCII and the half-width katakana. 0x7F stands for no
 // row.
-constexpr Code5 row_pair(std::uint8_t row, std::uint8_t cell) noexcept {
+constexpr Kx5Code row_pair(std::uint8_t row, std::uint8_t cell) noexcept {
     switch (row) {
-    case 0x21: return character(kPairSize, kAsciiSet, cell);
-    case 0x22: return character(kPairSize, kKatakanaSet, cell - 0x21u);
-    case 0x7F: return {kPairSize};
-    default: return character(kPairSize, (row + 1u) / 2 + 0x12, row % 2 != 0 ? cell - 0x21u : cell + 0x3Du);
+    case kFirstRow5: return character(kPairSize5, kAsciiSet, cell);
+    case 0x22: return character(kPairSize5, kKatakanaSet, cell - 0x21u);
+    case kLastRow5: return {kPairSize5};
+    default: return character(kPairSize5, (row + 1u) / 2 + 0x12, row % 2 != 0 ? cell - 0x21u : cell + 0x3Du);
     }
 }
 
 // Chinese: the characters of all rows are numbered through, and laid about 255 to a KX set from `base` on. Where a set
 // is full, the first character of the next takes index 0xFF of it, unlike in the double-byte code pages.
-constexpr Code5 chinese_pair(std::uint8_t row, std::uint8_t cell, unsigned base) noexcept {
-    if (row == 0x21) return character(kPairSize, kAsciiSet, cell);
+constexpr Kx5Code chinese_pair(std::uint8_t row, std::uint8_t cell, unsigned base) noexcept {
+    if (row == kFirstRow5) return character(kPairSize5, kAsciiSet, cell);
     const unsigned n = (row - 0x22u) * 94 + static_cast<std::uint8_t>(cell - 0x21);
     const unsigned ch = base + n + (n + n / 256) / 256;
-    return character(kPairSize, (ch >> 8) & 0xFF, ch);
+    return character(kPairSize5, (ch >> 8) & 0xFF, ch);
 }
 
 // `read_text(at)` reads the code at a byte of 0x20..0x7F.
@@ -75,7 +65,7 @@ KxChar *read_stream(const std::uint8_t *source, KxChar *destination, std::uint16
     KxWriter out(destination, bytes / sizeof(KxChar) - 1);
     while (out.has_room() && *source != 0) {
         const bool text = *source >= 0x20 && *source <= 0x7F;
-        const Code5 code = text ? read_text(source) : function_code(source);
+        const Kx5Code code = text ? read_text(source) : function_code(source);
         if (code.size == 0) break;
         if (code.is_character) {
             out.put(code.ch);
@@ -92,7 +82,7 @@ KxChar *read_stream(const std::uint8_t *source, KxChar *destination, std::uint16
 template <class ReadPair> auto in_pairs(ReadPair read_pair) noexcept {
     return [read_pair](const std::uint8_t *at) {
         if (*at == ' ') return character(1, kAsciiSet, ' ');
-        return at[1] != 0 ? read_pair(at[0], at[1]) : Code5{0};
+        return at[1] != 0 ? read_pair(at[0], at[1]) : Kx5Code{0};
     };
 }
 
@@ -106,12 +96,12 @@ auto in_chinese_pairs(unsigned base) noexcept {
 
 } // namespace
 
-KxChar *read_stream5(const std::uint8_t *source, KxChar *destination, std::uint16_t bytes, Text5 text) noexcept {
+KxChar *read_stream5(const std::uint8_t *source, KxChar *destination, std::uint16_t bytes, Kx5Text text) noexcept {
     switch (text) {
-    case Text5::bytes: break;
-    case Text5::pairs: return read_stream(source, destination, bytes, in_pairs(row_pair));
-    case Text5::simplified_pairs: return read_stream(source, destination, bytes, in_chinese_pairs(kSimplifiedBase));
-    case Text5::traditional_pairs: return read_stream(source, destination, bytes, in_chinese_pairs(kTraditionalBase));
+    case Kx5Text::bytes: break;
+    case Kx5Text::pairs: return read_stream(source, destination, bytes, in_pairs(row_pair));
+    case Kx5Text::simplified_pairs: return read_stream(source, destination, bytes, in_chinese_pairs(kSimplifiedBase));
+    case Kx5Text::traditional_pairs: return read_stream(source, destination, bytes, in_chinese_pairs(kTraditionalBase));
     }
     return read_stream(source, destination, bytes, [](const std::uint8_t *at) { return character(1, kAsciiSet, *at); });
 }
@@ -123,13 +113,13 @@ using namespace kxstr;
 extern "C" {
 
 KxChar *W5dzTowz(const uint8_t *source, KxChar *destination, uint32_t bytes) {
-    const auto text = platform::is_double_byte_system() ? forms::Text5::pairs : forms::Text5::bytes;
+    const auto text = platform::is_double_byte_system() ? forms::Kx5Text::pairs : forms::Kx5Text::bytes;
     return forms::read_stream5(source, destination, low16(bytes), text);
 }
 
 KxChar *lW5CdzTowz(const uint8_t *source, KxChar *destination, uint32_t bytes, uint32_t selector) {
     const bool traditional = static_cast<std::uint8_t>(selector) == 0x83;
-    const auto text = traditional ? forms::Text5::traditional_pairs : forms::Text5::simplified_pairs;
+    const auto text = traditional ? forms::Kx5Text::traditional_pairs : forms::Kx5Text::simplified_pairs;
     return forms::read_stream5(source, destination, low16(bytes), text);
 }
 

@@ -3,9 +3,10 @@
 #pragma once
 
 #include "codepage/convert.h"
+#include "codepage/page_maps.h"
 #include "codepage/selection.h"
+#include "core/text.h"
 #include "forms/bounded_writer.h"
-#include "frame/text.h"
 #include "platform/system.h"
 
 namespace kxstr::forms {
@@ -25,6 +26,12 @@ class NativePage {
     KxChar to_kx(std::uint16_t code) noexcept { return codepage::to_kx(descriptor(), code, double_byte_); }
     std::uint16_t from_kx(KxChar ch) noexcept { return codepage::from_kx(descriptor(), ch, double_byte_); }
 
+    // The same for whole texts; null where there is no map.
+    const std::uint16_t *to_kx_map() noexcept { return codepage::to_kx_map(descriptor(), double_byte_); }
+    const std::uint16_t *from_kx_map() noexcept { return codepage::from_kx_map(descriptor(), double_byte_); }
+
+    bool is_double_byte_system() const noexcept { return double_byte_; }
+
   private:
     const KxCodePage &descriptor() noexcept {
         if (page_ == nullptr)
@@ -40,7 +47,10 @@ class NativePage {
 // Reads native text code by code.
 class NativeReader {
   public:
-    NativeReader(const std::uint8_t *text, bool double_byte) noexcept : at_(text), double_byte_(double_byte) {}
+    NativeReader(const std::uint8_t *text, bool double_byte) noexcept
+        : at_(text),
+          lead_bytes_(double_byte ? codepage::lead_byte_map(platform::ansi_code_page()) : nullptr),
+          double_byte_(double_byte) {}
 
     // The next code, 0 at the end. A lead byte is joined with the byte behind it, whatever that is; when that is the
     // terminator, the lead byte is dropped.
@@ -49,7 +59,7 @@ class NativeReader {
         if (byte == 0) return 0;
         ++at_;
         // No code page has lead bytes below 0x80: ASCII goes by without asking the system.
-        if (!double_byte_ || byte < 0x80 || !platform::is_lead_byte(byte)) return byte;
+        if (!double_byte_ || byte < 0x80 || !is_lead(byte)) return byte;
         const std::uint8_t trail = *at_;
         if (trail == 0) return 0;
         ++at_;
@@ -57,7 +67,12 @@ class NativeReader {
     }
 
   private:
+    bool is_lead(std::uint8_t byte) const noexcept {
+        return lead_bytes_ != nullptr ? lead_bytes_[byte] != 0 : platform::is_lead_byte(byte);
+    }
+
     const std::uint8_t *at_;
+    const std::uint8_t *lead_bytes_;
     bool double_byte_;
 };
 

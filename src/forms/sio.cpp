@@ -2,12 +2,12 @@
 
 #include <kxstr/forms.h>
 
+#include "core/text.h"
+#include "core/validity.h"
 #include "forms/bounded_writer.h"
 #include "forms/code_size.h"
 #include "forms/strip.h"
 #include "forms/temporary_buffer.h"
-#include "frame/text.h"
-#include "frame/validity.h"
 #include "platform/system.h"
 
 namespace kxstr::forms {
@@ -62,7 +62,7 @@ bool put_unit(ByteWriter &out, KxChar unit, std::uint8_t tab, bool double_byte_s
     default: break;
     }
     // Validity takes set 0xFF for set 0; such a unit has no form here.
-    if (!frame::is_valid(unit, double_byte_system) || set_of(unit) > kLastDoubleByteSet) return true;
+    if (!core::is_valid(unit, double_byte_system) || set_of(unit) > kLastDoubleByteSet) return true;
     return set_of(unit) == kAsciiSet ? out.put(index_of(unit)) : put_extended(out, set_of(unit), index_of(unit));
 }
 
@@ -109,5 +109,13 @@ uint16_t TpiKxToKxsioBuff(uint8_t *destination, const uint8_t *source, uint32_t 
 
 uint16_t TpiKxwzToKxsioBuff(uint8_t *destination, const KxChar *source, uint32_t count, uint32_t flags) {
     return forms::string_to_sio(destination, source, low16(count), flags, platform::is_double_byte_system());
+}
+
+uint16_t W6dzTotz(const uint8_t *source, uint8_t *destination, uint32_t count, uint32_t flags) {
+    return TpiKxToKxsioBuff(destination, source, count, flags);
+}
+
+uint16_t W6wzTotz(const KxChar *source, uint8_t *destination, uint32_t count, uint32_t flags) {
+    return TpiKxwzToKxsioBuff(destination, source, count, flags);
 }
 }

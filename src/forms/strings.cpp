@@ -1,9 +1,12 @@
 #include <algorithm>
+#include <cstring>
 #include <kxstr/forms.h>
+#include <span>
 
+#include "core/text.h"
 #include "forms/native_text.h"
 #include "forms/temporary_buffer.h"
-#include "frame/text.h"
+#include "simd/kernels.h"
 #include "unicode/map.h"
 
 namespace kxstr::forms {
@@ -22,15 +25,35 @@ bool would_overtake(const KxChar *destination, const std::uint8_t *source, std::
 
 void convert_bytes(NativePage &page, const std::uint8_t *source, KxChar *destination, std::size_t length) noexcept {
     destination[length] = 0;
+    if (length == 0) return;
     // From the last byte to the first: source and destination may begin at one address, and a KX character is twice as
     // wide as its byte, so going forward would overwrite bytes not yet read.
-    while (length-- > 0)
-        destination[length] = page.to_kx(source[length]);
+    if (const std::uint16_t *const map = page.to_kx_map(); map != nullptr) {
+        simd::kernels().map_bytes(map, source, length, destination);
+    } else {
+        while (length-- > 0)
+            destination[length] = page.to_kx(source[length]);
+    }
 }
 
-void convert_codes(NativePage &page, const std::uint8_t *source, KxChar *destination, std::size_t limit) noexcept {
-    NativeReader reader(source, true);
-    KxWriter out(destination, limit);
+// `bytes`: the source's length. At most `limit` characters.
+void convert_codes(NativePage &page, const std::uint8_t *source, std::size_t bytes, KxChar *destination,
+                   std::size_t limit) noexcept {
+    simd::Decoded done{};
+    if (std::min(bytes, limit) != 0) {
+        const std::uint16_t *const map = page.to_kx_map();
+        const std::uint8_t *const leads = codepage::lead_byte_map(platform::ansi_code_page());
+        while (map != nullptr && leads != nullptr) {
+            const std::size_t count = std::min(bytes - done.read, limit - done.written);
+            const auto [read, written] =
+                simd::kernels().decode_pairs(map, leads, source + done.read, count, destination + done.written);
+            if (read == 0) break;
+            done = {done.read + read, done.written + written};
+        }
+    }
+    // What is left: all without a map, else the last characters before an end in the middle of a pair.
+    NativeReader reader(source + done.read, true);
+    KxWriter out(destination + done.written, limit - done.written);
     while (out.has_room()) {
         const std::uint16_t code = reader.next();
         if (code == 0) break;
@@ -42,32 +65,52 @@ void convert_codes(NativePage &page, const std::uint8_t *source, KxChar *destina
 // At most `limit` characters. The result is 0 when there is no memory for a copy of the source.
 std::uint32_t native_to_string(Native which, const char *text, KxChar *destination, std::size_t limit) noexcept {
     const std::uint8_t *source = bytes_of(text);
-    const std::size_t bytes = length_of(source);
+    const std::size_t bytes = std::strlen(text);
     const std::size_t length = std::min(bytes, limit);
     NativePage page(which);
-    if (!platform::is_double_byte_system()) {
+    if (!page.is_double_byte_system()) {
         convert_bytes(page, source, destination, length);
     } else if (!would_overtake(destination, source, length)) {
-        convert_codes(page, source, destination, length);
+        convert_codes(page, source, bytes, destination, length);
     } else {
         const TemporaryBuffer<std::uint8_t> copy(bytes + 1);
         if (copy.get() == nullptr) return 0;
         std::copy_n(source, bytes + 1, copy.get());
-        convert_codes(page, copy.get(), destination, length);
+        convert_codes(page, copy.get(), bytes, destination, length);
     }
     return kDone;
 }
 
 // ---- KX strings to native text ----
 
-// At most `limit` characters, as far as the output has room. Characters without a native code become kNoNativeByte.
-void string_to_native(Native which, const KxChar *source, std::size_t limit, ByteWriter out) noexcept {
+// Units before the terminator, of which `limit` are looked at.
+std::size_t length_within(const std::uint16_t *text, std::size_t limit) noexcept {
+    if (limit == kUnlimited) return static_cast<std::size_t>(simd::kernels().find_zero16(text) - text);
+    return static_cast<std::size_t>(std::find(text, text + limit, std::uint16_t{0}) - text);
+}
+
+// At most `limit` characters, as far as the output has `room` for bytes before the terminator. Characters without a
+// native code become kNoNativeByte. Returns the bytes written, the terminator not included.
+std::size_t string_to_native(Native which, const KxChar *source, std::size_t limit, char *destination,
+                             std::size_t room = kUnlimited) noexcept {
+    std::size_t length = length_within(source, limit);
+    std::size_t written = 0;
     NativePage page(which);
-    for (; limit > 0 && *source != 0 && out.has_room(); --limit, ++source) {
+    if (const std::uint16_t *const map = std::min(length, room) != 0 ? page.from_kx_map() : nullptr; map != nullptr) {
+        // As many as fit for certain, until nothing is left but what must be looked at one by one.
+        while (const std::size_t count = std::min(length, (room - written) / 2)) {
+            written +=
+                simd::kernels().encode_units(map, source, count, bytes_of(destination) + written, simd::NoCode::mark);
+            source += count;
+            length -= count;
+        }
+    }
+    ByteWriter out(bytes_of(destination) + written, room - written);
+    for (; length > 0 && out.has_room(); --length, ++source) {
         const std::uint16_t code = page.from_kx(*source);
         if (!put_native(out, code != kNone ? code : kNoNativeByte)) break;
     }
-    out.finish();
+    return written + out.finish();
 }
 
 ByteWriter unlimited(char *destination) noexcept {
@@ -87,8 +130,22 @@ bool put_line_end(ByteWriter &out, KxChar ch, std::uint32_t flags) noexcept {
     return true;
 }
 
-std::size_t string_to_ansi(const KxChar *source, ByteWriter out, std::uint32_t flags) noexcept {
+// `destination` is null where nothing but the count is wanted.
+std::size_t string_to_ansi(const KxChar *source, char *destination, std::uint32_t flags) noexcept {
     NativePage page(Native::kAnsi);
+    ByteWriter out = unlimited(destination);
+    // Line ends that go over as they are convert like all characters.
+    constexpr std::uint32_t kLineEnds = KX_ANSI_SOFT_ENDS_AS_SPACES | KX_ANSI_CRLF;
+    if (destination != nullptr && (flags & kLineEnds) == 0 && *source != 0) {
+        if (const std::uint16_t *const map = page.from_kx_map(); map != nullptr) {
+            const bool mark = (flags & KX_ANSI_MARK_UNKNOWN) != 0;
+            const std::size_t written =
+                simd::kernels().encode_units(map, source, length_within(source, kUnlimited), bytes_of(destination),
+                                             mark ? simd::NoCode::mark : simd::NoCode::drop);
+            destination[written] = 0;
+            return written;
+        }
+    }
     for (; *source != 0; ++source) {
         if (put_line_end(out, *source, flags)) continue;
         const std::uint16_t code = page.from_kx(*source);
@@ -103,20 +160,19 @@ std::size_t string_to_ansi(const KxChar *source, ByteWriter out, std::uint32_t f
 
 // ---- Unicode strings ----
 
-using ConvertString = std::uint32_t(const std::uint16_t *, std::uint32_t, std::uint16_t *, std::uint32_t) noexcept;
+using ConvertUnits = std::size_t(std::span<const std::uint16_t>, std::uint16_t *) noexcept;
 
-std::uint32_t unicode_length(const std::uint16_t *text) noexcept {
-    return static_cast<std::uint32_t>(length_of(text));
+std::size_t unicode_length(const std::uint16_t *text) noexcept {
+    return length_within(text, kUnlimited);
 }
 
-void convert_bounded(ConvertString convert, const std::uint16_t *source, std::uint16_t *destination,
+void convert_bounded(ConvertUnits convert, const std::uint16_t *source, std::uint16_t *destination,
                      std::uint16_t count) noexcept {
     if (destination == nullptr || count == 0) return;
     destination[0] = 0;
     if (source == nullptr) return;
-    const std::uint32_t length = unicode_length(source);
-    const std::uint32_t limit = std::min(length, count - 1u);
-    convert(source, length, destination, limit);
+    const std::size_t limit = std::min<std::size_t>(unicode_length(source), count - 1u);
+    convert({source, limit}, destination);
     destination[limit] = 0;
 }
 
@@ -125,9 +181,9 @@ void unicode_to_ansi(const std::uint16_t *source, char *destination, std::uint16
     destination[0] = 0;
     const TemporaryBuffer<KxChar> converted(count + 1u);
     if (converted.get() == nullptr || source == nullptr) return;
-    const std::uint32_t limit = std::min<std::uint32_t>(unicode_length(source), count);
-    converted.get()[unicode::string_to_kx(source, limit, converted.get(), limit)] = 0;
-    string_to_native(Native::kAnsi, converted.get(), count - 1u, unlimited(destination));
+    const std::size_t limit = std::min<std::size_t>(unicode_length(source), count);
+    converted.get()[unicode::to_kx({source, limit}, converted.get())] = 0;
+    string_to_native(Native::kAnsi, converted.get(), count - 1u, destination);
 }
 
 } // namespace
@@ -164,13 +220,12 @@ uint32_t W6wzToaz(const KxChar *source, char *destination) {
 
 uint32_t W6wzToazEx(const KxChar *source, char *destination, uint32_t flags) {
     const bool measure = (flags & KX_ANSI_MEASURE) != 0;
-    return static_cast<uint32_t>(
-        forms::string_to_ansi(source, forms::unlimited(measure ? nullptr : destination), flags));
+    return static_cast<uint32_t>(forms::string_to_ansi(source, measure ? nullptr : destination, flags));
 }
 
 uint32_t W6wzToazN(const KxChar *source, char *destination, uint32_t count) {
     const std::uint16_t size = low16(count);
-    if (size != 0) forms::string_to_native(Native::kAnsi, source, size - 1u, forms::unlimited(destination));
+    if (size != 0) forms::string_to_native(Native::kAnsi, source, size - 1u, destination);
     return kDone;
 }
 
@@ -178,37 +233,39 @@ uint32_t W6wzToazNB(const KxChar *source, char *destination, uint32_t bytes) {
     if (source == nullptr || destination == nullptr) return 0;
     const std::uint16_t size = low16(bytes);
     if (size != 0) {
-        forms::string_to_native(Native::kAnsi, source, kUnlimited, {bytes_of(destination), size - 1u});
+        forms::string_to_native(Native::kAnsi, source, kUnlimited, destination, size - 1u);
     }
     return kDone;
 }
 
 uint32_t W6wzTooz(const KxChar *source, char *destination) {
-    forms::string_to_native(Native::kOem, source, kUnlimited, forms::unlimited(destination));
+    forms::string_to_native(Native::kOem, source, kUnlimited, destination);
     return kDone;
 }
 
 uint32_t W6wzToozN(const KxChar *source, char *destination, uint32_t count) {
     const std::uint16_t size = low16(count);
-    if (size != 0) forms::string_to_native(Native::kOem, source, size - 1u, forms::unlimited(destination));
+    if (size != 0) forms::string_to_native(Native::kOem, source, size - 1u, destination);
     return kDone;
 }
 
 uint32_t W6VaskTowz(const uint16_t *source, KxChar *destination) {
-    const std::uint32_t length = forms::unicode_length(source);
-    unicode::string_to_kx(source, length, destination, length);
+    const std::size_t length = forms::unicode_length(source);
+    unicode::to_kx({source, length}, destination);
     destination[length] = 0;
     return kDone;
 }
 
 uint32_t W6VaskTowzN(const uint16_t *source, KxChar *destination, uint32_t count) {
-    forms::convert_bounded(unicode::string_to_kx, source, destination, low16(count));
+    forms::convert_bounded(unicode::to_kx, source, destination, low16(count));
     return kDone;
 }
 
 uint32_t W6wzToVask(const KxChar *source, uint16_t *destination) {
-    const std::uint32_t whole = forms::unicode_length(source) + 1; // the terminator converts to itself
-    unicode::string_from_kx(source, whole, destination, whole);
+    const std::size_t length = forms::unicode_length(source);
+    const std::size_t stored = unicode::from_kx({source, length}, destination);
+    // A character that converts to 0 ends the text before its terminator.
+    if (stored == length && (stored == 0 || destination[stored - 1] != 0)) destination[stored] = 0;
     return kDone;
 }
 
@@ -217,7 +274,7 @@ uint32_t W6wzToVaskEx(const KxChar *source, uint16_t *destination, uint32_t /*un
 }
 
 uint32_t W6wzToVaskN(const KxChar *source, uint16_t *destination, uint32_t count) {
-    forms::convert_bounded(unicode::string_from_kx, source, destination, low16(count));
+    forms::convert_bounded(unicode::from_kx, source, destination, low16(count));
     return kDone;
 }
 

@@ -1,10 +1,12 @@
 #include "forms/strip.h"
 
+#include <algorithm>
+#include <array>
 #include <kxstr/forms.h>
 
+#include "core/validity.h"
 #include "forms/bounded_writer.h"
 #include "forms/code_size.h"
-#include "frame/validity.h"
 #include "platform/system.h"
 
 namespace kxstr::forms {
@@ -32,10 +34,25 @@ constexpr std::uint8_t kept_byte(std::uint8_t code, std::uint32_t flags) noexcep
     }
 }
 
+// The same for all codes, for every set of the flags that name codes of one byte.
+constexpr std::uint32_t kByteFlags =
+    KX_KEEP_HARD_ENDS | KX_KEEP_SOFT_ENDS | KX_SOFT_ENDS_AS_SPACES | KX_HYPHENS_AS_TEXT;
+constexpr auto kKeptBytes = [] {
+    std::array<std::array<std::uint8_t, 256>, kByteFlags / 2 + 1> kept{};
+    for (std::uint32_t set = 0; set < kept.size(); ++set)
+        for (unsigned code = 0; code < 256; ++code)
+            kept[set][code] = kept_byte(static_cast<std::uint8_t>(code), 2 * set);
+    return kept;
+}();
+
+const std::uint8_t *kept_bytes(std::uint32_t flags) noexcept {
+    return kKeptBytes[(flags & kByteFlags) / 2].data();
+}
+
 // The same for a unit of a KX string.
 constexpr KxChar kept_unit(KxChar unit, std::uint32_t flags, bool double_byte_system) noexcept {
     constexpr KxChar hyphen_code = 0xFB05; // beside the two that streams have
-    if (frame::is_valid(unit, double_byte_system)) return unit;
+    if (core::is_valid(unit, double_byte_system)) return unit;
     if (is_attribute(unit)) return has(flags, KX_KEEP_ATTRIBUTES) ? unit : 0;
     switch (unit) {
     case kFirstHyphenCode:
@@ -55,18 +72,25 @@ constexpr KxChar kept_unit(KxChar unit, std::uint32_t flags, bool double_byte_sy
 
 std::size_t strip_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
                          std::uint32_t flags) noexcept {
-    ByteWriter out(destination, room);
-    while (out.has_room() && *source != 0) {
+    const auto filter_stream = simd::kernels().filter_stream;
+    const std::uint8_t *const kept = kept_bytes(flags);
+    std::size_t written = 0;
+    for (;;) {
+        const simd::StreamProgress run = filter_stream(destination + written, source, room - written, kept);
+        source += run.read;
+        written += run.written;
+        if (written == room || *source == 0) break;
         const std::size_t size = step(source);
-        const std::uint8_t kept = kept_byte(*source, flags);
-        if (kept == *source) {
-            if (!out.put(source, size)) break;
-        } else if (kept != 0) {
-            out.put(kept);
+        if (kept_byte(*source, flags) != 0) {
+            if (size > room - written) break;
+            // The source may lie in the destination, behind what has been written.
+            std::copy_n(source, size, destination + written);
+            written += size;
         }
         source += size;
     }
-    return out.finish();
+    destination[written] = 0;
+    return written;
 }
 
 std::size_t strip_string(KxChar *destination, const KxChar *source, std::size_t room, std::uint32_t flags,

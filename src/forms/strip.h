@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "frame/kx_char.h"
+#include "core/kx_char.h"
 
 namespace kxstr::forms {
 

@@ -1,6 +1,6 @@
 // What the library needs of the system it runs on, and the only door to it. portable/ implements it with settings that
-// a host can read and replace; a Windows build forwards to the system calls named beside each function. Nothing is
-// cached behind these functions: every call gives the answer of the moment.
+// a host can read and replace; a Windows build forwards to the system calls named beside each function. Every call
+// gives the answer of the moment. (The settings file is parsed again only when it has changed; every call looks.)
 #pragma once
 
 #include <cstddef>
@@ -34,7 +34,7 @@ std::optional<std::uint16_t> to_wide(std::uint32_t code_page, std::span<const st
 // WideCharToMultiByte without best fit and without a default character, one unit in.
 struct NativeBytes {
     std::uint8_t bytes[2];
-    std::uint8_t count; // 0 when the unit has no code in the code page
+    std::uint8_t count; // 0 when the unit has no code of one or two bytes in the code page
 };
 NativeBytes from_wide(std::uint32_t code_page, std::uint16_t unit) noexcept;
 
@@ -120,6 +120,9 @@ std::uint32_t close_key(KeyHandle key) noexcept;
 // kMoreData, and nothing is written.
 std::uint32_t query_value(KeyHandle key, const char *name, std::uint32_t *type, void *data,
                           std::uint32_t &size) noexcept;
+// create_key, query_value and close_key in a row, with one look at the settings when the key is there.
+std::uint32_t query_value_at(KeyHandle parent, const char *path, const char *name, std::uint32_t *type, void *data,
+                             std::uint32_t &size) noexcept;
 // RegSetValueExA
 std::uint32_t set_value(KeyHandle key, const char *name, std::uint32_t type, const void *data,
                         std::uint32_t size) noexcept;

@@ -1,19 +1,10 @@
 #include <cstring>
 #include <kxstr/prim.h>
 
-#include "frame/dbcs_copy.h"
+#include "core/dbcs_copy.h"
 #include "prim/strings.h"
-#include "strops/case.h"
 
 using namespace kxstr;
-
-namespace {
-
-char *chars(const std::uint8_t *string) noexcept {
-    return reinterpret_cast<char *>(const_cast<std::uint8_t *>(string));
-}
-
-} // namespace
 
 extern "C" {
 
@@ -27,12 +18,12 @@ char *wstrcpy(char *destination, const char *source) {
 }
 
 char *wstrcat(char *destination, const char *source) {
-    prim::append(destination, source, prim::kUnlimited);
+    prim::append(bytes_of(destination), bytes_of(source), prim::kUnlimited);
     return destination;
 }
 
 char *wstrncat(char *destination, const char *source, uint32_t count) {
-    prim::append(destination, source, count);
+    prim::append(bytes_of(destination), bytes_of(source), count);
     return destination;
 }
 
@@ -60,16 +51,14 @@ int32_t wstrncmp(const char *a, const char *b, int32_t count) {
     return count > 0 ? prim::compare(bytes_of(a), bytes_of(b), static_cast<std::size_t>(count)) : 0;
 }
 
-int32_t w_stricmp(const char *a, const char *b) {
-    return prim::compare(bytes_of(a), bytes_of(b), prim::kUnlimited, strops::to_upper);
-}
-
 char *wstrchr(const char *string, uint32_t byte) {
-    return chars(prim::find(bytes_of(string), static_cast<std::uint8_t>(byte)));
+    const auto wanted = static_cast<std::uint8_t>(byte);
+    return wanted != 0 ? const_cast<char *>(std::strchr(string, wanted)) : nullptr;
 }
 
 char *wstrrchr(const char *string, uint32_t byte) {
-    return string != nullptr ? chars(prim::find_last(bytes_of(string), static_cast<std::uint8_t>(byte))) : nullptr;
+    const auto wanted = static_cast<std::uint8_t>(byte);
+    return string != nullptr && wanted != 0 ? const_cast<char *>(std::strrchr(string, wanted)) : nullptr;
 }
 
 } // extern "C"

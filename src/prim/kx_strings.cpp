@@ -1,22 +1,10 @@
-#include <cstring>
 #include <kxstr/prim.h>
 
-#include "frame/kx_char.h"
+#include "core/kx_char.h"
+#include "prim/find_string.h"
 #include "prim/strings.h"
 
 using namespace kxstr;
-
-namespace {
-
-bool begins_with(const KxChar *text, const KxChar *prefix) noexcept {
-    while (*prefix != 0 && *text == *prefix) {
-        ++text;
-        ++prefix;
-    }
-    return *prefix == 0;
-}
-
-} // namespace
 
 extern "C" {
 
@@ -26,13 +14,13 @@ uint32_t wwstrlen(const KxChar *string) {
 
 KxChar *wwstrcpy(KxChar *destination, const KxChar *source) {
     if (destination == nullptr || source == nullptr) return nullptr;
-    std::memmove(destination, source, (length_of(source) + 1) * sizeof(KxChar));
+    simd::kernels().copy16(destination, source);
     return destination;
 }
 
 KxChar *wwstrcat(KxChar *destination, const KxChar *source) {
     if (destination == nullptr || source == nullptr) return nullptr;
-    prim::append(destination, source, prim::kUnlimited);
+    simd::kernels().copy16(destination + length_of(destination), source);
     return destination;
 }
 
@@ -56,19 +44,17 @@ int32_t wwstrncmp(const KxChar *a, const KxChar *b, int32_t count) {
 }
 
 KxChar *wwstrchr(const KxChar *string, uint32_t ch) {
-    return const_cast<KxChar *>(prim::find(string, low16(ch)));
+    const KxChar *found = simd::kernels().find16(string, low16(ch));
+    return *found != 0 ? const_cast<KxChar *>(found) : nullptr;
 }
 
 KxChar *wwstrrchr(const KxChar *string, uint32_t ch) {
-    return string != nullptr ? const_cast<KxChar *>(prim::find_last(string, low16(ch))) : nullptr;
+    return string != nullptr ? const_cast<KxChar *>(simd::kernels().find_last16(string, low16(ch))) : nullptr;
 }
 
 KxChar *wwstrstr(const KxChar *string, const KxChar *to_find) {
     if (string == nullptr || to_find == nullptr || *to_find == 0) return nullptr;
-    for (; *string != 0; ++string) {
-        if (begins_with(string, to_find)) return const_cast<KxChar *>(string);
-    }
-    return nullptr;
+    return const_cast<KxChar *>(prim::find_string(string, to_find));
 }
 
 } // extern "C"

@@ -1,18 +1,35 @@
-#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <kxstr/prim.h>
 
-#include "frame/kx_char.h"
+#include "core/kx_char.h"
+#include "simd/kernels.h"
 
 using namespace kxstr;
+
+namespace {
+
+using Word = std::uint64_t;
+
+// An area of one to two words is taken here, as its first and its last word: the way to the C library costs more.
+constexpr bool is_short(std::uint32_t count) noexcept {
+    return count - sizeof(Word) <= sizeof(Word);
+}
+
+Word word_at(const void *area, std::size_t offset) noexcept {
+    Word word;
+    std::memcpy(&word, static_cast<const char *>(area) + offset, sizeof word);
+    return word;
+}
+
+} // namespace
 
 extern "C" {
 
 KxChar *KXwmemwchr(const KxChar *area, uint32_t ch, uint32_t count) {
     if (area == nullptr) return nullptr;
-    const KxChar *end = area + low16(count);
-    const KxChar *found = std::find(area, end, low16(ch));
-    return found != end ? const_cast<KxChar *>(found) : nullptr;
+    const std::size_t found = simd::kernels().find_within16(area, low16(count), low16(ch));
+    return found != low16(count) ? const_cast<KxChar *>(area) + found : nullptr;
 }
 
 int32_t KXwmemcmp(const void *a, const void *b, uint32_t count) {
@@ -26,11 +43,27 @@ void KXwhmemset(void *area, uint32_t value, uint32_t count) {
 }
 
 void KXwmemcpy(void *destination, const void *source, uint32_t count) {
-    if (destination != nullptr && source != nullptr) std::memmove(destination, source, count);
+    if (destination == nullptr || source == nullptr) return;
+    if (is_short(count)) {
+        const std::size_t at_end = count - sizeof(Word);
+        const Word first = word_at(source, 0), last = word_at(source, at_end);
+        std::memcpy(destination, &first, sizeof first);
+        std::memcpy(static_cast<char *>(destination) + at_end, &last, sizeof last);
+        return;
+    }
+    std::memmove(destination, source, count);
 }
 
 void KXwhmemmove(void *destination, const void *source, uint32_t count) {
     KXwmemcpy(destination, source, count);
+}
+
+void KXwmemmove(void *destination, const void *source, int32_t count) {
+    if (count > 0) std::memmove(destination, source, static_cast<std::size_t>(count));
+}
+
+void KXwmemset(void *area, uint32_t value, int32_t count) {
+    if (count > 0) std::memset(area, static_cast<std::uint8_t>(value), static_cast<std::size_t>(count));
 }
 
 } // extern "C"

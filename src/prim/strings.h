@@ -1,26 +1,28 @@
-// Zero-terminated strings of any unsigned unit: what the byte strings and the KX strings have in common.
+// Zero-terminated strings of bytes and of KX characters: what the exported functions of both have in common. Bytes go
+// to the C library where it has the function.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
-#include <functional>
 #include <limits>
 
-#include "frame/text.h"
+#include "core/text.h"
 
 namespace kxstr::prim {
 
 inline constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
 
 // Units before the terminator, but at most `limit`; nothing behind the limit is read.
-template <class Unit> constexpr std::size_t length_within(const Unit *string, std::size_t limit) noexcept {
-    std::size_t length = 0;
-    while (length < limit && string[length] != 0)
-        ++length;
-    return length;
+inline std::size_t length_within(const KxChar *string, std::size_t limit) noexcept {
+    return simd::kernels().find_within16(string, limit, 0);
+}
+inline std::size_t length_within(const std::uint8_t *string, std::size_t limit) noexcept {
+    if (limit == kUnlimited) return length_of(string);
+    const void *const end = std::memchr(string, 0, limit);
+    return end != nullptr ? static_cast<std::size_t>(static_cast<const std::uint8_t *>(end) - string) : limit;
 }
 
-template <class Unit> constexpr void append(Unit *destination, const Unit *source, std::size_t limit) noexcept {
+template <class Unit> void append(Unit *destination, const Unit *source, std::size_t limit) noexcept {
     Unit *end = std::copy_n(source, length_within(source, limit), destination + length_of(destination));
     *end = 0;
 }
@@ -32,30 +34,12 @@ constexpr std::size_t limit_by_bytes(std::int32_t size) noexcept {
     return size % 2 == 0 ? static_cast<std::size_t>(size) / 2 : kUnlimited;
 }
 
-// Difference of the first differing units after `fold`, or 0 when the terminators or `limit` units are reached.
-template <class Unit, class Fold = std::identity>
-constexpr int compare(const Unit *a, const Unit *b, std::size_t limit = kUnlimited, Fold fold = {}) noexcept {
-    for (std::size_t i = 0; i < limit; ++i) {
-        const int difference = int{fold(a[i])} - int{fold(b[i])};
-        if (difference != 0 || a[i] == 0) return difference;
-    }
-    return 0;
+// Difference of the first differing units, or 0 when the terminators or `limit` units are reached.
+inline int compare(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit = kUnlimited) noexcept {
+    return simd::kernels().compare8(a, b, limit);
 }
-
-// The terminator is never found, not even when it is asked for.
-template <class Unit> constexpr const Unit *find(const Unit *string, Unit wanted) noexcept {
-    for (; *string != 0; ++string) {
-        if (*string == wanted) return string;
-    }
-    return nullptr;
-}
-
-template <class Unit> constexpr const Unit *find_last(const Unit *string, Unit wanted) noexcept {
-    const Unit *found = nullptr;
-    for (; *string != 0; ++string) {
-        if (*string == wanted) found = string;
-    }
-    return found;
+inline int compare(const KxChar *a, const KxChar *b, std::size_t limit = kUnlimited) noexcept {
+    return simd::kernels().compare16(a, b, limit);
 }
 
 } // namespace kxstr::prim

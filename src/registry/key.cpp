@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "frame/bytes.h"
 #include "platform/ansi_text.h"
 #include "registry/link_engine.h"
 #include "registry/roots.h"
@@ -14,21 +14,11 @@
 namespace kxstr::registry {
 namespace {
 
-// The full path of the key in which a reference's value lives.
-std::string key_path_of(const ReferencePlace &place) {
-    std::string path(place.root != nullptr ? place.root->name : kBasePath);
+// The full path of the key to which a write through a link goes.
+std::string key_path_of(const ValuePath &place) {
+    std::string path(place.root->name);
     if (!place.key_path.empty()) path.append("\\").append(platform::wide_to_ansi(place.key_path));
     return path;
-}
-
-std::u16string text_up_to_zero(const std::uint8_t *bytes, std::uint32_t size) {
-    std::u16string text;
-    for (std::uint32_t i = 0; i + 1 < size; i += 2) {
-        const std::uint16_t unit = load_u16le(bytes + i);
-        if (unit == 0) break;
-        text += static_cast<char16_t>(unit);
-    }
-    return text;
 }
 
 } // namespace
@@ -86,14 +76,9 @@ std::uint32_t CYWKey::set_at_target(const char *name, std::uint32_t type, const 
     std::vector<std::uint8_t> link;
     const std::uint32_t read = read_value(key, name, link_type, link);
     if (read != platform::kSuccess) return read;
-    link_type = kLinkType;
-    std::uint32_t target_size = 0;
-    std::uint8_t *const target = expand(*link_engine, link, link_type, false, true, target_size);
-    if (target == nullptr) return link_engine->last_error;
-    const std::u16string reference = text_up_to_zero(target, target_size);
-    platform::task_free(target);
-    if (reference.empty()) return platform::kCannotOpen; // the link names nothing at all
-    const ReferencePlace place = place_of(reference);
+    const std::optional<std::u16string> target = target_text(*link_engine, link);
+    if (!target) return link_engine->last_error;
+    const ValuePath place = target_of(*target);
     CYWKey target_key(key_path_of(place).c_str(), 0);
     if (!target_key.is_open()) return target_key.status;
     return target_key.SetValue(platform::wide_to_ansi(place.value_name).c_str(), type, data, size, 0, 0);

@@ -27,9 +27,8 @@ class CYWKey {
     std::uint32_t GetLinkEngine() noexcept;
 
     // Writes a value; returns a Windows status. A write-protected value is left alone, with kAccessDenied. With
-    // `follow`, a link is not replaced: the value that it leads to is written, in the key that reading the link would
-    // have looked in, and the status is that of this write. A link that leads nowhere writes nothing, and gives the
-    // error of the link engine.
+    // `follow`, a link is not replaced: the value at its target (see target_of) is written, and the status is that of
+    // this write. A link that cannot be evaluated writes nothing, and gives the error of the link engine.
     std::uint32_t SetValue(const char *name, std::uint32_t type, const void *data, std::uint32_t size,
                            std::uint32_t follow, std::uint32_t unused) noexcept;
 

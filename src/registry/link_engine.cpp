@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "frame/bytes.h"
 #include "platform/ansi_text.h"
+#include "platform/bytes.h"
 #include "registry/roots.h"
 #include "registry/values.h"
 
@@ -25,29 +26,24 @@ constexpr std::size_t kSyntaxRoom = 8; // units, the terminator included
 constexpr std::uint16_t kDoubleQuote = u'"';
 
 // Text as it lies in the registry: little-endian units at any address. Behind its end there are zeros.
-class Text {
+class WideText {
   public:
-    explicit Text(std::span<const std::uint8_t> bytes) noexcept : bytes_(bytes) {}
+    explicit WideText(std::span<const std::uint8_t> bytes) noexcept : bytes_(bytes) {}
     std::size_t size() const noexcept { return bytes_.size() / 2; }
     std::uint16_t operator[](std::size_t index) const noexcept {
         return index < size() ? load_u16le(bytes_.data() + 2 * index) : std::uint16_t{0};
     }
-    Text part(std::size_t begin, std::size_t end) const noexcept {
-        return Text(bytes_.subspan(2 * begin, 2 * (end - begin)));
+    WideText part(std::size_t begin, std::size_t end) const noexcept {
+        return WideText(bytes_.subspan(2 * begin, 2 * (end - begin)));
     }
-    Text up_to_zero() const noexcept {
+    WideText up_to_zero() const noexcept {
         std::size_t length = 0;
         while ((*this)[length] != 0)
             ++length;
         return part(0, length);
     }
     std::span<const std::uint8_t> bytes() const noexcept { return bytes_.first(2 * size()); }
-    std::u16string units() const {
-        std::u16string units(size(), 0);
-        for (std::size_t i = 0; i < units.size(); ++i)
-            units[i] = (*this)[i];
-        return units;
-    }
+    std::u16string units() const { return units_of(bytes_); }
 
   private:
     std::span<const std::uint8_t> bytes_;
@@ -75,7 +71,7 @@ struct Token {
     std::uint32_t error = 0;
 };
 
-Token next_token(const Text &text, std::size_t begin, const Syntax &syntax) noexcept {
+Token next_token(const WideText &text, std::size_t begin, const Syntax &syntax) noexcept {
     const std::uint16_t first = text[begin];
     if (first == 0) return {TokenKind::end, begin, begin};
     std::size_t at = begin + 1;
@@ -98,8 +94,8 @@ Token next_token(const Text &text, std::size_t begin, const Syntax &syntax) noex
 }
 
 // The alternatives of a text: the parts between bars outside of quotes. An empty text has none.
-std::vector<Text> alternatives_of(const Text &text, const Syntax &syntax) {
-    std::vector<Text> parts;
+std::vector<WideText> alternatives_of(const WideText &text, const Syntax &syntax) {
+    std::vector<WideText> parts;
     if (text.size() == 0) return parts;
     std::size_t begin = 0;
     bool quoted = false;
@@ -143,7 +139,7 @@ class Evaluation {
     Evaluation(LinkEngine &engine, bool target) noexcept : engine_(engine), syntax_(engine.syntax), target_(target) {}
 
     // Appends the value of an expression to the work area.
-    bool evaluate(const Text &text, unsigned depth) {
+    bool evaluate(const WideText &text, unsigned depth) {
         const std::size_t start = engine_.used;
         Token token = next_token(text, 0, syntax_);
         while (token.kind != TokenKind::end) {
@@ -168,8 +164,7 @@ class Evaluation {
                 token = next_token(text, token.end, syntax_);
             }
         }
-        // In target mode the text may be a reference's, whose quotes are part of a name.
-        if (!target_ || emptied_ == 0) remove_quote_pairs(start);
+        if (!is_rooted_target()) remove_quote_pairs(start);
         return true;
     }
 
@@ -204,9 +199,8 @@ class Evaluation {
     }
 
     bool append(std::u16string_view units) {
-        std::vector<std::uint8_t> bytes(2 * units.size());
-        for (std::size_t i = 0; i < units.size(); ++i)
-            store_u16le(bytes.data() + 2 * i, units[i]);
+        std::vector<std::uint8_t> bytes;
+        append_u16le(bytes, units);
         return append(bytes);
     }
 
@@ -216,12 +210,18 @@ class Evaluation {
         ++emptied_;
     }
 
+    // Whether the work area holds a reference with a root, in target mode: its quotes are part of the names that
+    // reading looks for.
+    bool is_rooted_target() const noexcept {
+        return target_ && emptied_ != 0 && WideText({engine_.work_area, engine_.used})[0] == u'\\';
+    }
+
     bool become_reference(const std::u16string &reference) {
         empty();
         return append(std::u16string_view(reference.c_str(), reference.size() + 1));
     }
 
-    bool resolve(const Text &reference, unsigned depth, Result &result) {
+    bool resolve(const WideText &reference, unsigned depth, Result &result) {
         const std::size_t begin = engine_.used;
         const unsigned emptied_before = emptied_;
         if (!resolve_value(reference.units(), depth)) return false;
@@ -230,7 +230,7 @@ class Evaluation {
     }
 
     bool resolve_value(const std::u16string &reference, unsigned depth) {
-        const ReferencePlace place = place_of(reference);
+        const ValuePath place = value_path_of(reference);
         platform::KeyHandle key = place.root != nullptr ? place.root->key : engine_.base_key;
         platform::KeyHandle opened = platform::KeyHandle::null;
         if (!place.key_path.empty()) {
@@ -280,7 +280,7 @@ class Evaluation {
         }
         std::vector<std::uint8_t> data;
         if (read_value(key, name.c_str(), type, data) != platform::kSuccess) return fail(platform::kCannotOpen);
-        if (!evaluate(Text(data), depth + 1)) return false;
+        if (!evaluate(WideText(data), depth + 1)) return false;
         links.remove(links.find(&atom).index);
         platform::delete_atom(static_cast<std::uint16_t>(atom));
         type = kLinkType;
@@ -292,7 +292,7 @@ class Evaluation {
     bool join(Result &first, const Result &second) {
         if (second.begin != first.end) return fail(kUnterminatedReference); // a plain value has taken the whole area
         const auto text_of = [this](const Result &result) {
-            return Text({engine_.work_area + result.begin, result.end - result.begin}).up_to_zero();
+            return WideText({engine_.work_area + result.begin, result.end - result.begin}).up_to_zero();
         };
         const auto left = alternatives_of(text_of(first), syntax_);
         const auto right = alternatives_of(text_of(second), syntax_);
@@ -307,13 +307,13 @@ class Evaluation {
     }
 
     // Nothing when the result is too long for the work area. A side without alternatives leaves the other as it is.
-    std::optional<std::u16string> combine(std::span<const Text> left, std::span<const Text> right) const {
-        const Text nothing({});
+    std::optional<std::u16string> combine(std::span<const WideText> left, std::span<const WideText> right) const {
+        const WideText nothing({});
         if (left.empty()) left = {&nothing, 1};
         if (right.empty()) right = {&nothing, 1};
-        const auto length_of = [](std::span<const Text> parts) {
+        const auto length_of = [](std::span<const WideText> parts) {
             std::uint64_t length = 0;
-            for (const Text &part : parts)
+            for (const WideText &part : parts)
                 length += part.size();
             return length;
         };
@@ -324,8 +324,8 @@ class Evaluation {
         if (2 * length > engine_.reserved) return std::nullopt;
         std::u16string result;
         result.reserve(static_cast<std::size_t>(length));
-        for (const Text &a : left) {
-            for (const Text &b : right) {
+        for (const WideText &a : left) {
+            for (const WideText &b : right) {
                 if (&a != left.data() || &b != right.data()) result += static_cast<char16_t>(syntax_.bar());
                 result += a.units();
                 result += b.units();
@@ -338,7 +338,7 @@ class Evaluation {
     void remove_quote_pairs(std::size_t start) noexcept {
         if (start >= engine_.used) return; // a plain value inside has emptied the area: nothing is left of our text
         std::uint8_t *const bytes = engine_.work_area + start;
-        const Text text({bytes, engine_.used - start});
+        const WideText text({bytes, engine_.used - start});
         const std::size_t length = text.up_to_zero().size();
         std::size_t kept = 0;
         for (std::size_t i = 0; i < length;) {
@@ -383,24 +383,29 @@ bool read_syntax(platform::KeyHandle key, std::span<std::uint16_t, kSyntaxRoom> 
     return true;
 }
 
-bool open_keys_and_area(LinkEngine &engine, std::uint16_t *characters) {
+bool open_keys_and_area(LinkEngine &engine, std::uint16_t *characters, Missing missing) {
     using namespace platform;
+    const bool create = missing == Missing::created;
     const auto fail = [&engine](std::uint32_t error) {
         engine.last_error = error;
         return false;
     };
-    bool created = false;
-    if (create_key(kCurrentUser, kSettingsPath, kReadAndWrite, engine.settings_key, created) != kSuccess) {
-        return fail(kCannotOpen);
-    }
+    // A key that is left missing stays null, and all that is looked for in it is missing as well.
+    const auto open = [create](const char *path, KeyHandle &key) {
+        bool created = false;
+        if (create) return create_key(kCurrentUser, path, kReadAndWrite, key, created) == kSuccess;
+        open_key(kCurrentUser, path, kReadAndWrite, key);
+        return true;
+    };
+    if (!open(kSettingsPath, engine.settings_key)) return fail(kCannotOpen);
     if (!read_syntax(engine.settings_key, std::span<std::uint16_t, kSyntaxRoom>(characters, kSyntaxRoom))) {
         free_syntax(engine);
         // For people to see and change. Where nothing can be written the default serves all the same.
-        set_value(engine.settings_key, kSettingsValue, kTextType, kDefaultSyntaxText, sizeof kDefaultSyntaxText);
+        if (create) {
+            set_value(engine.settings_key, kSettingsValue, kTextType, kDefaultSyntaxText, sizeof kDefaultSyntaxText);
+        }
     }
-    if (create_key(kCurrentUser, kBaseSubkey, kReadAndWrite, engine.base_key, created) != kSuccess) {
-        return fail(kCannotOpen);
-    }
+    if (!open(kBaseSubkey, engine.base_key)) return fail(kCannotOpen);
     engine.work_area = static_cast<std::uint8_t *>(reserve_address_space(kWorkAreaSize));
     if (engine.work_area == nullptr) return fail(kOutOfMemory);
     engine.reserved = kWorkAreaSize;
@@ -411,8 +416,8 @@ bool open_keys_and_area(LinkEngine &engine, std::uint16_t *characters) {
 
 } // namespace
 
-ReferencePlace place_of(std::u16string_view reference) noexcept {
-    ReferencePlace place{nullptr, {}, {}};
+ValuePath value_path_of(std::u16string_view reference) noexcept {
+    ValuePath place{nullptr, {}, {}};
     if (reference.starts_with(u'\\')) {
         reference.remove_prefix(1);
         place.root = &kRoots[0]; // the current user, unless a root is named
@@ -437,7 +442,13 @@ ReferencePlace place_of(std::u16string_view reference) noexcept {
     return place;
 }
 
-bool set_up(LinkEngine &engine) noexcept try {
+ValuePath target_of(std::u16string_view text) noexcept {
+    ValuePath place = value_path_of(text);
+    if (place.root == nullptr) place.root = &kRoots[0]; // the current user
+    return place;
+}
+
+bool set_up(LinkEngine &engine, Missing missing) noexcept try {
     engine.syntax = kDefaultSyntax.data();
     const bool has_list = engine.active_links.set_up(sizeof(std::uint32_t), 0, 16);
     auto *characters = static_cast<std::uint16_t *>(has_list ? platform::task_allocate(2 * kSyntaxRoom) : nullptr);
@@ -446,7 +457,7 @@ bool set_up(LinkEngine &engine) noexcept try {
         return false;
     }
     engine.syntax = characters;
-    if (open_keys_and_area(engine, characters)) return true;
+    if (open_keys_and_area(engine, characters, missing)) return true;
     const std::uint32_t error = engine.last_error;
     release(engine);
     engine.last_error = error;
@@ -463,7 +474,7 @@ std::uint8_t *expand(LinkEngine &engine, std::span<const std::uint8_t> link, std
     evaluation.type = type;
     bool done = false;
     try {
-        done = evaluation.evaluate(Text(link), 0);
+        done = evaluation.evaluate(WideText(link), 0);
     } catch (const std::bad_alloc &) {
         engine.last_error = platform::kOutOfMemory;
     }
@@ -485,6 +496,15 @@ std::uint8_t *expand(LinkEngine &engine, std::span<const std::uint8_t> link, std
     engine.used = 0;
     delete_active_links(engine);
     return result;
+}
+
+std::optional<std::u16string> target_text(LinkEngine &engine, std::span<const std::uint8_t> link) {
+    std::uint32_t type = kLinkType;
+    std::uint32_t size = 0;
+    const std::unique_ptr<std::uint8_t, void (*)(void *)> text(expand(engine, link, type, false, true, size),
+                                                               [](void *block) { platform::task_free(block); });
+    if (text == nullptr) return std::nullopt;
+    return WideText({text.get(), size}).up_to_zero().units();
 }
 
 void release(LinkEngine &engine) noexcept {

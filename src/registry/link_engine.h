@@ -3,8 +3,8 @@
 //     <Key\Value>                         the value under HKEY_CURRENT_USER\Software
 //     <\HKEY_LOCAL_MACHINE\Key\Value>     the value under another root
 //     <Key\Value>|<Other\Value>           what the first leaves open, the second may give
-//     <Key\One>*<Key\Two>                 two texts joined, every alternative of one with every alternative of the
-//     other "text"                              text, quotes included
+//     <Key\One>*<Key\Two>                 two texts joined, each alternative of one with each of the other
+//     "text"                              text, quotes included
 //
 // A reference to a plain value ends the evaluation: the result is that value's data, whatever came before. References
 // to missing values add nothing, references to links are evaluated in turn.
@@ -13,7 +13,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "platform/system.h"
@@ -43,36 +45,45 @@ struct LinkEngine {
     std::uint32_t last_error = 0;
 };
 
+// What becomes of keys and settings that are missing.
+enum class Missing : std::uint8_t { created, left };
+
 // Readies a fresh engine. False: `last_error` tells why, and the engine serves for nothing but release.
 //
 // The syntax characters are read from the registry. A stored text of fewer than five leaves the others as they are by
-// default; one of more than seven, or no text at all, is replaced by the default in the registry too.
-bool set_up(LinkEngine &engine) noexcept;
+// default; one of more than seven, or no text at all, is replaced by the default (Missing::created: in the registry
+// too).
+bool set_up(LinkEngine &engine, Missing missing = Missing::created) noexcept;
 
 // Evaluates a link.
 //
 // `link`     the link's data; a zero ends it early, an odd byte at its end does not count.
 // `type`     kLinkType; becomes the type of the plain value that the evaluation ended with, if it did.
 // `in_place` the result stays in the work area, appended to what is there.
-// `target`   asks for the reference that leads to the value, instead of the value: as text, zero-terminated.
+// `target`   asks where a write goes instead of for the value: as text for target_of, behind whose terminator more may
+//            follow. It is the last reference that the evaluation came to, found or not, else the literal text.
 // `size`     bytes of the result. Text has a terminating zero, counted; data of a plain value has none but its own.
 //
 // Returns the work area (in place) or a block for platform::task_free; null after a failure, with `last_error` set.
 std::uint8_t *expand(LinkEngine &engine, std::span<const std::uint8_t> link, std::uint32_t &type, bool in_place,
                      bool target, std::uint32_t &size) noexcept;
 
+// What target mode yields, up to its first zero; nothing after a failure, with `last_error` set. Throws std::bad_alloc.
+std::optional<std::u16string> target_text(LinkEngine &engine, std::span<const std::uint8_t> link);
+
 // Gives everything back; the engine is as fresh.
 void release(LinkEngine &engine) noexcept;
 
-// Where a reference's text points. Views into the text.
-struct ReferencePlace {
+// Where a text points. Views into the text.
+struct ValuePath {
     const struct Root *root; // null: the base key
     std::u16string_view key_path;
     std::u16string_view value_name;
 };
-ReferencePlace place_of(std::u16string_view reference) noexcept;
-
-// The base of references without a root, as a full path.
-inline constexpr const char *kBasePath = "HKEY_CURRENT_USER\\Software";
+// Where a reference's value is read.
+ValuePath value_path_of(std::u16string_view reference) noexcept;
+// Where a write goes by the text that target mode yields: a text without a root is below HKEY_CURRENT_USER, although
+// such a reference reads below HKEY_CURRENT_USER\Software. One with a root reads and writes in one place.
+ValuePath target_of(std::u16string_view text) noexcept;
 
 } // namespace kxstr::registry

@@ -1,13 +1,19 @@
 // Ordering comparisons and equality tests of texts: one walk each, over what ends it and how characters compare.
 #include <algorithm>
 #include <kxstr/strops.h>
+#include <limits>
 
-#include "strops/collating_compare.h"
-#include "strops/language_setup.h"
-#include "strops/step.h"
+#include "collate/coltbl_compare.h"
+#include "collate/language_setup.h"
+#include "forms/step.h"
+#include "simd/kernels.h"
 
 namespace kxstr::strops {
 namespace {
+
+using collate::Case;
+using forms::next_char;
+using forms::skip_codes;
 
 // A bound ends a comparison before the texts do: where a position has `reached` its distance from the start of the
 // text, codes included, or when its count of characters is `spent` (asked once for each pair of equal characters).
@@ -19,7 +25,7 @@ struct Unbounded {
     constexpr bool spent() const noexcept { return false; }
 };
 
-struct Characters {
+struct CharacterLimit {
     std::int32_t left;
     static constexpr std::int32_t at_start = 1;
     static constexpr std::int32_t later = 1;
@@ -27,7 +33,7 @@ struct Characters {
     constexpr bool spent() noexcept { return --left == 0; }
 };
 
-struct Units {
+struct UnitLimit {
     std::int32_t limit;
     std::int32_t at_start = 0;
     std::int32_t later = 0;
@@ -35,7 +41,7 @@ struct Units {
     constexpr bool spent() const noexcept { return false; }
 };
 
-struct UnitsAndCharacters : Units {
+struct UnitAndCharacterLimit : UnitLimit {
     std::int32_t left = limit;
     constexpr bool spent() noexcept { return --left == 0; }
 };
@@ -44,28 +50,6 @@ struct UnitsAndCharacters : Units {
 constexpr std::int32_t compare_ends(const KxChar *a, const KxChar *b) noexcept {
     if (*a != 0) return 1;
     return *b != 0 ? -1 : 0;
-}
-
-template <Case letter_case, class Bound> std::int32_t order(const KxChar *a, const KxChar *b, Bound bound) noexcept {
-    set_up_current_language();
-    const KxChar *p = skip_codes(a);
-    const KxChar *q = skip_codes(b);
-    while (!bound.reached(p - a) && !bound.reached(q - b)) {
-        if (*p == 0 || *q == 0) return compare_ends(p, q);
-        if (const int difference = compare_characters(*p, *q, letter_case); difference != 0)
-            return difference < 0 ? -1 : 1;
-        if (bound.spent()) return 0;
-        p = next_char(p);
-        q = next_char(q);
-    }
-    return 0;
-}
-
-// A negative count compares no character, but still tells which text is empty; where neither is, a is the longer.
-template <Case letter_case> std::int32_t order_counted(const KxChar *a, const KxChar *b, std::int32_t count) noexcept {
-    if (count >= 0) return order<letter_case>(a, b, Characters{count});
-    set_up_current_language();
-    return compare_ends(skip_codes(a), skip_codes(b));
 }
 
 bool same(const KxChar *p, const KxChar *q) noexcept {
@@ -79,12 +63,100 @@ KxChar char_at(const KxChar *position) noexcept {
     return *position;
 }
 KxChar char_at(const std::uint8_t *position) noexcept {
-    return stream_char(position);
+    return forms::stream_char(position);
 }
 
 template <Case letter_case, class Unit> bool equal_at(const Unit *p, const Unit *q) noexcept {
     if constexpr (letter_case == Case::kCounts) return same(p, q);
-    return char_at(p) == char_at(q) || to_lower(char_at(p)) == to_lower(char_at(q));
+    return char_at(p) == char_at(q) || letters::to_lower(char_at(p)) == letters::to_lower(char_at(q));
+}
+
+constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
+constexpr std::int32_t kUndecided = 2; // results are -1, 0 and 1
+
+// What the characters at two positions say about the texts: first what is quickly told, small enough to stand in line.
+template <Case letter_case> struct Order {
+    static std::int32_t decide_quickly(KxChar p, KxChar q) noexcept {
+        const int difference = collate::compare_quickly(p, q);
+        return difference == 0 ? kUndecided : difference < 0 ? -1 : 1;
+    }
+    [[gnu::noinline]] static std::int32_t decide(KxChar p, KxChar q) noexcept {
+        if (p == 0 || q == 0) return compare_ends(&p, &q);
+        const int difference = collate::compare_characters(p, q, letter_case);
+        return difference == 0 ? kUndecided : difference < 0 ? -1 : 1;
+    }
+};
+template <Case letter_case> struct Equality {
+    static std::int32_t decide_quickly(KxChar p, KxChar q) noexcept {
+        constexpr unsigned kCaseBit = letter_case == Case::kIgnored ? 0x20 : 0;
+        return ((p ^ q) & ~kCaseBit) != 0 && set_of(p | q) == kAsciiSet ? 0 : kUndecided;
+    }
+    [[gnu::noinline]] static std::int32_t decide(KxChar p, KxChar q) noexcept {
+        if (!equal_at<letter_case>(&p, &q)) return 0;
+        return p == 0 ? 1 : kUndecided;
+    }
+};
+
+// From a difference on: has the characters decide at which the texts differ, one pair after the other.
+template <class Question, Case letter_case>
+[[gnu::noinline]] std::int32_t compare_on(const KxChar *p, const KxChar *q) noexcept {
+    for (;;) {
+        p = skip_codes(p);
+        q = skip_codes(q);
+        if (const std::int32_t result = Question::decide(*p, *q); result != kUndecided) return result;
+        ++p;
+        ++q;
+        // Texts that differ in the case of one letter often do in the next, too.
+        const std::size_t same = letter_case == Case::kIgnored
+                                     ? simd::kernels().mismatch_by_case16(letters::lower_map(), p, q, kUnlimited)
+                                     : simd::kernels().mismatch16(p, q, kUnlimited);
+        p += same;
+        q += same;
+    }
+}
+
+// What is the same in both texts is stepped over at once: being the same, the codes in it are codes of both. Most
+// comparisons end at the first difference.
+template <template <Case> class Question, Case letter_case>
+std::int32_t compare_texts(const KxChar *a, const KxChar *b) noexcept {
+    if (*a == *b) {
+        const std::size_t same = simd::kernels().mismatch16(a, b, kUnlimited);
+        a += same;
+        b += same;
+    }
+    const std::int32_t result = Question<letter_case>::decide_quickly(*a, *b);
+    return result != kUndecided ? result : compare_on<Question<letter_case>, letter_case>(a, b);
+}
+
+template <Case letter_case> std::int32_t order(const KxChar *a, const KxChar *b, Unbounded) noexcept {
+    collate::set_up_current_language();
+    return compare_texts<Order, letter_case>(a, b);
+}
+
+template <Case letter_case, class Bound> std::int32_t order(const KxChar *a, const KxChar *b, Bound bound) noexcept {
+    collate::set_up_current_language();
+    const KxChar *p = skip_codes(a);
+    const KxChar *q = skip_codes(b);
+    while (!bound.reached(p - a) && !bound.reached(q - b)) {
+        if (*p == 0 || *q == 0) return compare_ends(p, q);
+        if (const int difference = collate::compare_characters(*p, *q, letter_case); difference != 0)
+            return difference < 0 ? -1 : 1;
+        if (bound.spent()) return 0;
+        p = next_char(p);
+        q = next_char(q);
+    }
+    return 0;
+}
+
+// A negative count compares no character, but still tells which text is empty; where neither is, a is the longer.
+template <Case letter_case> std::int32_t order_counted(const KxChar *a, const KxChar *b, std::int32_t count) noexcept {
+    if (count >= 0) return order<letter_case>(a, b, CharacterLimit{count});
+    collate::set_up_current_language();
+    return compare_ends(skip_codes(a), skip_codes(b));
+}
+
+template <Case letter_case> std::int32_t equal(const KxChar *a, const KxChar *b, Unbounded) noexcept {
+    return compare_texts<Equality, letter_case>(a, b);
 }
 
 template <Case letter_case, class Unit, class Bound>
@@ -105,21 +177,21 @@ std::int32_t equal(const Unit *a, const Unit *b, Bound bound) noexcept {
 } // namespace
 } // namespace kxstr::strops
 
-using kxstr::strops::Case;
-using kxstr::strops::Characters;
+using kxstr::collate::Case;
+using kxstr::strops::CharacterLimit;
 using kxstr::strops::equal;
 using kxstr::strops::order;
 using kxstr::strops::order_counted;
 using kxstr::strops::Unbounded;
-using kxstr::strops::Units;
-using kxstr::strops::UnitsAndCharacters;
+using kxstr::strops::UnitAndCharacterLimit;
+using kxstr::strops::UnitLimit;
 
 extern "C" {
 
 uint8_t W6wstrCollateCh(uint32_t ch) {
     if (kxstr::low16(ch) == 0) return 0;
-    kxstr::strops::set_up_current_language();
-    return kxstr::strops::coltbl_value(kxstr::low16(ch));
+    kxstr::collate::set_up_current_language();
+    return kxstr::collate::coltbl_value(kxstr::low16(ch));
 }
 
 int32_t W6wstrcmp(const KxChar *a, const KxChar *b) {
@@ -129,7 +201,7 @@ int32_t W6wstrccmp(const KxChar *a, const KxChar *b, int32_t count) {
     return order_counted<Case::kCounts>(a, b, count);
 }
 int32_t W6wstrncmp(const KxChar *a, const KxChar *b, int32_t limit) {
-    return order<Case::kCounts>(a, b, Units{limit});
+    return order<Case::kCounts>(a, b, UnitLimit{limit});
 }
 int32_t W6w_stricmp(const KxChar *a, const KxChar *b) {
     return order<Case::kIgnored>(a, b, Unbounded{});
@@ -138,7 +210,7 @@ int32_t W6wstrcicmp(const KxChar *a, const KxChar *b, int32_t count) {
     return order_counted<Case::kIgnored>(a, b, count);
 }
 int32_t W6wstrnicmp(const KxChar *a, const KxChar *b, int32_t limit) {
-    return order<Case::kIgnored>(a, b, Units{limit});
+    return order<Case::kIgnored>(a, b, UnitLimit{limit});
 }
 
 int32_t W6wstrequ(const KxChar *a, const KxChar *b) {
@@ -148,10 +220,10 @@ int32_t W6wstriequ(const KxChar *a, const KxChar *b) {
     return equal<Case::kIgnored>(a, b, Unbounded{});
 }
 int32_t W6wstrnequ(const KxChar *a, const KxChar *b, int32_t limit) {
-    return equal<Case::kCounts>(a, b, UnitsAndCharacters{{limit}});
+    return equal<Case::kCounts>(a, b, UnitAndCharacterLimit{{limit}});
 }
 int32_t W6wstrniequ(const KxChar *a, const KxChar *b, int32_t limit) {
-    return equal<Case::kIgnored>(a, b, Units{.limit = limit, .at_start = 0, .later = 1});
+    return equal<Case::kIgnored>(a, b, UnitLimit{.limit = limit, .at_start = 0, .later = 1});
 }
 
 int32_t W6dstrequ(const uint8_t *a, const uint8_t *b) {
@@ -161,15 +233,15 @@ int32_t W6dstriequ(const uint8_t *a, const uint8_t *b) {
     return equal<Case::kIgnored>(a, b, Unbounded{});
 }
 int32_t W6dstrnequ(const uint8_t *a, const uint8_t *b, int32_t limit) {
-    return equal<Case::kCounts>(a, b, Units{.limit = limit, .at_start = 1, .later = 1});
+    return equal<Case::kCounts>(a, b, UnitLimit{.limit = limit, .at_start = 1, .later = 1});
 }
 int32_t W6dstrniequ(const uint8_t *a, const uint8_t *b, int32_t limit) {
-    return equal<Case::kIgnored>(a, b, Units{.limit = limit, .at_start = 1, .later = 1});
+    return equal<Case::kIgnored>(a, b, UnitLimit{.limit = limit, .at_start = 1, .later = 1});
 }
 int32_t W6dstrcequ(const uint8_t *a, const uint8_t *b, int32_t count) {
-    return equal<Case::kCounts>(a, b, Characters{count});
+    return equal<Case::kCounts>(a, b, CharacterLimit{count});
 }
 int32_t W6dstrciequ(const uint8_t *a, const uint8_t *b, int32_t count) {
-    return equal<Case::kIgnored>(a, b, Characters{count});
+    return equal<Case::kIgnored>(a, b, CharacterLimit{count});
 }
 }

@@ -1,9 +1,9 @@
 #include <array>
 #include <kxstr/strops.h>
 
-#include "frame/dbcs_copy.h"
-#include "frame/kx_char.h"
-#include "frame/text.h"
+#include "core/dbcs_copy.h"
+#include "core/kx_char.h"
+#include "core/text.h"
 
 using namespace kxstr;
 

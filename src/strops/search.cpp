@@ -1,7 +1,7 @@
 #include <kxstr/strops.h>
 
-#include "frame/text.h"
-#include "strops/step.h"
+#include "core/text.h"
+#include "forms/step.h"
 
 using namespace kxstr;
 
@@ -10,8 +10,8 @@ namespace {
 // Both positions are at text.
 bool begins_with(const KxChar *text, const KxChar *prefix) noexcept {
     while (*prefix != 0 && *text == *prefix) {
-        text = strops::next_char(text);
-        prefix = strops::next_char(prefix);
+        text = forms::next_char(text);
+        prefix = forms::next_char(prefix);
     }
     return *prefix == 0;
 }
@@ -27,9 +27,9 @@ bool contains(const KxChar *set, KxChar unit) noexcept {
 extern "C" {
 
 KxChar *W6wstrstr(const KxChar *string, const KxChar *to_find) {
-    const KxChar *wanted = strops::skip_codes(to_find);
+    const KxChar *wanted = forms::skip_codes(to_find);
     if (*wanted == 0) return nullptr;
-    for (const KxChar *start = strops::skip_codes(string); *start != 0; start = strops::next_char(start)) {
+    for (const KxChar *start = forms::skip_codes(string); *start != 0; start = forms::next_char(start)) {
         if (begins_with(start, wanted)) return const_cast<KxChar *>(start);
     }
     return nullptr;

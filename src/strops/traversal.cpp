@@ -1,17 +1,17 @@
 #include <kxstr/strops.h>
 
-#include "strops/step.h"
+#include "forms/step.h"
 
 using namespace kxstr;
 
 extern "C" {
 
 KxChar *W6wstrFirstCh(const KxChar *position) {
-    return const_cast<KxChar *>(strops::skip_codes(position));
+    return const_cast<KxChar *>(forms::skip_codes(position));
 }
 
 KxChar *W6wstrNextCh(const KxChar *position) {
-    return const_cast<KxChar *>(strops::next_char(position));
+    return const_cast<KxChar *>(forms::next_char(position));
 }
 
 KxChar *W6wstrPrevCh(const KxChar *start, const KxChar *position) {
@@ -24,17 +24,17 @@ KxChar *W6wstrPrevCh(const KxChar *start, const KxChar *position) {
 
 int32_t W6wstrchrcnt(const KxChar *string) {
     std::int32_t count = 0;
-    for (const KxChar *ch = strops::skip_codes(string); *ch != 0; ch = strops::next_char(ch))
+    for (const KxChar *ch = forms::skip_codes(string); *ch != 0; ch = forms::next_char(ch))
         ++count;
     return count;
 }
 
 uint8_t *W6dstrFirstCh(const uint8_t *position) {
-    return const_cast<std::uint8_t *>(strops::skip_codes(position));
+    return const_cast<std::uint8_t *>(forms::skip_codes(position));
 }
 
 uint8_t *W6dstrNextCh(const uint8_t *position) {
-    return const_cast<std::uint8_t *>(strops::next_char(position));
+    return const_cast<std::uint8_t *>(forms::next_char(position));
 }
 
 } // extern "C"

@@ -1715,53 +1715,78 @@ constexpr auto kReverse19001 = reverse_table<45>({
 
 } // namespace
 
+constinit const std::array<std::uint8_t, 29721> kCodePageTables = joined(
+    kLowCommon, kHigh10001, kReverse10001, kLow333,
+    kHigh333, kReverse333, kHigh437, kReverse437,
+    kHigh708, kReverse708, kHigh710, kReverse710,
+    kHigh737, kReverse737, kHigh775, kReverse775,
+    kHigh850, kReverse850, kHigh851, kReverse851,
+    kHigh8510, kReverse8510, kHigh852, kReverse852,
+    kHigh853, kReverse853, kHigh855, kReverse855,
+    kHigh857, kReverse857, kHigh860, kReverse860,
+    kHigh8600, kReverse8600, kHigh8601, kReverse8601,
+    kHigh861, kReverse861, kHigh862, kReverse862,
+    kHigh863, kReverse863, kHigh864, kReverse864,
+    kHigh865, kReverse865, kHigh866, kReverse866,
+    kHigh8660, kReverse8660, kHigh869, kReverse869,
+    kHigh895, kReverse895, kHigh896, kReverse896,
+    kHigh897, kReverse897, kHigh932, kReverse932,
+    kHigh1004, kReverse1004, kHigh1250, kReverse1250,
+    kHigh1251, kReverse1251, kHigh1253, kReverse1253,
+    kHigh1254, kReverse1254, kHigh1255, kReverse1255,
+    kHigh1256, kReverse1256, kHigh1257, kReverse1257,
+    kHigh1258, kReverse1258, kHigh18851, kReverse18851,
+    kHigh18852, kReverse18852, kHigh18856, kReverse18856,
+    kHigh18857, kReverse18857, kHigh18858, kReverse18858,
+    kHigh19000, kReverse19000, kHigh19001, kReverse19001);
+
 constinit const std::array<CodePage, 46> kCodePages{{
-    {10001, 10001, kLowCommon.data(), kHigh10001.data(), kReverse10001.data()}, // 155 reverse entries
-    {333, 333, kLow333.data(), kHigh333.data(), kReverse333.data()}, // 159 reverse entries
-    {437, 437, kLowCommon.data(), kHigh437.data(), kReverse437.data()}, // 159 reverse entries
-    {708, 708, kLowCommon.data(), kHigh708.data(), kReverse708.data()}, // 146 reverse entries
-    {710, 710, kLowCommon.data(), kHigh710.data(), kReverse710.data()}, // 159 reverse entries
-    {737, 737, kLowCommon.data(), kHigh737.data(), kReverse737.data()}, // 159 reverse entries
-    {775, 775, kLowCommon.data(), kHigh775.data(), kReverse775.data()}, // 155 reverse entries
-    {850, 850, kLowCommon.data(), kHigh850.data(), kReverse850.data()}, // 155 reverse entries
-    {851, 851, kLowCommon.data(), kHigh851.data(), kReverse851.data()}, // 156 reverse entries
-    {8510, 8510, kLowCommon.data(), kHigh8510.data(), kReverse8510.data()}, // 156 reverse entries
-    {852, 852, kLowCommon.data(), kHigh852.data(), kReverse852.data()}, // 157 reverse entries
-    {853, 853, kLowCommon.data(), kHigh853.data(), kReverse853.data()}, // 150 reverse entries
-    {855, 855, kLowCommon.data(), kHigh855.data(), kReverse855.data()}, // 157 reverse entries
-    {857, 857, kLowCommon.data(), kHigh857.data(), kReverse857.data()}, // 152 reverse entries
-    {860, 860, kLowCommon.data(), kHigh860.data(), kReverse860.data()}, // 159 reverse entries
-    {8600, 8600, kLowCommon.data(), kHigh8600.data(), kReverse8600.data()}, // 159 reverse entries
-    {8601, 8601, kLowCommon.data(), kHigh8601.data(), kReverse8601.data()}, // 159 reverse entries
-    {861, 861, kLowCommon.data(), kHigh861.data(), kReverse861.data()}, // 159 reverse entries
-    {862, 862, kLowCommon.data(), kHigh862.data(), kReverse862.data()}, // 159 reverse entries
-    {863, 863, kLowCommon.data(), kHigh863.data(), kReverse863.data()}, // 156 reverse entries
-    {864, 864, kLowCommon.data(), kHigh864.data(), kReverse864.data()}, // 149 reverse entries
-    {865, 865, kLowCommon.data(), kHigh865.data(), kReverse865.data()}, // 159 reverse entries
-    {866, 866, kLowCommon.data(), kHigh866.data(), kReverse866.data()}, // 159 reverse entries
-    {8660, 8660, kLowCommon.data(), kHigh8660.data(), kReverse8660.data()}, // 159 reverse entries
-    {869, 869, kLowCommon.data(), kHigh869.data(), kReverse869.data()}, // 147 reverse entries
-    {895, 895, kLowCommon.data(), kHigh895.data(), kReverse895.data()}, // 159 reverse entries
-    {896, 896, kLowCommon.data(), kHigh896.data(), kReverse896.data()}, // 158 reverse entries
-    {897, 897, kLowCommon.data(), kHigh897.data(), kReverse897.data()}, // 158 reverse entries
-    {932, 932, nullptr, kHigh932.data(), kReverse932.data()}, // 63 reverse entries
-    {1004, 1004, nullptr, kHigh1004.data(), kReverse1004.data()}, // 120 reverse entries
-    {1250, 1250, nullptr, kHigh1250.data(), kReverse1250.data()}, // 120 reverse entries
-    {1251, 1251, nullptr, kHigh1251.data(), kReverse1251.data()}, // 124 reverse entries
-    {1252, 1252, nullptr, kHigh1004.data(), kReverse1004.data()}, // 120 reverse entries
-    {1253, 1253, nullptr, kHigh1253.data(), kReverse1253.data()}, // 108 reverse entries
-    {1254, 1254, nullptr, kHigh1254.data(), kReverse1254.data()}, // 118 reverse entries
-    {1255, 1255, nullptr, kHigh1255.data(), kReverse1255.data()}, // 99 reverse entries
-    {1256, 1256, nullptr, kHigh1256.data(), kReverse1256.data()}, // 119 reverse entries
-    {1257, 1257, nullptr, kHigh1257.data(), kReverse1257.data()}, // 113 reverse entries
-    {1258, 1258, nullptr, kHigh1258.data(), kReverse1258.data()}, // 114 reverse entries
-    {18851, 28591, nullptr, kHigh18851.data(), kReverse18851.data()}, // 93 reverse entries
-    {18852, 28592, nullptr, kHigh18852.data(), kReverse18852.data()}, // 94 reverse entries
-    {18856, 28596, nullptr, kHigh18856.data(), kReverse18856.data()}, // 49 reverse entries
-    {18857, 28597, nullptr, kHigh18857.data(), kReverse18857.data()}, // 87 reverse entries
-    {18858, 28598, nullptr, kHigh18858.data(), kReverse18858.data()}, // 55 reverse entries
-    {19000, 19000, nullptr, kHigh19000.data(), kReverse19000.data()}, // 108 reverse entries
-    {19001, 19001, nullptr, kHigh19001.data(), kReverse19001.data()}, // 45 reverse entries
+    {10001, 10001, 1, 65, 323}, // 155 reverse entries
+    {333, 333, 790, 854, 1112}, // 159 reverse entries
+    {437, 437, 1, 1591, 1849}, // 159 reverse entries
+    {708, 708, 1, 2328, 2586}, // 146 reverse entries
+    {710, 710, 1, 3026, 3284}, // 159 reverse entries
+    {737, 737, 1, 3763, 4021}, // 159 reverse entries
+    {775, 775, 1, 4500, 4758}, // 155 reverse entries
+    {850, 850, 1, 5225, 5483}, // 155 reverse entries
+    {851, 851, 1, 5950, 6208}, // 156 reverse entries
+    {8510, 8510, 1, 6678, 6936}, // 156 reverse entries
+    {852, 852, 1, 7406, 7664}, // 157 reverse entries
+    {853, 853, 1, 8137, 8395}, // 150 reverse entries
+    {855, 855, 1, 8847, 9105}, // 157 reverse entries
+    {857, 857, 1, 9578, 9836}, // 152 reverse entries
+    {860, 860, 1, 10294, 10552}, // 159 reverse entries
+    {8600, 8600, 1, 11031, 11289}, // 159 reverse entries
+    {8601, 8601, 1, 11768, 12026}, // 159 reverse entries
+    {861, 861, 1, 12505, 12763}, // 159 reverse entries
+    {862, 862, 1, 13242, 13500}, // 159 reverse entries
+    {863, 863, 1, 13979, 14237}, // 156 reverse entries
+    {864, 864, 1, 14707, 14965}, // 149 reverse entries
+    {865, 865, 1, 15414, 15672}, // 159 reverse entries
+    {866, 866, 1, 16151, 16409}, // 159 reverse entries
+    {8660, 8660, 1, 16888, 17146}, // 159 reverse entries
+    {869, 869, 1, 17625, 17883}, // 147 reverse entries
+    {895, 895, 1, 18326, 18584}, // 159 reverse entries
+    {896, 896, 1, 19063, 19321}, // 158 reverse entries
+    {897, 897, 1, 19797, 20055}, // 158 reverse entries
+    {932, 932, 0, 20531, 20659}, // 63 reverse entries
+    {1004, 1004, 0, 20850, 21108}, // 120 reverse entries
+    {1250, 1250, 0, 21470, 21728}, // 120 reverse entries
+    {1251, 1251, 0, 22090, 22348}, // 124 reverse entries
+    {1252, 1252, 0, 20850, 21108}, // 120 reverse entries
+    {1253, 1253, 0, 22722, 22980}, // 108 reverse entries
+    {1254, 1254, 0, 23306, 23564}, // 118 reverse entries
+    {1255, 1255, 0, 23920, 24178}, // 99 reverse entries
+    {1256, 1256, 0, 24477, 24735}, // 119 reverse entries
+    {1257, 1257, 0, 25094, 25352}, // 113 reverse entries
+    {1258, 1258, 0, 25693, 25951}, // 114 reverse entries
+    {18851, 28591, 0, 26295, 26555}, // 93 reverse entries
+    {18852, 28592, 0, 26836, 27096}, // 94 reverse entries
+    {18856, 28596, 0, 27380, 27640}, // 49 reverse entries
+    {18857, 28597, 0, 27789, 28049}, // 87 reverse entries
+    {18858, 28598, 0, 28312, 28572}, // 55 reverse entries
+    {19000, 19000, 0, 28739, 28999}, // 108 reverse entries
+    {19001, 19001, 0, 29325, 29585}, // 45 reverse entries
 }};
 
 } // namespace kxstr::tables

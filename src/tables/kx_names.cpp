@@ -161,7 +161,8 @@ const std::array<std::uint32_t, 2371> kKxNameOffsets{
     71744, 71791, 71835,
 };
 
-const char *const kKxNamePool =
+const std::array<const char *, 15> kKxNamePools{
+    "",
     "COMBINING GRAVE ACCENT"
     "MIDDLE DOT"
     "SMALL TILDE"
@@ -403,7 +404,7 @@ const char *const kKxNamePool =
     "LATIN CAPITAL LETTER I"
     "LATIN SMALL LETTER DOTLESS I"
     "LATIN CAPITAL LETTER O WITH BREVE"
-    "LATIN SMALL LETTER O WITH BREVE"
+    "LATIN SMALL LETTER O WITH BREVE",
     "MODIFIER LETTER PRIME"
     "MODIFIER LETTER DOUBLE PRIME"
     "MODIFIER LETTER TURNED COMMA"
@@ -548,7 +549,7 @@ const char *const kKxNamePool =
     "LATIN SMALL LETTER TC DIGRAPH WITH CURL"
     "LATIN SMALL LETTER FENG DIGRAPH"
     "LATIN SMALL LETTER LS DIGRAPH"
-    "LATIN SMALL LETTER LZ DIGRAPH"
+    "LATIN SMALL LETTER LZ DIGRAPH",
     "LIGHT SHADE"
     "MEDIUM SHADE"
     "DARK SHADE"
@@ -636,7 +637,7 @@ const char *const kKxNamePool =
     "BOX DRAWINGS LIGHT ARC UP AND RIGHT"
     "BOX DRAWINGS LIGHT DIAGONAL UPPER RIGHT TO LOWER LEFT"
     "BOX DRAWINGS LIGHT DIAGONAL UPPER LEFT TO LOWER RIGHT"
-    "BOX DRAWINGS LIGHT DIAGONAL CROSS"
+    "BOX DRAWINGS LIGHT DIAGONAL CROSS",
     "BLACK CIRCLE"
     "WHITE CIRCLE"
     "BLACK SQUARE"
@@ -738,7 +739,7 @@ const char *const kKxNamePool =
     "quarter em dash"
     "double pilcrow"
     "section mark with double loop"
-    "italic ampersand, old style"
+    "italic ampersand, old style",
     "BALLOT BOX"
     "BALLOT BOX WITH CHECK"
     "BALLOT BOX WITH X"
@@ -993,7 +994,7 @@ const char *const kKxNamePool =
     "HEAVY TEARDROP-SHANKED RIGHTWARDS ARROW"
     "WEDGE-TAILED RIGHTWARDS ARROW"
     "HEAVY WEDGE-TAILED RIGHTWARDS ARROW"
-    "OPEN-OUTLINED RIGHTWARDS ARROW"
+    "OPEN-OUTLINED RIGHTWARDS ARROW",
     "MINUS SIGN"
     "PLUS-MINUS SIGN"
     "LESS-THAN OR EQUAL TO"
@@ -1231,7 +1232,7 @@ const char *const kKxNamePool =
     "mathematical symbol: del with arrow above"
     "mathematical symbol: short vertical bar"
     "mathematical symbol: negated short vertical bar"
-    "mathematical symbol: short parallel bars"
+    "mathematical symbol: short parallel bars",
     "TOP HALF INTEGRAL"
     "BOTTOM HALF INTEGRAL"
     "INTEGRAL EXTENSION"
@@ -1460,7 +1461,7 @@ const char *const kKxNamePool =
     "double-struck small letter w"
     "double-struck small letter x"
     "double-struck small letter y"
-    "double-struck small letter z"
+    "double-struck small letter z",
     "GREEK CAPITAL LETTER ALPHA"
     "GREEK SMALL LETTER ALPHA"
     "GREEK CAPITAL LETTER BETA"
@@ -1679,7 +1680,7 @@ const char *const kKxNamePool =
     "GREEK SMALL LETTER STIGMA"
     "GREEK SMALL LETTER DIGAMMA"
     "GREEK SMALL LETTER KOPPA"
-    "GREEK SMALL LETTER SAMPI"
+    "GREEK SMALL LETTER SAMPI",
     "HEBREW LETTER ALEF"
     "HEBREW LETTER BET"
     "HEBREW LETTER GIMEL"
@@ -1802,7 +1803,7 @@ const char *const kKxNamePool =
     "HEBREW LIGATURE YIDDISH DOUBLE VAV"
     "HEBREW LIGATURE YIDDISH VAV YOD"
     "HEBREW LIGATURE YIDDISH DOUBLE YOD"
-    "NEW SHEQEL SIGN"
+    "NEW SHEQEL SIGN",
     "CYRILLIC CAPITAL LETTER A"
     "CYRILLIC SMALL LETTER A"
     "CYRILLIC CAPITAL LETTER BE"
@@ -2052,7 +2053,7 @@ const char *const kKxNamePool =
     "GEORGIAN LETTER HAR"
     "GEORGIAN LETTER HOE"
     "GEORGIAN LETTER FI"
-    "GEORGIAN LETTER YN"
+    "GEORGIAN LETTER YN",
     "HALFWIDTH IDEOGRAPHIC FULL STOP"
     "HALFWIDTH LEFT CORNER BRACKET"
     "HALFWIDTH RIGHT CORNER BRACKET"
@@ -2115,7 +2116,8 @@ const char *const kKxNamePool =
     "HALFWIDTH KATAKANA LETTER WA"
     "HALFWIDTH KATAKANA LETTER N"
     "HALFWIDTH KATAKANA VOICED SOUND MARK"
-    "HALFWIDTH KATAKANA SEMI-VOICED SOUND MARK"
+    "HALFWIDTH KATAKANA SEMI-VOICED SOUND MARK",
+    "",
     "Arabic mark: fathatan, high position"
     "Arabic mark: dammatan, high position"
     "Arabic mark: kasratan, high position"
@@ -2311,7 +2313,7 @@ const char *const kKxNamePool =
     "Arabic ligature lam with alef and fathatan, final form"
     "ARABIC LIGATURE ALLAH ISOLATED FORM"
     "ARABIC TATWEEL"
-    "Arabic tatweel, short form"
+    "Arabic tatweel, short form",
     "Arabic mark: hamza above with fathatan"
     "Arabic mark: hamza above with dammatan"
     "Arabic mark: hamza above with kasratan"
@@ -2531,6 +2533,7 @@ const char *const kKxNamePool =
     "ARABIC LETTER YEH WITH TAIL, isolated form"
     "ARABIC LETTER YEH WITH TAIL, final form"
     "ARABIC LETTER HEH WITH YEH ABOVE, isolated form"
-    "ARABIC LETTER HEH WITH YEH ABOVE, final form";
+    "ARABIC LETTER HEH WITH YEH ABOVE, final form",
+};
 
 } // namespace kxstr::tables

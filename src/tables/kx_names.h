@@ -11,9 +11,10 @@ namespace kxstr::tables {
 
 // The first name's number of each set, and one past the last.
 extern const std::array<std::uint16_t, 16> kKxNameStarts;
-// Where each name starts in the pool; it ends where the next one starts.
+// Where each name starts in all names one after another; it ends where the next one starts.
 extern const std::array<std::uint32_t, 2371> kKxNameOffsets;
-extern const char *const kKxNamePool;
+// The names of each set, one after another.
+extern const std::array<const char *, 15> kKxNamePools;
 
 // The name of a character of sets 1 to 11, 13 and 14; empty for any other.
 inline std::string_view kx_name(KxChar ch) noexcept {
@@ -21,7 +22,8 @@ inline std::string_view kx_name(KxChar ch) noexcept {
     if (set + 1 >= kKxNameStarts.size()) return {};
     const std::size_t name = kKxNameStarts[set] + (ch & 0xFFu);
     if (name >= kKxNameStarts[set + 1]) return {};
-    return {kKxNamePool + kKxNameOffsets[name], kKxNameOffsets[name + 1] - kKxNameOffsets[name]};
+    const std::uint32_t start = kKxNameOffsets[name];
+    return {kKxNamePools[set] + (start - kKxNameOffsets[kKxNameStarts[set]]), kKxNameOffsets[name + 1] - start};
 }
 
 } // namespace kxstr::tables

@@ -1,6 +1,7 @@
 // Lays out range and reverse tables by bytes (see KxCodePage) from entries that can be read.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -27,6 +28,14 @@ consteval std::array<std::uint8_t, 2 + 3 * N> reverse_table(const std::uint32_t 
         bytes[3 + 3 * i] = static_cast<std::uint8_t>(entries[i] >> 16);
         bytes[4 + 3 * i] = static_cast<std::uint8_t>(entries[i]);
     }
+    return bytes;
+}
+
+template <std::size_t... N>
+consteval std::array<std::uint8_t, (N + ...)> joined(const std::array<std::uint8_t, N> &...tables) {
+    std::array<std::uint8_t, (N + ...)> bytes{};
+    auto *end = bytes.begin();
+    ((end = std::copy(tables.begin(), tables.end(), end)), ...);
     return bytes;
 }
 

@@ -13,9 +13,12 @@ struct Language {
     std::uint16_t oem_code_page;
 };
 
+// The characters stand in the entry, and not behind an address that would have to be relocated.
 struct LocaleName {
-    std::string_view name; // without an encoding: ja_JP, sr_RS@latin
+    char characters[16]; // with a terminator, without an encoding: ja_JP, sr_RS@latin
     std::uint16_t language;
+
+    constexpr std::string_view name() const noexcept { return characters; }
 };
 
 extern const std::span<const Language> kLanguages;     // ascending by identifier

@@ -11,13 +11,22 @@ inline constexpr std::uint8_t kFirstHighByte = 0x80; // the bytes below are ASCI
 inline constexpr std::uint8_t kFirstTrailByte = 0x40;
 inline constexpr std::size_t kTrailBytes = 0x100 - kFirstTrailByte; // entries of a row
 
+extern const std::uint16_t kWindowsPageData[];
+
+// Places in kWindowsPageData in the place of addresses: there is nothing to relocate when the library is loaded.
 struct WindowsPage {
     std::uint16_t number;
     std::uint16_t default_unit; // what a pair without a character converts to
+    std::uint16_t units_at;
+    std::uint16_t rows_at; // 0: a page of single bytes
+    std::uint16_t blocks_at;
 
-    const std::uint16_t *units;  // of the single bytes 0x80..0xFF; a lead byte has the default unit
-    const std::uint16_t *rows;   // of the bytes 0x80..0xFF: 1 + number of a lead byte's row; 0: no lead byte. Or null
-    const std::uint16_t *blocks; // of the high byte of a unit: the number of its block
+    // Of the single bytes 0x80..0xFF; a lead byte has the default unit.
+    const std::uint16_t *units() const noexcept { return kWindowsPageData + units_at; }
+    // Of the bytes 0x80..0xFF: 1 + number of a lead byte's row; 0: no lead byte. Or null.
+    const std::uint16_t *rows() const noexcept { return rows_at != 0 ? kWindowsPageData + rows_at : nullptr; }
+    // Of the high byte of a unit: the number of its block.
+    const std::uint16_t *blocks() const noexcept { return kWindowsPageData + blocks_at; }
 };
 
 inline constexpr std::size_t kWindowsPageCount = 36;

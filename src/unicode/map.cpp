@@ -5,7 +5,9 @@
 #include <span>
 
 #include "codepage/double_byte.h"
+#include "core/map_cache.h"
 #include "platform/system.h"
+#include "simd/kernels.h"
 #include "tables/unicode_map.h"
 
 namespace kxstr::unicode {
@@ -37,17 +39,36 @@ std::uint16_t from_table_set(std::uint8_t set, std::uint8_t index, std::uint32_t
     return index < values.size() ? values[index] : kNone;
 }
 
-// The loop of both string conversions.
+// A map of every unit for each code page that a direction depends on.
+constexpr std::size_t kUnicodeMaps = 8;
+constinit MapCache<std::uint32_t, kUnicodeMaps> maps_to_kx{}, maps_from_kx{};
+
 template <class Convert>
-std::uint32_t convert_string(const std::uint16_t *source, std::uint32_t source_limit, std::uint16_t *destination,
-                             std::uint32_t destination_limit, Convert convert) noexcept {
+const std::uint16_t *find_map(MapCache<std::uint32_t, kUnicodeMaps> &maps, std::uint32_t ansi_code_page,
+                              Convert convert) noexcept {
+    return maps.find(
+        ansi_code_page, [] { return true; },
+        [&](auto &values) {
+            for (unsigned unit = 0; unit < 0x10000; ++unit)
+                values[unit] = convert(static_cast<std::uint16_t>(unit), ansi_code_page);
+        });
+}
+
+template <class Convert>
+std::size_t convert_units(const std::uint16_t *map, std::span<const std::uint16_t> source, std::uint16_t *destination,
+                          std::uint32_t ansi_code_page, Convert convert) noexcept {
+    if (map != nullptr) return simd::kernels().map_units(map, source.data(), source.size(), destination);
+    for (std::size_t done = 0; done < source.size(); ++done)
+        if ((destination[done] = convert(source[done], ansi_code_page)) == 0) return done + 1;
+    return source.size();
+}
+
+// What a counted string converts: up to its terminator, which need not be there.
+std::span<const std::uint16_t> counted(const std::uint16_t *source, std::uint32_t source_limit,
+                                       std::uint32_t destination_limit) noexcept {
     const std::uint32_t limit = std::min(source_limit, destination_limit);
-    for (std::uint32_t done = 0; done < limit; ++done) {
-        const std::uint16_t converted = convert(source[done], platform::ansi_code_page());
-        destination[done] = converted;
-        if (converted == 0) return done + 1;
-    }
-    return limit;
+    const std::uint16_t *const end = std::find(source, source + limit, std::uint16_t{0});
+    return {source, end == source + limit ? end : end + 1};
 }
 
 } // namespace
@@ -76,14 +97,18 @@ std::uint16_t from_kx(KxChar ch, std::uint32_t ansi_code_page) noexcept {
     return platform::to_wide(ansi_code_page, bytes).value_or(kNone);
 }
 
-std::uint32_t string_to_kx(const std::uint16_t *source, std::uint32_t source_limit, KxChar *destination,
-                           std::uint32_t destination_limit) noexcept {
-    return convert_string(source, source_limit, destination, destination_limit, to_kx);
+std::size_t to_kx(std::span<const std::uint16_t> source, KxChar *destination) noexcept {
+    constexpr KxChar (*convert)(std::uint16_t, std::uint32_t) noexcept = to_kx;
+    const std::uint32_t ansi_code_page = platform::ansi_code_page();
+    // Without a double-byte rule the code page does not matter.
+    const std::uint32_t key = codepage::has_double_byte_rule(ansi_code_page) ? ansi_code_page : 0;
+    return convert_units(find_map(maps_to_kx, key, convert), source, destination, key, convert);
 }
 
-std::uint32_t string_from_kx(const KxChar *source, std::uint32_t source_limit, std::uint16_t *destination,
-                             std::uint32_t destination_limit) noexcept {
-    return convert_string(source, source_limit, destination, destination_limit, from_kx);
+std::size_t from_kx(std::span<const KxChar> source, std::uint16_t *destination) noexcept {
+    constexpr std::uint16_t (*convert)(KxChar, std::uint32_t) noexcept = from_kx;
+    const std::uint32_t ansi_code_page = platform::ansi_code_page();
+    return convert_units(find_map(maps_from_kx, ansi_code_page, convert), source, destination, ansi_code_page, convert);
 }
 
 } // namespace kxstr::unicode
@@ -100,7 +125,8 @@ uint16_t YWcharUnicodeToKX6x(uint32_t unicode) {
 
 uint32_t YWstrUnicodeToKX6x(const uint16_t *source, uint32_t source_limit, KxChar *destination,
                             uint32_t destination_limit) {
-    return kxstr::unicode::string_to_kx(source, source_limit, destination, destination_limit);
+    using namespace kxstr::unicode;
+    return static_cast<uint32_t>(to_kx(counted(source, source_limit, destination_limit), destination));
 }
 
 uint32_t GetUnicodeValue(uint32_t set, uint32_t index) {
@@ -115,6 +141,7 @@ uint16_t YWcharKX6xToUnicode(uint32_t ch) {
 
 uint32_t YWstrKX6xToUnicode(const KxChar *source, uint32_t source_limit, uint16_t *destination,
                             uint32_t destination_limit) {
-    return kxstr::unicode::string_from_kx(source, source_limit, destination, destination_limit);
+    using namespace kxstr::unicode;
+    return static_cast<uint32_t>(from_kx(counted(source, source_limit, destination_limit), destination));
 }
 }

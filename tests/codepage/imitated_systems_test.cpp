@@ -2,9 +2,9 @@
 // it is stored.
 #include <gtest/gtest.h>
 #include <kxstr/codepage.h>
-#include <kxstr/frame.h>
+#include <kxstr/core.h>
 
-#include "codepage/state.h"
+#include "codepage/country.h"
 #include "reference/data_files.h"
 #include "registry/key.h"
 #include "registry/link_engine.h"
@@ -75,9 +75,9 @@ TEST(Country, ByLanguageThenByKeyboardOnADoubleByteSystem) {
 TEST(Country, IsKeptForTheLifeOfTheProcess) {
     run_on(kWestern);
     EXPECT_EQ(WtpiGetCountryID(), 0); // a decision for none is a decision
-    const auto decided = kxstr::codepage::process_state();
+    const std::uint8_t decided = kxstr::codepage::country_id();
     run_on(kJapanese);
-    kxstr::codepage::process_state() = decided;
+    kxstr::codepage::set_country(decided);
     EXPECT_EQ(WtpiGetCountryID(), 0);
 }
 

@@ -1,7 +1,7 @@
 // Which code pages are in force, and the settings that say so.
 #include <gtest/gtest.h>
 #include <kxstr/codepage.h>
-#include <kxstr/frame.h>
+#include <kxstr/core.h>
 
 #include "codepage/selection.h"
 #include "reference/data_files.h"
@@ -74,8 +74,9 @@ TEST_F(Selection, LinksAreFollowed) {
     EXPECT_EQ(WcvtGetDOSCodepage(), 852) << "the first two bytes count";
     EXPECT_EQ(WcvtGetWinCodepage(), 852) << "a link to a link";
     EXPECT_EQ(WcvtSetWinCodepage(1251), 1u);
-    EXPECT_NE(folder_.read().find("\"Page\"=hex(80000002):e3,04\n"), std::string::npos);
-    EXPECT_EQ(WcvtGetDOSCodepage(), 1251);
+    EXPECT_NE(folder_.read().find("[HKEY_CURRENT_USER\\K]\n\"Page\"=hex(80000002):e3,04\n"), std::string::npos);
+    EXPECT_EQ(WcvtGetWinCodepage(), 1251);
+    EXPECT_EQ(WcvtGetDOSCodepage(), 852) << "reading looks below Software";
 }
 
 TEST_F(Selection, TheWindowsCodePageIsDecidedOnceTheDosCodePageEveryTime) {

@@ -2,7 +2,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <kxstr/collate.h>
-#include <kxstr/strops.h>
+#include <kxstr/letters.h>
 #include <map>
 #include <set>
 #include <string>

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 #include <kxstr/collate.h>
-#include <kxstr/strops.h>
+#include <kxstr/letters.h>
 
 #include "collate/values.h"
 #include "support/coltbl_state.h"

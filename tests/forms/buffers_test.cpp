@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <kxstr/forms.h>
 
-#include "codepage/state.h"
+#include "codepage/selection.h"
 #include "reference/bounded.h"
 #include "reference/streams.h"
 #include "support/hex.h"
@@ -122,7 +122,7 @@ TEST(StreamToNative, StreamsOfFewCodesAtEveryRoom) {
 
 TEST(Descriptors, AreFilledOnceAndWhenNeeded) {
     run_on(test::kWestern);
-    codepage::ProcessState &state = codepage::process_state();
+    const codepage::CodePageState &state = codepage::code_page_state();
     std::vector<std::uint8_t> out(16);
     EXPECT_EQ(str_AnsiToKx(out.data(), "plain", 16), 6u);
     EXPECT_FALSE(state.descriptors_ready);
@@ -133,13 +133,13 @@ TEST(Descriptors, AreFilledOnceAndWhenNeeded) {
     EXPECT_TRUE(state.descriptors_ready);
 
     // Another Windows code page counts when the descriptors are filled again.
-    state.windows_code_page = 1251;
+    codepage::keep_windows_code_page(1251);
     EXPECT_EQ(str_SetCodePage(), 1u);
     EXPECT_EQ(TpiAnsiToKx(0xE9), 0x0129u);
     TpiSetCodepage();
     const std::uint32_t cyrillic = TpiAnsiToKx(0xE9);
     EXPECT_EQ(cyrillic >> 8, 10u);
-    state.windows_code_page = 1252;
+    codepage::keep_windows_code_page(1252);
     str_ClrCodePage();
     EXPECT_EQ(state.oem.output_code_page, 0u);
     EXPECT_EQ(str_SetCodePage(), 1u);
@@ -149,6 +149,11 @@ TEST(Descriptors, AreFilledOnceAndWhenNeeded) {
 
 TEST(Descriptors, OneForBothOnADoubleByteSystem) {
     run_on(test::kKorean);
+    std::uint8_t out[4];
+    EXPECT_EQ(str_DBCS_OEMorANSItoKX(out, "a~", 4, 0), 3u);
+    EXPECT_FALSE(codepage::code_page_state().descriptors_ready);
+    EXPECT_EQ(str_DBCS_OEMorANSItoKX(out, "\\", 4, 0), 2u);
+    EXPECT_TRUE(codepage::code_page_state().descriptors_ready) << "the backslash goes through the code page";
     EXPECT_EQ(TpiOemToKx(0xB0A1), 0x5A5Eu);
     EXPECT_EQ(TpiGetOem(0x5A5E), 0xB0A1u);
 }

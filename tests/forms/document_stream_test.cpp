@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <kxstr/forms.h>
+#include <kxstr/prim.h>
 
 #include "forms/code_size.h"
 #include "reference/streams.h"

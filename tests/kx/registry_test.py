@@ -36,7 +36,8 @@ class Registry(KxTest):
             self.kx("registry", "set", "-t", kind, SOFTWARE + "K", kind, value)
             self.assertIn(f'"{kind}"={stored}\n', self.file.read_text(encoding="utf-8"))
             self.assertEqual(self.kx("registry", "get", SOFTWARE.lower() + "k\\", kind.upper()), value + "\n")
-        self.assertEqual(self.kx("registry", "show"), self.file.read_text(encoding="utf-8"))
+        self.assertEqual(self.kx("registry", "show"), self.file.read_text(encoding="utf-8") +
+                         "; writing through it sets HKEY_CURRENT_USER\\v\n")
         other = str(self.file) + ".other"
         self.kx("registry", "-f", other, "set", "HKEY_USERS", "", "other")
         self.assertEqual(self.kx("registry", "-f", other, "get", "HKEY_USERS", ""), "other\n")
@@ -51,6 +52,23 @@ class Registry(KxTest):
         self.kx("registry", "unset", "HKEY_USERS\\K", "v")
         self.assertEqual(self.file.read_bytes().decode(), HEADER + before.replace('"v" = hex:01 ; one\r\n', ""))
         self.refused("registry", "unset", "HKEY_USERS\\K", "v", message="not found")
+
+    def test_links_that_write_elsewhere_than_they_read_are_marked(self):
+        links = (("<K\\v>", "K\\v"), ("<\\HKEY_USERS\\K\\v>", None), ("<K\\there>", None), ("<K\\q\"\"\n>", "K\\q?"),
+                 ("<K\\loop>", None), ("<K", None), ("", ""))
+        self.write("[HKEY_CURRENT_USER\\Software\\K]\n\"loop\"=hex(80000008):" +
+                   "<K\\loop>".encode("utf-16-le").hex(",") + "\n")
+        self.kx("registry", "set", "-t", "link", SOFTWARE + "K", "there", "<\\HKEY_USERS\\K\\v>")
+        for i, (link, _) in enumerate(links):
+            self.kx("registry", "set", "-t", "link", "HKEY_USERS\\L", str(i), link)
+        before = self.file.read_bytes()
+        shown = self.kx("registry", "show", "HKEY_USERS\\L").splitlines()
+        for i, (_, target) in enumerate(links):
+            at = next(n for n, line in enumerate(shown) if line.startswith(f'"{i}"='))
+            remarks = [line for line in shown[at + 1:at + 2] if line.startswith(";")]
+            self.assertEqual(remarks, [] if target is None else
+                             ["; writing through it sets HKEY_CURRENT_USER\\" + target], links[i])
+        self.assertEqual(self.file.read_bytes(), before, "looking changes nothing")
 
     def test_what_is_refused(self):
         for arguments, message in (

@@ -30,6 +30,9 @@ WORDS = {
 }
 
 
+PROGRAM = 1 << 24  # what kx takes without an input, and more
+
+
 class Sorts(KxTest):
     def sort(self, language, data, *arguments):
         return self.output("sort", "-l", language, *arguments, data=data)
@@ -126,16 +129,21 @@ class Sorts(KxTest):
 
     @unittest.skipIf("KXSTR_SANITIZED" in os.environ, "a sanitizer's own address space is far beyond the limits")
     def test_memory(self):
-        lines = b"".join(b"%d word\n" % (n * 7919 % 1000003) for n in range(400000)) * 4
+        words = "cena chata Chata čáp ċ cesta".encode().split()
+        lines = b"".join(b"%s %d\n" % (words[n % 7 % 6], n * 7919 % 1000003) for n in range(200000)) * 4
         with tempfile.NamedTemporaryFile() as file:
             file.write(lines)
             file.flush()
-            for why, limit, status in (("three times the input is enough", 3 * len(lines), 0),
-                                       ("the input alone is not", len(lines), 1)):
-                result = kx("sort", "-l", "US", file.name, "-o", "/dev/null",
+            results = []
+            for why, limit, status in (("six times the input is enough for keys", 6 * len(lines) + PROGRAM, 0),
+                                       ("without keys three times is", 3 * len(lines), 0),
+                                       ("twice, with the program in it, is not", 2 * len(lines), 1)):
+                result = kx("sort", "-l", "CZ", file.name,
                             preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
                 self.assertEqual(result.returncode, status, why)
                 self.assertIn(b"not enough memory" if status else b"", result.stderr)
+                results.append(result.stdout)
+            self.assertEqual(results[0], results[1], "keys order as the comparison does")
 
 
 if __name__ == "__main__":

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 #include <kxstr/prim.h>
+#include <kxstr/strops.h>
+
+#include <numeric>
+#include <random>
 
 #include "reference/byte_copies.h"
 #include "reference/streams.h"
@@ -141,6 +145,53 @@ TEST(Finding, EveryUnitInEveryShortText) {
             ASSERT_EQ(wwstrstr(begin, terminated(wanted).data()), none ? nullptr : found);
         });
     });
+}
+
+// Runs and periods, nearly kept: what makes a search go back.
+TEST(Finding, RepetitiveTextsOfAllPeriods) {
+    std::minstd_rand random;
+    const auto repetitive = [&](std::size_t size, std::size_t period, unsigned changes) {
+        Text text(size);
+        for (std::size_t i = 0; i < size; ++i)
+            text[i] = i < period ? static_cast<KxChar>(0x100 + random() % 2) : text[i - period];
+        while (changes-- != 0)
+            text[random() % size] = static_cast<KxChar>(0x100 + random() % 2);
+        return text;
+    };
+    std::size_t found = 0, lacking = 0;
+    for (int i = 0; i < 4000; ++i) {
+        const Text text = repetitive(1 + random() % 3000, 1 + random() % 40, random() % 8);
+        const std::size_t from = random() % text.size();
+        Text wanted(text.begin() + static_cast<std::ptrdiff_t>(from), text.end());
+        wanted.resize(1 + random() % std::min<std::size_t>(wanted.size(), 1 + random() % 500));
+        if (i % 4 != 0) wanted[random() % wanted.size()] ^= 1;
+        const auto at = std::search(text.begin(), text.end(), wanted.begin(), wanted.end());
+        const Text whole = terminated(text);
+        ++(at == text.end() ? lacking : found);
+        ASSERT_EQ(wwstrstr(whole.data(), terminated(wanted).data()),
+                  at == text.end() ? nullptr : whole.data() + (at - text.begin()));
+    }
+    EXPECT_GT(std::min(found, lacking), 500u);
+}
+
+TEST(Memory, ShortAreasThatOverlap) {
+    for (std::uint32_t count = 0; count <= 40; ++count) {
+        for (std::size_t to = 0; to <= 80; ++to) {
+            std::string area(120, ' '), wanted;
+            std::iota(area.begin(), area.end(), '\x80');
+            wanted = area;
+            wanted.replace(to, count, area, 40, count);
+            KXwmemcpy(&area[to], &area[40], count);
+            ASSERT_EQ(area, wanted) << count << " to " << to;
+            if (to < count) {
+                std::string other(area.substr(0, count));
+                ASSERT_EQ(KXwmemcmp(area.data(), other.data(), count), 0);
+                other[to] ^= '\x40';
+                const bool is_less = static_cast<std::uint8_t>(area[to]) < static_cast<std::uint8_t>(other[to]);
+                ASSERT_EQ(KXwmemcmp(area.data(), other.data(), count), is_less ? -1 : 1);
+            }
+        }
+    }
 }
 
 TEST(Memory, CountsAreBytesExceptWhereUnitsAreLookedAt) {

@@ -1,6 +1,9 @@
 // The comparisons and equality tests: truth tables, every row in both directions.
 #include <gtest/gtest.h>
+#include <kxstr/collate.h>
+#include <kxstr/letters.h>
 #include <kxstr/strops.h>
+#include <random>
 #include <vector>
 
 #include "support/coltbl_state.h"
@@ -47,6 +50,66 @@ TEST(Compare, Strings) {
         EXPECT_EQ((Both{W6wstrcmp(b.data(), a.data()), W6w_stricmp(b.data(), a.data())}), -c.order) << c.why;
         EXPECT_EQ((Both{W6wstrequ(a.data(), b.data()), W6wstriequ(a.data(), b.data())}), c.equal) << c.why;
         EXPECT_EQ((Both{W6wstrequ(b.data(), a.data()), W6wstriequ(b.data(), a.data())}), c.equal) << c.why;
+    }
+}
+
+// Character by character: what the comparisons of strings say without knowing of equal beginnings.
+Both ordered_one_by_one(const KxChar *a, const KxChar *b) {
+    const auto order = [](const KxChar *p, const KxChar *q, std::uint8_t case_flag) {
+        for (;; ++p, ++q) {
+            while (*p >= KX_FIRST_CODE)
+                ++p;
+            while (*q >= KX_FIRST_CODE)
+                ++q;
+            if (*p == 0 || *q == 0) return (*p != 0) - (*q != 0);
+            if (const int difference = xchcmp(*p, *q, case_flag); difference != 0) return difference < 0 ? -1 : 1;
+        }
+    };
+    return {order(a, b, 1), order(a, b, 0)};
+}
+Both equal_one_by_one(const KxChar *a, const KxChar *b) {
+    Units texts[4];
+    for (; *a != 0; ++a)
+        if (*a < KX_FIRST_CODE) texts[0].push_back(*a), texts[1].push_back(wtolower(*a));
+    for (; *b != 0; ++b)
+        if (*b < KX_FIRST_CODE) texts[2].push_back(*b), texts[3].push_back(wtolower(*b));
+    return {texts[0] == texts[2], texts[1] == texts[3]};
+}
+
+// Long equal beginnings, then texts that go on with or without codes, in another case, or otherwise; also with a table
+// that a host has written to.
+TEST(Compare, LikeOneCharacterAfterTheOther) {
+    kxstr::test::run_on(kxstr::test::kJapanese);
+    const KxChar characters[] = {'a', 'a', 'A', 'b', 'B', 0x011B, 0x011A, 0x0200, 0x0201, 0x2520, 0x2540, ' ', 1, 0xFF};
+    std::mt19937 random(1);
+    const auto any_text = [&](Units text) {
+        for (std::size_t left = random() % 6; left != 0; --left)
+            text.push_back(random() % 5 != 0 ? characters[random() % std::size(characters)] : KxChar{KX_TAB});
+        return terminated(text);
+    };
+    for (int host = 0; host < 5; ++host) {
+        const ColtblAtLoad at_load;
+        KxCollationEntry entry = coltbl[0];
+        std::uint8_t from_0[2 + 0xFF]{0, 0xFF};
+        if (host == 1) coltbl[0].set = 1;
+        if (host == 2) entry.block['a' - 0x20 + 2] = entry.block[' ' - 0x20 + 2] = 0xFF;
+        if (host == 3) coltbl[0].block = nullptr;
+        if (host == 4) coltbl[0].block = from_0;
+        for (int i = 0; i < 20000; ++i) {
+            Units beginning = any_text({}), other;
+            beginning.pop_back();
+            for (const std::size_t length = random() % 80; random() % 2 != 0 && beginning.size() < length;)
+                beginning.push_back(characters[random() % std::size(characters)]);
+            other = beginning;
+            if (random() % 4 == 0)
+                for (KxChar &ch : other)
+                    ch = wtoupper(ch);
+            const Units left = any_text(beginning), right = any_text(other);
+            const KxChar *a = left.data(), *b = right.data();
+            ASSERT_EQ((Both{W6wstrcmp(a, b), W6w_stricmp(a, b)}), ordered_one_by_one(a, b)) << host << ' ' << i;
+            ASSERT_EQ((Both{W6wstrequ(a, b), W6wstriequ(a, b)}), equal_one_by_one(a, b)) << host << ' ' << i;
+        }
+        coltbl[0] = entry;
     }
 }
 

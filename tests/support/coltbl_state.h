@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <kxstr/collate.h>
-#include <kxstr/frame.h>
+#include <kxstr/core.h>
 #include <vector>
 
-#include "strops/language_setup.h"
+#include "collate/language_setup.h"
 
 namespace kxstr::test {
 
@@ -37,7 +37,7 @@ class ColtblAtLoad {
             std::copy_n(from, size, entry->block);
             from += size;
         }
-        strops::language_set_up() = {'E', 'N'};
+        collate::language_set_up() = {'E', 'N'};
         VaskSetLanguage("EN");
     }
 };

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-#include "frame/bytes.h"
-#include "frame/validity.h"
+#include "core/validity.h"
+#include "platform/bytes.h"
 #include "reference/data_files.h"
 #include "tables/kx_names.h"
 #include "tables/unicode_map.h"
@@ -23,7 +23,7 @@ constexpr bool is_private_use(unsigned unicode) {
 
 // 0 for the sets that convert by rule.
 unsigned unicode_of(unsigned kx) {
-    const auto values = kKxToUnicode.at(kx >> 8);
+    const auto values = kKxToUnicode[kx >> 8];
     return values.empty() ? 0u : values[kx & 0xFF];
 }
 
@@ -32,7 +32,7 @@ TEST(UnicodePairs, AscendAndShareCharactersAsOftenAsKnown) {
     Map keys_of;
     for (const auto &[unicode, kx] : kUnicodeToKx) {
         ++keys_of[kx];
-        EXPECT_TRUE(frame::is_valid(kx, false)) << std::hex << kx;
+        EXPECT_TRUE(core::is_valid(kx, false)) << std::hex << kx;
     }
     Map characters_by_keys;
     for (const auto &[kx, keys] : keys_of)
@@ -48,7 +48,7 @@ TEST(UnicodePairs, ComeBackButForKnownExceptions) {
     unsigned characters = 0, private_use = 0;
     for (unsigned set = 0; set < kKxToUnicode.size(); ++set) {
         const bool by_rule = set == 0 || set == 12;
-        ASSERT_EQ(kKxToUnicode[set].size(), by_rule ? 0u : frame::kSetRanges[set].last + 1u) << set;
+        ASSERT_EQ(kKxToUnicode[set].size(), by_rule ? 0u : core::kSetRanges[set].last + 1u) << set;
         for (unsigned i = 0; i < kKxToUnicode[set].size(); ++i) {
             const unsigned kx = set * 256 + i, unicode = kKxToUnicode[set][i];
             EXPECT_TRUE(unicode != 0 && unicode != 0xFFFF) << std::hex << kx;
@@ -103,7 +103,7 @@ TEST(CodePages, OrderNumbersRangesAndReverseCounts) {
         const tables::CodePage &page = tables::kCodePages[i];
         char text[64];
         std::snprintf(text, sizeof text, "%u %u %s %02X %02X %u ", page.kx_number, page.windows_number,
-                      page.low != nullptr ? "low" : "-", page.high[0], page.high[1], load_u16le(page.reverse));
+                      page.low() != nullptr ? "low" : "-", page.high()[0], page.high()[1], load_u16le(page.reverse()));
         std::string wanted;
         for (const std::string &field : rows[i])
             (wanted += field) += ' ';
@@ -116,13 +116,13 @@ TEST(CodePages, TablesHoldWhatThePublishedMappingsGiveAndReversesInvertThem) {
     ASSERT_EQ(pages.size(), tables::kCodePages.size());
     for (std::size_t i = 0; i < pages.size(); ++i) {
         const tables::CodePage &page = tables::kCodePages[i];
-        EXPECT_EQ(range_entries(page.low), pages[i].low) << page.kx_number;
-        EXPECT_EQ(range_entries(page.high), pages[i].high) << page.kx_number;
+        EXPECT_EQ(range_entries(page.low()), pages[i].low) << page.kx_number;
+        EXPECT_EQ(range_entries(page.high()), pages[i].high) << page.kx_number;
         Map reverse;
-        for (unsigned k = 0; k < load_u16le(page.reverse); ++k) {
-            const unsigned kx = load_u16le(&page.reverse[2 + 3 * k]);
+        for (unsigned k = 0; k < load_u16le(page.reverse()); ++k) {
+            const unsigned kx = load_u16le(&page.reverse()[2 + 3 * k]);
             EXPECT_TRUE(reverse.empty() || reverse.rbegin()->first < kx) << page.kx_number;
-            reverse[kx] = page.reverse[4 + 3 * k];
+            reverse[kx] = page.reverse()[4 + 3 * k];
         }
         EXPECT_EQ(reverse, pages[i].reverse) << page.kx_number;
     }
@@ -133,9 +133,9 @@ TEST(CodePages, LowTablesHoldTheGlyphsOfTheControlCharacters) {
     constexpr std::u16string_view greek = u"ΆΈΉΊΌΎ°◘○◙♂♀♪♫☼►◄↕‼¶§£Ώ↑↓→←Ë↔▲▼";
     for (const auto &page : tables::kCodePages) {
         std::u16string found;
-        for (const auto &[byte, kx] : range_entries(page.low))
+        for (const auto &[byte, kx] : range_entries(page.low()))
             found += static_cast<char16_t>(unicode_of(kx));
-        if (page.low != nullptr) {
+        if (page.low() != nullptr) {
             EXPECT_EQ(found, page.kx_number == 333 ? greek : glyphs) << page.kx_number;
         }
     }
@@ -157,8 +157,8 @@ TEST(CodePages, TellingEntries) {
     };
     for (const auto &row : rows)
         for (const auto &[byte, kx] : row.entries)
-            EXPECT_EQ(range_entries(page_of(row.page).high).at(byte), kx) << row.page << ' ' << std::hex << byte;
-    EXPECT_EQ(range_entries(page_of(1004).high), range_entries(page_of(1252).high));
+            EXPECT_EQ(range_entries(page_of(row.page).high()).at(byte), kx) << row.page << ' ' << std::hex << byte;
+    EXPECT_EQ(range_entries(page_of(1004).high()), range_entries(page_of(1252).high()));
 }
 
 TEST(KxNames, FirstAndLastOfTheSets) {

@@ -2,7 +2,7 @@
 #include <kxstr/unicode.h>
 #include <vector>
 
-#include "frame/kx_char.h"
+#include "core/kx_char.h"
 #include "reference/data_files.h"
 #include "support/process_state.h"
 

@@ -34,28 +34,26 @@ def by_set(characters):
 
 def unicode_map(characters, pairs):
     text = _emit.header("data/charset/kxset.txt and data/charset/unicode_to_kx.txt")
-    text += '#include "tables/unicode_map.h"\n\nnamespace kxstr::tables {\nnamespace {\n\n'
-    sets = by_set(characters)
-    for number, members in enumerate(sets):
-        if not members:
-            continue
-        text += f"constexpr std::uint16_t kSet{number}[] = {{\n"
+    text += '#include "tables/unicode_map.h"\n\nnamespace kxstr::tables {\n\n'
+    text += f"constinit const std::array<std::uint16_t, {len(characters)}> kUnicodeOfKx{{\n"
+    starts = [0]
+    for members in by_set(characters):
+        starts.append(starts[-1] + len(members))
         for i in range(0, len(members), PER_LINE):
             line = members[i : i + PER_LINE]
             values = ", ".join(_emit.hex16(characters[kx][0]) for kx in line)
             text += f"    {values}, // {line[0]:04X}\n"
-        text += "};\n"
-    text += "\n} // namespace\n\n"
+    text += "};\n\n"
     text += f"constinit const std::array<UnicodePair, {len(pairs)}> kUnicodeToKx{{{{\n"
     items = [f"{{{_emit.hex16(unicode)}, {_emit.hex16(kx)}}}" for unicode, kx in pairs.items()]
     text += _emit.lines_of(items, 6) + "}};\n\n"
-    text += f"constinit const std::array<std::span<const std::uint16_t>, {SETS}> kKxToUnicode{{{{\n"
-    text += _emit.lines_of([f"kSet{number}" if members else "{}" for number, members in enumerate(sets)], 8)
+    text += "constinit const KxToUnicode kKxToUnicode{{\n"
+    text += _emit.lines_of([str(start) for start in starts], 16)
     return text + "}};\n\n} // namespace kxstr::tables\n"
 
 
 def kx_names(characters):
-    """The names lie in one string, in the order of the characters, each up to the next one's offset."""
+    """The names lie in one string for each set, in the order of the characters, each up to the next one's offset."""
     names = [name for _, name in characters.values()]
     offsets = [0]
     for name in names:
@@ -69,8 +67,11 @@ def kx_names(characters):
     text += _emit.lines_of([str(start) for start in starts], 16) + "};\n\n"
     text += f"const std::array<std::uint32_t, {len(offsets)}> kKxNameOffsets{{\n"
     text += _emit.lines_of([str(offset) for offset in offsets], 16) + "};\n\n"
-    text += "const char *const kKxNamePool =\n"
-    text += "".join(f'    "{name}"\n' for name in names).rstrip("\n") + ";\n"
+    # One string of all names would be longer than compilers have to take (65,536 characters).
+    text += f"const std::array<const char *, {len(starts) - 1}> kKxNamePools{{\n"
+    for first, last in zip(starts, starts[1:]):
+        text += "\n".join(f'    "{name}"' for name in names[first:last] or [""]) + ",\n"
+    text += "};\n"
     return text + "\n} // namespace kxstr::tables\n"
 
 

@@ -8,6 +8,7 @@ BROKEN_BAR, SOFT_HYPHEN = 0x00A6, 0x00AD
 HOUSE = 0x050C  # what DOS shows for byte 7F
 ASCII_SET, NATIVE_BYTE_SET = 0, 12
 PER_LINE = 8
+ENTRY_SIZES = {"range_table": 2, "reverse_table": 3}  # in bytes; two bytes stand in front
 
 
 def read_bytes(path):
@@ -59,24 +60,28 @@ class Tables:
     """The tables written so far; equal ones are written once."""
 
     def __init__(self):
-        self.names = {}
+        self.places = {}
+        self.names = []
+        self.size = 0
         self.text = ""
 
     def add(self, name, function, arguments, lines):
-        """Writes lines of entries, each followed by its note; returns the expression to use."""
+        """Writes lines of entries, each followed by its note; returns 1 + the table's place."""
         count = sum(len(entries) for _, entries in lines)
         body = "".join(f"    {', '.join(entries)}, // {note}\n" for note, entries in lines)
         call = f"{function}<{count}>({arguments}{{\n"
         # The notes name the code page, so they do not count.
         key = call + " ".join(entry for _, entries in lines for entry in entries)
-        if key not in self.names:
-            self.names[key] = name
+        if key not in self.places:
+            self.places[key] = 1 + self.size
+            self.names.append(name)
+            self.size += 2 + count * ENTRY_SIZES[function]
             self.text += f"constexpr auto {name} = {call}{body}}});\n"
-        return f"{self.names[key]}.data()"
+        return str(self.places[key])
 
     def add_range(self, name, page, table):
         if not table:
-            return "nullptr"
+            return "0"
         rows = itertools.groupby(table.items(), lambda entry: entry[0] // PER_LINE)
         rows = [list(row) for _, row in rows]
         lines = [(f"{page}: {row[0][0]:02X}", [_emit.hex16(kx) for _, kx in row]) for row in rows]
@@ -109,5 +114,7 @@ def generate(data):
     text += "// The note behind a line tells the code page and the byte (range tables) or KX character (reverse tables) of\n"
     text += "// its first entry. Reverse entries: KX character in the upper 16 bits of 24, native byte in the lower 8.\n"
     text += tables.text + "\n} // namespace\n\n"
+    names = _emit.lines_of(tables.names, PER_LINE // 2).rstrip(",\n")
+    text += f"constinit const std::array<std::uint8_t, {tables.size}> kCodePageTables = joined(\n{names});\n\n"
     text += f"constinit const std::array<CodePage, {entries.count(chr(10))}> kCodePages{{{{\n{entries}}}}};\n"
     return {"code_pages.cpp": text + "\n} // namespace kxstr::tables\n"}

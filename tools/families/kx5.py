@@ -74,26 +74,30 @@ def work_out(rules, set_number):
     return [result[index] for index in INDEXES]
 
 
-def array(name, values, storage="constexpr"):
-    return f"{storage} std::array<KxChar, 256> {name}{{{{\n{lines_of([hex16(v) for v in values], 16)}}}}};\n\n"
+def array(name, values):
+    return f"constinit const std::array<KxChar, 256> {name}{{{{\n{lines_of([hex16(v) for v in values], 16)}}}}};\n\n"
 
 
 def generate(data):
     directions = read_directions(data / "kx5" / "generations.txt")
-    arrays, tables = "", ""
+    arrays, count, tables = "", 0, ""
     for direction, name in DIRECTIONS.items():
         sets = directions[direction]
-        rows = [f"{name}Set{number}" if number in sets else "{}" for number in range(max(sets) + 1)]
+        rows = ["0"] * (max(sets) + 1)
         for number, rules in sets.items():
             worked_out = work_out(rules, number)
-            arrays += array(f"{name}Set{number}", [character for character, _ in worked_out])
+            characters = [hex16(character) for character, _ in worked_out]
+            arrays += f"    {{{{ // {count}: set {number}\n{lines_of(characters, 16, '        ')}    }}}},\n"
+            count += 1
+            rows[number] = str(count)
             marks = [mark for _, mark in worked_out]
             if any(marks):
                 assert name == "kKx5ToKx6" and number == 11, "marks follow katakana only"
-                tables += array("kKx5Marks", marks, "constinit const")
-        tables += f"constinit const std::array<std::span<const KxChar>, {len(rows)}> {name}{{{{\n{lines_of(rows, 7)}}}}};\n\n"
+                tables += array("kKx5Marks", marks)
+        tables += f"constinit const std::array<std::uint8_t, {len(rows)}> {name}{{\n{lines_of(rows, 16)}}};\n\n"
     text = (
-        header(SOURCE) + '#include "tables/kx5.h"\n\nnamespace kxstr::tables {\nnamespace {\n\n' + arrays +
-        "} // namespace\n\n" + tables + "} // namespace kxstr::tables\n"
+        header(SOURCE) + '#include "tables/kx5.h"\n\nnamespace kxstr::tables {\n\n' +
+        f"constinit const std::array<std::array<KxChar, 256>, {count}> kKx5Sets{{{{\n{arrays}}}}};\n\n" + tables +
+        "} // namespace kxstr::tables\n"
     )
     return {"kx5.cpp": text}

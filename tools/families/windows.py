@@ -93,38 +93,41 @@ class Blocks:
         return self.numbers.setdefault(tuple(values), len(self.numbers))
 
 
+def number_lines(values):
+    return _emit.lines_of([str(value) if value < 10 else f"0x{value:X}" for value in values], PER_LINE)
+
+
 def array(kind, name, values):
-    items = [str(value) if value < 10 else f"0x{value:X}" for value in values]
-    return f"{kind} {name}[] = {{\n{_emit.lines_of(items, PER_LINE)}}};\n\n"
+    return f"{kind} {name}[] = {{\n{number_lines(values)}}};\n\n"
 
 
 def pages_text(pages):
     rows, blocks = Blocks(), Blocks()
     blocks.add([0] * 0x100)  # number 0: no unit of the block has a code
     text = _emit.header("data/windows/*.txt and data/mappings/*.txt")
-    text += '#include "tables/windows_pages.h"\n\nnamespace kxstr::tables {\nnamespace {\n\n'
-    index = ""
+    text += '#include "tables/windows_pages.h"\n\nnamespace kxstr::tables {\n\n'
+    index, data, size = "", "", 0
     for page in pages:
-        codes, prefix = page.codes(), f"k{page.number}"
+        codes = page.codes()
         high_bytes = [page.units.get(byte, page.default) for byte in range(FIRST_BYTE, 0x100)]
-        text += array("constexpr std::uint16_t", f"{prefix}Units", high_bytes)
         lead_rows = [
             rows.add(page.units.get(lead << 8 | trail, page.default) for trail in range(FIRST_TRAIL, 0x100)) + 1
             if lead in page.leads else 0
             for lead in range(FIRST_BYTE, 0x100)
         ]  # fmt: skip
-        if page.leads:
-            text += array("constexpr std::uint16_t", f"{prefix}Rows", lead_rows)
         unit_blocks = [
             blocks.add(codes.get(unit, 0) for unit in range(first, first + 0x100)) for first in range(0, UNITS, 0x100)
         ]
-        text += array("constexpr std::uint16_t", f"{prefix}Blocks", unit_blocks)
-        index += (
-            f"    {{{page.number}, {_emit.hex16(page.default)}, {prefix}Units, "
-            f"{prefix + 'Rows' if page.leads else 'nullptr'}, {prefix}Blocks}},\n"
-        )
-    text += "} // namespace\n\n"
-    text += f"const std::array<WindowsPage, kWindowsPageCount> kWindowsPages{{{{\n{index}}}}};\n\n"
+        places = []
+        parts = {"units": high_bytes, "rows": lead_rows if page.leads else [], "blocks": unit_blocks}
+        for name, part in parts.items():
+            places.append(size if part else 0)
+            size += len(part)
+            if part:
+                data += f"    // {page.number}: {name}\n{number_lines(part)}"
+        index += f"    {{{page.number}, {_emit.hex16(page.default)}, {', '.join(map(str, places))}}},\n"
+    text += f"const std::uint16_t kWindowsPageData[] = {{\n{data}}};\n\n"
+    text += f"constinit const std::array<WindowsPage, kWindowsPageCount> kWindowsPages{{{{\n{index}}}}};\n\n"
     for name, kept in (("kWindowsRows", rows), ("kWindowsBlocks", blocks)):
         values = [value for block in kept.numbers for value in block]
         text += array("const std::uint16_t", name, values)

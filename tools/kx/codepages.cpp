@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <cstring>
 #include <kxstr/codepage.h>
-#include <kxstr/frame.h>
+#include <kxstr/core.h>
 #include <string>
 #include <vector>
 
@@ -11,9 +11,9 @@
 #include "codepage/selection.h"
 #include "command.h"
 #include "files.h"
-#include "frame/bytes.h"
 #include "options.h"
 #include "platform/ansi_text.h"
+#include "platform/bytes.h"
 #include "platform/system.h"
 #include "registry.h"
 #include "tables/code_pages.h"
@@ -48,9 +48,9 @@ std::string range_of(const std::uint8_t *table) {
 void print_tables() {
     std::printf("%-6s %-8s %-11s %-11s %s\n", "page", "Windows", "low table", "high table", "reverse table");
     for (const auto &page : kxstr::tables::kCodePages) {
-        const unsigned entries = kxstr::load_u16le(page.reverse);
-        std::printf("%-6u %-8u %-11s %-11s %u in %u\n", page.kx_number, page.windows_number, range_of(page.low).c_str(),
-                    range_of(page.high).c_str(), entries, 2 + 3 * entries);
+        const unsigned entries = kxstr::load_u16le(page.reverse());
+        std::printf("%-6u %-8u %-11s %-11s %u in %u\n", page.kx_number, page.windows_number,
+                    range_of(page.low()).c_str(), range_of(page.high()).c_str(), entries, 2 + 3 * entries);
     }
     std::printf("\nBy rule, for their double-byte characters:");
     for (std::uint32_t number = 0; number <= 0xFFFF; ++number)
@@ -61,7 +61,7 @@ void print_tables() {
 // The languages that have a key of settings, as their keys spell them.
 std::vector<std::string> languages_with_settings() {
     VaskSetLanguage("");
-    std::vector<std::string> languages = keys_below(codepage::settings_path()); // ends with a backslash
+    std::vector<std::string> languages = keys_below(codepage::settings_key()); // ends with a backslash
     std::erase_if(languages, [](const std::string &language) { return language.size() > kMaxLanguage; });
     return languages;
 }
@@ -69,7 +69,7 @@ std::vector<std::string> languages_with_settings() {
 // Unlike a program that asks, this leaves no key behind.
 std::uint16_t stored(const char *value_name) {
     platform::KeyHandle key{};
-    const char *const below_root = std::strchr(codepage::settings_path(), '\\') + 1;
+    const char *const below_root = std::strchr(codepage::settings_key(), '\\') + 1;
     if (platform::open_key(platform::kCurrentUser, below_root, platform::kReadAndWrite, key) != platform::kSuccess) {
         return 0;
     }

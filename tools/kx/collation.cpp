@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <kxstr/collate.h>
-#include <kxstr/frame.h>
+#include <kxstr/core.h>
+#include <kxstr/letters.h>
 #include <kxstr/strops.h>
 
 #include "collate/values.h"
@@ -72,7 +73,7 @@ std::string Collation::list_of_languages() {
     return text;
 }
 
-std::optional<Page> Collation::page() const {
+std::optional<CodePage> Collation::page() const {
     const EastAsianCountry *country = country_of(language);
     if (country == nullptr) return std::nullopt;
     return page_of_windows_number(country->code_page);
@@ -81,7 +82,7 @@ std::optional<Page> Collation::page() const {
 void Collation::begin() const {
     VaskSetLanguage(code_of(language).c_str());
     const EastAsianCountry *country = country_of(language);
-    if (country != nullptr) settle_country(country->id);
+    if (country != nullptr) set_country(country->id);
 }
 
 bool Collation::by_coltbl() const {
@@ -89,6 +90,10 @@ bool Collation::by_coltbl() const {
     const std::string code = code_of(language);
     return std::ranges::any_of(kxstr::tables::kColtblLanguages,
                                [&code](const auto &row) { return row.code[0] == code[0] && row.code[1] == code[1]; });
+}
+
+bool Collation::is_east_asian() const {
+    return kxstr::collate::rules_of(kxstr::low16(language)).kind == LanguageKind::kEastAsian;
 }
 
 int Collation::compare(const std::vector<KxChar> &a, const std::vector<KxChar> &b) const {
@@ -100,7 +105,7 @@ int Collation::compare(const std::vector<KxChar> &a, const std::vector<KxChar> &
 
 std::string Collation::key_of(const std::vector<KxChar> &text) const {
     const auto &rules = kxstr::collate::rules_of(kxstr::low16(language));
-    const bool east_asian = rules.kind == LanguageKind::kEastAsian;
+    const bool east_asian = is_east_asian();
     std::string key;
     if (by_coltbl()) key = coltbl_key(text) + '.';
     std::string levels[3];

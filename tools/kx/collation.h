@@ -21,7 +21,7 @@ struct Collation {
     static std::string list_of_languages();
 
     // The code page of the East Asian languages; nothing for others.
-    std::optional<Page> page() const;
+    std::optional<CodePage> page() const;
     // Makes the library take the language, and the country of an East Asian one, for its own. Before anything else
     // asks.
     void begin() const;
@@ -34,8 +34,9 @@ struct Collation {
     // first, second and third level.
     std::string key_of(const std::vector<KxChar> &text) const;
 
-  private:
+    // Whether coltbl comes first.
     bool by_coltbl() const;
+    bool is_east_asian() const;
 };
 
 } // namespace kx

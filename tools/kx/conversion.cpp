@@ -27,12 +27,17 @@ class Conversion {
         for (;;) {
             const Chunk chunk = input.next();
             if (!input.good()) return false;
-            units_.clear();
             bytes_.clear();
-            const Decoder::Result result = decode(chunk);
-            const bool converted =
-                encode(input, chunk, result.consumed) &&
-                (result.bad_length == 0 || replace(input, chunk, result.consumed, result.bad_length));
+            Decoder::Result result = decode(chunk, false);
+            bool converted = encoder_->encode(units_.chars, bytes_) == units_.chars.size();
+            if (!converted) {
+                // A unit that does not convert is told by its place, which is worth the asking only now.
+                bytes_.clear();
+                result = decode(chunk, true);
+                converted = encode(input, chunk, result.consumed);
+            }
+            if (converted && result.bad_length != 0)
+                converted = replace(input, chunk, result.consumed, result.bad_length);
             if (!output_.write(bytes_) || !converted) return false;
             const std::size_t done = result.consumed + result.bad_length;
             if (chunk.last && done == chunk.bytes.size()) return true;
@@ -42,7 +47,9 @@ class Conversion {
     }
 
   private:
-    Decoder::Result decode(const Chunk &chunk) {
+    Decoder::Result decode(const Chunk &chunk, bool placed) {
+        units_.clear();
+        units_.placed = placed || transform_ != nullptr;
         Decoder::Result result = decoder_->decode(chunk, units_);
         if (transform_ == nullptr) return result;
         const bool next_follows = !chunk.last && result.bad_length == 0;
@@ -91,17 +98,17 @@ class Conversion {
     Output &output_;
     std::unique_ptr<Decoder> decoder_;
     std::unique_ptr<Encoder> encoder_;
-    Units units_;
+    DecodedText units_;
     std::vector<std::uint8_t> bytes_;
 };
 
 // The bytes of one UTF-8 character in the output's form; nothing when it is not exactly one, or does not convert.
-std::optional<std::vector<std::uint8_t>> encode_substitute(const TextRequest &request, const Page &page) {
+std::optional<std::vector<std::uint8_t>> encode_substitute(const TextRequest &request, const CodePage &page) {
     const auto *bytes = reinterpret_cast<const std::uint8_t *>(request.substitute->data());
     // Not at the start of a file, where a byte order mark would be skipped.
     const Chunk chunk{{bytes, request.substitute->size()}, 1, true};
-    Units units;
-    const auto result = make_decoder({FormKind::utf8, {}}, page)->decode(chunk, units);
+    DecodedText units;
+    const auto result = make_decoder({EncodingKind::utf8, {}}, page)->decode(chunk, units);
     if (result.bad_length != 0 || units.chars.size() != 1) return std::nullopt;
     std::vector<std::uint8_t> encoded;
     if (make_encoder(*request.to, page, page)->encode(units.chars, encoded) != 1) return std::nullopt;
@@ -111,16 +118,16 @@ std::optional<std::vector<std::uint8_t>> encode_substitute(const TextRequest &re
 } // namespace
 
 std::string take_text_option(TextRequest &request, int id, const std::string &argument) {
-    const auto take_form = [&](std::optional<Form> &form) -> std::string {
-        form = find_form(argument);
+    const auto take_encoding = [&](std::optional<Encoding> &form) -> std::string {
+        form = find_encoding(argument);
         return form ? "" : "no form or code page '" + argument + "'; `kx convert -l` lists them";
     };
     switch (id) {
     case 'f': {
-        const std::string fault = take_form(request.from);
-        return fault.empty() && request.from->kind == FormKind::sio ? "sio text is only written" : fault;
+        const std::string fault = take_encoding(request.from);
+        return fault.empty() && request.from->kind == EncodingKind::sio ? "sio text is only written" : fault;
     }
-    case 't': return take_form(request.to);
+    case 't': return take_encoding(request.to);
     case 'o': request.output = argument; return "";
     case 'c': request.drop = true; return "";
     case kSubstId: request.substitute = argument; return "";
@@ -129,16 +136,16 @@ std::string take_text_option(TextRequest &request, int id, const std::string &ar
     }
 }
 
-TextPages pages_of(const TextRequest &request, const Page &otherwise) {
-    const auto own = [&](const Form &form) -> std::optional<Page> {
-        if (form.kind == FormKind::code_page) return form.page;
-        if (is_kx_form(form)) return request.ansi;
+TextPages pages_of(const TextRequest &request, const CodePage &otherwise) {
+    const auto own = [&](const Encoding &form) -> std::optional<CodePage> {
+        if (form.kind == EncodingKind::code_page) return form.page;
+        if (is_kx_encoding(form)) return request.ansi;
         return std::nullopt;
     };
-    const std::optional<Page> from = own(*request.from);
-    const std::optional<Page> to = own(*request.to);
-    const Page outside = request.ansi.value_or(otherwise);
-    const Page text = from.value_or(to.value_or(outside));
+    const std::optional<CodePage> from = own(*request.from);
+    const std::optional<CodePage> to = own(*request.to);
+    const CodePage outside = request.ansi.value_or(otherwise);
+    const CodePage text = from.value_or(to.value_or(outside));
     return {text, to.value_or(text)};
 }
 
@@ -162,7 +169,7 @@ int run_text(const Usage &usage, const TextRequest &request, const TextPages &pa
 
     Output output(usage.command, request.output);
     if (!output.good()) return kFailure;
-    if (!decoder) decoder = make_decoder(*request.from, pages.text, is_kx_form(*request.to));
+    if (!decoder) decoder = make_decoder(*request.from, pages.text, is_kx_encoding(*request.to));
     Conversion conversion(usage.command, request, pages, transform, substitute, output, std::move(decoder));
     for (const std::string &path : request.inputs) {
         Input input(usage.command, path);

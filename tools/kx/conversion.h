@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "forms.h"
+#include "encodings.h"
 #include "options.h"
 
 namespace kx {
@@ -26,9 +26,9 @@ inline constexpr Option kAnsiOption{kAnsiId, "ansi", "PAGE",
                                     "the code page that KX text was, or is to be, written with"};
 
 struct TextRequest {
-    std::optional<Form> from;
-    std::optional<Form> to;
-    std::optional<Page> ansi;
+    std::optional<Encoding> from;
+    std::optional<Encoding> to;
+    std::optional<CodePage> ansi;
     std::optional<std::string> substitute;
     bool drop = false;
     std::string output;
@@ -41,16 +41,16 @@ std::string take_text_option(TextRequest &request, int id, const std::string &ar
 
 // The page of the KX text between the forms, and of the KX text to be written.
 struct TextPages {
-    Page text;
-    Page written;
+    CodePage text;
+    CodePage written;
 };
 // By the forms, else by --ansi, else `otherwise`.
-TextPages pages_of(const TextRequest &request, const Page &otherwise);
+TextPages pages_of(const TextRequest &request, const CodePage &otherwise);
 
 // What a command does to the KX text on its way.
 struct Transform {
     // Replaces the units of a part of the text. A new unit has the place of the first one that it was made from.
-    std::function<void(Units &units)> apply;
+    std::function<void(DecodedText &units)> apply;
     // Whether the unit may be one character together with the next; they are then handed out in one part.
     std::function<bool(KxChar ch)> joins_next;
 };

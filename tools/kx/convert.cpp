@@ -50,12 +50,12 @@ int run_convert(int argc, char **argv) {
     });
     if (parsed.stop) return parsed.status;
     if (list) {
-        std::fputs(list_of_forms().c_str(), stdout);
+        std::fputs(list_of_encodings().c_str(), stdout);
         return kSuccess;
     }
     if (!request.from || !request.to) return usage_error(kUsageText, "-f FROM and -t TO are both needed");
     request.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
-    return run_text(kUsageText, request, pages_of(request, host_page()));
+    return run_text(kUsageText, request, pages_of(request, system_page()));
 }
 
 } // namespace kx

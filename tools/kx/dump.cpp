@@ -54,7 +54,7 @@ constexpr bool is_character(std::uint8_t first) {
 
 class Listing {
   public:
-    explicit Listing(const Page &page) : page_(page), utf8_(make_encoder({FormKind::utf8, {}}, page, page)) {}
+    explicit Listing(const CodePage &page) : page_(page), utf8_(make_encoder({EncodingKind::utf8, {}}, page, page)) {}
 
     void add(std::uint64_t offset, std::span<const std::uint8_t> code, const char *fault) {
         for (std::size_t row = 0; row < code.size(); row += kBytesInRow) {
@@ -105,7 +105,7 @@ class Listing {
         return meaning + "  " + std::string(bytes.begin(), bytes.end()) + (name.empty() ? "" : "  " + name);
     }
 
-    Page page_;
+    CodePage page_;
     std::unique_ptr<Encoder> utf8_;
     std::string text_;
 };
@@ -141,12 +141,12 @@ bool list(Input &input, Listing &listing, Output &output, bool &lies) {
 } // namespace
 
 int run_dump(int argc, char **argv) {
-    std::optional<Page> ansi;
+    std::optional<CodePage> ansi;
     const Parsed parsed = parse_options(argc, argv, kUsageText,
                                         [&](int, const std::string &argument) { return take_page(ansi, argument); });
     if (parsed.stop) return parsed.status;
     Output output(kUsageText.command, "");
-    Listing listing(ansi.value_or(host_page()));
+    Listing listing(ansi.value_or(system_page()));
     bool lies = false;
     for (const std::string &path : operands_or_standard_input(argc, argv, parsed.first_operand)) {
         Input input(kUsageText.command, path);

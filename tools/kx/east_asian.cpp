@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <kxstr/codepage.h>
-#include <kxstr/prim.h>
-#include <kxstr/strops.h>
+#include <kxstr/letters.h>
 
 #include "command.h"
 #include "conversion.h"
+#include "core/kx_char.h"
 #include "files.h"
-#include "frame/kx_char.h"
-#include "strops/width.h"
+#include "letters/width.h"
 
 namespace kx {
 namespace {
@@ -41,21 +40,21 @@ template <class Matches> const Country *find_country(Matches matches) {
     return found != std::end(kCountries) ? found : nullptr;
 }
 
-const Country &settle(const Country &country) {
-    settle_country(country.id);
+const Country &put_in_force(const Country &country) {
+    set_country(country.id);
     return country;
 }
 
 // The country named; else that of the first East Asian code page among the input, the output and --ansi; else the
 // system's.
-const Country &settle_country(const Country *named, const TextRequest &request) {
-    if (named != nullptr) return settle(*named);
+const Country &set_country(const Country *named, const TextRequest &request) {
+    if (named != nullptr) return put_in_force(*named);
     const std::uint32_t pages[] = {request.from->page.windows_number, request.to->page.windows_number,
                                    request.ansi ? request.ansi->windows_number : 0};
     for (const std::uint32_t page : pages) {
         const Country *country =
             find_country([&](const Country &known) { return page != 0 && known.code_page == page; });
-        if (country != nullptr) return settle(*country);
+        if (country != nullptr) return put_in_force(*country);
     }
     const std::uint8_t id = WtpiGetCountryID();
     const Country *country = find_country([&](const Country &known) { return known.id == id; });
@@ -81,7 +80,7 @@ Parsed parse(int argc, char **argv, const Usage &usage, Action &action) {
     if (parsed.first_operand == argc) return {true, usage_error(usage, "nothing to do is named"), argc};
     action.name = argv[parsed.first_operand++];
     action.text.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
-    if (!action.text.from) action.text.from = find_form("utf-8");
+    if (!action.text.from) action.text.from = find_encoding("utf-8");
     return parsed;
 }
 
@@ -102,23 +101,23 @@ bool is_half_width(KxChar ch) {
 // The character behind it may be its sound mark. A sound mark itself never joins the next: it belongs to the one
 // before, and both must stay together.
 bool may_take_mark(KxChar ch) {
-    return is_half_width(ch) && ch != kxstr::strops::kVoicingMark && ch != kxstr::strops::kHalfVoicingMark;
+    return is_half_width(ch) && ch != kxstr::letters::kVoicingMark && ch != kxstr::letters::kHalfVoicingMark;
 }
 
 // A NUL of the text stays: the form tables take character 0 for a kana that lacks its half-width form.
-template <class Change> void change_each(Units &units, Change change) {
+template <class Change> void change_each(DecodedText &units, Change change) {
     for (KxChar &ch : units.chars) {
         if (ch != 0) ch = change(ch);
     }
 }
 
 template <class Change> Transform each(Change change) {
-    return {[=](Units &units) { change_each(units, change); }, never_joins};
+    return {[=](DecodedText &units) { change_each(units, change); }, never_joins};
 }
 
 // Double width, with the sound mark behind a half-width katakana taken into it.
-void widen(Units &units, bool only_half_width) {
-    Units wide;
+void widen(DecodedText &units, bool only_half_width) {
+    DecodedText wide;
     for (std::size_t at = 0; at < units.chars.size(); ++at) {
         KxChar ch = units.chars[at];
         const std::uint32_t place = units.places[at];
@@ -135,8 +134,8 @@ void widen(Units &units, bool only_half_width) {
 }
 
 // Single width, with the sound mark of a katakana behind it.
-void narrow(Units &units) {
-    Units single;
+void narrow(DecodedText &units) {
+    DecodedText single;
     for (std::size_t at = 0; at < units.chars.size(); ++at) {
         KxChar mark = 0;
         const KxChar ch = units.chars[at];
@@ -153,10 +152,10 @@ std::optional<Transform> case_transform(const std::string &action, const Country
 }
 
 std::optional<Transform> width_transform(const std::string &action, const Country &country) {
-    if (action == "double") return Transform{[](Units &units) { widen(units, false); }, may_take_mark};
+    if (action == "double") return Transform{[](DecodedText &units) { widen(units, false); }, may_take_mark};
     if (action == "single") return Transform{narrow, never_joins};
     if (action == "hiragana") {
-        const auto to_hiragana = [mode = country.hiragana](Units &units) {
+        const auto to_hiragana = [mode = country.hiragana](DecodedText &units) {
             widen(units, true);
             change_each(units, [=](KxChar ch) { return wtoall(mode, ch); });
         };
@@ -213,13 +212,13 @@ int run_by_country(int argc, char **argv, const Usage &usage, bool needs_country
     const Parsed parsed = parse(argc, argv, usage, action);
     if (parsed.stop) return parsed.status;
     if (!action.text.to) action.text.to = action.text.from;
-    const Country &country = settle_country(action.named_country, action.text);
+    const Country &country = set_country(action.named_country, action.text);
     const auto transform = make_transform(action.name, country);
     if (!transform) return unknown_action(usage, action);
     if (needs_country && country.id == 0 && action.named_country == nullptr) {
         return usage_error(usage, "of which country? --country tells");
     }
-    const Page page = country.code_page != 0 ? page_of_windows_number(country.code_page) : host_page();
+    const CodePage page = country.code_page != 0 ? page_of_windows_number(country.code_page) : system_page();
     return run_text(usage, action.text, pages_of(action.text, page), &*transform);
 }
 
@@ -240,16 +239,16 @@ int run_han(int argc, char **argv) {
     const bool to_big5 = action.name == "big5";
     if (!to_big5 && action.name != "gb") return unknown_action(kHanUsage, action);
 
-    const Page gb = page_of_windows_number(936);
-    const Page big5 = page_of_windows_number(950);
-    const Page &source = to_big5 ? gb : big5;
-    const Page &target = to_big5 ? big5 : gb;
+    const CodePage gb = page_of_windows_number(936);
+    const CodePage big5 = page_of_windows_number(950);
+    const CodePage &source = to_big5 ? gb : big5;
+    const CodePage &target = to_big5 ? big5 : gb;
     TextRequest &text = action.text;
-    if (!text.to) text.to = text.from->page == source ? Form{FormKind::code_page, target} : text.from;
+    if (!text.to) text.to = text.from->page == source ? Encoding{EncodingKind::code_page, target} : text.from;
     // On its way the text is one of the source's page, whatever it becomes.
     TextPages pages{text.ansi.value_or(source), {}};
-    if (text.from->kind == FormKind::code_page) pages.text = text.from->page;
-    pages.written = text.to->kind == FormKind::code_page ? text.to->page : pages.text;
+    if (text.from->kind == EncodingKind::code_page) pages.text = text.from->page;
+    pages.written = text.to->kind == EncodingKind::code_page ? text.to->page : pages.text;
     const Transform transform =
         to_big5 ? each([](KxChar ch) { return gbtobig5(ch); }) : each([](KxChar ch) { return big5togb(ch); });
     return run_text(kHanUsage, text, pages, &transform);

@@ -2,17 +2,23 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
 
-#include "host.h"
+#include "os.h"
 
 namespace kx {
 namespace {
 
 constexpr std::size_t kChunkSize = std::size_t{64} * 1024;
 constexpr const char *kStandard = "-";
+
+std::int64_t now_in_milliseconds() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
 
 } // namespace
 
@@ -39,9 +45,9 @@ std::string hex(std::span<const std::uint8_t> bytes) {
 Input::Input(const char *command, const std::string &path) : command_(command), name_(path) {
     if (path == kStandard) {
         name_ = "(standard input)";
-        descriptor_ = host::kStandardInput;
+        descriptor_ = os::kStandardInput;
     } else {
-        descriptor_ = host::open_to_read(path.c_str());
+        descriptor_ = os::open_to_read(path.c_str());
         if (descriptor_ < 0) {
             report(command_, name_, errno);
             return;
@@ -52,7 +58,7 @@ Input::Input(const char *command, const std::string &path) : command_(command), 
 }
 
 Input::~Input() {
-    if (descriptor_ > host::kStandardInput) host::close(descriptor_);
+    if (descriptor_ > os::kStandardInput) os::close(descriptor_);
 }
 
 Chunk Input::next() {
@@ -64,7 +70,7 @@ Chunk Input::next() {
         }
         // The caller could do nothing with a full buffer: what it needs is longer.
         if (end_ == buffer_.size()) buffer_.resize(2 * buffer_.size());
-        const std::ptrdiff_t count = host::read(descriptor_, buffer_.data() + end_, buffer_.size() - end_);
+        const std::ptrdiff_t count = os::read(descriptor_, buffer_.data() + end_, buffer_.size() - end_);
         if (count < 0) {
             report(command_, name_, errno);
             good_ = false;
@@ -82,7 +88,7 @@ void Input::consume(std::size_t count) {
 }
 
 std::uint64_t size_of(const Input &input) {
-    const auto file = host::regular_file(input.descriptor());
+    const auto file = os::regular_file(input.descriptor());
     return file ? file->size : 0;
 }
 
@@ -91,9 +97,9 @@ std::uint64_t size_of(const Input &input) {
 Output::Output(const char *command, const std::string &path) : command_(command), name_(path) {
     if (path.empty() || path == kStandard) {
         name_ = "(standard output)";
-        descriptor_ = host::kStandardOutput;
+        descriptor_ = os::kStandardOutput;
     } else {
-        descriptor_ = host::open_to_write(path.c_str());
+        descriptor_ = os::open_to_write(path.c_str());
         if (descriptor_ < 0) {
             report(command_, name_, errno);
             return;
@@ -114,7 +120,7 @@ bool Output::fail(const char *what) {
 
 bool Output::write(std::span<const std::uint8_t> bytes) {
     while (good_ && !bytes.empty()) {
-        const std::ptrdiff_t count = host::write(descriptor_, bytes.data(), bytes.size());
+        const std::ptrdiff_t count = os::write(descriptor_, bytes.data(), bytes.size());
         if (count < 0) return fail("cannot write to ");
         bytes = bytes.subspan(static_cast<std::size_t>(count));
     }
@@ -125,17 +131,17 @@ bool Output::close() {
     if (!good_) return false;
     good_ = false;
     // Some file systems report a full disk only here.
-    if (host::close(descriptor_) < 0) return fail("cannot write to ");
+    if (os::close(descriptor_) < 0) return fail("cannot write to ");
     return true;
 }
 
 bool is_one_of(const std::string &output, std::span<const std::string> inputs) {
     const auto regular_file = [](const std::string &path, int standard) {
-        return path.empty() || path == kStandard ? host::regular_file(standard) : host::regular_file(path.c_str());
+        return path.empty() || path == kStandard ? os::regular_file(standard) : os::regular_file(path.c_str());
     };
-    const auto target = regular_file(output, host::kStandardOutput);
+    const auto target = regular_file(output, os::kStandardOutput);
     return target && std::ranges::any_of(inputs, [&](const std::string &input) {
-               const auto source = regular_file(input, host::kStandardInput);
+               const auto source = regular_file(input, os::kStandardInput);
                return source && source->is_same_as(*target);
            });
 }
@@ -145,16 +151,16 @@ bool is_one_of(const std::string &output, std::span<const std::string> inputs) {
 Progress::Progress(const Input &input)
     : name_(input.name()),
       total_(size_of(input)),
-      wanted_(host::is_terminal(host::kStandardError)),
-      due_(Clock::now() + std::chrono::seconds(1)) {}
+      wanted_(os::is_terminal(os::kStandardError)),
+      due_(now_in_milliseconds() + 1000) {}
 
 Progress::~Progress() {
     if (shown_) std::fputs("\r\033[K", stderr);
 }
 
 void Progress::at(std::uint64_t done) {
-    if (!wanted_ || Clock::now() < due_) return;
-    due_ = Clock::now() + std::chrono::milliseconds(200);
+    if (!wanted_ || now_in_milliseconds() < due_) return;
+    due_ = now_in_milliseconds() + 200;
     shown_ = true;
     constexpr std::uint64_t mebi = std::uint64_t{1024} * 1024;
     std::fprintf(stderr, "\r\033[K%s: %" PRIu64 " MiB", name_.c_str(), done / mebi);

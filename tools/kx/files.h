@@ -2,7 +2,6 @@
 // that name the file.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -89,13 +88,11 @@ class Progress {
     void at(std::uint64_t done);
 
   private:
-    using Clock = std::chrono::steady_clock;
-
     std::string name_;
     std::uint64_t total_ = 0; // 0: not known
     bool wanted_;
     bool shown_ = false;
-    Clock::time_point due_;
+    std::int64_t due_; // when the line is written next, in milliseconds of a clock that only runs forward
 };
 
 // "COMMAND: WHAT" and, for `errno` values other than 0, what the system says about it, on standard error.

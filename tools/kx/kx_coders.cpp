@@ -1,13 +1,13 @@
 // KX text: 16-bit units, little-endian.
 #include "coders.h"
-#include "frame/bytes.h"
+#include "platform/bytes.h"
 
 namespace kx {
 namespace {
 
 class KxDecoder final : public Decoder {
   public:
-    Result decode(const Chunk &chunk, Units &units) override {
+    Result decode(const Chunk &chunk, DecodedText &units) override {
         const std::size_t whole = chunk.bytes.size() / 2 * 2;
         for (std::size_t at = 0; at < whole; at += 2)
             units.add(kxstr::load_u16le(chunk.bytes.data() + at), at);
@@ -17,7 +17,7 @@ class KxDecoder final : public Decoder {
 
 class KxEncoder final : public Encoder {
   public:
-    KxEncoder(const Page &text_page, const Page &written_page)
+    KxEncoder(const CodePage &text_page, const CodePage &written_page)
         : same_page_(text_page == written_page),
           characters_([=](KxChar ch) { return kx_of_kx(written_page, text_page, ch); }) {}
 
@@ -43,7 +43,7 @@ std::unique_ptr<Decoder> make_kx_decoder() {
     return std::make_unique<KxDecoder>();
 }
 
-std::unique_ptr<Encoder> make_kx_encoder(const Page &text_page, const Page &written_page) {
+std::unique_ptr<Encoder> make_kx_encoder(const CodePage &text_page, const CodePage &written_page) {
     return std::make_unique<KxEncoder>(text_page, written_page);
 }
 

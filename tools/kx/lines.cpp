@@ -5,7 +5,7 @@
 
 namespace kx {
 
-LineReader::LineReader(const Form &form, const Page &text_page) : decoder_(make_decoder(form, text_page)) {
+LineReader::LineReader(const Encoding &form, const CodePage &text_page) : decoder_(make_decoder(form, text_page)) {
     constexpr KxChar line_feed = KX_LINE_FEED;
     make_encoder(form, text_page, text_page)->encode({&line_feed, 1}, line_end_);
 }

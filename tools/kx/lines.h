@@ -3,13 +3,13 @@
 
 #include <optional>
 
-#include "forms.h"
+#include "encodings.h"
 
 namespace kx {
 
 class LineReader {
   public:
-    LineReader(const Form &form, const Page &text_page);
+    LineReader(const Encoding &form, const CodePage &text_page);
 
     // What ends a line in this form.
     std::span<const std::uint8_t> line_end() const noexcept { return line_end_; }
@@ -27,7 +27,7 @@ class LineReader {
   private:
     std::unique_ptr<Decoder> decoder_;
     std::vector<std::uint8_t> line_end_;
-    Units units_;
+    DecodedText units_;
 };
 
 } // namespace kx

@@ -11,14 +11,14 @@
 #include "dump.h"
 #include "east_asian.h"
 #include "files.h"
-#include "host.h"
+#include "os.h"
 #include "registry.h"
 #include "sort.h"
 #include "strip.h"
 
 namespace {
 
-// One line a command; each lives in a file of its own.
+// One line a command.
 constexpr kx::Command kCommands[] = {
     {"convert", "convert text between code pages, KX text and Unicode", kx::run_convert},
     {"case", "make letters capital or small", kx::run_case},
@@ -69,7 +69,7 @@ int run(int argc, char **argv) {
 } // namespace
 
 int main(int argc, char **argv) {
-    kx::host::prepare(argc, argv);
+    kx::os::prepare(argc, argv);
     const int status = run(argc, argv);
     // What was printed may still meet a full disk, or a pipe that nobody reads.
     const bool flushed = std::fflush(stdout) == 0;

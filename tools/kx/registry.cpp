@@ -10,9 +10,11 @@
 #include "files.h"
 #include "options.h"
 #include "platform/ansi_text.h"
+#include "platform/bytes.h"
 #include "platform/portable/registry_store.h"
 #include "platform/portable/utf8.h"
 #include "platform/system.h"
+#include "registry/link_engine.h"
 #include "registry/values.h"
 
 namespace kx {
@@ -36,7 +38,8 @@ constexpr Usage kUsageText{
     "Reads and writes the registry of the library, a text file. KEY is a full path such as\n"
     "'HKEY_CURRENT_USER\\Software\\Norvane'; letter case does not count. The NAME '' is the key's\n"
     "default value.\n\n"
-    "  show    print a key and all below it, or everything, in the format of the file\n"
+    "  show    print a key and all below it, or everything, in the format of the file; behind a link\n"
+    "          that reads one value and writes another, a remark tells which it writes\n"
     "  get     print one value: a text or a link as it is, a dword or a code page in decimal, other\n"
     "          data in hexadecimal\n"
     "  set     write one value; nothing else in the file changes\n"
@@ -73,6 +76,21 @@ struct Place {
     std::u16string name;
 };
 
+// Tells of a link where writing through it goes, if that is not where reading looks: a remark in a line of its own.
+std::string remark_on(const RegistryValue &value) {
+    if (value.type != registry::kLinkType) return {}; // nor is anything written through a protected link
+    registry::LinkEngine engine;
+    std::optional<std::u16string> target;
+    if (registry::set_up(engine, registry::Missing::left)) target = registry::target_text(engine, value.data);
+    registry::release(engine);
+    if (!target || target->starts_with(u'\\')) return {};
+    // As the library's calls pass it on; whatever it holds, one line.
+    std::u16string place = platform::ansi_to_wide(platform::wide_to_ansi(*target));
+    std::ranges::replace_if(
+        place, [](char16_t unit) { return unit < u' '; }, u'?');
+    return "; writing through it sets HKEY_CURRENT_USER\\" + platform::to_utf8(place) + "\n";
+}
+
 int show(const RegistryFile &file, const std::u16string &path) {
     std::fputs(platform::empty_registry().text.c_str(), stdout);
     const std::u16string top = platform::upper_case(path);
@@ -85,7 +103,7 @@ int show(const RegistryFile &file, const std::u16string &path) {
             values.push_back(&entry.second);
         std::ranges::sort(values, {}, &RegistryValue::line);
         for (const RegistryValue *value : values)
-            std::printf("%s\n", platform::value_line(*value).c_str());
+            std::printf("%s\n%s", platform::value_line(*value).c_str(), remark_on(*value).c_str());
     }
     return kSuccess;
 }
@@ -103,9 +121,7 @@ std::string readable(const RegistryValue &value) {
     }
     std::string text;
     if (is_text && data.size() % 2 == 0) {
-        std::u16string units;
-        for (std::size_t i = 0; i < data.size(); i += 2)
-            units += static_cast<char16_t>(data[i] | data[i + 1] << 8);
+        std::u16string units = kxstr::units_of(data);
         while (units.ends_with(u'\0'))
             units.pop_back();
         return platform::to_utf8(units);
@@ -151,10 +167,7 @@ std::optional<std::vector<std::uint8_t>> text_bytes(const std::string &text) {
     auto units = platform::from_utf8(text);
     if (!units) return std::nullopt;
     std::vector<std::uint8_t> bytes;
-    for (const char16_t unit : *units += u'\0') {
-        bytes.push_back(static_cast<std::uint8_t>(unit));
-        bytes.push_back(static_cast<std::uint8_t>(unit >> 8));
-    }
+    kxstr::append_u16le(bytes, *units += u'\0');
     return bytes;
 }
 

@@ -1,6 +1,10 @@
 #include "sort.h"
 
+#include <algorithm>
+#include <array>
+#include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <stdexcept>
 
@@ -10,6 +14,7 @@
 #include "lines.h"
 #include "merge_sort.h"
 #include "options.h"
+#include "sort_key.h"
 
 namespace kx {
 namespace {
@@ -48,7 +53,7 @@ using ByteSpan = std::span<const std::uint8_t>;
 
 struct Request {
     std::optional<std::uint32_t> language;
-    Form form{FormKind::utf8, {}};
+    Encoding form{EncodingKind::utf8, {}};
     Collation collation;
     bool reverse = false;
     bool unique = false;
@@ -57,9 +62,9 @@ struct Request {
     std::vector<std::string> inputs;
 };
 
-Page text_page_of(const Request &request) {
-    if (request.form.kind == FormKind::code_page) return request.form.page;
-    return request.collation.page().value_or(host_page());
+CodePage text_page_of(const Request &request) {
+    if (request.form.kind == EncodingKind::code_page) return request.form.page;
+    return request.collation.page().value_or(system_page());
 }
 
 bool report_bad_line(const Request &request, const Input &input, std::uint64_t place) {
@@ -91,6 +96,7 @@ class Lines {
 
     // Lines are told by their places; places of this type hold all of them.
     std::size_t size() const noexcept { return bytes_.size(); }
+    std::size_t count() const noexcept { return count_; }
 
     ByteSpan line_at(std::size_t place) const {
         const ByteSpan rest = ByteSpan(bytes_).subspan(place);
@@ -165,13 +171,182 @@ class LineOrder {
     Known right_;
 };
 
-template <class Place> bool sort_and_write(const Request &request, Lines &lines) {
-    std::vector<Place> places = lines.places<Place>();
-    LineOrder order(request, lines);
-    {
-        std::vector<Place> spare(places.size() / 2);
-        merge_sort<Place>(places, spare, order);
+// A line with the start of its key, which decides most comparisons. The rest of the key lies in Keys.
+template <class Place> struct KeyedLine {
+    std::uint64_t start; // 8 bytes, the first one highest; inverted when the order is reversed
+    Place rest;          // see Keys
+    Place place;
+};
+
+// What lines have of their keys behind the start, in blocks, so that growing needs no room for two of them. Long keys
+// are cut: where that leaves a comparison open the lines themselves are compared.
+class Keys {
+  public:
+    static constexpr std::size_t start_size = sizeof(std::uint64_t);
+    static constexpr std::size_t no_rest = 0;
+
+    // Where the rest of a key is kept; nothing when there is no more room in a place of the size.
+    std::optional<std::size_t> add(ByteSpan rest, std::size_t largest_place) {
+        if (rest.empty()) return no_rest;
+        rest = rest.first(std::min(rest.size(), longest));
+        if (blocks_.empty() || used_ + size_bytes + rest.size() > block_size) {
+            blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(block_size));
+            used_ = blocks_.size() == 1 ? 1 : 0; // place 0 has a meaning of its own
+        }
+        const std::size_t place = (blocks_.size() - 1) * block_size + used_;
+        if (place > largest_place) return std::nullopt;
+        std::uint8_t *out = blocks_.back().get() + used_;
+        out[0] = static_cast<std::uint8_t>(rest.size() >> 8);
+        out[1] = static_cast<std::uint8_t>(rest.size());
+        std::ranges::copy(rest, out + size_bytes);
+        used_ += size_bytes + rest.size();
+        return place;
     }
+
+    ByteSpan rest_at(std::size_t place) const {
+        if (place == no_rest) return {};
+        const std::uint8_t *at = blocks_[place / block_size].get() + place % block_size;
+        return {at + size_bytes, at[0] * std::size_t{256} + at[1]};
+    }
+
+    // Nothing when the keys do not decide. Behind its end a key is zero, and no rest ends in zeros but a cut one.
+    static std::optional<int> compare(ByteSpan a, ByteSpan b) {
+        const std::size_t both = std::min(a.size(), b.size());
+        const int result = both == 0 ? 0 : std::memcmp(a.data(), b.data(), both);
+        if (result != 0) return result;
+        if (a.size() == longest || b.size() == longest) return std::nullopt;
+        return static_cast<int>(a.size() > both) - static_cast<int>(b.size() > both);
+    }
+
+  private:
+    static constexpr std::size_t block_size = std::size_t{1} << 20;
+    static constexpr std::size_t size_bytes = 2;
+    static constexpr std::size_t longest = 1024;
+
+    std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
+    std::size_t used_ = 0;
+};
+
+std::uint64_t start_of(ByteSpan key) {
+    std::uint64_t start = 0;
+    for (std::size_t i = 0; i < Keys::start_size; ++i)
+        start = start << 8 | (i < key.size() ? key[i] : 0u);
+    return start;
+}
+
+// By the starts, one byte after another, in place; what few lines have in common is left to `less`, which is a total
+// order that begins with the starts.
+template <class Line, class Less> void radix_sort(std::span<Line> lines, unsigned shift, const Less &less) {
+    constexpr std::size_t few = 64;
+    if (lines.size() <= few) {
+        std::ranges::sort(lines, less);
+        return;
+    }
+    const auto byte_of = [shift](const Line &line) { return static_cast<std::uint8_t>(line.start >> shift); };
+    std::array<std::size_t, 256> ends{};
+    for (const Line &line : lines)
+        ++ends[byte_of(line)];
+    std::array<std::size_t, 256> next{}; // free places of the groups
+    for (std::size_t byte = 1; byte < ends.size(); ++byte) {
+        next[byte] = ends[byte - 1];
+        ends[byte] += ends[byte - 1];
+    }
+    for (std::size_t byte = 0; byte < ends.size(); ++byte) {
+        const std::size_t first = byte == 0 ? 0 : ends[byte - 1];
+        while (next[byte] != ends[byte]) {
+            Line &line = lines[next[byte]];
+            if (const std::uint8_t group = byte_of(line); group != byte) {
+                std::swap(line, lines[next[group]++]);
+            } else {
+                ++next[byte];
+            }
+        }
+        const std::span<Line> group = lines.subspan(first, ends[byte] - first);
+        if (shift != 0) {
+            radix_sort(group, shift - 8, less);
+        } else {
+            std::ranges::sort(group, less);
+        }
+    }
+}
+
+template <class Place> class KeyedOrder {
+  public:
+    // Stands for the rest of a line without a key.
+    static constexpr Place no_key = std::numeric_limits<Place>::max();
+
+    KeyedOrder(const Request &request, Lines &lines) : reverse_(request.reverse), order_(request, lines) {
+        SortKeys maker(request.collation);
+        std::vector<KxChar> text;
+        items.reserve(lines.count());
+        for (std::size_t at = 0; at < lines.size(); at += lines.line_at(at).size()) {
+            lines.decode(at, text);
+            KeyedLine<Place> &line = items.emplace_back(KeyedLine<Place>{0, no_key, static_cast<Place>(at)});
+            const auto key = maker.make(text);
+            if (!key) {
+                is_total_ = false;
+                continue;
+            }
+            line.start = start_of(*key) ^ (reverse_ ? ~std::uint64_t{0} : 0);
+            const auto rest = key->subspan(std::min(key->size(), Keys::start_size));
+            line.rest = static_cast<Place>(keys_.add(rest, no_key - 1).value_or(no_key));
+        }
+    }
+
+    // Whether all lines have keys, whole or cut: then the order is none of those that are none (see merge_sort.h).
+    bool is_total() const noexcept { return is_total_; }
+
+    int operator()(const KeyedLine<Place> &a, const KeyedLine<Place> &b) {
+        if (a.rest == no_key || b.rest == no_key) return order_(a.place, b.place);
+        if (a.start != b.start) return a.start < b.start ? -1 : 1;
+        if (a.rest == b.rest) return 0; // without any
+        const auto result = Keys::compare(keys_.rest_at(a.rest), keys_.rest_at(b.rest));
+        if (!result) return order_(a.place, b.place);
+        return reverse_ ? -*result : *result;
+    }
+
+    std::vector<KeyedLine<Place>> items;
+
+  private:
+    bool reverse_;
+    bool is_total_ = true;
+    LineOrder order_;
+    Keys keys_;
+};
+
+// The places of the lines in their order.
+template <class Place> std::vector<Place> sorted_places(const Request &request, Lines &lines) {
+    std::vector<Place> places;
+    try {
+        KeyedOrder<Place> order(request, lines);
+        if (order.is_total()) {
+            const auto less = [&order](const KeyedLine<Place> &a, const KeyedLine<Place> &b) {
+                const int result = order(a, b);
+                return result != 0 ? result < 0 : a.place < b.place;
+            };
+            constexpr unsigned first_byte = 56;
+            radix_sort<KeyedLine<Place>>(order.items, first_byte, less);
+        } else {
+            std::vector<KeyedLine<Place>> spare(order.items.size() / 2);
+            merge_sort<KeyedLine<Place>>(order.items, spare, order);
+        }
+        places.reserve(order.items.size());
+        for (const KeyedLine<Place> &line : order.items)
+            places.push_back(line.place);
+        return places;
+    } catch (const std::bad_alloc &) {
+        // No room for keys. It takes longer without them, and comes to the same.
+    }
+    places = lines.places<Place>();
+    std::vector<Place> spare(places.size() / 2);
+    LineOrder order(request, lines);
+    merge_sort<Place>(places, spare, order);
+    return places;
+}
+
+template <class Place> bool sort_and_write(const Request &request, Lines &lines) {
+    const std::vector<Place> places = sorted_places<Place>(request, lines);
+    LineOrder order(request, lines);
     // Only now: the output may be one of the inputs.
     Output output(kUsageText.command, request.output);
     constexpr std::size_t piece = std::size_t{64} * 1024;
@@ -271,10 +446,11 @@ std::string take_option(Request &request, int id, const std::string &argument) {
         request.language = Collation::find_language(argument);
         return request.language ? "" : "no language '" + argument + "'; there are " + Collation::list_of_languages();
     case 'f': {
-        const auto form = find_form(argument);
+        const auto form = find_encoding(argument);
         if (!form) return "no form or code page '" + argument + "'; `kx convert -l` lists them";
         // A line end of the streams may also stand inside their other codes.
-        if (is_kx_form(*form) && form->kind != FormKind::kx) return "'" + argument + "' has no lines; convert it first";
+        if (is_kx_encoding(*form) && form->kind != EncodingKind::kx)
+            return "'" + argument + "' has no lines; convert it first";
         request.form = *form;
         return "";
     }
@@ -293,7 +469,7 @@ std::string fault_of(const Request &request) {
     if (!request.language) return "-l CODE is needed; there are " + Collation::list_of_languages();
     if (!request.keys) return "";
     if (request.reverse || request.unique) return "--keys does not sort; give -r and -u to the sorter";
-    if (request.form.kind != FormKind::code_page && request.form.kind != FormKind::utf8)
+    if (request.form.kind != EncodingKind::code_page && request.form.kind != EncodingKind::utf8)
         return "--keys writes bytes, not " + name_of(request.form) + "; convert the input first";
     return "";
 }

@@ -4,12 +4,13 @@
 #include <functional>
 #include <kxstr/forms.h>
 
+#include "codepage/country.h"
 #include "coders.h"
 #include "forms/code_size.h"
 #include "forms/kx5_stream.h"
 #include "forms/sio.h"
 #include "forms/strip.h"
-#include "frame/bytes.h"
+#include "platform/bytes.h"
 #include "stream_codes.h"
 
 namespace kx {
@@ -33,7 +34,7 @@ class StreamDecoder final : public Decoder {
   public:
     explicit StreamDecoder(bool with_codes) : with_codes_(with_codes) {}
 
-    Result decode(const Chunk &chunk, Units &units) override {
+    Result decode(const Chunk &chunk, DecodedText &units) override {
         std::size_t at = 0;
         while (at < chunk.bytes.size()) {
             if (chunk.bytes[at] == 0) return end_of_stream(chunk, at);
@@ -58,32 +59,21 @@ class StreamDecoder final : public Decoder {
 
 // ---- KX 5 ----
 
-constexpr std::uint8_t kExtended5 = 0xC0;
-constexpr std::uint8_t kAttributeOn5 = 0xC3;
-constexpr std::uint8_t kAttributeOff5 = 0xC4;
-constexpr std::uint8_t kFirstGroup5 = 0xD0;
-constexpr std::size_t kGroupHeaderSize5 = 4;
-// In pairs a row comes first; the first row holds set 0. A space stands alone.
-constexpr std::size_t kPairSize = 2;
-constexpr std::uint8_t kFirstRow = 0x21;
-constexpr std::uint8_t kLastRow = 0x7F;
-
 // KX 5 numbers half-width katakana in one way in Japan and in another elsewhere. The library asks for the country once.
-void settle_country_of(const Page &page) {
-    constexpr std::uint32_t japanese_page = 932;
-    constexpr std::uint8_t japan = 1;
-    if (page.windows_number == japanese_page) settle_country(japan);
+void set_country_of(const CodePage &page) {
+    using namespace kxstr::codepage;
+    if (country_of_code_page(page.windows_number) == kJapanese) kx::set_country(kJapanese);
 }
 
 // Reads a KX 5 stream as a system of the text's code page does: on double-byte systems characters come in pairs, and
 // Chinese ones by rules of their own.
 class Stream5Decoder final : public Decoder {
   public:
-    Stream5Decoder(const Page &text_page, bool with_codes) : page_(text_page), with_codes_(with_codes) {
-        settle_country_of(page_);
+    Stream5Decoder(const CodePage &text_page, bool with_codes) : page_(text_page), with_codes_(with_codes) {
+        set_country_of(page_);
     }
 
-    Result decode(const Chunk &chunk, Units &units) override {
+    Result decode(const Chunk &chunk, DecodedText &units) override {
         std::size_t at = 0;
         while (at < chunk.bytes.size()) {
             if (chunk.bytes[at] == 0) return end_of_stream(chunk, at);
@@ -104,30 +94,31 @@ class Stream5Decoder final : public Decoder {
   private:
     std::size_t size_of(std::span<const std::uint8_t> rest) const {
         const std::uint8_t first = rest[0];
-        if (first >= kFirstGroup5) {
-            return kGroupHeaderSize5 + (rest.size() < kGroupHeaderSize5 ? 0 : kxstr::load_u16le(&rest[2]));
+        if (first >= forms::kFirstGroup5) {
+            return forms::kGroupHeaderSize5 +
+                   (rest.size() < forms::kGroupHeaderSize5 ? 0 : kxstr::load_u16le(&rest[2]));
         }
-        if (first == kExtended5) return 4;
-        if (is_attribute(first)) return 3;
-        return is_double_byte(page_) && kFirstRow <= first && first <= kLastRow ? kPairSize : 1;
+        if (first == forms::kExtended5) return forms::kExtendedSize5;
+        if (is_attribute(first)) return forms::kAttributeSize5;
+        return is_double_byte(page_) && forms::kFirstRow5 <= first && first <= forms::kLastRow5 ? forms::kPairSize5 : 1;
     }
 
-    static forms::Text5 text_of(const Page &page) {
+    static forms::Kx5Text text_of(const CodePage &page) {
         switch (page.windows_number) {
-        case 936: return forms::Text5::simplified_pairs;
-        case 950: return forms::Text5::traditional_pairs;
-        default: return is_double_byte(page) ? forms::Text5::pairs : forms::Text5::bytes;
+        case 936: return forms::Kx5Text::simplified_pairs;
+        case 950: return forms::Kx5Text::traditional_pairs;
+        default: return is_double_byte(page) ? forms::Kx5Text::pairs : forms::Kx5Text::bytes;
         }
     }
 
     static bool is_sound(std::span<const std::uint8_t> code) {
         const std::uint8_t first = code[0];
-        if (first == kExtended5 || is_attribute(first)) return code.back() == first;
-        return code.size() != kPairSize || code[1] != 0;
+        if (first == forms::kExtended5 || is_attribute(first)) return code.back() == first;
+        return code.size() != forms::kPairSize5 || code[1] != 0;
     }
 
-    void convert(std::span<const std::uint8_t> code, std::size_t at, Units &units) const {
-        if (code[0] >= kFirstGroup5 || (is_attribute(code[0]) && !with_codes_)) return;
+    void convert(std::span<const std::uint8_t> code, std::size_t at, DecodedText &units) const {
+        if (code[0] >= forms::kFirstGroup5 || (is_attribute(code[0]) && !with_codes_)) return;
         std::array<std::uint8_t, 5> stream{};
         std::copy(code.begin(), code.end(), stream.begin());
         std::array<KxChar, 2> text{};
@@ -140,9 +131,11 @@ class Stream5Decoder final : public Decoder {
             units.add(renumbered[i], at);
     }
 
-    static constexpr bool is_attribute(std::uint8_t first) { return first == kAttributeOn5 || first == kAttributeOff5; }
+    static constexpr bool is_attribute(std::uint8_t first) {
+        return first == forms::kAttributeOn5 || first == forms::kAttributeOff5;
+    }
 
-    Page page_;
+    CodePage page_;
     bool with_codes_;
 };
 
@@ -161,7 +154,7 @@ constexpr bool is_attribute_off(KxChar ch) {
 
 // The three write one unit each, or nothing and false when their form lacks it.
 
-bool write_stream(KxChar ch, const Page &, Bytes &bytes) {
+bool write_stream(KxChar ch, const CodePage &, Bytes &bytes) {
     const unsigned index = index_of(ch), set = set_of(ch);
     if (ch == KX_LINE_FEED) {
         put(bytes, {forms::kHardLineEnd});
@@ -181,33 +174,33 @@ bool write_stream(KxChar ch, const Page &, Bytes &bytes) {
     return true;
 }
 
-bool write_stream5(KxChar ch, const Page &page, Bytes &bytes) {
+bool write_stream5(KxChar ch, const CodePage &page, Bytes &bytes) {
     const unsigned index = index_of(ch), set = set_of(ch);
     if (ch == KX_LINE_FEED || ch == KX_FORM_FEED || ch == KX_CARRIAGE_RETURN) {
         put(bytes, {index});
     } else if (ch == KX_TAB) {
-        put(bytes, {kExtended5, index, set, kExtended5});
+        put(bytes, {forms::kExtended5, index, set, forms::kExtended5});
     } else if (forms::is_attribute(ch)) {
-        const unsigned code = is_attribute_off(ch) ? kAttributeOff5 : kAttributeOn5;
+        const unsigned code = is_attribute_off(ch) ? forms::kAttributeOff5 : forms::kAttributeOn5;
         put(bytes, {code, index / 2, code});
     } else {
         const auto renumbered = static_cast<KxChar>(kxstr::is_code(ch) ? KX_NONE : WtpiKX6toKX5(ch));
         if (renumbered == KX_NONE) return false;
         if (set_of(renumbered) == kxstr::kAsciiSet) {
             // The library reads no other byte of set 0 back, and writes no pairs.
-            if (index < ' ' || index > kLastRow) return false;
-            if (is_double_byte(page) && index != ' ') put(bytes, {kFirstRow});
+            if (index < ' ' || index > forms::kLastRow5) return false;
+            if (is_double_byte(page) && index != ' ') put(bytes, {forms::kFirstRow5});
         }
         const KxChar text[]{renumbered, 0};
         std::array<std::uint8_t, 8> stream{};
         WwzTo5dz(text, stream.data(), stream.size());
-        const std::size_t size = stream[0] == kExtended5 ? 4 : 1;
+        const std::size_t size = stream[0] == forms::kExtended5 ? forms::kExtendedSize5 : 1;
         bytes.insert(bytes.end(), stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size));
     }
     return true;
 }
 
-bool write_sio(KxChar ch, const Page &, Bytes &bytes) {
+bool write_sio(KxChar ch, const CodePage &, Bytes &bytes) {
     constexpr std::uint32_t flags =
         KX_KEEP_ATTRIBUTES | KX_KEEP_HARD_ENDS | KX_KEEP_SOFT_ENDS | KX_HYPHENS_AS_TEXT | KX_KEEP_TABS;
     const KxChar text[]{ch, 0};
@@ -221,9 +214,9 @@ bool write_sio(KxChar ch, const Page &, Bytes &bytes) {
 
 class StreamEncoder final : public Encoder {
   public:
-    using Write = bool(KxChar ch, const Page &page, Bytes &bytes);
+    using Write = bool(KxChar ch, const CodePage &page, Bytes &bytes);
 
-    StreamEncoder(Write *write, const Page &text_page, const Page &written_page)
+    StreamEncoder(Write *write, const CodePage &text_page, const CodePage &written_page)
         : write_(write),
           written_page_(written_page),
           characters_([=](KxChar ch) { return kx_of_kx(written_page, text_page, ch); }) {}
@@ -238,7 +231,7 @@ class StreamEncoder final : public Encoder {
 
   private:
     Write *write_;
-    Page written_page_;
+    CodePage written_page_;
     CharMap characters_;
 };
 
@@ -248,20 +241,20 @@ std::unique_ptr<Decoder> make_stream_decoder(bool with_codes) {
     return std::make_unique<StreamDecoder>(with_codes);
 }
 
-std::unique_ptr<Decoder> make_stream5_decoder(const Page &text_page, bool with_codes) {
+std::unique_ptr<Decoder> make_stream5_decoder(const CodePage &text_page, bool with_codes) {
     return std::make_unique<Stream5Decoder>(text_page, with_codes);
 }
 
-std::unique_ptr<Encoder> make_stream_encoder(const Page &text_page, const Page &written_page) {
+std::unique_ptr<Encoder> make_stream_encoder(const CodePage &text_page, const CodePage &written_page) {
     return std::make_unique<StreamEncoder>(write_stream, text_page, written_page);
 }
 
-std::unique_ptr<Encoder> make_stream5_encoder(const Page &text_page, const Page &written_page) {
-    settle_country_of(written_page);
+std::unique_ptr<Encoder> make_stream5_encoder(const CodePage &text_page, const CodePage &written_page) {
+    set_country_of(written_page);
     return std::make_unique<StreamEncoder>(write_stream5, text_page, written_page);
 }
 
-std::unique_ptr<Encoder> make_sio_encoder(const Page &text_page, const Page &written_page) {
+std::unique_ptr<Encoder> make_sio_encoder(const CodePage &text_page, const CodePage &written_page) {
     return std::make_unique<StreamEncoder>(write_sio, text_page, written_page);
 }
 

@@ -47,7 +47,7 @@ class StripDecoder final : public Decoder {
   public:
     StripDecoder(std::uint32_t flags, bool with_codes) : flags_(flags), with_codes_(with_codes) {}
 
-    Result decode(const Chunk &chunk, Units &units) override {
+    Result decode(const Chunk &chunk, DecodedText &units) override {
         std::size_t at = 0;
         while (at < chunk.bytes.size()) {
             if (chunk.bytes[at] == 0) return end_of_stream(chunk, at);
@@ -111,8 +111,8 @@ std::string take_keep(std::uint32_t &flags, const std::string &list) {
 
 int run_strip(int argc, char **argv) {
     TextRequest request;
-    request.from = Form{FormKind::stream, {}};
-    request.to = Form{FormKind::utf8, {}};
+    request.from = Encoding{EncodingKind::stream, {}};
+    request.to = Encoding{EncodingKind::utf8, {}};
     std::uint32_t flags = 0;
     const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const std::string &argument) {
         switch (id) {
@@ -124,8 +124,8 @@ int run_strip(int argc, char **argv) {
     });
     if (parsed.stop) return parsed.status;
     request.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
-    const TextPages pages = pages_of(request, host_page());
-    auto decoder = std::make_unique<StripDecoder>(flags, is_kx_form(*request.to));
+    const TextPages pages = pages_of(request, system_page());
+    auto decoder = std::make_unique<StripDecoder>(flags, is_kx_encoding(*request.to));
     return run_text(kUsageText, request, pages, nullptr, std::move(decoder));
 }
 

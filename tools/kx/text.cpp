@@ -4,11 +4,12 @@
 #include <kxstr/codepage.h>
 
 #include "codepage/convert.h"
+#include "codepage/country.h"
 #include "codepage/descriptor.h"
 #include "codepage/double_byte.h"
-#include "codepage/state.h"
-#include "frame/kx_char.h"
+#include "core/kx_char.h"
 #include "platform/system.h"
+#include "simd/kernels.h"
 #include "unicode/map.h"
 
 namespace kx {
@@ -20,31 +21,10 @@ using kxstr::set_of;
 
 constexpr std::array<std::uint32_t, 4> kDoubleBytePages{932, 949, 936, 950};
 
-KxCodePage descriptor_of(const Page &page) {
+KxCodePage descriptor_of(const CodePage &page) {
     KxCodePage descriptor{};
     kxstr::codepage::set_code_page(descriptor, page.kx_number, kxstr::codepage::kBothDirections);
     return descriptor;
-}
-
-// Tab, line feed, form feed and carriage return are codes in KX text, in every form the same character.
-constexpr KxChar line_code(std::uint16_t control) {
-    switch (control) {
-    case 9: return KX_TAB;
-    case 10: return KX_LINE_FEED;
-    case 12: return KX_FORM_FEED;
-    case 13: return KX_CARRIAGE_RETURN;
-    default: return kNone;
-    }
-}
-
-constexpr std::uint16_t line_control(KxChar ch) {
-    switch (ch) {
-    case KX_TAB: return 9;
-    case KX_LINE_FEED: return 10;
-    case KX_FORM_FEED: return 12;
-    case KX_CARRIAGE_RETURN: return 13;
-    default: return kNone;
-    }
 }
 
 constexpr bool is_plain_set(KxChar ch) {
@@ -72,7 +52,7 @@ bool has_character(std::uint32_t windows_number, KxChar ch) {
 }
 
 // A double-byte page answers with a mark for its codes that no character has. A text must not fill with them unseen.
-bool stands_for_undefined(const Page &page, KxChar ch, std::uint16_t unit) {
+bool stands_for_undefined(const CodePage &page, KxChar ch, std::uint16_t unit) {
     constexpr std::uint16_t katakana_middle_dot = 0x30FB;
     if (unit != '?' && unit != katakana_middle_dot) return false;
     return join(kxstr::platform::from_wide(page.windows_number, unit)) !=
@@ -82,7 +62,7 @@ bool stands_for_undefined(const Page &page, KxChar ch, std::uint16_t unit) {
 // The page that a unit speaks of: that of the text, unless it is an East Asian character that only another page has.
 // The sets of the four pages are apart; the areas beside them, which hold the user-defined characters, overlap, and
 // there the page of the text decides.
-Page page_of(const Page &text_page, KxChar ch) {
+CodePage page_of(const CodePage &text_page, KxChar ch) {
     if (!is_east_asian(ch) || has_character(text_page.windows_number, ch)) return text_page;
     for (const std::uint32_t number : kDoubleBytePages) {
         if (has_character(number, ch)) return page_of_windows_number(number);
@@ -92,24 +72,24 @@ Page page_of(const Page &text_page, KxChar ch) {
 
 // Whether the byte is a control character that DOS shows as this one.
 constexpr bool is_glyph_of_control(KxChar ch, std::uint16_t code) {
-    return code < 0x20 && !is_plain_set(ch) && line_control(ch) == kNone;
+    return code < 0x20 && !is_plain_set(ch) && kxstr::control_of_code(ch) == kNone;
 }
 
 // The code that the page itself has for a unit.
-std::uint16_t own_code(const Page &page, const Page &text_page, KxChar ch) {
+std::uint16_t own_code(const CodePage &page, const CodePage &text_page, KxChar ch) {
     const bool of_another_page =
         (is_native_byte(ch) && page != text_page) || (is_east_asian(ch) && page_of(text_page, ch) != page);
     if (of_another_page) return kNone;
     const std::uint16_t code = kxstr::codepage::from_kx(descriptor_of(page), ch, kDoubleByteSystem);
     if (code > 0xFF && kx_of_code(page, code) != ch) return kNone;
     // A glyph must not become a line end.
-    if (is_glyph_of_control(ch, code) && line_code(code) != kNone) return kNone;
+    if (is_glyph_of_control(ch, code) && kxstr::code_of_control(code) != kNone) return kNone;
     return code;
 }
 
 // KX text has an Arabic letter and its isolated form as one character, and the library gives the form as its Unicode
 // value. In a text it is the letter, which joins its neighbours, unless the page of the text has the form itself.
-std::uint16_t letter_of_form(const Page &text_page, KxChar ch, std::uint16_t form) {
+std::uint16_t letter_of_form(const CodePage &text_page, KxChar ch, std::uint16_t form) {
     constexpr std::uint16_t first_form = 0xFB50;
     constexpr std::uint16_t last_form = 0xFEFC;
     if (form < first_form || form > last_form) return form;
@@ -122,34 +102,49 @@ std::uint16_t letter_of_form(const Page &text_page, KxChar ch, std::uint16_t for
 
 } // namespace
 
-Page page_of_kx_number(std::uint32_t number) {
+std::size_t CharMap::translate(std::span<const std::uint16_t> from, std::uint16_t *to) {
+    std::size_t done = 0;
+    for (;;) {
+        done += kxstr::simd::kernels().translate16(from.data() + done, from.size() - done, to + done, pages_.data());
+        if (done == from.size() || pages_[from[done] >> 8] != nullptr) return done;
+        fill(from[done] >> 8);
+    }
+}
+
+void CharMap::fill(unsigned number) {
+    auto page = std::make_unique<kxstr::simd::MapPage>();
+    for (unsigned index = 0; index < 0x100; ++index)
+        page->set(index, function_(kxstr::make_char(number, index)));
+    pages_[number] = page.get();
+    filled_.push_back(std::move(page));
+}
+
+CodePage page_of_kx_number(std::uint32_t number) {
     return {number, WcvtKXCodepageToWinCodepage(number)};
 }
 
-Page page_of_windows_number(std::uint32_t number) {
+CodePage page_of_windows_number(std::uint32_t number) {
     return {WcvtWinCodepageToKXCodepage(number), number};
 }
 
-Page host_page() {
+CodePage system_page() {
     return page_of_windows_number(kxstr::platform::ansi_code_page());
 }
 
-void settle_country(std::uint8_t id) {
-    auto &state = kxstr::codepage::process_state();
-    state.country = id;
-    state.country_decided = true;
+void set_country(std::uint8_t id) {
+    kxstr::codepage::set_country(id);
 }
 
-bool is_double_byte(const Page &page) {
+bool is_double_byte(const CodePage &page) {
     return kxstr::codepage::has_double_byte_rule(page.windows_number);
 }
 
-bool is_lead_byte(const Page &page, std::uint8_t byte) {
+bool is_lead_byte(const CodePage &page, std::uint8_t byte) {
     return is_double_byte(page) && kxstr::platform::is_lead_byte_of(page.windows_number, byte);
 }
 
-KxChar kx_of_code(const Page &page, std::uint16_t code) {
-    if (const KxChar code_of_line = line_code(code); code_of_line != kNone) return code_of_line;
+KxChar kx_of_code(const CodePage &page, std::uint16_t code) {
+    if (const KxChar code_of_line = kxstr::code_of_control(code); code_of_line != kNone) return code_of_line;
     const KxChar ch = kxstr::codepage::to_kx(descriptor_of(page), code, kDoubleByteSystem);
     // The table of a page may carry its no-break space as the byte that other pages have for it.
     const bool another_byte = is_native_byte(ch) && index_of(ch) != code;
@@ -159,8 +154,8 @@ KxChar kx_of_code(const Page &page, std::uint16_t code) {
     return kxstr::make_char(kxstr::kNativeByteSet, code);
 }
 
-KxChar kx_of_unicode(const Page &text_page, std::uint16_t unit) {
-    if (const KxChar code_of_line = line_code(unit); code_of_line != kNone) return code_of_line;
+KxChar kx_of_unicode(const CodePage &text_page, std::uint16_t unit) {
+    if (const KxChar code_of_line = kxstr::code_of_control(unit); code_of_line != kNone) return code_of_line;
     if (unit < 0x80) return unit;
     const KxChar ch = kxstr::unicode::to_kx(unit, text_page.windows_number);
     const bool found = ch != kNone && !is_native_byte(ch);
@@ -172,9 +167,9 @@ KxChar kx_of_unicode(const Page &text_page, std::uint16_t unit) {
     return found ? ch : kNone;
 }
 
-std::uint16_t unicode_of_kx(const Page &text_page, KxChar ch) {
-    if (const std::uint16_t control = line_control(ch); control != kNone) return control;
-    const Page page = page_of(text_page, ch);
+std::uint16_t unicode_of_kx(const CodePage &text_page, KxChar ch) {
+    if (const std::uint16_t control = kxstr::control_of_code(ch); control != kNone) return control;
+    const CodePage page = page_of(text_page, ch);
     // The rules of the double-byte pages also take units that no code of the page gives.
     if (is_east_asian(ch) && !has_character(page.windows_number, ch)) return kNone;
     const std::uint16_t unit = kxstr::unicode::from_kx(ch, page.windows_number);
@@ -182,7 +177,7 @@ std::uint16_t unicode_of_kx(const Page &text_page, KxChar ch) {
     return letter_of_form(text_page, ch, unit);
 }
 
-std::uint16_t code_of_kx(const Page &page, const Page &text_page, KxChar ch) {
+std::uint16_t code_of_kx(const CodePage &page, const CodePage &text_page, KxChar ch) {
     const std::uint16_t own = own_code(page, text_page, ch);
     if (own != kNone && (page == text_page || !is_glyph_of_control(ch, own))) return own;
     // Greek, Cyrillic or a star have KX characters of their own, which a double-byte page has under its own codes.
@@ -192,7 +187,7 @@ std::uint16_t code_of_kx(const Page &page, const Page &text_page, KxChar ch) {
     return code != kNone && kx_of_code(page, code) != kNone ? code : own;
 }
 
-KxChar kx_of_kx(const Page &page, const Page &text_page, KxChar ch) {
+KxChar kx_of_kx(const CodePage &page, const CodePage &text_page, KxChar ch) {
     const bool means_another =
         page != text_page && (is_native_byte(ch) || (is_east_asian(ch) && page_of(text_page, ch) != page));
     if (!means_another) return ch;

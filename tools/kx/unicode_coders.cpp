@@ -46,20 +46,6 @@ Scalar read_utf8(std::span<const std::uint8_t> bytes) {
     return {Scalar::character, length, value};
 }
 
-void write_utf8(std::uint16_t unit, std::vector<std::uint8_t> &bytes) {
-    const auto put = [&](unsigned byte) { bytes.push_back(static_cast<std::uint8_t>(byte)); };
-    if (unit < 0x80) {
-        put(unit);
-    } else if (unit < 0x800) {
-        put(0xC0u | (unit >> 6));
-        put(0x80u | (unit & 0x3Fu));
-    } else {
-        put(0xE0u | (unit >> 12));
-        put(0x80u | ((unit >> 6) & 0x3Fu));
-        put(0x80u | (unit & 0x3Fu));
-    }
-}
-
 template <ByteOrder Order> std::uint16_t load(const std::uint8_t *bytes) {
     const unsigned low = bytes[Order == ByteOrder::little ? 0 : 1];
     const unsigned high = bytes[Order == ByteOrder::little ? 1 : 0];
@@ -84,14 +70,41 @@ template <ByteOrder Order> void write_utf16(std::uint16_t unit, std::vector<std:
     bytes.push_back(Order == ByteOrder::little ? high : low);
 }
 
-template <Scalar (*Read)(std::span<const std::uint8_t>)> class UnicodeDecoder final : public Decoder {
+// Decodes as far as all is plain: the bytes taken. What stops it is for Read to judge.
+using BulkDecoder = std::size_t(std::span<const std::uint8_t> bytes, CharMap &characters, DecodedText &units);
+
+std::size_t bulk_utf8(std::span<const std::uint8_t> bytes, CharMap &characters, DecodedText &units) {
+    constexpr std::size_t block = 4096;
+    std::size_t at = 0;
+    while (at < bytes.size()) {
+        const std::size_t size = std::min(block, bytes.size() - at);
+        KxChar *const to = units.grow(size);
+        const auto done = kxstr::simd::kernels().units_of_utf8(bytes.data() + at, size, to);
+        const bool all = characters.translate({to, done.written}, to) == done.written;
+        units.chars.resize(units.chars.size() - size + (all ? done.written : 0));
+        if (all) at += done.read;
+        // A character may lie across the end of a block.
+        if (!all || done.read + 3 < block) break;
+    }
+    return at;
+}
+
+std::size_t bulk_none(std::span<const std::uint8_t>, CharMap &, DecodedText &) {
+    return 0;
+}
+
+template <Scalar (*Read)(std::span<const std::uint8_t>), BulkDecoder *Bulk>
+class UnicodeDecoder final : public Decoder {
   public:
-    explicit UnicodeDecoder(const Page &text_page)
+    explicit UnicodeDecoder(const CodePage &text_page)
         : characters_([text_page](std::uint16_t unit) { return kx_of_unicode(text_page, unit); }) {}
 
-    Result decode(const Chunk &chunk, Units &units) override {
+    Result decode(const Chunk &chunk, DecodedText &units) override {
         std::size_t at = 0;
         while (at < chunk.bytes.size()) {
+            // A mark can stand at the very start only.
+            if (!units.placed && chunk.offset + at != 0) at += Bulk(chunk.bytes.subspan(at), characters_, units);
+            if (at == chunk.bytes.size()) break;
             const Scalar scalar = Read(chunk.bytes.subspan(at));
             if (scalar.kind == Scalar::incomplete) return {at, chunk.last ? chunk.bytes.size() - at : 0};
             const bool mark = scalar.value == kByteOrderMark && chunk.offset + at == 0;
@@ -113,16 +126,32 @@ template <Scalar (*Read)(std::span<const std::uint8_t>)> class UnicodeDecoder fi
     CharMap characters_;
 };
 
-template <void (*Write)(std::uint16_t, std::vector<std::uint8_t> &)> class UnicodeEncoder final : public Encoder {
+class Utf8Encoder final : public Encoder {
   public:
-    explicit UnicodeEncoder(const Page &text_page)
+    explicit Utf8Encoder(const CodePage &text_page)
+        : units_([text_page](KxChar ch) { return unicode_of_kx(text_page, ch); }) {}
+
+    std::size_t encode(std::span<const KxChar> units, std::vector<std::uint8_t> &bytes) override {
+        translated_.resize(units.size());
+        const std::size_t done = units_.translate(units, translated_.data());
+        return done - append(kxstr::simd::kernels().utf8_of_units, std::span(translated_).first(done), 3, bytes);
+    }
+
+  private:
+    CharMap units_;
+    std::vector<std::uint16_t> translated_;
+};
+
+template <ByteOrder Order> class Utf16Encoder final : public Encoder {
+  public:
+    explicit Utf16Encoder(const CodePage &text_page)
         : units_([text_page](KxChar ch) { return unicode_of_kx(text_page, ch); }) {}
 
     std::size_t encode(std::span<const KxChar> units, std::vector<std::uint8_t> &bytes) override {
         for (std::size_t at = 0; at < units.size(); ++at) {
             const std::uint16_t unit = units_[units[at]];
             if (unit == KX_NONE || is_surrogate(unit)) return at;
-            Write(unit, bytes);
+            write_utf16<Order>(unit, bytes);
         }
         return units.size();
     }
@@ -133,22 +162,23 @@ template <void (*Write)(std::uint16_t, std::vector<std::uint8_t> &)> class Unico
 
 } // namespace
 
-std::unique_ptr<Decoder> make_utf8_decoder(const Page &text_page) {
-    return std::make_unique<UnicodeDecoder<read_utf8>>(text_page);
+std::unique_ptr<Decoder> make_utf8_decoder(const CodePage &text_page) {
+    return std::make_unique<UnicodeDecoder<read_utf8, bulk_utf8>>(text_page);
 }
 
-std::unique_ptr<Encoder> make_utf8_encoder(const Page &text_page) {
-    return std::make_unique<UnicodeEncoder<write_utf8>>(text_page);
+std::unique_ptr<Encoder> make_utf8_encoder(const CodePage &text_page) {
+    return std::make_unique<Utf8Encoder>(text_page);
 }
 
-std::unique_ptr<Decoder> make_utf16_decoder(ByteOrder order, const Page &text_page) {
-    if (order == ByteOrder::little) return std::make_unique<UnicodeDecoder<read_utf16<ByteOrder::little>>>(text_page);
-    return std::make_unique<UnicodeDecoder<read_utf16<ByteOrder::big>>>(text_page);
+std::unique_ptr<Decoder> make_utf16_decoder(ByteOrder order, const CodePage &text_page) {
+    if (order == ByteOrder::little)
+        return std::make_unique<UnicodeDecoder<read_utf16<ByteOrder::little>, bulk_none>>(text_page);
+    return std::make_unique<UnicodeDecoder<read_utf16<ByteOrder::big>, bulk_none>>(text_page);
 }
 
-std::unique_ptr<Encoder> make_utf16_encoder(ByteOrder order, const Page &text_page) {
-    if (order == ByteOrder::little) return std::make_unique<UnicodeEncoder<write_utf16<ByteOrder::little>>>(text_page);
-    return std::make_unique<UnicodeEncoder<write_utf16<ByteOrder::big>>>(text_page);
+std::unique_ptr<Encoder> make_utf16_encoder(ByteOrder order, const CodePage &text_page) {
+    if (order == ByteOrder::little) return std::make_unique<Utf16Encoder<ByteOrder::little>>(text_page);
+    return std::make_unique<Utf16Encoder<ByteOrder::big>>(text_page);
 }
 
 } // namespace kx

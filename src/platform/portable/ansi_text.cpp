@@ -1,5 +1,7 @@
 #include "platform/ansi_text.h"
 
+#include <algorithm>
+
 #include "platform/system.h"
 
 namespace kxstr::platform {
@@ -15,9 +17,11 @@ std::optional<std::uint16_t> wide_of(std::uint32_t code_page, std::string_view c
 
 std::u16string ansi_to_wide(std::string_view bytes) {
     const std::uint32_t code_page = ansi_code_page();
-    std::u16string units;
+    const auto is_ascii = [](char ch) { return static_cast<std::uint8_t>(ch) < 0x80; };
+    const auto ascii_end = std::ranges::find_if_not(bytes, is_ascii);
+    std::u16string units(bytes.begin(), ascii_end);
     units.reserve(bytes.size());
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
+    for (std::size_t i = units.size(); i < bytes.size(); ++i) {
         const auto byte = static_cast<std::uint8_t>(bytes[i]);
         if (byte >= 0x80 && i + 1 < bytes.size() && is_lead_byte(byte)) {
             if (const auto unit = wide_of(code_page, bytes.substr(i, 2))) {

@@ -14,8 +14,8 @@ const tables::WindowsPage *find_page(std::uint32_t number) noexcept {
 
 // The units of a lead byte's pairs, from tables::kFirstTrailByte up; null for other bytes.
 const std::uint16_t *find_row(const tables::WindowsPage &page, std::uint8_t byte) noexcept {
-    if (page.rows == nullptr || byte < tables::kFirstHighByte) return nullptr;
-    const std::size_t row = page.rows[byte - tables::kFirstHighByte];
+    if (page.rows() == nullptr || byte < tables::kFirstHighByte) return nullptr;
+    const std::size_t row = page.rows()[byte - tables::kFirstHighByte];
     return row == 0 ? nullptr : tables::kWindowsRows + (row - 1) * tables::kTrailBytes;
 }
 
@@ -35,7 +35,8 @@ std::optional<std::uint16_t> to_wide(std::uint32_t code_page, std::span<const st
     const auto *const page = find_page(code_page);
     if (page == nullptr || bytes.empty() || bytes.size() > 2) return std::nullopt;
     const std::uint8_t first = bytes[0];
-    if (bytes.size() == 1) return first < tables::kFirstHighByte ? first : page->units[first - tables::kFirstHighByte];
+    if (bytes.size() == 1)
+        return first < tables::kFirstHighByte ? first : page->units()[first - tables::kFirstHighByte];
 
     // A zero is no trail byte: like two single bytes it comes to two units, for which there is no room.
     const std::uint8_t second = bytes[1];
@@ -48,7 +49,7 @@ NativeBytes from_wide(std::uint32_t code_page, std::uint16_t unit) noexcept {
     const auto *const page = find_page(code_page);
     if (page == nullptr) return {{0, 0}, 0};
     if (unit < tables::kFirstHighByte) return {{static_cast<std::uint8_t>(unit), 0}, 1};
-    const std::uint16_t code = tables::kWindowsBlocks[page->blocks[unit >> 8] * std::size_t{0x100} + (unit & 0xFF)];
+    const std::uint16_t code = tables::kWindowsBlocks[page->blocks()[unit >> 8] * std::size_t{0x100} + (unit & 0xFF)];
     if (code == 0) return {{0, 0}, 0};
     if (code <= 0xFF) return {{static_cast<std::uint8_t>(code), 0}, 1};
     return {{static_cast<std::uint8_t>(code >> 8), static_cast<std::uint8_t>(code)}, 2};

@@ -61,8 +61,9 @@ tables::Language language_of_locale(std::string_view name) noexcept {
     const std::string_view country = name.substr(0, name.find_first_of(".@"));
     for (const std::string_view suffix : {modifier, std::string_view{}}) {
         const auto found = std::ranges::find_if(tables::kLocaleNames, [&](const tables::LocaleName &entry) {
-            return entry.name.size() == country.size() + suffix.size() && entry.name.starts_with(country) &&
-                   entry.name.ends_with(suffix);
+            const std::string_view known = entry.name();
+            return known.size() == country.size() + suffix.size() && known.starts_with(country) &&
+                   known.ends_with(suffix);
         });
         if (found != tables::kLocaleNames.end()) return *find_language(found->language);
     }

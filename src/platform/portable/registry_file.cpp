@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "platform/ansi_text.h"
+#include "platform/bytes.h"
 #include "platform/portable/utf8.h"
 #include "platform/system.h"
 
@@ -20,13 +21,7 @@ constexpr std::size_t kMaxDepth = 512;  // keys below each other, as the system 
 
 std::optional<std::string> utf8_from_utf16(std::string_view bytes) {
     if (bytes.size() % 2 != 0) return std::nullopt;
-    std::u16string units;
-    units.reserve(bytes.size() / 2);
-    for (std::size_t i = 0; i < bytes.size(); i += 2) {
-        units +=
-            static_cast<char16_t>(static_cast<std::uint8_t>(bytes[i]) | (static_cast<std::uint8_t>(bytes[i + 1]) << 8));
-    }
-    return to_utf8(units);
+    return to_utf8(units_of({reinterpret_cast<const std::uint8_t *>(bytes.data()), bytes.size()}));
 }
 
 // The components of a path, empty ones left out.
@@ -38,13 +33,6 @@ std::vector<std::u16string_view> split_path(std::u16string_view path) {
         path.remove_prefix(std::min(length + 1, path.size()));
     }
     return parts;
-}
-
-void append_units(std::vector<std::uint8_t> &data, std::u16string_view units) {
-    for (const char16_t unit : units) {
-        data.push_back(static_cast<std::uint8_t>(unit));
-        data.push_back(static_cast<std::uint8_t>(unit >> 8));
-    }
 }
 
 int hex_digit(char ch) noexcept {
@@ -164,8 +152,8 @@ class Parser {
             const auto text = parse_quoted();
             if (!text) return false;
             value.type = kTextType;
-            append_units(value.data, *text);
-            append_units(value.data, {u"\0", 1});
+            append_u16le(value.data, *text);
+            append_u16le(value.data, {u"\0", 1});
             return true;
         }
         if (take("dword:")) {
@@ -300,9 +288,7 @@ std::string quoted(std::u16string_view text) {
 // The text of string data that quotes can hold without loss: printable, whole, and ended by its one terminator.
 std::optional<std::u16string> plain_text(std::span<const std::uint8_t> data) {
     if (data.size() < 2 || data.size() % 2 != 0) return std::nullopt;
-    std::u16string units;
-    for (std::size_t i = 0; i < data.size(); i += 2)
-        units += static_cast<char16_t>(data[i] | (data[i + 1] << 8));
+    std::u16string units = units_of(data);
     if (units.back() != 0) return std::nullopt;
     units.pop_back();
     for (std::size_t i = 0; i < units.size(); ++i) {
@@ -387,9 +373,12 @@ const RegistryKey *RegistryFile::find_key(std::u16string_view path) const {
 
 const RegistryValue *RegistryFile::find_value(std::u16string_view path, std::u16string_view name) const {
     const RegistryKey *key = find_key(path);
-    if (key == nullptr) return nullptr;
-    const auto found = key->values.find(upper_case(name));
-    return found != key->values.end() ? &found->second : nullptr;
+    return key != nullptr ? key->find_value(name) : nullptr;
+}
+
+const RegistryValue *RegistryKey::find_value(std::u16string_view name) const {
+    const auto found = values.find(upper_case(name));
+    return found != values.end() ? &found->second : nullptr;
 }
 
 std::optional<std::u16string> full_key_path(std::u16string_view path) {

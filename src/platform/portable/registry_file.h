@@ -32,6 +32,8 @@ struct RegistryKey {
     std::u16string path;                            // from the root's name on
     std::map<std::u16string, RegistryValue> values; // by name in upper case
     std::optional<std::size_t> insert_at;           // where a further value goes; none: the key has no line of its own
+
+    const RegistryValue *find_value(std::u16string_view name) const;
 };
 
 struct RegistryFile {

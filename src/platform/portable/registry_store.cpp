@@ -1,10 +1,10 @@
 #include "platform/portable/registry_store.h"
 
 #include <atomic>
-#include <kxstr/platform.h>
 #include <mutex>
 #include <new>
 
+#include "platform/portable/settings.h"
 #include "platform/portable/settings_file.h"
 #include "platform/system.h"
 
@@ -26,18 +26,14 @@ Cache &cache() {
 
 std::atomic<std::size_t> parse_count = 0;
 
-std::string settings_path() {
-    const auto settings = std::make_unique<KxPlatformSettings>(); // large for a thread's stack
-    KxPlatformGet(settings.get());
-    return settings->registry_path;
-}
-
-std::uint32_t read_at(const std::string &path, std::shared_ptr<const RegistryFile> &registry) {
-    if (path.empty()) return kNotFound;
-    Cache &last = cache();
-    const std::lock_guard guard(last.mutex);
+std::uint32_t read_at(const char *path, std::shared_ptr<const RegistryFile> &registry) {
+    if (*path == '\0') return kNotFound;
+    // Before the lock, which is then held for a moment only: a file that is replaced in between has another identity
+    // than the one kept, or the one found here, and is read.
     FileIdentity identity;
     std::uint32_t status = identify_file(path, identity);
+    Cache &last = cache();
+    const std::lock_guard guard(last.mutex);
     // The identity of a file that changed in this very moment proves nothing: its bytes must tell.
     const bool same = path == last.path && identity == last.content.identity && !last.content.just_changed;
     if (status == kSuccess && !same) {
@@ -46,7 +42,7 @@ std::uint32_t read_at(const std::string &path, std::shared_ptr<const RegistryFil
         if (status == kSuccess && (path != last.path || content.bytes != last.content.bytes)) {
             ++parse_count;
             auto parsed = parse_registry(content.bytes);
-            std::string its_path = path;
+            std::string its_path(path);
             last.registry = parsed ? std::make_shared<const RegistryFile>(std::move(*parsed)) : nullptr;
             last.path = std::move(its_path);
         }
@@ -64,20 +60,20 @@ std::uint32_t read_at(const std::string &path, std::shared_ptr<const RegistryFil
 } // namespace
 
 std::uint32_t read_registry(std::shared_ptr<const RegistryFile> &registry) try {
-    return read_at(settings_path(), registry);
+    return read_at(settings_file(), registry);
 } catch (const std::bad_alloc &) {
     return kNoResources;
 }
 
 std::uint32_t change_registry(const std::function<RegistryChange(const RegistryFile &)> &change) try {
-    const std::string path = settings_path();
+    const std::string path = settings_file();
     std::shared_ptr<const RegistryFile> registry;
     // Before the lock too: a damaged file is left alone, down to the folder it lies in.
-    std::uint32_t status = read_at(path, registry);
+    std::uint32_t status = read_at(path.c_str(), registry);
     if (status != kSuccess) return status;
     FileReplacer replacer;
     status = replacer.open(path);
-    if (status == kSuccess) status = read_at(path, registry);
+    if (status == kSuccess) status = read_at(path.c_str(), registry);
     if (status != kSuccess) return status;
     const RegistryChange changed = change(*registry);
     return changed.status == kSuccess ? replacer.replace(changed.text) : changed.status;

@@ -153,9 +153,9 @@ bool exceeds_size_limit(std::size_t size) noexcept {
 
 } // namespace
 
-std::uint32_t identify_file(const std::string &path, FileIdentity &identity) {
+std::uint32_t identify_file(const char *path, FileIdentity &identity) noexcept {
     struct stat info {};
-    if (::stat(path.c_str(), &info) != 0) return status_of(errno);
+    if (::stat(path, &info) != 0) return status_of(errno);
     identity = identity_of(info);
     return kSuccess;
 }

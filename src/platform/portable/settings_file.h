@@ -19,7 +19,7 @@ struct FileIdentity {
 // The functions return a RegistryStatus. Symbolic links are followed.
 
 // kNotFound when there is no file, also for want of its folder.
-std::uint32_t identify_file(const std::string &path, FileIdentity &identity);
+std::uint32_t identify_file(const char *path, FileIdentity &identity) noexcept;
 
 struct FileContent {
     std::string bytes;

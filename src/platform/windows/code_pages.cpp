@@ -54,8 +54,12 @@ std::optional<std::uint16_t> to_wide(std::uint32_t code_page, std::span<const st
 NativeBytes from_wide(std::uint32_t code_page, std::uint16_t unit) noexcept {
     const auto wide = static_cast<wchar_t>(unit);
     char bytes[2] = {};
+    // UTF-8 refuses the flag and the pointer. It lacks only halves of surrogate pairs, and what stands for those has
+    // three bytes: like all units from U+0800 up they do not fit.
+    const bool utf8 = code_page == CP_UTF8;
     BOOL used_default = FALSE;
-    const int count = WideCharToMultiByte(code_page, WC_NO_BEST_FIT_CHARS, &wide, 1, bytes, 2, nullptr, &used_default);
+    const int count = WideCharToMultiByte(code_page, utf8 ? 0 : WC_NO_BEST_FIT_CHARS, &wide, 1, bytes, 2, nullptr,
+                                          utf8 ? nullptr : &used_default);
     if (count < 1 || used_default) return {};
     return {{static_cast<std::uint8_t>(bytes[0]), static_cast<std::uint8_t>(bytes[1])},
             static_cast<std::uint8_t>(count)};

@@ -50,6 +50,17 @@ std::uint32_t query_value(KeyHandle key, const char *name, std::uint32_t *type, 
     return status_of(status);
 }
 
+std::uint32_t query_value_at(KeyHandle parent, const char *path, const char *name, std::uint32_t *type, void *data,
+                             std::uint32_t &size) noexcept {
+    KeyHandle key = KeyHandle::null;
+    bool created = false;
+    std::uint32_t status = create_key(parent, path, kReadAndWrite, key, created);
+    if (status != kSuccess) return status;
+    status = query_value(key, name, type, data, size);
+    close_key(key);
+    return status;
+}
+
 std::uint32_t set_value(KeyHandle key, const char *name, std::uint32_t type, const void *data,
                         std::uint32_t size) noexcept {
     if (data == nullptr && size != 0) return kBadParameter; // Wine reads it all the same

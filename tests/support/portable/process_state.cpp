@@ -3,7 +3,8 @@
 #include <cstdio>
 #include <kxstr/platform.h>
 
-#include "codepage/state.h"
+#include "codepage/country.h"
+#include "codepage/selection.h"
 
 namespace kxstr::test {
 
@@ -12,7 +13,8 @@ bool runs_on(const System &system, const char *registry_path) {
                                 system.language, system.keyboard, {}};
     std::snprintf(settings.registry_path, sizeof settings.registry_path, "%s", registry_path);
     KxPlatformSet(&settings);
-    codepage::process_state() = {};
+    codepage::forget_country();
+    codepage::forget_code_pages();
     return true;
 }
 

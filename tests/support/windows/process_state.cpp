@@ -1,12 +1,14 @@
 #include "support/process_state.h"
 
-#include "codepage/state.h"
+#include "codepage/country.h"
+#include "codepage/selection.h"
 #include "platform/system.h"
 
 namespace kxstr::test {
 
 bool runs_on(const System &system, const char *) {
-    codepage::process_state() = {};
+    codepage::forget_country();
+    codepage::forget_code_pages();
     const bool here =
         system == System{platform::ansi_code_page(), platform::oem_code_page(), platform::is_double_byte_system(),
                          platform::system_language(), platform::keyboard_language()};

@@ -1,0 +1,85 @@
+#include "collate/weights.h"
+
+#include <utility>
+
+#include "collate/contraction.h"
+
+namespace kxstr::collate {
+
+constinit std::array<std::atomic<const Weights *>, std::size(tables::kCollationLanguages)> known_weights{};
+
+namespace {
+
+constexpr std::size_t kKinds = 16; // of rules, their codes aside
+
+bool alike(const LanguageRules &a, const LanguageRules &b) noexcept {
+    return a.kind == b.kind && a.first_state == b.first_state && a.letter_column == b.letter_column &&
+           a.late_diaeresis == b.late_diaeresis && a.upper_first == b.upper_first;
+}
+
+// A number below kKinds for each kind.
+std::size_t kind_of(const LanguageRules &rules) noexcept {
+    std::size_t kind = 0;
+    for (const LanguageRules *other = tables::kCollationLanguages; !alike(*other, rules); ++other) {
+        const auto is_alike = [other](const LanguageRules &earlier) { return alike(*other, earlier); };
+        kind += std::none_of(std::begin(tables::kCollationLanguages), other, is_alike);
+    }
+    return kind;
+}
+
+// The compiler sees to it that of several threads one makes the table and the others wait.
+template <std::size_t> const Weights &made(const LanguageRules &rules) noexcept {
+    static const Weights weights(rules);
+    return weights;
+}
+
+template <std::size_t... kind> const Weights &made(std::index_sequence<kind...>, const LanguageRules &rules) noexcept {
+    using Make = const Weights &(const LanguageRules &) noexcept;
+    static constexpr Make *by_kind[] = {made<kind>...};
+    return by_kind[kind_of(rules)](rules);
+}
+
+// The states in which a match can go on, a bit for each.
+std::uint32_t later_states(std::uint8_t first_state) noexcept {
+    std::uint32_t states = 0;
+    for (std::uint32_t before = ~states; before != states;) {
+        before = states;
+        for (const tables::ContractionStep &step : tables::kContractionSteps) {
+            const bool reached = step.state == first_state || (states >> step.state & 1) != 0;
+            if (reached && step.target < tables::kFirstContractionResult) states |= 1u << step.target;
+        }
+    }
+    return states;
+}
+
+std::uint32_t traits_of(KxChar ch, std::uint8_t first_state, std::uint32_t later) noexcept {
+    std::uint32_t traits = 0;
+    for (const tables::ContractionStep &step : tables::kContractionSteps) {
+        if (step.key != letters::to_lower(ch)) continue;
+        if ((later >> step.state & 1) != 0) traits |= Weight::kFollows;
+        if (step.state != first_state) continue;
+        traits |= Weight::kStarts;
+        if (step.target >= tables::kFirstContractionResult) traits |= Weight::kExpands;
+    }
+    return traits;
+}
+
+} // namespace
+
+Weights::Weights(const LanguageRules &rules) noexcept : rules_(rules) {
+    table_[0] = Weight::end();
+    const std::uint32_t later = later_states(rules.first_state);
+    for (KxChar ch = 1; ch < kTabulated; ++ch) {
+        const std::uint8_t primary = primary_value(ch, rules);
+        table_[ch] = {primary, secondary_value(ch, primary, rules), case_value(ch),
+                      traits_of(ch, rules.first_state, later)};
+    }
+}
+
+const Weights &make_weights(std::size_t language) noexcept {
+    const Weights &weights = made(std::make_index_sequence<kKinds>{}, rules_of(static_cast<std::uint16_t>(language)));
+    known_weights[language].store(&weights, std::memory_order_release);
+    return weights;
+}
+
+} // namespace kxstr::collate

@@ -1,0 +1,144 @@
+#include <immintrin.h>
+
+#include "simd/scan_loops.h"
+
+namespace kxstr::simd::avx2 {
+namespace {
+
+constexpr std::uint8_t kCase = 'a' - 'A'; // the bit that a letter and its capital differ in
+
+// Comparisons give 0xFF in every byte of a lane, and a mask has a bit for each byte.
+struct Lanes {
+    using Vector = __m256i;
+    static Vector load(const void *block) noexcept { return _mm256_load_si256(static_cast<const Vector *>(block)); }
+    static Vector load_anywhere(const void *place) noexcept {
+        return _mm256_loadu_si256(static_cast<const Vector *>(place));
+    }
+    static std::uint64_t mask(Vector lanes) noexcept { return static_cast<std::uint32_t>(_mm256_movemask_epi8(lanes)); }
+};
+
+struct Bytes : Lanes {
+    using Unit = std::uint8_t;
+    static constexpr unsigned kBits = 1;
+    static Vector all(Unit unit) noexcept { return _mm256_set1_epi8(static_cast<char>(unit)); }
+    static Vector least(Vector a, Vector b) noexcept { return _mm256_min_epu8(a, b); }
+    static Vector without(Vector units, Vector a, Vector b) noexcept {
+        return _mm256_andnot_si256(_mm256_cmpeq_epi8(a, b), units);
+    }
+    static std::uint64_t ends(Vector apart, Vector units) noexcept {
+        const Vector zero = _mm256_setzero_si256();
+        return mask(_mm256_andnot_si256(_mm256_cmpeq_epi8(units, zero), _mm256_cmpeq_epi8(apart, zero))) ^ 0xFFFFFFFF;
+    }
+    static Vector inside(Vector units, Vector low, Vector span) noexcept {
+        const Vector above = _mm256_sub_epi8(units, low);
+        return _mm256_cmpeq_epi8(least(above, span), above);
+    }
+    static Vector apart(Vector a, Vector b) noexcept {
+        const Vector letters = inside(a | all(kCase), all('a'), all('z' - 'a'));
+        return _mm256_andnot_si256(letters & all(kCase), a ^ b);
+    }
+    static std::uint64_t zeros(Vector units) noexcept { return mask(_mm256_cmpeq_epi8(units, _mm256_setzero_si256())); }
+};
+
+struct Words : Lanes {
+    using Unit = std::uint16_t;
+    static constexpr unsigned kBits = 2;
+    static Vector all(Unit unit) noexcept { return _mm256_set1_epi16(static_cast<short>(unit)); }
+    static Vector least(Vector a, Vector b) noexcept { return _mm256_min_epu16(a, b); }
+    static Vector without(Vector units, Vector a, Vector b) noexcept {
+        return _mm256_andnot_si256(_mm256_cmpeq_epi16(a, b), units);
+    }
+    static Vector without(Vector units, Vector a, Vector b, Vector c, Vector d) noexcept {
+        return _mm256_andnot_si256(_mm256_and_si256(_mm256_cmpeq_epi16(a, b), _mm256_cmpeq_epi16(c, d)), units);
+    }
+    static std::uint64_t ends(Vector apart, Vector units) noexcept {
+        const Vector zero = _mm256_setzero_si256();
+        return mask(_mm256_andnot_si256(_mm256_cmpeq_epi16(units, zero), _mm256_cmpeq_epi16(apart, zero))) ^ 0xFFFFFFFF;
+    }
+    static Vector inside(Vector units, Vector low, Vector span) noexcept {
+        const Vector above = _mm256_sub_epi16(units, low);
+        return _mm256_cmpeq_epi16(least(above, span), above);
+    }
+    static std::uint64_t zeros(Vector units) noexcept {
+        return mask(_mm256_cmpeq_epi16(units, _mm256_setzero_si256()));
+    }
+};
+
+struct SixteenBytes {
+    std::uint64_t halves[2];
+};
+
+// From one to two pieces, that may overlap each other; both are read before one is written.
+template <class Piece> void copy_pieces(void *destination, const void *source, std::size_t size) noexcept {
+    Piece first, last;
+    __builtin_memcpy(&first, source, sizeof first);
+    __builtin_memcpy(&last, static_cast<const char *>(source) + size - sizeof last, sizeof last);
+    __builtin_memcpy(destination, &first, sizeof first);
+    __builtin_memcpy(static_cast<char *>(destination) + size - sizeof last, &last, sizeof last);
+}
+
+} // namespace
+
+const std::uint16_t *find_zero16(const std::uint16_t *string) noexcept {
+    return is_odd(string) ? plain::find_zero16(string) : scan<Words>(string, kNoEnd, Words::load);
+}
+
+const std::uint16_t *find16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
+    return is_odd(string) ? plain::find16(string, wanted) : find<Words>(string, wanted);
+}
+
+const std::uint16_t *find_last16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
+    return is_odd(string) ? plain::find_last16(string, wanted) : find_last<Words>(string, wanted);
+}
+
+std::size_t find_within16(const std::uint16_t *units, std::size_t count, std::uint16_t wanted) noexcept {
+    return is_odd(units) ? plain::find_within16(units, count, wanted) : find_within<Words>(units, count, wanted);
+}
+
+const std::uint16_t *find_signs16(const std::uint16_t *string, const Signs16 &signs) noexcept {
+    return is_odd(string) ? plain::find_signs16(string, signs) : find_signs<Words>(string, signs);
+}
+
+Found16 find_short16(const std::uint16_t *string, const std::uint16_t *wanted) noexcept {
+    return is_odd(string) ? plain::find_short16(string, wanted) : find_short<Words>(string, wanted);
+}
+
+std::size_t outside8(const std::uint8_t *bytes, std::size_t count, std::uint8_t low, std::uint8_t high) noexcept {
+    return outside<Bytes>(bytes, count, low, high);
+}
+
+std::size_t outside16(const std::uint16_t *units, std::size_t count, std::uint16_t low, std::uint16_t high) noexcept {
+    return is_odd(units) ? plain::outside16(units, count, low, high) : outside<Words>(units, count, low, high);
+}
+
+std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
+    return mismatch<Words>(a, b, limit);
+}
+
+int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
+    const std::size_t i = mismatch<Bytes>(a, b, limit);
+    return i < limit ? a[i] - b[i] : 0;
+}
+
+int compare8_caseless(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
+    const std::size_t i = mismatch<Bytes>(a, b, limit, Bytes::apart);
+    return i < limit ? plain::compare8_caseless(a + i, b + i, 1) : 0;
+}
+
+int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
+    const std::size_t i = mismatch<Words>(a, b, limit);
+    return i < limit ? a[i] - b[i] : 0;
+}
+
+void copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
+    if (is_odd(source) || left_in_page(source) < sizeof(__m256i)) return plain::copy16(destination, source);
+    const std::uint64_t zeros = Words::zeros(Words::load_anywhere(source));
+    if (zeros == 0) return copy_long<Words>(destination, source);
+    const std::size_t size = (first_of<Words>(zeros) + 1) * sizeof *source;
+    if (size >= 16) return copy_pieces<SixteenBytes>(destination, source, size);
+    if (size >= 8) return copy_pieces<std::uint64_t>(destination, source, size);
+    if (size >= 4) return copy_pieces<std::uint32_t>(destination, source, size);
+    *destination = 0;
+}
+
+} // namespace kxstr::simd::avx2

@@ -1,0 +1,37 @@
+#include "simd/families.h"
+
+namespace kxstr::simd::avx512 {
+
+constinit const Kernels kKernels{
+    .name = "avx512",
+    .find_zero16 = find_zero16,
+    .find16 = find16,
+    .find_last16 = find_last16,
+    .find_within16 = find_within16,
+    .find_signs16 = find_signs16,
+    .find_short16 = find_short16,
+    .outside8 = outside8,
+    .outside16 = outside16,
+    .mismatch16 = mismatch16,
+    .compare8 = compare8,
+    .compare8_caseless = compare8_caseless,
+    .compare16 = compare16,
+    .copy16 = copy16,
+    .skip_characters = skip_characters,
+    .filter_stream = filter_stream,
+    .narrow_stream = narrow_stream,
+    .widen_stream = widen_stream,
+    .map_bytes = map_bytes,
+    .map_units = map_units,
+    .encode_units = encode_units,
+    .decode_pairs = decode_pairs,
+    .map_case16 = map_case16,
+    .mismatch_by_case16 = mismatch_by_case16,
+    .translate8 = translate8,
+    .translate16 = translate16,
+    .utf8_of_units = utf8_of_units,
+    .units_of_utf8 = units_of_utf8,
+    .bytes_of_codes = bytes_of_codes,
+};
+
+} // namespace kxstr::simd::avx512

@@ -1,0 +1,120 @@
+#include <immintrin.h>
+
+#include "simd/scan_loops.h"
+
+namespace kxstr::simd::avx512 {
+namespace {
+
+constexpr std::uint8_t kCase = 'a' - 'A'; // the bit that a letter and its capital differ in
+
+// A mask has a bit for each lane.
+struct Lanes {
+    using Vector = __m512i;
+    static constexpr unsigned kBits = 1;
+    static Vector load(const void *block) noexcept { return _mm512_load_si512(block); }
+    static Vector load_anywhere(const void *place) noexcept { return _mm512_loadu_si512(place); }
+};
+
+struct Bytes : Lanes {
+    using Unit = std::uint8_t;
+    static Vector all(Unit unit) noexcept { return _mm512_set1_epi8(static_cast<char>(unit)); }
+    static Vector least(Vector a, Vector b) noexcept { return _mm512_min_epu8(a, b); }
+    static Vector without(Vector units, Vector a, Vector b) noexcept {
+        return _mm512_maskz_mov_epi8(_mm512_cmpneq_epi8_mask(a, b), units);
+    }
+    static std::uint64_t ends(Vector apart, Vector units) noexcept {
+        return _mm512_test_epi8_mask(apart, apart) | _mm512_testn_epi8_mask(units, units);
+    }
+    static Vector inside(Vector units, Vector low, Vector span) noexcept {
+        return _mm512_movm_epi8(_mm512_cmple_epu8_mask(_mm512_sub_epi8(units, low), span));
+    }
+    static std::uint64_t zeros(Vector units) noexcept { return _mm512_testn_epi8_mask(units, units); }
+    static Vector apart(Vector a, Vector b) noexcept {
+        const Vector from_a = _mm512_sub_epi8(a | all(kCase), all('a')), both = a ^ b;
+        return _mm512_mask_sub_epi8(both, _mm512_cmple_epu8_mask(from_a, all('z' - 'a')), both, both & all(kCase));
+    }
+};
+
+struct Words : Lanes {
+    using Unit = std::uint16_t;
+    static Vector all(Unit unit) noexcept { return _mm512_set1_epi16(static_cast<short>(unit)); }
+    static Vector least(Vector a, Vector b) noexcept { return _mm512_min_epu16(a, b); }
+    static Vector without(Vector units, Vector a, Vector b) noexcept {
+        return _mm512_maskz_mov_epi16(_mm512_cmpneq_epi16_mask(a, b), units);
+    }
+    static Vector without(Vector units, Vector a, Vector b, Vector c, Vector d) noexcept {
+        const auto equal = _mm512_mask_cmpeq_epi16_mask(_mm512_cmpeq_epi16_mask(c, d), a, b);
+        return _mm512_mask_sub_epi16(units, equal, units, units);
+    }
+    static std::uint64_t ends(Vector apart, Vector units) noexcept {
+        return _mm512_test_epi16_mask(apart, apart) | _mm512_testn_epi16_mask(units, units);
+    }
+    static Vector inside(Vector units, Vector low, Vector span) noexcept {
+        return _mm512_movm_epi16(_mm512_cmple_epu16_mask(_mm512_sub_epi16(units, low), span));
+    }
+    static std::uint64_t zeros(Vector units) noexcept { return _mm512_testn_epi16_mask(units, units); }
+};
+
+} // namespace
+
+const std::uint16_t *find_zero16(const std::uint16_t *string) noexcept {
+    return is_odd(string) ? plain::find_zero16(string) : scan<Words>(string, kNoEnd, Words::load);
+}
+
+const std::uint16_t *find16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
+    return is_odd(string) ? plain::find16(string, wanted) : find<Words>(string, wanted);
+}
+
+const std::uint16_t *find_last16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
+    return is_odd(string) ? plain::find_last16(string, wanted) : find_last<Words>(string, wanted);
+}
+
+std::size_t find_within16(const std::uint16_t *units, std::size_t count, std::uint16_t wanted) noexcept {
+    return is_odd(units) ? plain::find_within16(units, count, wanted) : find_within<Words>(units, count, wanted);
+}
+
+const std::uint16_t *find_signs16(const std::uint16_t *string, const Signs16 &signs) noexcept {
+    return is_odd(string) ? plain::find_signs16(string, signs) : find_signs<Words>(string, signs);
+}
+
+Found16 find_short16(const std::uint16_t *string, const std::uint16_t *wanted) noexcept {
+    return is_odd(string) ? plain::find_short16(string, wanted) : find_short<Words>(string, wanted);
+}
+
+std::size_t outside8(const std::uint8_t *bytes, std::size_t count, std::uint8_t low, std::uint8_t high) noexcept {
+    return outside<Bytes>(bytes, count, low, high);
+}
+
+std::size_t outside16(const std::uint16_t *units, std::size_t count, std::uint16_t low, std::uint16_t high) noexcept {
+    return is_odd(units) ? plain::outside16(units, count, low, high) : outside<Words>(units, count, low, high);
+}
+
+std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
+    return mismatch<Words>(a, b, limit);
+}
+
+int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
+    const std::size_t i = mismatch<Bytes>(a, b, limit);
+    return i < limit ? a[i] - b[i] : 0;
+}
+
+int compare8_caseless(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
+    const std::size_t i = mismatch<Bytes>(a, b, limit, Bytes::apart);
+    return i < limit ? plain::compare8_caseless(a + i, b + i, 1) : 0;
+}
+
+int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
+    const std::size_t i = mismatch<Words>(a, b, limit);
+    return i < limit ? a[i] - b[i] : 0;
+}
+
+void copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
+    if (is_odd(source) || left_in_page(source) < sizeof(__m512i)) return plain::copy16(destination, source);
+    const __m512i units = Words::load_anywhere(source);
+    const std::uint64_t zeros = Words::zeros(units);
+    if (zeros == 0) return copy_long<Words>(destination, source);
+    // The bits up to the lowest one: the string and its terminator.
+    _mm512_mask_storeu_epi16(destination, static_cast<__mmask32>(zeros ^ (zeros - 1)), units);
+}
+
+} // namespace kxstr::simd::avx512

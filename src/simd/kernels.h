@@ -1,0 +1,230 @@
+// Everything that the rest of the library knows about vectors: a table of small loops over memory (kernels), one table
+// for each family of processors, chosen when the library is loaded.
+//
+// Every kernel has a plain form, which says what it does; the vector forms give the same results. A family that has
+// nothing better for a kernel takes the form of the family below it.
+//
+// The kernels that look for something read no page that a walk from unit to unit would not read as well, the limit of a
+// walk being as good as a terminator; within that page they may read on. Lengths, limits and results count units: 8 in
+// a name stands for bytes, 16 for units of 16 bits.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace kxstr::simd {
+
+// Three units by which a string sought is told from most others, none of them 0, and where in it they lie. The third
+// lies behind the others.
+struct Signs16 {
+    std::size_t at[3];
+    std::uint16_t units[3];
+};
+
+struct Found16 {
+    bool is_known;
+    const std::uint16_t *place; // null when nowhere
+};
+
+// The kernels' types as functions: a member of the table is a pointer to one, and each family declares its form by it
+// (families.h).
+using FindZero16 = const std::uint16_t *(const std::uint16_t *string) noexcept;
+using Find16 = const std::uint16_t *(const std::uint16_t *string, std::uint16_t wanted) noexcept;
+using FindWithin16 = std::size_t(const std::uint16_t *units, std::size_t count, std::uint16_t wanted) noexcept;
+using FindSigns16 = const std::uint16_t *(const std::uint16_t *string, const Signs16 &signs) noexcept;
+using FindShort16 = Found16(const std::uint16_t *string, const std::uint16_t *wanted) noexcept;
+using Outside8 = std::size_t(const std::uint8_t *bytes, std::size_t count, std::uint8_t low,
+                             std::uint8_t high) noexcept;
+using Outside16 = std::size_t(const std::uint16_t *units, std::size_t count, std::uint16_t low,
+                              std::uint16_t high) noexcept;
+using Mismatch16 = std::size_t(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept;
+using Compare8 = int(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept;
+using Compare16 = int(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept;
+using Copy16 = void(std::uint16_t *destination, const std::uint16_t *source) noexcept;
+
+// The maps: `map` holds a value for each unit (two more may be read), 0x20..0x7E map to themselves. Counts are exact:
+// nothing else is read or written.
+using MapBytes = void(const std::uint16_t *map, const std::uint8_t *source, std::size_t count,
+                      std::uint16_t *destination) noexcept;
+using MapUnits = std::size_t(const std::uint16_t *map, const std::uint16_t *source, std::size_t count,
+                             std::uint16_t *destination) noexcept;
+// What becomes of units whose value is 0xFFFF.
+enum class NoCode : bool { drop, mark };
+using EncodeUnits = std::size_t(const std::uint16_t *map, const std::uint16_t *source, std::size_t count,
+                                std::uint8_t *destination, NoCode no_code) noexcept;
+struct Decoded {
+    std::size_t read, written;
+};
+using DecodePairs = Decoded(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
+                            std::size_t count, std::uint16_t *destination) noexcept;
+
+// Document streams; what a code is tells forms/code_size.h. Extended characters go by their size of four bytes,
+// whatever the bytes are.
+struct StreamProgress {
+    std::size_t read, written;
+};
+using SkipCharacters = const std::uint8_t *(const std::uint8_t *code) noexcept;
+using FilterStream = StreamProgress(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                                    const std::uint8_t *kept) noexcept;
+struct Narrowed {
+    std::size_t written, dropped;
+};
+using NarrowStream = Narrowed(std::uint8_t *stream, std::size_t length, const std::uint16_t *codes) noexcept;
+using WidenStream = std::size_t(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                                const std::uint16_t *characters) noexcept;
+
+// Letter case. The characters first to first + span, of one set, change by `step`: all of them, or (`pairs` is 1, not
+// 0) those of each pair 2k and 2k + 1 that stand in the other case. A step of 0: no range.
+struct CaseRange {
+    std::uint16_t first;
+    std::uint16_t span;
+    std::uint16_t step; // modulo 0x10000
+    std::uint16_t pairs;
+
+    bool holds(std::uint16_t unit) const noexcept { return static_cast<std::uint16_t>(unit - first) <= span; }
+};
+// What the characters of the ranges become in one direction. What they become does not change again.
+struct CaseMap {
+    static constexpr std::size_t kSlots = 32;
+    static constexpr std::size_t kCommon = 4;
+
+    // The widest range of a set stands at set % 32, in the way of no other set's. One with an odd step is of pairs.
+    alignas(64) std::uint16_t first[kSlots];
+    std::uint16_t span[kSlots];
+    std::uint16_t step[kSlots];
+
+    // All ranges: those that every map has (ASCII is [0]), more that have slots, too, up to `slotted`, and the rest.
+    CaseRange ranges[kCommon + 16];
+    std::size_t slotted;
+    std::size_t count;
+    CaseRange behind_common;  // from the first to the last character of the ranges behind kCommon
+    CaseRange behind_slotted; // the same behind `slotted`
+    bool lower;               // steps go up, and change the even ones of pairs; else down, and the odd ones
+
+    std::uint16_t of(std::uint16_t unit) const noexcept {
+        const std::size_t slot = unit / 256u % kSlots;
+        if (static_cast<std::uint16_t>(unit - first[slot]) <= span[slot])
+            return moved(unit, step[slot], step[slot] % 2 != 0);
+        if (!behind_slotted.holds(unit)) return unit;
+        for (std::size_t i = slotted; i < count; ++i) {
+            if (ranges[i].holds(unit)) return moved(unit, ranges[i].step, ranges[i].pairs != 0);
+        }
+        return unit;
+    }
+
+  private:
+    std::uint16_t moved(std::uint16_t unit, std::uint16_t by, bool pairs) const noexcept {
+        if (pairs && (unit % 2 != 0) == lower) return unit;
+        return static_cast<std::uint16_t>(lower ? unit + by : unit - by);
+    }
+};
+using MapCase16 = std::size_t(const CaseMap &map, const std::uint16_t *from, std::uint16_t *to,
+                              std::size_t limit) noexcept;
+using MismatchByCase16 = std::size_t(const CaseMap &map, const std::uint16_t *a, const std::uint16_t *b,
+                                     std::size_t limit) noexcept;
+// How far a text came: units read and written of each side's own.
+struct Progress {
+    std::size_t read;
+    std::size_t written;
+};
+// 256 entries of 16 bits, their bytes apart as vectors look them up.
+struct MapPage {
+    std::uint8_t low[0x100];
+    std::uint8_t high[0x100];
+
+    constexpr std::uint16_t operator[](std::size_t index) const noexcept {
+        return static_cast<std::uint16_t>(low[index] | (high[index] << 8));
+    }
+    constexpr void set(std::size_t index, std::uint16_t value) noexcept {
+        low[index] = static_cast<std::uint8_t>(value);
+        high[index] = static_cast<std::uint8_t>(value >> 8);
+    }
+};
+using Translate8 = std::size_t(const std::uint8_t *bytes, std::size_t count, std::uint16_t *units,
+                               const MapPage &table) noexcept;
+using Translate16 = std::size_t(const std::uint16_t *from, std::size_t count, std::uint16_t *to,
+                                const MapPage *const *pages) noexcept;
+using Utf8OfUnits = Progress(const std::uint16_t *units, std::size_t count, std::uint8_t *bytes) noexcept;
+using UnitsOfUtf8 = Progress(const std::uint8_t *bytes, std::size_t count, std::uint16_t *units) noexcept;
+
+struct Kernels {
+    const char *name; // plain, avx2, avx512
+
+    FindZero16 *find_zero16;     // the terminator
+    Find16 *find16;              // the first `wanted`, or the terminator
+    Find16 *find_last16;         // the last `wanted` before the terminator, or null
+    FindWithin16 *find_within16; // units before the first `wanted`, or all `count`
+    FindSigns16 *find_signs16;   // the first place with the signs, all of them before the terminator, or null
+    FindShort16
+        *find_short16; // where a string holds another, not empty: a quick answer for short ones, where there is one
+
+    // Units before the first one that is less than `low` or greater than `high`, or all `count`. low <= high.
+    Outside8 *outside8;
+    Outside16 *outside16;
+
+    // Where two strings differ first or both end; `limit` when that is not before it.
+    Mismatch16 *mismatch16;
+    // The difference of the units at that place, 0 for the limit.
+    Compare8 *compare8;
+    Compare8 *compare8_caseless; // a to z are taken as A to Z
+    Compare16 *compare16;
+
+    Copy16 *copy16; // a string with its terminator; the two may overlap
+
+    // Document streams.
+    // The first code that is the terminator, or neither one below 0xD0 nor an extended character.
+    SkipCharacters *skip_characters;
+    // Copies codes up to such a one, to one that does not fit, or until the room is full; a vector form may stop at an
+    // earlier extended character. `kept`: what each byte below 0xD0 becomes (256 bytes), 0 for nothing; 0xF0 stands for
+    // itself. The destination may be the source.
+    FilterStream *filter_stream;
+    // In place, extended characters of a stream of codes of those two kinds by native codes of all 65,536 characters
+    // (and two units more): one byte, two if above 0xFF, 0xFFFF drops the character.
+    NarrowStream *narrow_stream;
+    // Bytes up to the terminator as a stream: 0x20..0x7E as they are, the others as the characters of 256 bytes, 0xFFFF
+    // for none. Stops at one that does not fit. Gives the bytes written.
+    WidenStream *widen_stream;
+
+    MapBytes *map_bytes; // from the last byte to the first: source and destination may begin at one address
+    MapUnits *map_units; // up to and including the first value that is 0; the units stored; works in place
+    // Values up to 0xFF are written as one byte, 0x80 in place of a missing one, others as two, the high byte first.
+    // The bytes written. Works in place.
+    EncodeUnits *encode_units;
+    // Codes of one byte, or of two, the first of which has 0x80 in `leads` (256 entries, 0 below 0x80); a first byte
+    // without a second at the end is left. 0 is not among the bytes.
+    DecodePairs *decode_pairs;
+
+    // Letter case. The units before the terminator of `from`, at most `limit` of them, go to `to`, each as the map has
+    // it; nothing is written behind them. Gives how many they are. `to` is `from`, or the two do not overlap.
+    MapCase16 *map_case16;
+    MismatchByCase16 *mismatch_by_case16; // mismatch16 of what the map makes of the units
+
+    // Every byte, every unit gives way to its entry in a table: of 256 entries, or of 256 pages of so many by the
+    // unit's high byte. Up to the first entry that is 0xFFFF or page that is null; give the units done. `to` may be
+    // `from`.
+    Translate8 *translate8;
+    Translate16 *translate16;
+
+    // Texts from one form to another, up to the first character that the other form lacks.
+    // UTF-16 to UTF-8, not half surrogates nor 0xFFFF; room for 3 * count bytes.
+    Utf8OfUnits *utf8_of_units;
+    // UTF-8 to UTF-16, no characters beyond U+FFFF; room for `count` units. An incomplete character stays unread.
+    UnitsOfUtf8 *units_of_utf8;
+    // Codes of one or two bytes, the lead byte high, to bytes, not 0xFFFF; room for 2 * count bytes.
+    Utf8OfUnits *bytes_of_codes;
+};
+
+extern constinit const Kernels *chosen_kernels;
+
+// The best family that the processor can run. KXSTR_KERNELS in the environment names another one (one of available())
+// for the whole process; a name that is none of them counts as unset. Before the library's initialisers have run these
+// are the plain kernels. Threads: written only while the library is loaded.
+inline const Kernels &kernels() noexcept {
+    return *chosen_kernels;
+}
+
+// The families that the processor can run, plain first, best last.
+std::span<const Kernels *const> available() noexcept;
+
+} // namespace kxstr::simd

@@ -1,0 +1,101 @@
+#include <algorithm>
+#include <cstring>
+
+#include "simd/families.h"
+
+namespace kxstr::simd::plain {
+namespace {
+
+template <class Unit> std::size_t outside(const Unit *units, std::size_t count, Unit low, Unit high) noexcept {
+    return static_cast<std::size_t>(
+        std::find_if(units, units + count, [=](Unit unit) { return unit < low || unit > high; }) - units);
+}
+
+constexpr auto as_it_is = [](auto unit) { return unit; };
+constexpr auto capital = [](std::uint8_t byte) { return byte >= 'a' && byte <= 'z' ? byte - 'a' + 'A' : byte; };
+
+template <class Unit, class Fold>
+std::size_t mismatch(const Unit *a, const Unit *b, std::size_t limit, Fold fold) noexcept {
+    std::size_t i = 0;
+    while (i < limit && fold(a[i]) == fold(b[i]) && a[i] != 0)
+        ++i;
+    return i;
+}
+
+template <class Unit, class Fold> int compare(const Unit *a, const Unit *b, std::size_t limit, Fold fold) noexcept {
+    const std::size_t i = mismatch(a, b, limit, fold);
+    return i < limit ? fold(a[i]) - fold(b[i]) : 0;
+}
+
+} // namespace
+
+const std::uint16_t *find_zero16(const std::uint16_t *string) noexcept {
+    while (*string != 0)
+        ++string;
+    return string;
+}
+
+const std::uint16_t *find16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
+    while (*string != 0 && *string != wanted)
+        ++string;
+    return string;
+}
+
+const std::uint16_t *find_last16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
+    const std::uint16_t *found = nullptr;
+    for (; *string != 0; ++string) {
+        if (*string == wanted) found = string;
+    }
+    return found;
+}
+
+std::size_t find_within16(const std::uint16_t *units, std::size_t count, std::uint16_t wanted) noexcept {
+    std::size_t i = 0;
+    while (i < count && units[i] != wanted)
+        ++i;
+    return i;
+}
+
+const std::uint16_t *find_signs16(const std::uint16_t *string, const Signs16 &signs) noexcept {
+    const auto &[at, units] = signs;
+    if (find_within16(string, at[2], 0) < at[2]) return nullptr;
+    for (; string[at[2]] != 0; ++string) {
+        if (string[at[2]] == units[2] && string[at[1]] == units[1] && string[at[0]] == units[0]) return string;
+    }
+    return nullptr;
+}
+
+Found16 find_short16(const std::uint16_t *, const std::uint16_t *) noexcept {
+    return {false, nullptr};
+}
+
+std::size_t outside8(const std::uint8_t *bytes, std::size_t count, std::uint8_t low, std::uint8_t high) noexcept {
+    return outside(bytes, count, low, high);
+}
+
+std::size_t outside16(const std::uint16_t *units, std::size_t count, std::uint16_t low, std::uint16_t high) noexcept {
+    return outside(units, count, low, high);
+}
+
+std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
+    return mismatch(a, b, limit, as_it_is);
+}
+
+int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
+    return compare(a, b, limit, as_it_is);
+}
+
+int compare8_caseless(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
+    return compare(a, b, limit, capital);
+}
+
+int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
+    return compare(a, b, limit, as_it_is);
+}
+
+void copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
+    const auto length = static_cast<std::size_t>(find_zero16(source) - source);
+    std::memmove(destination, source, (length + 1) * sizeof *source);
+}
+
+} // namespace kxstr::simd::plain

@@ -1,0 +1,272 @@
+// The loops of the scans, the same for every family that has vectors. A file avx*_scan.cpp includes this alone, and
+// gives for bytes and for 16-bit units the operations `Lanes`:
+//
+//   Unit, Vector
+//   kBits                    bits that a lane has in a mask
+//   all(unit)                a vector of the same unit in all lanes
+//   least(a, b)              the lesser of each two lanes, unsigned
+//   without(v, a, b)         `v` with 0 in place of the lanes in which `a` and `b` are equal
+//   without(v, a, b, c, d)   the same where `c` and `d` are equal, too (16-bit units only)
+//   inside(v, low, span)     0 for the lanes that are less than `low` or greater than low + span
+//   zeros(v)                 the mask of the lanes that are 0
+//   ends(d, v)               the mask of the lanes in which `d` is not 0 or `v` is
+//   apart(a, b)              0 in the lanes that are equal but for case (bytes only)
+//   load, load_anywhere      from an aligned address, and from any
+//
+// What a scan looks for it makes a lane of 0: so blocks are joined by least(), and four of them take one test.
+#pragma once
+
+#include "simd/families.h"
+
+namespace kxstr::simd {
+namespace {
+
+inline constexpr std::size_t kPage = 4096; // the smallest there is: where a page ends, one of these ends
+
+inline std::uintptr_t address(const void *place) noexcept {
+    return reinterpret_cast<std::uintptr_t>(place);
+}
+
+// Bytes from a place to the end of its page.
+inline std::size_t left_in_page(const void *place) noexcept {
+    return kPage - address(place) % kPage;
+}
+
+// 16-bit units at odd addresses straddle the blocks. Nobody should have them; the plain walks take them.
+inline bool is_odd(const std::uint16_t *units) noexcept {
+    return address(units) % sizeof *units != 0;
+}
+
+template <class Unit> const Unit *block_before(const Unit *place, std::size_t size) noexcept {
+    return reinterpret_cast<const Unit *>(reinterpret_cast<const char *>(place) - address(place) % size);
+}
+
+template <class Lanes> std::size_t first_of(std::uint64_t mask) noexcept {
+    return static_cast<std::size_t>(__builtin_ctzll(mask)) / Lanes::kBits;
+}
+
+template <class Lanes> constexpr std::size_t kUnits = sizeof(typename Lanes::Vector) / sizeof(typename Lanes::Unit);
+
+// Asks for `size` bytes some way behind a place, so that what comes from afar comes in time. Any address will do.
+template <std::size_t size> void fetch_ahead(const void *place) noexcept {
+    constexpr std::size_t kLine = 64, kAhead = 1024;
+    for (std::size_t line = 0; line < size; line += kLine)
+        __builtin_prefetch(static_cast<const char *>(place) + kAhead + line);
+}
+
+inline constexpr std::uintptr_t kNoEnd = UINTPTR_MAX;
+
+// The first unit from `start` on for which at(block) has a lane of 0, block by aligned block. When there is none before
+// `end`, some place from `end` on. At least the block of `start` is read. may_be(block) may have more such lanes and
+// cost less.
+template <class Lanes, class MayBe, class At>
+const typename Lanes::Unit *scan(const typename Lanes::Unit *start, std::uintptr_t end, MayBe may_be, At at) noexcept {
+    constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
+    const auto *block = block_before(start, kBlock);
+    const auto before = static_cast<std::size_t>(start - block) * Lanes::kBits;
+    if (const std::uint64_t hits = Lanes::zeros(at(block)) >> before; hits != 0) return start + first_of<Lanes>(hits);
+    for (block += kOne; address(block) % (4 * kBlock) != 0; block += kOne) {
+        if (address(block) >= end) return block;
+        if (const std::uint64_t hits = Lanes::zeros(at(block)); hits != 0) return block + first_of<Lanes>(hits);
+    }
+    for (; address(block) < end; block += 4 * kOne) {
+        fetch_ahead<4 * kBlock>(block);
+        const auto a = may_be(block), b = may_be(block + kOne);
+        const auto c = may_be(block + 2 * kOne), d = may_be(block + 3 * kOne);
+        if (Lanes::zeros(Lanes::least(Lanes::least(a, b), Lanes::least(c, d))) == 0) continue;
+        for (std::size_t i = 0; i < 4 * kOne; i += kOne) {
+            if (const std::uint64_t hits = Lanes::zeros(at(block + i)); hits != 0)
+                return block + i + first_of<Lanes>(hits);
+        }
+    }
+    return block;
+}
+
+template <class Lanes, class At>
+const typename Lanes::Unit *scan(const typename Lanes::Unit *start, std::uintptr_t end, At at) noexcept {
+    return scan<Lanes>(start, end, at, at);
+}
+
+// The same over `count` units: how many lie before the hit.
+template <class Lanes, class At>
+std::size_t scan_within(const typename Lanes::Unit *start, std::size_t count, At at) noexcept {
+    if (count == 0) return 0;
+    constexpr std::size_t kSize = sizeof(typename Lanes::Unit);
+    const bool has_end = count <= (kNoEnd - address(start)) / kSize;
+    const std::uintptr_t end = has_end ? address(start) + count * kSize : kNoEnd;
+    const auto before = static_cast<std::size_t>(scan<Lanes>(start, end, at) - start);
+    return before < count ? before : count;
+}
+
+template <class Lanes>
+const typename Lanes::Unit *find(const typename Lanes::Unit *string, typename Lanes::Unit wanted) noexcept {
+    const auto sought = Lanes::all(wanted);
+    return scan<Lanes>(string, kNoEnd, [sought](const void *block) {
+        const auto units = Lanes::load(block);
+        return Lanes::without(units, units, sought);
+    });
+}
+
+template <class Lanes>
+const typename Lanes::Unit *find_last(const typename Lanes::Unit *string, typename Lanes::Unit wanted) noexcept {
+    const auto sought = Lanes::all(wanted);
+    const auto *block = block_before(string, sizeof sought);
+    std::uint64_t of_string = ~std::uint64_t{0} << static_cast<std::size_t>(string - block) * Lanes::kBits;
+    const typename Lanes::Unit *found_block = nullptr;
+    std::uint64_t found = 0;
+    for (;; block += kUnits<Lanes>, of_string = ~std::uint64_t{0}) {
+        const auto units = Lanes::load(block);
+        const std::uint64_t end = Lanes::zeros(units) & of_string;
+        const std::uint64_t before_end = end != 0 ? (end & (0 - end)) - 1 : ~std::uint64_t{0};
+        if (const std::uint64_t hits = Lanes::zeros(units ^ sought) & of_string & before_end; hits != 0) {
+            found = hits;
+            found_block = block;
+        }
+        if (end != 0) break;
+    }
+    if (found == 0) return nullptr;
+    return found_block + (63 - static_cast<std::size_t>(__builtin_clzll(found))) / Lanes::kBits;
+}
+
+template <class Lanes>
+std::size_t find_within(const typename Lanes::Unit *units, std::size_t count, typename Lanes::Unit wanted) noexcept {
+    const auto sought = Lanes::all(wanted);
+    return scan_within<Lanes>(units, count, [sought](const void *block) { return Lanes::load(block) ^ sought; });
+}
+
+template <class Lanes>
+std::size_t outside(const typename Lanes::Unit *units, std::size_t count, typename Lanes::Unit low,
+                    typename Lanes::Unit high) noexcept {
+    const auto lowest = Lanes::all(low), span = Lanes::all(static_cast<typename Lanes::Unit>(high - low));
+    return scan_within<Lanes>(
+        units, count, [lowest, span](const void *block) { return Lanes::inside(Lanes::load(block), lowest, span); });
+}
+
+// The third sign is looked for by aligned blocks, and the terminator with it; the others lie in front of it, where
+// everything has been read.
+template <class Lanes>
+const typename Lanes::Unit *find_signs(const typename Lanes::Unit *string, const Signs16 &signs) noexcept {
+    const auto &[at, units] = signs;
+    const auto first = Lanes::all(units[0]), second = Lanes::all(units[1]), third = Lanes::all(units[2]);
+    if (find_within<Lanes>(string, at[2], 0) < at[2]) return nullptr;
+    const std::size_t to_second = at[2] - at[1], to_first = at[2] - at[0];
+    const auto two_at = [&](const typename Lanes::Unit *place) {
+        const auto text = Lanes::load_anywhere(place);
+        return Lanes::without(text, text, third, Lanes::load_anywhere(place - to_second), second);
+    };
+    const auto all_at = [&](const typename Lanes::Unit *place) {
+        const auto text = Lanes::load_anywhere(place);
+        const auto before =
+            (Lanes::load_anywhere(place - to_second) ^ second) | (Lanes::load_anywhere(place - to_first) ^ first);
+        return Lanes::least(text, (text ^ third) | before);
+    };
+    const auto *place = string + at[2];
+    const auto *const next = block_before(place, sizeof first) + kUnits<Lanes>;
+    if (left_in_page(place) >= sizeof first) {
+        const std::uint64_t hits = Lanes::zeros(all_at(place));
+        place = hits != 0 ? place + first_of<Lanes>(hits) : scan<Lanes>(next, kNoEnd, two_at, all_at);
+    } else {
+        while (place != next && *place != 0 &&
+               (*place != units[2] || *(place - to_second) != units[1] || *(place - to_first) != units[0]))
+            ++place;
+        if (place == next) place = scan<Lanes>(next, kNoEnd, two_at, all_at);
+    }
+    return *place != 0 ? place - at[2] : nullptr;
+}
+
+// Known when the string ends in its first block, and two of them fit into what is left of its page.
+template <class Lanes>
+Found16 find_short(const typename Lanes::Unit *string, const typename Lanes::Unit *wanted) noexcept {
+    constexpr std::size_t kBlock = sizeof(typename Lanes::Vector);
+    if (left_in_page(string) < 2 * kBlock || left_in_page(wanted) < kBlock) return {false, nullptr};
+    const auto text = Lanes::load_anywhere(string), sought = Lanes::load_anywhere(wanted);
+    const std::uint64_t end = Lanes::zeros(text), sought_end = Lanes::zeros(sought);
+    if (end == 0) return {false, nullptr};
+    if (sought_end == 0) return {true, nullptr}; // longer than the string
+    const std::uint64_t of_sought = (sought_end & (0 - sought_end)) - 1;
+    const std::size_t last = first_of<Lanes>(sought_end) - 1;
+    // Behind the terminator may lie anything; what is sought has none in it.
+    std::uint64_t places = Lanes::zeros(text ^ Lanes::all(wanted[0])) & ((end & (0 - end)) - 1);
+    places &= Lanes::zeros(text ^ Lanes::all(wanted[last])) >> last * Lanes::kBits;
+    for (; places != 0; places &= places - 1) {
+        const auto *const place = string + first_of<Lanes>(places);
+        if ((~Lanes::zeros(Lanes::load_anywhere(place) ^ sought) & of_sought) == 0) return {true, place};
+    }
+    return {true, nullptr};
+}
+
+struct AsTheyAre {
+    template <class Vector> Vector operator()(Vector a, Vector b) const noexcept { return a ^ b; }
+};
+
+// Where two strings differ, from place `i` on, up to which they are equal. They can lie differently in their blocks, so
+// they are read from any address, up to the end of the page that ends first. What is left of a page after its last
+// whole block is read together with units known already.
+template <class Lanes, class Apart>
+std::size_t mismatch_from(std::size_t i, const typename Lanes::Unit *a, const typename Lanes::Unit *b,
+                          std::size_t limit, Apart apart) noexcept {
+    constexpr std::size_t kOne = kUnits<Lanes>, kSize = sizeof(typename Lanes::Unit);
+    const auto ends_at = [=](std::size_t place) {
+        const auto units = Lanes::load_anywhere(a + place);
+        return Lanes::ends(apart(units, Lanes::load_anywhere(b + place)), units);
+    };
+    while (i < limit) {
+        const std::size_t left_a = left_in_page(a + i) / kSize, left_b = left_in_page(b + i) / kSize;
+        std::size_t left = left_a < left_b ? left_a : left_b;
+        if (left > limit - i) left = limit - i;
+        for (; left >= 4 * kOne; left -= 4 * kOne, i += 4 * kOne) {
+            fetch_ahead<4 * kOne * kSize>(a + i);
+            fetch_ahead<4 * kOne * kSize>(b + i);
+            const auto a0 = Lanes::load_anywhere(a + i), a1 = Lanes::load_anywhere(a + i + kOne);
+            const auto a2 = Lanes::load_anywhere(a + i + 2 * kOne), a3 = Lanes::load_anywhere(a + i + 3 * kOne);
+            const auto apart01 = apart(a0, Lanes::load_anywhere(b + i)) | apart(a1, Lanes::load_anywhere(b + i + kOne));
+            const auto apart23 =
+                apart(a2, Lanes::load_anywhere(b + i + 2 * kOne)) | apart(a3, Lanes::load_anywhere(b + i + 3 * kOne));
+            const auto least = Lanes::least(Lanes::least(a0, a1), Lanes::least(a2, a3));
+            if (Lanes::ends(apart01 | apart23, least) == 0) continue;
+            for (;; i += kOne) {
+                if (const std::uint64_t hits = ends_at(i); hits != 0) return i + first_of<Lanes>(hits);
+            }
+        }
+        for (; left >= kOne; left -= kOne, i += kOne) {
+            if (const std::uint64_t hits = ends_at(i); hits != 0) return i + first_of<Lanes>(hits);
+        }
+        if (left != 0 && i + left >= kOne) {
+            const std::size_t from = i + left - kOne;
+            if (const std::uint64_t hits = ends_at(from); hits != 0) return from + first_of<Lanes>(hits);
+            i += left;
+            continue;
+        }
+        // Near the beginning; or in the middle of a unit that lies across the end of its page.
+        for (const std::size_t end = i + (left != 0 ? left : 1); i < end; ++i) {
+            const auto unit = Lanes::all(a[i]);
+            if (Lanes::ends(apart(unit, Lanes::all(b[i])), unit) != 0) return i;
+        }
+    }
+    return limit;
+}
+
+template <class Lanes, class Apart = AsTheyAre>
+std::size_t mismatch(const typename Lanes::Unit *a, const typename Lanes::Unit *b, std::size_t limit,
+                     Apart apart = {}) noexcept {
+    constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
+    if (limit == 0 || left_in_page(a) < kBlock || left_in_page(b) < kBlock)
+        return mismatch_from<Lanes>(0, a, b, limit, apart);
+    // Most strings are short.
+    const auto units = Lanes::load_anywhere(a);
+    if (const std::uint64_t hits = Lanes::ends(apart(units, Lanes::load_anywhere(b)), units); hits != 0) {
+        const std::size_t first = first_of<Lanes>(hits);
+        return first < limit ? first : limit;
+    }
+    if (limit <= kOne) return limit;
+    // The long way begins with a block of `a`, some units once more: every second reading across two lines is saved.
+    return mismatch_from<Lanes>(kOne - address(a) % kBlock / sizeof *a, a, b, limit, apart);
+}
+
+template <class Lanes> void copy_long(typename Lanes::Unit *destination, const typename Lanes::Unit *source) noexcept {
+    const auto length = static_cast<std::size_t>(scan<Lanes>(source, kNoEnd, Lanes::load) - source);
+    __builtin_memmove(destination, source, (length + 1) * sizeof *source);
+}
+
+} // namespace
+} // namespace kxstr::simd

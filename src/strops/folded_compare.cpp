@@ -1,0 +1,44 @@
+// Comparison without regard to case by the numbers of units: of KX strings, and of byte strings, whose bytes count as
+// characters of set 0.
+#include <kxstr/strops.h>
+
+#include "letters/case.h"
+#include "prim/strings.h"
+#include "simd/kernels.h"
+
+using namespace kxstr;
+using letters::to_upper;
+
+namespace {
+
+// Difference of the first units that differ as capitals, or 0 when the terminators or `limit` units are reached.
+int compare_folded(const KxChar *a, const KxChar *b, std::size_t limit) noexcept {
+    for (std::size_t i = 0; i < limit; ++i) {
+        // Where a unit differs its neighbours do, as a rule: equal units are leapt over only where there is one.
+        if (a[i] == b[i]) {
+            i += simd::kernels().mismatch16(a + i, b + i, limit - i);
+            if (i == limit) break;
+        }
+        const int difference = to_upper(a[i]) - to_upper(b[i]);
+        if (difference != 0 || a[i] == 0) return difference;
+    }
+    return 0;
+}
+
+} // namespace
+
+extern "C" {
+
+int32_t w_stricmp(const char *a, const char *b) {
+    return simd::kernels().compare8_caseless(bytes_of(a), bytes_of(b), prim::kUnlimited);
+}
+
+int32_t ww_stricmp(const KxChar *a, const KxChar *b) {
+    return compare_folded(a, b, prim::kUnlimited);
+}
+
+int32_t wwstrincmp(const KxChar *a, const KxChar *b, int32_t size) {
+    return compare_folded(a, b, prim::limit_by_bytes(size));
+}
+
+} // extern "C"

@@ -1,0 +1,43 @@
+#include "codepage/page_maps.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "codepage/convert.h"
+#include "codepage/descriptor.h"
+
+namespace {
+
+using namespace kxstr::codepage;
+
+// A process has maps for a few descriptors only: this fills those of all.
+TEST(PageMaps, HoldWhatSingleCharactersConvertTo) {
+    std::vector<std::uint32_t> numbers{934, 936, 938, 949, 950, 12345};
+    for (const auto &entry : kxstr::tables::kCodePages)
+        numbers.push_back(entry.kx_number);
+    const auto values = std::make_unique<kxstr::UnitMap>();
+    for (const std::uint32_t number : numbers) {
+        for (const bool double_byte : {false, true}) {
+            SCOPED_TRACE(testing::Message() << number << ' ' << double_byte);
+            KxCodePage page{};
+            set_code_page(page, number, kBothDirections);
+            fill_to_kx_map(values->values, page, double_byte);
+            for (unsigned code = 0; code <= 0xFFFF; ++code)
+                ASSERT_EQ(values->values[code], to_kx(page, static_cast<std::uint16_t>(code), double_byte)) << code;
+            fill_from_kx_map(values->values, page, double_byte);
+            for (unsigned ch = 0; ch <= 0xFFFF; ++ch)
+                ASSERT_EQ(values->values[ch], from_kx(page, static_cast<KxChar>(ch), double_byte)) << ch;
+        }
+    }
+}
+
+TEST(PageMaps, TablesOfTheCallersOwnHaveNone) {
+    const std::vector<std::uint8_t> high{0xFF, 0xFF, 0x34, 0x12}, reverse{1, 0, 0x34, 0x12, 0xFF};
+    const KxCodePage page{1252, 1252, nullptr, high.data(), reverse.data()};
+    EXPECT_EQ(to_kx_map(page, false), nullptr);
+    EXPECT_EQ(from_kx_map(page, false), nullptr);
+}
+
+} // namespace

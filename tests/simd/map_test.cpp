@@ -1,0 +1,125 @@
+// The maps of every family that this processor can run, against the plain ones, which the conversions' own tests hold.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <random>
+#include <vector>
+
+#include "simd/kernels.h"
+#include "support/fenced.h"
+
+namespace {
+
+using kxstr::simd::available;
+using kxstr::simd::Decoded;
+using kxstr::simd::Kernels;
+using kxstr::simd::NoCode;
+using kxstr::test::Fenced;
+
+using Units = std::vector<std::uint16_t>;
+using Bytes = std::vector<std::uint8_t>;
+
+class Maps : public testing::Test {
+  protected:
+    Maps() : map(0x10002) {
+        for (auto &value : map)
+            value = static_cast<std::uint16_t>(random() % 4 == 0   ? 0xFFFF
+                                               : random() % 3 == 0 ? random() % 0xFF + 1
+                                                                   : random() | 1u);
+        for (std::uint16_t ch = 0x20; ch < 0x7F; ++ch)
+            map[ch] = ch;
+        for (unsigned byte = 0x80; byte <= 0xFF; ++byte)
+            leads[byte] = byte % 3 != 0 ? 0x80 : 0;
+    }
+
+    // Plain text, texts of one, two and many pages, in stretches.
+    Units text(std::size_t count) {
+        Units units(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            if (i % 40 == 0) kind = random() % 4;
+            const unsigned page = kind == 1 ? 0x04 : kind == 2 ? random() % 2 * 0x20 : random() & 0xFF;
+            units[i] = static_cast<std::uint16_t>(kind == 0 || random() % 5 == 0 ? 0x20 + random() % 0x5F
+                                                                                 : page << 8 | (random() & 0xFF));
+        }
+        return units;
+    }
+
+    // Runs check(family, source, count) for sources at both fences.
+    template <class Unit, class Check> void against_plain(Check check) {
+        for (const Kernels *family : available()) {
+            SCOPED_TRACE(family->name);
+            places.for_every_place<Unit>([&](Unit *source, std::size_t count) {
+                if (testing::Test::HasFatalFailure()) return;
+                const Units units = text(count);
+                std::transform(units.begin(), units.end(), source,
+                               [](auto unit) { return static_cast<Unit>(unit != 0 ? unit | (unit >> 8) : 1); });
+                check(*family, source, count);
+            });
+        }
+    }
+
+    std::mt19937 random{1};
+    unsigned kind = 0;
+    Units map;
+    alignas(64) std::array<std::uint8_t, 256> leads{};
+    Fenced places, results;
+};
+
+TEST_F(Maps, Bytes) {
+    against_plain<std::uint8_t>([&](const Kernels &family, std::uint8_t *source, std::size_t count) {
+        Units expected(count);
+        available().front()->map_bytes(map.data(), source, count, expected.data());
+        auto *const result = reinterpret_cast<std::uint16_t *>(results.end()) - count;
+        family.map_bytes(map.data(), source, count, result);
+        ASSERT_TRUE(std::equal(expected.begin(), expected.end(), result)) << count;
+        std::copy_n(source, count, reinterpret_cast<std::uint8_t *>(result));
+        family.map_bytes(map.data(), reinterpret_cast<std::uint8_t *>(result), count, result);
+        ASSERT_TRUE(std::equal(expected.begin(), expected.end(), result)) << count << " in place";
+    });
+}
+
+TEST_F(Maps, UnitsUpToAZero) {
+    against_plain<std::uint16_t>([&](const Kernels &family, std::uint16_t *source, std::size_t count) {
+        const std::uint16_t stop = 0xA5A5;
+        map[stop] = 0;
+        std::replace(source, source + count, stop, std::uint16_t{0x41});
+        if (count != 0 && random() % 2 == 0) source[random() % count] = stop;
+        Units expected(count, 0x5555), result(source, source + count);
+        const std::size_t stored = available().front()->map_units(map.data(), source, count, expected.data());
+        auto *const end = reinterpret_cast<std::uint16_t *>(results.end());
+        std::fill(end - count, end, std::uint16_t{0x5555});
+        ASSERT_EQ(family.map_units(map.data(), source, count, end - count), stored) << count;
+        ASSERT_TRUE(std::equal(expected.begin(), expected.end(), end - count)) << count;
+        ASSERT_EQ(family.map_units(map.data(), result.data(), count, result.data()), stored) << count << " in place";
+        ASSERT_TRUE(std::equal(expected.begin(), expected.begin() + static_cast<long>(stored), result.begin()));
+    });
+}
+
+TEST_F(Maps, UnitsToCodes) {
+    against_plain<std::uint16_t>([&](const Kernels &family, std::uint16_t *source, std::size_t count) {
+        for (const NoCode no_code : {NoCode::drop, NoCode::mark}) {
+            Bytes expected(2 * count);
+            const std::size_t written =
+                available().front()->encode_units(map.data(), source, count, expected.data(), no_code);
+            std::uint8_t *const result = results.end() - written; // not a byte more
+            ASSERT_EQ(family.encode_units(map.data(), source, count, result, no_code), written) << count;
+            ASSERT_TRUE(std::equal(result, result + written, expected.begin())) << count;
+        }
+    });
+}
+
+TEST_F(Maps, Pairs) {
+    against_plain<std::uint8_t>([&](const Kernels &family, std::uint8_t *source, std::size_t count) {
+        Units expected(count);
+        const Decoded done =
+            available().front()->decode_pairs(map.data(), leads.data(), source, count, expected.data());
+        auto *const result = reinterpret_cast<std::uint16_t *>(results.end()) - done.written;
+        const Decoded found = family.decode_pairs(map.data(), leads.data(), source, count, result);
+        ASSERT_EQ(found.read, done.read) << count;
+        ASSERT_EQ(found.written, done.written) << count;
+        ASSERT_TRUE(std::equal(result, result + done.written, expected.begin())) << count;
+    });
+}
+
+} // namespace

@@ -1,0 +1,144 @@
+// The scans of every family that this processor can run, against the plain ones.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <random>
+#include <string>
+
+#include "simd/kernels.h"
+#include "support/fenced.h"
+
+namespace {
+
+using kxstr::simd::available;
+using kxstr::simd::Kernels;
+using kxstr::simd::Signs16;
+using kxstr::test::Fenced;
+
+TEST(Kernels, TheEnvironmentChoosesAmongThoseThatCanRun) {
+    const char *const wanted = std::getenv("KXSTR_KERNELS");
+    const Kernels *expected = available().back();
+    for (const Kernels *family : available())
+        if (wanted != nullptr && family->name == std::string(wanted)) expected = family;
+    EXPECT_EQ(&kxstr::simd::kernels(), expected);
+}
+
+// Each scan of a family over texts of a few different units (so that there is something to find, and something to miss)
+// gives what the plain one gives.
+class Scan : public testing::TestWithParam<const Kernels *> {
+  protected:
+    const Kernels &family = *GetParam(), &plain = *available().front();
+    Fenced memory, other_memory, destination;
+    std::minstd_rand random;
+
+    template <class Unit> Unit any_unit() {
+        static constexpr std::uint16_t kUnits[] = {0x0100, 0x0001, 0x6141, 0x4161, 0x615A, 0x7A7A, 0x7B5B, 0xFFFF};
+        return static_cast<Unit>(kUnits[random() % (random() % 4 == 0 ? std::size(kUnits) : 1)]);
+    }
+
+    template <class Unit> void fill(Unit *units, std::size_t count) {
+        std::generate_n(units, count, [this] { return any_unit<Unit>(); });
+    }
+
+    // A copy that differs in one unit or not at all, or ends early, so many bytes before the end of other_memory.
+    template <class Unit> Unit *changed_copy(const Unit *units, std::size_t count) {
+        Unit *copy = reinterpret_cast<Unit *>(other_memory.end()) - count - random() % 64;
+        std::copy_n(units, count, copy);
+        if (random() % 4 != 0) copy[random() % count] = static_cast<Unit>(random() % 3);
+        copy[count - 1] = 0;
+        return copy;
+    }
+
+    void check_counted(const std::uint16_t *units, std::size_t count, std::uint16_t wanted) {
+        ASSERT_EQ(family.find_within16(units, count, wanted), plain.find_within16(units, count, wanted));
+        const auto [low, high] = std::minmax({wanted, any_unit<std::uint16_t>()});
+        ASSERT_EQ(family.outside16(units, count, low, high), plain.outside16(units, count, low, high));
+    }
+
+    void check_counted(const std::uint8_t *bytes, std::size_t count, std::uint8_t wanted) {
+        const auto [low, high] = std::minmax({wanted, any_unit<std::uint8_t>()});
+        ASSERT_EQ(family.outside8(bytes, count, low, high), plain.outside8(bytes, count, low, high));
+    }
+
+    // `count` with the terminator.
+    void check_strings(const std::uint16_t *a, std::size_t count, std::size_t limit, std::uint16_t wanted) {
+        ASSERT_EQ(family.find_zero16(a), a + count - 1);
+        ASSERT_EQ(family.find16(a, wanted), plain.find16(a, wanted));
+        ASSERT_EQ(family.find_last16(a, wanted), plain.find_last16(a, wanted));
+        const std::uint16_t *const b = changed_copy(a, count);
+        const std::size_t from = random() % count, length = std::min<std::size_t>(random() % 6 + 1, count - from);
+        auto *const sought = reinterpret_cast<std::uint16_t *>(destination.end()) - length - 1 - random() % 20;
+        *std::copy_n(b + from, length, sought) = 0;
+        const std::uint16_t *const plain_sought = sought;
+        if (*sought != 0) {
+            const auto [is_known, place] = family.find_short16(a, sought);
+            const auto *const found = std::search(a, a + count - 1, plain_sought, plain.find_zero16(plain_sought));
+            ASSERT_TRUE(!is_known || place == (found != a + count - 1 ? found : nullptr));
+        }
+        Signs16 signs{};
+        std::generate_n(signs.at, 3, [&] { return random() % (count + random() % 2); });
+        std::ranges::sort(signs.at);
+        fill(signs.units, 3);
+        ASSERT_EQ(family.find_signs16(a, signs), plain.find_signs16(a, signs));
+        ASSERT_EQ(family.mismatch16(a, b, limit), plain.mismatch16(a, b, limit));
+        ASSERT_EQ(family.mismatch16(b, a, limit), plain.mismatch16(b, a, limit));
+        ASSERT_EQ(family.compare16(a, b, limit), plain.compare16(a, b, limit));
+        auto *const room = reinterpret_cast<std::uint16_t *>(destination.end()) - count;
+        std::fill_n(room - 64, 64 + count, std::uint16_t{0xA5A5});
+        family.copy16(room, a);
+        ASSERT_TRUE(std::equal(a, a + count, room) && room[-1] == 0xA5A5);
+    }
+
+    void check_strings(const std::uint8_t *a, std::size_t count, std::size_t limit, std::uint8_t wanted) {
+        std::uint8_t *const b = changed_copy(a, count);
+        ASSERT_EQ(family.compare8(a, b, limit), plain.compare8(a, b, limit));
+        b[random() % count] ^= 0x20;
+        b[random() % count] = wanted;
+        b[count - 1] = 0;
+        ASSERT_EQ(family.compare8_caseless(a, b, limit), plain.compare8_caseless(a, b, limit));
+    }
+
+    // Around the units is what would be found if a kernel looked there.
+    template <class Unit> void check(Unit *units, std::size_t count) {
+        fill(units, count);
+        const Unit wanted = random() % 8 == 0 ? Unit{0} : any_unit<Unit>();
+        ASSERT_NO_FATAL_FAILURE(check_counted(units, count, wanted));
+        if (count != 0) {
+            units[count - 1] = 0;
+            const std::size_t limit = random() % 2 == 0 ? SIZE_MAX : random() % (count + 2);
+            ASSERT_NO_FATAL_FAILURE(check_strings(units, count, limit, wanted));
+        }
+        std::fill_n(units, count, Unit{0});
+    }
+
+    template <class Unit> void check_everywhere() {
+        memory.for_every_place<Unit>([&](Unit *units, std::size_t count) {
+            if (!HasFatalFailure()) check(units, count);
+        });
+        for (int i = 0; i < 3000 && !HasFatalFailure(); ++i) { // over ends of pages, and the blocks of four
+            const std::size_t count = random() % 3000;
+            check(reinterpret_cast<Unit *>(memory.begin()) + random() % 20000, count);
+        }
+    }
+};
+
+TEST_P(Scan, UnitsAsThePlainOnes) {
+    check_everywhere<std::uint16_t>();
+}
+
+TEST_P(Scan, BytesAsThePlainOnes) {
+    check_everywhere<std::uint8_t>();
+}
+
+#ifndef __SANITIZE_ADDRESS__ // the sanitizers come together, and one of them has no odd addresses
+TEST_P(Scan, UnitsAtOddAddresses) {
+    for (int i = 0; i < 3000 && !HasFatalFailure(); ++i)
+        check(reinterpret_cast<std::uint16_t *>(memory.begin() + 2 * (random() % 5000) + 1), random() % 300);
+}
+#endif
+
+INSTANTIATE_TEST_SUITE_P(Families, Scan, testing::ValuesIn(available().begin(), available().end()),
+                         [](const auto &tested) { return std::string(tested.param->name); });
+
+} // namespace

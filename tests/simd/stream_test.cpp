@@ -1,0 +1,126 @@
+// The stream kernels of every family that this processor can run, against the plain ones.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "simd/kernels.h"
+#include "support/fenced.h"
+
+namespace {
+
+using namespace kxstr;
+using simd::Kernels;
+using Bytes = std::vector<std::uint8_t>;
+
+// A stream of `size` bytes before the terminator: one-byte codes and extended characters in a mix of every density, the
+// bytes of some of the latter being 0, 0xF0 or out of order, now and then a code of another kind.
+Bytes random_stream(std::mt19937 &random, std::size_t size, bool with_others) {
+    const auto density = random() % 9;
+    Bytes stream;
+    while (stream.size() < size) {
+        const bool fits = size - stream.size() >= 4;
+        if (with_others && random() % 150 == 0) {
+            stream.push_back(static_cast<std::uint8_t>(0xD0 + random() % 0x20));
+        } else if (fits && random() % 8 < density) {
+            constexpr std::uint8_t traps[] = {0x00, 0xF0, 0x41, 0xD0, 0xFF};
+            const auto any = [&](std::uint8_t usual) { return random() % 40 == 0 ? traps[random() % 5] : usual; };
+            stream.insert(stream.end(), {0xF0, any(static_cast<std::uint8_t>(random() % 0xF0)),
+                                         any(static_cast<std::uint8_t>(random() % 0x40)), any(0xF0)});
+        } else {
+            const auto kind = random() % 40;
+            stream.push_back(static_cast<std::uint8_t>(kind == 0 ? 1 + random() % 0xCF : 0x20 + random() % 0x5F));
+        }
+    }
+    stream.push_back(0);
+    return stream;
+}
+
+class Streams : public testing::Test {
+  protected:
+    // Calls check(stream, room) with streams that lie right behind a fence and right before one.
+    template <class Check> void for_streams(bool with_others, Check check) {
+        std::mt19937 random(20240517);
+        for (std::size_t size = 0; size <= 200; ++size) {
+            for (unsigned distance = 0; distance < 64; ++distance) {
+                const Bytes stream = random_stream(random, size, with_others);
+                const std::size_t rooms[] = {4 * size + 8, random() % (2 * size + 2)};
+                for (std::uint8_t *place : {memory.begin() + distance, memory.end() - stream.size()}) {
+                    std::ranges::copy(stream, place);
+                    for (const std::size_t room : rooms)
+                        check(place, stream.size() - 1, room);
+                }
+            }
+        }
+    }
+    test::Fenced memory;
+    const Kernels &plain = *simd::available().front();
+};
+
+// A stream put out as the callers do: code by code where the kernel stops early.
+Bytes filtered(const Kernels &family, std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+               const std::uint8_t *kept) {
+    std::size_t written = 0;
+    for (;;) {
+        const auto run = family.filter_stream(destination + written, source, room - written, kept);
+        source += run.read;
+        written += run.written;
+        if (*source != 0xF0 || room - written < 4) break;
+        std::copy_n(source, 4, destination + written);
+        source += 4;
+        written += 4;
+    }
+    return {destination, destination + written};
+}
+
+TEST_F(Streams, SkipAndFilter) {
+    Bytes kept(256);
+    for (unsigned code = 1; code < 0xD0; ++code)
+        kept[code] = static_cast<std::uint8_t>(code % 7 == 0 ? 0 : code % 11 == 0 ? 0x80 : code);
+    kept[0xF0] = 0xF0;
+    for (const Kernels *family : simd::available()) {
+        SCOPED_TRACE(family->name);
+        for_streams(true, [&](std::uint8_t *stream, std::size_t size, std::size_t room) {
+            ASSERT_EQ(family->skip_characters(stream), plain.skip_characters(stream)) << size;
+            Bytes expected(room + 1, 0xA5), out(room + 1, 0xA5);
+            const Bytes wanted = filtered(plain, expected.data(), stream, room, kept.data());
+            ASSERT_EQ(filtered(*family, out.data(), stream, room, kept.data()), wanted) << size << ' ' << room;
+            ASSERT_EQ(out, expected) << size << ' ' << room;
+            const Bytes before(stream, stream + size + 1);
+            ASSERT_EQ(filtered(*family, stream, stream, room, kept.data()), wanted) << "in place";
+            std::ranges::copy(before, stream);
+        });
+    }
+}
+
+TEST_F(Streams, NarrowAndWiden) {
+    std::mt19937 random(7);
+    std::vector<std::uint16_t> map(0x10000 + 2);
+    for (auto &value : map) {
+        const auto kind = random() % 8;
+        value = static_cast<std::uint16_t>(kind == 0 ? 0xFFFF : kind < 5 ? random() % 0x100 : random());
+    }
+    for (const Kernels *family : simd::available()) {
+        SCOPED_TRACE(family->name);
+        for_streams(false, [&](std::uint8_t *stream, std::size_t size, std::size_t room) {
+            Bytes expected(room + 1, 0xA5), out(room + 1, 0xA5);
+            const auto wide = plain.widen_stream(expected.data(), stream, room, map.data());
+            const auto got = family->widen_stream(out.data(), stream, room, map.data());
+            ASSERT_EQ(got, wide) << size << ' ' << room;
+            ASSERT_EQ(out, expected) << size << ' ' << room;
+
+            const Bytes before(stream, stream + size + 1);
+            Bytes copy = before;
+            const auto narrow = plain.narrow_stream(copy.data(), size, map.data());
+            const auto narrowed = family->narrow_stream(stream, size, map.data());
+            ASSERT_EQ(narrowed.written, narrow.written) << size;
+            ASSERT_EQ(narrowed.dropped, narrow.dropped) << size;
+            ASSERT_TRUE(std::equal(copy.begin(), copy.begin() + static_cast<long>(narrow.written), stream)) << size;
+            ASSERT_EQ(stream[size], 0);
+            std::ranges::copy(before, stream);
+        });
+    }
+}
+
+} // namespace

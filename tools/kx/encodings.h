@@ -1,0 +1,97 @@
+// The forms of text that `kx convert` reads and writes, by name. Every form converts to KX text and from it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "files.h"
+#include "text.h"
+
+namespace kx {
+
+enum class EncodingKind { code_page, utf8, utf16le, utf16be, kx, stream, stream5, sio };
+
+struct Encoding {
+    EncodingKind kind;
+    CodePage page; // of a code page; else unset
+
+    bool operator==(const Encoding &) const = default;
+};
+
+// By any of its names, in any case; nothing for an unknown one.
+std::optional<Encoding> find_encoding(std::string_view name);
+std::string name_of(const Encoding &form);
+// The argument of an option that takes a code page; what is wrong with it, or nothing.
+std::string take_page(std::optional<CodePage> &page, const std::string &name);
+// Whether the form is one of the library's own: it names no code page, and holds attributes and other codes that are no
+// characters.
+bool is_kx_encoding(const Encoding &form);
+// All forms with their names, for people.
+std::string list_of_encodings();
+
+// KX units, and for each, when they are wanted, the place of its first byte in the chunk that it came from.
+struct DecodedText {
+    std::vector<KxChar> chars;
+    std::vector<std::uint32_t> places;
+    bool placed = true;
+
+    void add(KxChar ch, std::size_t place) {
+        chars.push_back(ch);
+        if (placed) places.push_back(static_cast<std::uint32_t>(place));
+    }
+    void clear() {
+        chars.clear();
+        places.clear();
+    }
+    // Where `count` more units without places can be written. What stays unwritten of them is cut off afterwards.
+    KxChar *grow(std::size_t count) {
+        chars.resize(chars.size() + count);
+        return chars.data() + chars.size() - count;
+    }
+};
+
+// Bytes to KX units. The state between two chunks is only what the chunk says, so any place between two characters is a
+// good one to go on from.
+class Decoder {
+  public:
+    struct Result {
+        std::size_t consumed;   // bytes that gave units
+        std::size_t bad_length; // not 0: this many bytes after them are one character that does not convert
+    };
+
+    Decoder() = default;
+    virtual ~Decoder() = default;
+    Decoder(const Decoder &) = delete;
+    Decoder &operator=(const Decoder &) = delete;
+
+    // Appends the units of the chunk's characters, up to the first one that does not convert. A character that is not
+    // complete at the end of the chunk is left, or bad when the chunk is the last.
+    virtual Result decode(const Chunk &chunk, DecodedText &units) = 0;
+
+    // Bytes of the character at `place`, where the next unit came from `end`.
+    virtual std::size_t length(const Chunk &, std::size_t place, std::size_t end) const { return end - place; }
+};
+
+// KX units to bytes.
+class Encoder {
+  public:
+    Encoder() = default;
+    virtual ~Encoder() = default;
+    Encoder(const Encoder &) = delete;
+    Encoder &operator=(const Encoder &) = delete;
+
+    // Appends the bytes of the units, up to the first one that does not convert. Returns the number of units done.
+    virtual std::size_t encode(std::span<const KxChar> units, std::vector<std::uint8_t> &bytes) = 0;
+};
+
+// Both take the page of the KX text between them (see text.h). A decoder of streams gives codes that are no characters
+// only `with_codes`. An encoder for a KX form writes it as a text of `written_page`. Sio text is only written.
+std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes = false);
+std::unique_ptr<Encoder> make_encoder(const Encoding &form, const CodePage &text_page, const CodePage &written_page);
+
+} // namespace kx
