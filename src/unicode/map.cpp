@@ -54,21 +54,42 @@ const std::uint16_t *find_map(MapCache<std::uint32_t, kUnicodeMaps> &maps, std::
         });
 }
 
+// What a bulk conversion may read: all of the source, or, where a string may end before its limit, nothing behind the
+// unit that converted to 0.
+enum class Reads : bool { whole_source, up_to_zero };
+
 template <class Convert>
-std::size_t convert_units(const std::uint16_t *map, std::span<const std::uint16_t> source, std::uint16_t *destination,
-                          std::uint32_t ansi_code_page, Convert convert) noexcept {
-    if (map != nullptr) return simd::kernels().map_units(map, source.data(), source.size(), destination);
+std::size_t convert_up_to_zero(std::span<const std::uint16_t> source, std::uint16_t *destination,
+                               Convert convert) noexcept {
     for (std::size_t done = 0; done < source.size(); ++done)
-        if ((destination[done] = convert(source[done], ansi_code_page)) == 0) return done + 1;
+        if ((destination[done] = convert(source[done])) == 0) return done + 1;
     return source.size();
 }
 
-// What a counted string converts: up to its terminator, which need not be there.
-std::span<const std::uint16_t> counted(const std::uint16_t *source, std::uint32_t source_limit,
-                                       std::uint32_t destination_limit) noexcept {
-    const std::uint32_t limit = std::min(source_limit, destination_limit);
-    const std::uint16_t *const end = std::find(source, source + limit, std::uint16_t{0});
-    return {source, end == source + limit ? end : end + 1};
+template <class Convert>
+std::size_t convert_units(const std::uint16_t *map, std::span<const std::uint16_t> source, std::uint16_t *destination,
+                          Reads reads, std::uint32_t ansi_code_page, Convert convert) noexcept {
+    if (map == nullptr)
+        return convert_up_to_zero(source, destination,
+                                  [&](std::uint16_t unit) { return convert(unit, ansi_code_page); });
+    if (reads == Reads::up_to_zero)
+        return convert_up_to_zero(source, destination, [&](std::uint16_t unit) { return map[unit]; });
+    return simd::kernels().map_units(map, source.data(), source.size(), destination);
+}
+
+std::size_t convert_to_kx(std::span<const std::uint16_t> source, KxChar *destination, Reads reads) noexcept {
+    constexpr KxChar (*convert)(std::uint16_t, std::uint32_t) noexcept = to_kx;
+    const std::uint32_t ansi_code_page = platform::ansi_code_page();
+    // Without a double-byte rule the code page does not matter.
+    const std::uint32_t key = codepage::has_double_byte_rule(ansi_code_page) ? ansi_code_page : 0;
+    return convert_units(find_map(maps_to_kx, key, convert), source, destination, reads, key, convert);
+}
+
+std::size_t convert_from_kx(std::span<const KxChar> source, std::uint16_t *destination, Reads reads) noexcept {
+    constexpr std::uint16_t (*convert)(KxChar, std::uint32_t) noexcept = from_kx;
+    const std::uint32_t ansi_code_page = platform::ansi_code_page();
+    return convert_units(find_map(maps_from_kx, ansi_code_page, convert), source, destination, reads, ansi_code_page,
+                         convert);
 }
 
 } // namespace
@@ -98,17 +119,11 @@ std::uint16_t from_kx(KxChar ch, std::uint32_t ansi_code_page) noexcept {
 }
 
 std::size_t to_kx(std::span<const std::uint16_t> source, KxChar *destination) noexcept {
-    constexpr KxChar (*convert)(std::uint16_t, std::uint32_t) noexcept = to_kx;
-    const std::uint32_t ansi_code_page = platform::ansi_code_page();
-    // Without a double-byte rule the code page does not matter.
-    const std::uint32_t key = codepage::has_double_byte_rule(ansi_code_page) ? ansi_code_page : 0;
-    return convert_units(find_map(maps_to_kx, key, convert), source, destination, key, convert);
+    return convert_to_kx(source, destination, Reads::whole_source);
 }
 
 std::size_t from_kx(std::span<const KxChar> source, std::uint16_t *destination) noexcept {
-    constexpr std::uint16_t (*convert)(KxChar, std::uint32_t) noexcept = from_kx;
-    const std::uint32_t ansi_code_page = platform::ansi_code_page();
-    return convert_units(find_map(maps_from_kx, ansi_code_page, convert), source, destination, ansi_code_page, convert);
+    return convert_from_kx(source, destination, Reads::whole_source);
 }
 
 } // namespace kxstr::unicode
@@ -126,7 +141,8 @@ uint16_t YWcharUnicodeToKX6x(uint32_t unicode) {
 uint32_t YWstrUnicodeToKX6x(const uint16_t *source, uint32_t source_limit, KxChar *destination,
                             uint32_t destination_limit) {
     using namespace kxstr::unicode;
-    return static_cast<uint32_t>(to_kx(counted(source, source_limit, destination_limit), destination));
+    return static_cast<uint32_t>(
+        convert_to_kx({source, std::min(source_limit, destination_limit)}, destination, Reads::up_to_zero));
 }
 
 uint32_t GetUnicodeValue(uint32_t set, uint32_t index) {
@@ -142,6 +158,7 @@ uint16_t YWcharKX6xToUnicode(uint32_t ch) {
 uint32_t YWstrKX6xToUnicode(const KxChar *source, uint32_t source_limit, uint16_t *destination,
                             uint32_t destination_limit) {
     using namespace kxstr::unicode;
-    return static_cast<uint32_t>(from_kx(counted(source, source_limit, destination_limit), destination));
+    return static_cast<uint32_t>(
+        convert_from_kx({source, std::min(source_limit, destination_limit)}, destination, Reads::up_to_zero));
 }
 }
