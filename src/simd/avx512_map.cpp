@@ -58,7 +58,7 @@ __m512i join(__m256i low, __m256i high) noexcept {
 }
 
 void split(const std::uint16_t *values, Page &page) noexcept {
-    for (int i = 0; i < 4; ++i) {
+    for (std::size_t i = 0; i < 4; ++i) {
         const __m512i a = load(values + 64 * i), b = load(values + 64 * i + 32);
         page.low[i] = join(_mm512_cvtepi16_epi8(a), _mm512_cvtepi16_epi8(b));
         page.high[i] =
@@ -75,7 +75,7 @@ struct Values {
 [[gnu::always_inline]] inline void look_up(Values &values, const Page &page, __m512i index, __mmask64 here) noexcept {
     const __mmask64 upper = _mm512_movepi8_mask(index);
     const __mmask64 odd = _mm512_test_epi8_mask(index, _mm512_set1_epi8(0x40)); // the second quarter of a half
-    for (int half = 0; half < 2; ++half) {
+    for (std::size_t half = 0; half < 2; ++half) {
         const __mmask64 among = half == 0 ? here & ~upper : here & upper;
         if (among == 0) continue;
         const __mmask64 first = among & ~odd, second = among & odd;
@@ -100,7 +100,7 @@ struct PageCache {
 const Page &page_of(PageCache &cache, const std::uint16_t *map, unsigned number) noexcept {
     const unsigned place = (number ^ number >> 4) % PageCache::kPlaces;
     if (cache.numbers[place] != static_cast<int>(number)) {
-        split(map + 256 * number, cache.pages[place]);
+        split(map + std::size_t{256} * number, cache.pages[place]);
         cache.numbers[place] = static_cast<int>(number);
     }
     return cache.pages[place];
@@ -150,7 +150,7 @@ __mmask32 not_text(__m512i units) noexcept {
             cache.fetch_turns = kFetchTurns;
             return {fetch_block(map, units.first), fetch_block(map, units.second)};
         }
-        const auto at = static_cast<unsigned>(__builtin_ctzll(left));
+        const auto at = static_cast<std::size_t>(__builtin_ctzll(left));
         const std::uint16_t unit = source[at % 16 / 8 * kHalf + at / 16 * 8 + at % 8];
         const __mmask64 found = look_up_page(unit >> 8, left);
         left &= ~found;

@@ -45,7 +45,7 @@ bool is_even(const std::uint8_t *code) noexcept {
 class ByteTable {
   public:
     ByteTable(const std::uint16_t *units, unsigned half) noexcept {
-        for (unsigned i = 0; i < 4; ++i) {
+        for (std::size_t i = 0; i < 4; ++i) {
             __m512i a = _mm512_loadu_si512(units + 64 * i), b = _mm512_loadu_si512(units + 64 * i + 32);
             if (half != 0) {
                 a = _mm512_srli_epi16(a, 8);

@@ -37,8 +37,8 @@ TEST(WideCompare, DifferenceOfTheCapitals) {
 TEST(WideCompare, EveryPairOfShortTextsAsUnitByUnit) {
     run_on(kCountries[0]);
     std::vector<Units> texts;
-    kxstr::reference::for_every_sequence<KxChar>({'a', 'A', 0x0128, 0x0129}, 4,
-                                                 [&](Units text) { texts.push_back(kxstr::test::terminated(text)); });
+    kxstr::reference::for_every_sequence<KxChar>(
+        {'a', 'A', 0x0128, 0x0129}, 4, [&](const Units &text) { texts.push_back(kxstr::test::terminated(text)); });
     for (const Units &a : texts) {
         for (const Units &b : texts) {
             std::size_t i = 0;
