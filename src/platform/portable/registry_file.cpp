@@ -271,7 +271,7 @@ class Parser {
     bool in_section_ = false;
 };
 
-std::string quoted(std::u16string_view text) {
+std::string in_quotes(std::u16string_view text) {
     std::string result = "\"";
     for (const char ch : to_utf8(text)) {
         switch (ch) {
@@ -312,7 +312,7 @@ template <class... Args> std::string formatted(const char *format, Args... args)
 std::string data_text(std::uint32_t type, std::span<const std::uint8_t> data, std::size_t column,
                       std::string_view end_of_line) {
     if (type == kTextType) {
-        if (const auto text = plain_text(data)) return quoted(*text);
+        if (const auto text = plain_text(data)) return in_quotes(*text);
     }
     if (type == kNumberType && data.size() == 4) {
         return formatted("dword:%02x%02x%02x%02x", data[3], data[2], data[1], data[0]);
@@ -333,7 +333,7 @@ std::string data_text(std::uint32_t type, std::span<const std::uint8_t> data, st
 }
 
 std::string name_text(std::u16string_view name) {
-    return name.empty() ? "@" : quoted(name);
+    return name.empty() ? "@" : in_quotes(name);
 }
 
 std::string_view end_of_line_in(std::string_view text) {
