@@ -247,7 +247,7 @@ TEST(CompareByLanguage, IsAntisymmetricAndThatOfTheValues) {
 TEST(CompareByLanguage, TablesHoldTheValuesOfEveryCharacter) {
     namespace collate = kxstr::collate;
     for (const kxstr::test::System &system : kxstr::test::kCountries) {
-        run_on(system);
+        if (!kxstr::test::runs_on(system)) continue;
         for (unsigned ch = 0; ch < 0x10000; ++ch) {
             for (const unsigned neighbour : {0u, 0x0B3Du, 0x0B3Eu, 0x0142u}) { // a next character, a previous value
                 const auto wanted = collate::east_asian_values(static_cast<KxChar>(ch), static_cast<KxChar>(neighbour),
