@@ -5,7 +5,6 @@ endif()
 
 set(CPACK_PACKAGE_NAME kxstr)
 set(CPACK_PACKAGE_VENDOR "The kxstr maintainers")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_PACKAGE_FILE_NAME kxstr-${PROJECT_VERSION})
 set(CPACK_STRIP_FILES ON)
@@ -21,11 +20,13 @@ if(WIN32)
     install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/NOTICE DESTINATION . COMPONENT documentation)
 else()
     set(CPACK_GENERATOR DEB)
+    set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
     set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
     set(CPACK_COMPONENTS_ALL library development tool documentation)
     set(CPACK_DEB_COMPONENT_INSTALL ON)
     set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
     set(CPACK_DEBIAN_PACKAGE_MAINTAINER "The kxstr maintainers <maintainers@users.noreply.c-seed-7017459a.example>")
+    set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
     set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
@@ -45,10 +46,18 @@ set of a word-processing document format, and compares, sorts, searches and\ncha
     set(documentation_summary "${library_summary} (documentation)")
     set(documentation_text "This package holds the pages about the library and the tool, and examples.")
     set(documentation_section doc)
-    set(changes ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz)
-    file(ARCHIVE_CREATE OUTPUT ${changes} PATHS ${PROJECT_SOURCE_DIR}/CHANGELOG.md
-        FORMAT raw COMPRESSION GZip COMPRESSION_LEVEL 9)
-    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
+    # Without a name and a time inside, so that the same sources give the same package.
+    find_program(KXSTR_GZIP gzip)
+    file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/packaging)
+    foreach(changes CHANGELOG.md packaging/changelog.Debian)
+        set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${changes})
+        if(KXSTR_GZIP)
+            cmake_path(GET changes FILENAME name)
+            string(REPLACE CHANGELOG.md changelog name ${name})
+            execute_process(COMMAND ${KXSTR_GZIP} -9nc ${PROJECT_SOURCE_DIR}/${changes}
+                OUTPUT_FILE ${CMAKE_CURRENT_BINARY_DIR}/packaging/${name}.gz COMMAND_ERROR_IS_FATAL ANY)
+        endif()
+    endforeach()
     while(packages)
         list(POP_FRONT packages component package)
         string(TOUPPER ${component} upper)
@@ -58,10 +67,11 @@ set of a word-processing document format, and compares, sorts, searches and\ncha
         # A package answers for its own terms and changes; a plain installation needs neither.
         install(FILES ${PROJECT_SOURCE_DIR}/NOTICE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
             RENAME copyright COMPONENT ${component} EXCLUDE_FROM_ALL)
-        install(FILES ${changes} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
+        install(DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/packaging/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
             COMPONENT ${component} EXCLUDE_FROM_ALL)
     endwhile()
-    set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libkxstr1 (= ${PROJECT_VERSION})")
+    set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libkxstr1 (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+    set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers) # not scripts of its own
     set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
 endif()
 include(CPack)
