@@ -1,5 +1,5 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
-.PHONY: all build demo test test-asan test-clang test-windows test-32 test-be torture windows test-abi abi-baseline package test-package package-windows lint bench bench-tool \
+.PHONY: all build demo test test-asan test-clang test-windows test-32 test-be torture windows docs test-abi abi-baseline package test-package package-windows lint bench bench-tool \
         bench-build clean deps tables
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -40,6 +40,12 @@ test-clang:
 # The long form of the tests that kill writers and let processes fight over one settings file.
 torture: build
 	KXSTR_TORTURE=1 build/release/kxstr_tests --gtest_filter='RegistryTorture.*'
+
+# The reference of the headers, and the pages of docs/, in build/docs/html.
+docs:
+	@tools/deps.sh docs
+	@mkdir -p build
+	doxygen docs/Doxyfile
 
 # The exported names, their arguments and layouts against the state on record, which abi-baseline writes anew.
 test-abi abi-baseline:

@@ -9,6 +9,7 @@ packages_of() {
     clang) echo "clang" ;;
     lint) echo "clang-format clang-tidy shellcheck pyflakes3" ;;
     demo) echo "cmake make g++ python3" ;;
+    docs) echo "make doxygen" ;;
     abi) echo "abigail-tools" ;;
     package) echo "dpkg-dev fakeroot file gzip lintian pkg-config" ;;
     windows) echo "cmake make python3 binutils g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
