@@ -1,5 +1,5 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
-.PHONY: all build demo test test-asan test-clang test-windows test-32 test-be torture windows lint bench bench-tool \
+.PHONY: all build demo test test-asan test-clang test-windows test-32 test-be torture windows docs test-abi abi-baseline package test-package package-windows lint bench bench-tool \
         bench-build clean deps tables
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -40,6 +40,34 @@ test-clang:
 # The long form of the tests that kill writers and let processes fight over one settings file.
 torture: build
 	KXSTR_TORTURE=1 build/release/kxstr_tests --gtest_filter='RegistryTorture.*'
+
+# The reference of the headers, and the pages of docs/, in build/docs/html.
+docs:
+	@tools/deps.sh docs
+	@mkdir -p build
+	doxygen docs/Doxyfile
+
+# The exported names, their arguments and layouts against the state on record, which abi-baseline writes anew.
+test-abi abi-baseline:
+	@tools/deps.sh demo abi
+	cmake --preset abi
+	cmake --build --preset abi -j$(JOBS) --target kxstr
+	tests/abi/check.sh build/abi/libkxstr.so $(if $(filter abi-baseline,$@),--renew)
+
+# Debian packages in build/package, looked at by lintian.
+package:
+	@tools/deps.sh demo package
+	cmake --preset package
+	cmake --build --preset package -j$(JOBS)
+	cd build/package && rm -f *.deb && cpack && lintian --fail-on error *.deb
+
+# Installs the packages (as root), builds and runs outside programs against them, and removes them again.
+test-package: package
+	tests/install/packages_test.sh build/package
+
+# A zip for 32-bit and one for 64-bit Windows.
+package-windows: windows
+	for platform in windows-x86 windows-x64; do (cd build/$$platform && cpack) || exit 1; done
 
 # kxstr.dll, its import library and kx.exe for 32-bit and 64-bit Windows, in build/windows-x86 and build/windows-x64.
 windows:

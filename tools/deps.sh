@@ -9,6 +9,9 @@ packages_of() {
     clang) echo "clang" ;;
     lint) echo "clang-format clang-tidy shellcheck pyflakes3" ;;
     demo) echo "cmake make g++ python3" ;;
+    docs) echo "make doxygen" ;;
+    abi) echo "abigail-tools" ;;
+    package) echo "dpkg-dev fakeroot file gzip lintian pkg-config" ;;
     windows) echo "cmake make python3 binutils g++-mingw-w64-i686 g++-mingw-w64-x86-64" ;;
     wine) echo "wine wine64 googletest locales" ;;
     # Not g++-multilib, which excludes all cross compilers; it only adds a link to the headers in /usr/include/asm.

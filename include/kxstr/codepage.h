@@ -138,8 +138,9 @@ KXSTR_API uint16_t WcvtGetWinCodepage(void);
  *                   0x40000000, which protects it; then the code page in force stays.
  *
  * Where the value is a link, the value that it names is written instead, and the result is that of this write. A link
- * with a root, <\HKEY_CURRENT_USER\Software\Key\Page>, is written where it is read. One without, <Key\Page>, is written
- * below HKEY_CURRENT_USER but read below HKEY_CURRENT_USER\Software, so that the next process does not find the number.
+ * with a root, `<\HKEY_CURRENT_USER\Software\Key\Page>`, is written where it is read. One without, `<Key\Page>`, is
+ * written below HKEY_CURRENT_USER but read below `HKEY_CURRENT_USER\Software`, so that the next process does not find the
+ * number.
  * The library's own descriptors, once filled, keep their code page.
  * Threads: serialise with every use of the library.
  */

@@ -262,8 +262,9 @@ KXSTR_API uint16_t W6wzTotz(const KxChar *source, uint8_t *destination, uint32_t
  * @param destination  Room for as many characters as the source has bytes, and the terminator. It may begin at the
  *                     source's own address: the string converts in place. (On a double-byte system the source may begin
  *                     anywhere in the destination: it is copied first.)
- * @param count        Destination's size in 16-bit units, the terminator included.
  * @return             1. 0 when there is no memory for the copy of the source; nothing is written then.
+ *
+ * `count`, where a function takes it, is the destination's size in 16-bit units, the terminator included.
  *
  * On a double-byte system a lead byte of the system's ANSI code page, in OEM text too, makes one code with the byte
  * behind it; a lead byte just before the terminator is dropped.
