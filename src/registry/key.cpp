@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "platform/ansi_text.h"
+#include "platform/roots.h"
 #include "registry/link_engine.h"
-#include "registry/roots.h"
 #include "registry/values.h"
 
 namespace kxstr::registry {
@@ -25,8 +25,9 @@ std::string key_path_of(const ValuePath &place) {
 
 CYWKey::CYWKey(const char *path, std::uint32_t) noexcept : access(platform::kReadAndWrite) {
     const std::string_view text(path != nullptr ? path : "");
-    const auto root = std::ranges::find_if(kRoots, [&](const Root &one) { return starts_with_root(text, one); });
-    if (root == kRoots.end()) {
+    const auto root = std::ranges::find_if(
+        platform::kRoots, [&](const platform::Root &one) { return platform::starts_with_root(text, one); });
+    if (root == platform::kRoots.end()) {
         status = platform::kBadKey;
         return;
     }

@@ -11,7 +11,7 @@
 
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
-#include "registry/roots.h"
+#include "platform/roots.h"
 #include "registry/values.h"
 
 namespace kxstr::registry {
@@ -420,12 +420,13 @@ ValuePath value_path_of(std::u16string_view reference) noexcept {
     ValuePath place{nullptr, {}, {}};
     if (reference.starts_with(u'\\')) {
         reference.remove_prefix(1);
-        place.root = &kRoots[0]; // the current user, unless a root is named
+        place.root = &platform::kCurrentUserRoot; // unless a root is named
         const std::size_t length = reference.find(u'\\');
         if (length != std::u16string_view::npos) {
-            const auto root = std::ranges::find_if(
-                kRoots, [&](const Root &one) { return length == one.name.size() && starts_with_root(reference, one); });
-            if (root != kRoots.end()) {
+            const auto root = std::ranges::find_if(platform::kRoots, [&](const platform::Root &one) {
+                return length == one.name.size() && platform::starts_with_root(reference, one);
+            });
+            if (root != platform::kRoots.end()) {
                 place.root = &*root;
                 reference.remove_prefix(length + 1);
             }
@@ -444,7 +445,7 @@ ValuePath value_path_of(std::u16string_view reference) noexcept {
 
 ValuePath target_of(std::u16string_view text) noexcept {
     ValuePath place = value_path_of(text);
-    if (place.root == nullptr) place.root = &kRoots[0]; // the current user
+    if (place.root == nullptr) place.root = &platform::kCurrentUserRoot;
     return place;
 }
 

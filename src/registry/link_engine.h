@@ -18,6 +18,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/roots.h"
 #include "platform/system.h"
 #include "registry/search_list.h"
 
@@ -76,7 +77,7 @@ void release(LinkEngine &engine) noexcept;
 
 // Where a text points. Views into the text.
 struct ValuePath {
-    const struct Root *root; // null: the base key
+    const platform::Root *root; // null: the base key
     std::u16string_view key_path;
     std::u16string_view value_name;
 };

@@ -8,6 +8,7 @@
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
 #include "platform/portable/registry_store.h"
+#include "platform/roots.h"
 #include "platform/system.h"
 
 // The registry of a system that has none: the settings file behind the calls of one that has.
@@ -47,17 +48,18 @@ OpenKeys &open_keys() {
 
 bool is_root(KeyHandle handle) noexcept {
     const auto number = static_cast<std::uintptr_t>(handle) - static_cast<std::uintptr_t>(kClassesRoot);
-    return number < kRootNames.size();
+    return number < kRoots.size();
 }
 
-std::u16string_view root_name(KeyHandle root) noexcept {
-    return kRootNames[static_cast<std::uintptr_t>(root) - static_cast<std::uintptr_t>(kClassesRoot)];
+std::u16string root_name(KeyHandle root) {
+    const auto number = static_cast<std::uintptr_t>(root) - static_cast<std::uintptr_t>(kClassesRoot);
+    return {kRoots[number].name.begin(), kRoots[number].name.end()};
 }
 
 // Null for no handle of an open key.
 SharedKey find_open_key(KeyHandle handle) {
     if (is_root(handle)) {
-        const std::u16string name(root_name(handle));
+        const std::u16string name = root_name(handle);
         return std::make_shared<const OpenKey>(OpenKey{{name, name}, kReadAndWrite});
     }
     OpenKeys &all = open_keys();

@@ -6,6 +6,7 @@
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
 #include "platform/portable/utf8.h"
+#include "platform/roots.h"
 #include "platform/system.h"
 
 namespace kxstr::platform {
@@ -33,6 +34,11 @@ std::vector<std::u16string_view> split_path(std::u16string_view path) {
         path.remove_prefix(std::min(length + 1, path.size()));
     }
     return parts;
+}
+
+bool is_root_name(std::u16string_view part) {
+    const std::u16string upper = upper_case(part);
+    return std::ranges::any_of(kRoots, [&](const Root &root) { return std::ranges::equal(upper, root.name); });
 }
 
 int hex_digit(char ch) noexcept {
@@ -87,7 +93,7 @@ class Parser {
         if (parts.empty() || parts.size() > kMaxDepth) return false;
         key_ = nullptr;
         in_section_ = true;
-        if (std::ranges::find(kRootNames, upper_case(parts[0])) == kRootNames.end()) return true;
+        if (!is_root_name(parts[0])) return true;
         if (removed) {
             remove_key(parts);
         } else {
@@ -383,7 +389,7 @@ const RegistryValue *RegistryKey::find_value(std::u16string_view name) const {
 
 std::optional<std::u16string> full_key_path(std::u16string_view path) {
     const auto parts = split_path(path);
-    if (parts.empty() || std::ranges::find(kRootNames, upper_case(parts[0])) == kRootNames.end()) return std::nullopt;
+    if (parts.empty() || !is_root_name(parts[0])) return std::nullopt;
     std::u16string full = upper_case(parts[0]);
     for (const auto part : std::span(parts).subspan(1))
         full.append(1, u'\\').append(part);

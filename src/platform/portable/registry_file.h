@@ -2,7 +2,6 @@
 // their data stands; every change is a change of the text at that place, so all the rest stays as people wrote it.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -13,10 +12,6 @@
 #include <vector>
 
 namespace kxstr::platform {
-
-inline constexpr std::array<std::u16string_view, 7> kRootNames{
-    u"HKEY_CLASSES_ROOT",     u"HKEY_CURRENT_USER",   u"HKEY_LOCAL_MACHINE", u"HKEY_USERS",
-    u"HKEY_PERFORMANCE_DATA", u"HKEY_CURRENT_CONFIG", u"HKEY_DYN_DATA"}; // in the order of the roots' numbers
 
 inline constexpr std::size_t kMaxKeyName = 255; // units, of one component of a path
 
