@@ -114,7 +114,8 @@ KXSTR_API const char *WcvtGetRegistryLoc(void);
  * A stored number is the registry value "DOS Code Page" under WcvtGetRegistryLoc(): at most two bytes of data,
  * little-endian, of any type (the text "8" is the number 0x0038). A link (type 0x80000008) is followed, and the first
  * two bytes of what it leads to count. Anything else, and the number 0, counts as not stored; so do settings that
- * cannot be read. Asking creates the registry key when it is missing and can be created.
+ * cannot be read. Asking creates the registry key when it is missing and can be created. It never waits: while another
+ * process is writing the settings, what was there before counts, and the key stays missing.
  * Threads: see WcvtGetRegistryLoc; beyond that several threads may ask at once.
  */
 KXSTR_API uint16_t WcvtGetDOSCodepage(void);
@@ -141,6 +142,9 @@ KXSTR_API uint16_t WcvtGetWinCodepage(void);
  * with a root, <\HKEY_CURRENT_USER\Software\Key\Page>, is written where it is read. One without, <Key\Page>, is written
  * below HKEY_CURRENT_USER but read below HKEY_CURRENT_USER\Software, so that the next process does not find the number.
  * The library's own descriptors, once filled, keep their code page.
+ *
+ * Outside Windows this call may wait, for half a minute at most, while another process is writing the settings; then it
+ * gives 0. No other function of the library waits.
  * Threads: serialise with every use of the library.
  */
 KXSTR_API uint32_t WcvtSetWinCodepage(uint32_t code_page);

@@ -81,7 +81,7 @@ std::uint16_t stored_code_page(const char *value_name) noexcept {
     const std::uint32_t status = platform::query_value_at(platform::kCurrentUser, path.data() + kRoot.size(),
                                                           value_name, &type, number.data(), size);
     if (registry::is_link(type) && (status == platform::kSuccess || status == platform::kMoreData)) {
-        registry::CYWKey key(path.data(), 0);
+        registry::CYWKey key(path.data(), 0, platform::WhenLocked::gives_up);
         return key.is_open() ? number_behind_link(key, value_name) : std::uint16_t{0};
     }
     return status == platform::kSuccess ? load_u16le(number.data()) : std::uint16_t{0};

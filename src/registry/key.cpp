@@ -23,7 +23,8 @@ std::string key_path_of(const ValuePath &place) {
 
 } // namespace
 
-CYWKey::CYWKey(const char *path, std::uint32_t) noexcept : access(platform::kReadAndWrite) {
+CYWKey::CYWKey(const char *path, std::uint32_t, platform::WhenLocked when_locked) noexcept
+    : access(platform::kReadAndWrite) {
     const std::string_view text(path != nullptr ? path : "");
     const auto root = std::ranges::find_if(
         platform::kRoots, [&](const platform::Root &one) { return platform::starts_with_root(text, one); });
@@ -32,16 +33,16 @@ CYWKey::CYWKey(const char *path, std::uint32_t) noexcept : access(platform::kRea
         return;
     }
     // One character behind the root's name is skipped without a look: it is the backslash.
-    open(root->key, path + std::min(root->name.size() + 1, text.size()));
+    open(root->key, path + std::min(root->name.size() + 1, text.size()), when_locked);
 }
 
 CYWKey::CYWKey(std::uint32_t, const char *subkey) noexcept : access(platform::kReadAndWrite) {
-    open(platform::kCurrentUser, subkey != nullptr ? subkey : "");
+    open(platform::kCurrentUser, subkey != nullptr ? subkey : "", platform::WhenLocked::waits);
 }
 
-void CYWKey::open(platform::KeyHandle root, const char *path) noexcept {
+void CYWKey::open(platform::KeyHandle root, const char *path, platform::WhenLocked when_locked) noexcept {
     bool created = false;
-    status = platform::create_key(root, path, platform::kReadAndWrite, key, created);
+    status = platform::create_key(root, path, platform::kReadAndWrite, key, created, when_locked);
     created_new = created ? 1 : 0;
 }
 

@@ -393,7 +393,11 @@ bool open_keys_and_area(LinkEngine &engine, std::uint16_t *characters, Missing m
     // A key that is left missing stays null, and all that is looked for in it is missing as well.
     const auto open = [create](const char *path, KeyHandle &key) {
         bool created = false;
-        if (create) return create_key(kCurrentUser, path, kReadAndWrite, key, created) == kSuccess;
+        if (create) {
+            const std::uint32_t status =
+                create_key(kCurrentUser, path, kReadAndWrite, key, created, WhenLocked::gives_up);
+            return status == kSuccess || status == kBusy;
+        }
         open_key(kCurrentUser, path, kReadAndWrite, key);
         return true;
     };
@@ -402,7 +406,8 @@ bool open_keys_and_area(LinkEngine &engine, std::uint16_t *characters, Missing m
         free_syntax(engine);
         // For people to see and change. Where nothing can be written the default serves all the same.
         if (create) {
-            set_value(engine.settings_key, kSettingsValue, kTextType, kDefaultSyntaxText, sizeof kDefaultSyntaxText);
+            set_value(engine.settings_key, kSettingsValue, kTextType, kDefaultSyntaxText, sizeof kDefaultSyntaxText,
+                      WhenLocked::gives_up);
         }
     }
     if (!open(kBaseSubkey, engine.base_key)) return fail(kCannotOpen);

@@ -53,7 +53,7 @@ enum class Missing : std::uint8_t { created, left };
 //
 // The syntax characters are read from the registry. A stored text of fewer than five leaves the others as they are by
 // default; one of more than seven, or no text at all, is replaced by the default (Missing::created: in the registry
-// too).
+// too). Keys and settings are created only if no other process is writing them: nobody waits for that.
 bool set_up(LinkEngine &engine, Missing missing = Missing::created) noexcept;
 
 // Evaluates a link.
