@@ -143,9 +143,9 @@ KXSTR_API uint16_t WcvtGetWinCodepage(void);
  * below HKEY_CURRENT_USER but read below HKEY_CURRENT_USER\Software, so that the next process does not find the number.
  * The library's own descriptors, once filled, keep their code page.
  *
- * Outside Windows this call may wait, for half a minute at most, while another process is writing the settings; then it
- * gives 0. No other function of the library waits.
- * Threads: serialise with every use of the library.
+ * Outside Windows this call may wait, while another process is writing the settings: half a minute at most for a key
+ * that is missing and as long for the value; then it gives 0. No other function of the library waits. Threads:
+ * serialise with every use of the library.
  */
 KXSTR_API uint32_t WcvtSetWinCodepage(uint32_t code_page);
 

@@ -22,7 +22,8 @@ constexpr const char *kSettingsValue = "Yarrowind Logical Syntax Characters";
 constexpr const char *kBaseSubkey = "Software";
 constexpr std::array<std::uint16_t, 5> kDefaultSyntax{u'"', u'*', u'<', u'>', u'|'};
 constexpr char kDefaultSyntaxText[] = "\"*<>|";
-constexpr std::size_t kSyntaxRoom = 8; // units, the terminator included
+constexpr std::size_t kSyntaxRoom = 8;             // units, the terminator included
+constexpr std::size_t kBytesLikeAReference = 4096; // so many cost as much time, roughly
 constexpr std::uint16_t kDoubleQuote = u'"';
 
 // Text as it lies in the registry: little-endian units at any address. Behind its end there are zeros.
@@ -182,6 +183,12 @@ class Evaluation {
         return false;
     }
 
+    // Accounts for work before it is done.
+    bool spend(std::size_t references, std::size_t bytes) noexcept {
+        work_ += references + bytes / kBytesLikeAReference;
+        return work_ <= kMaxLinkWork || fail(platform::kOutOfMemory);
+    }
+
     bool append(std::span<const std::uint8_t> bytes) noexcept {
         const std::size_t needed = engine_.used + bytes.size();
         if (needed > engine_.reserved) return fail(platform::kOutOfMemory);
@@ -224,6 +231,7 @@ class Evaluation {
     bool resolve(const WideText &reference, unsigned depth, Result &result) {
         const std::size_t begin = engine_.used;
         const unsigned emptied_before = emptied_;
+        if (!spend(1, reference.bytes().size())) return false;
         if (!resolve_value(reference.units(), depth)) return false;
         result = {emptied_ == emptied_before ? begin : 0, engine_.used};
         return true;
@@ -280,6 +288,7 @@ class Evaluation {
         }
         std::vector<std::uint8_t> data;
         if (read_value(key, name.c_str(), type, data) != platform::kSuccess) return fail(platform::kCannotOpen);
+        if (!spend(0, data.size())) return false;
         if (!evaluate(WideText(data), depth + 1)) return false;
         links.remove(links.find(&atom).index);
         platform::delete_atom(static_cast<std::uint16_t>(atom));
@@ -291,6 +300,7 @@ class Evaluation {
     // every alternative of the first with every one of the second.
     bool join(Result &first, const Result &second) {
         if (second.begin != first.end) return fail(kUnterminatedReference); // a plain value has taken the whole area
+        if (!spend(0, second.end - first.begin)) return false;
         const auto text_of = [this](const Result &result) {
             return WideText({engine_.work_area + result.begin, result.end - result.begin}).up_to_zero();
         };
@@ -357,6 +367,7 @@ class Evaluation {
     Syntax syntax_;
     bool target_;
     unsigned emptied_ = 0; // how often the work area was emptied
+    std::size_t work_ = 0; // spent
 };
 
 void free_syntax(LinkEngine &engine) noexcept {

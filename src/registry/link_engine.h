@@ -32,6 +32,9 @@ inline constexpr std::uint32_t kStrayCloseOrLoop = 0xE2D50003;
 inline constexpr std::uint32_t kWorkAreaSize = 1'048'576;
 inline constexpr std::uint32_t kWorkAreaStep = 4096; // committed at a time
 inline constexpr unsigned kMaxLinkDepth = 256; // links within links; bounds the stack, deeper ones are out of memory
+// The work of one evaluation, so that links to links to links do not take time without end: each reference counts 1,
+// and so do each 4096 bytes of text that are read for it or joined. More is out of memory, too.
+inline constexpr unsigned kMaxLinkWork = 4096;
 
 struct LinkEngine {
     platform::KeyHandle settings_key = platform::KeyHandle::null; // holds the syntax characters

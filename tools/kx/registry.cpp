@@ -286,8 +286,8 @@ std::vector<std::string> keys_below(const std::string &path) {
     std::vector<std::string> names;
     for (const auto &[upper, key] : registry->keys) {
         if (!upper.starts_with(above)) continue;
-        std::string name = platform::wide_to_ansi(std::u16string_view(key.path).substr(above.size()));
-        if (name.find('\\') == std::string::npos) names.push_back(std::move(name));
+        const std::u16string_view below = std::u16string_view(key.path).substr(above.size());
+        names.push_back(platform::wide_to_ansi(below.substr(0, below.find(u'\\'))));
     }
     return names;
 }

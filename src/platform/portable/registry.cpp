@@ -93,8 +93,7 @@ std::uint32_t full_path(KeyHandle parent, const char *path, KeyPath &key_path) {
 
 // Null when the key is not there.
 const RegistryKey *find_key(const RegistryFile &registry, const KeyPath &path) {
-    const auto found = registry.keys.find(path.upper);
-    if (found != registry.keys.end()) return &found->second;
+    if (const RegistryKey *found = registry.find_upper_case_key(path.upper)) return found;
     static const RegistryKey empty_root{}; // there without a line in the file
     return path.upper.find(u'\\') == std::u16string::npos ? &empty_root : nullptr;
 }

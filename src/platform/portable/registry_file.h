@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kxstr::platform {
@@ -18,13 +19,15 @@ inline constexpr std::size_t kMaxKeyName = 255; // units, of one component of a 
 struct RegistryValue {
     std::u16string name; // empty: the key's default value
     std::uint32_t type;
-    std::vector<std::uint8_t> data; // of the string types: UTF-16, little-endian
-    std::size_t line;               // where in the text its line starts,
-    std::size_t begin, end;         // and where what follows its equals sign stands
+    std::vector<std::uint8_t> data;                            // of the string types: UTF-16, little-endian
+    std::size_t line;                                          // where in the text its line starts,
+    std::size_t begin, end;                                    // and where what follows its equals sign stands
+    std::vector<std::pair<std::size_t, std::size_t>> hidden{}; // `line` and `end` of earlier lines that give it, too
 };
 
 struct RegistryKey {
     std::u16string path;                            // from the root's name on
+    std::size_t line = 0;                           // where in the text it comes up first
     std::map<std::u16string, RegistryValue> values; // by name in upper case
     std::optional<std::size_t> insert_at;           // where a further value goes; none: the key has no line of its own
 
@@ -33,9 +36,11 @@ struct RegistryKey {
 
 struct RegistryFile {
     std::string text;                           // UTF-8
-    std::map<std::u16string, RegistryKey> keys; // by path in upper case; the keys above a key are there too
+    std::map<std::u16string, RegistryKey> keys; // by path in upper case; without keys that only lead to others
 
+    // Null for no such key. One that only leads to others is an empty key.
     const RegistryKey *find_key(std::u16string_view path) const;
+    const RegistryKey *find_upper_case_key(const std::u16string &path) const;
     const RegistryValue *find_value(std::u16string_view path, std::u16string_view name) const;
 };
 
