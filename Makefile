@@ -1,5 +1,5 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
-.PHONY: all build demo test test-asan test-clang test-windows test-32 test-be torture windows lint bench bench-tool \
+.PHONY: all build demo test test-asan test-tsan test-clang test-windows test-32 test-be torture windows lint bench bench-tool \
         bench-build clean deps tables
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -29,6 +29,12 @@ test-asan: deps
 	cmake --preset asan
 	cmake --build --preset asan -j$(JOBS)
 	ctest --preset asan -j$(JOBS)
+
+# Sixteen threads that come to the library at once, from a cold start, under ThreadSanitizer.
+test-tsan: deps
+	cmake --preset tsan
+	cmake --build --preset tsan -j$(JOBS) --target kxstr_tests
+	ctest --preset tsan -R '^Threads\.'
 
 # The same tests, the library and the benchmarks compiled by Clang.
 test-clang:

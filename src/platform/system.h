@@ -53,6 +53,18 @@ void *reserve_address_space(std::size_t size) noexcept;
 bool commit_memory(void *start, std::size_t size) noexcept;
 void release_address_space(void *start, std::size_t size) noexcept; // `size` as reserved; takes committed parts along
 
+// ---- First use ----
+
+// One lock for the process. Whoever puts in place what is worked out once and then kept holds it; who only reads,
+// never.
+class FirstUse {
+  public:
+    FirstUse() noexcept;
+    ~FirstUse();
+    FirstUse(const FirstUse &) = delete;
+    FirstUse &operator=(const FirstUse &) = delete;
+};
+
 // ---- Atoms: a number for a short text, the same for texts that differ only in case ----
 
 // AddAtomA: 0xC000 and up; each call counts one use. 0 for null, an empty text, one of more than 255 bytes, or when
