@@ -1,6 +1,7 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
-.PHONY: all build demo test test-asan test-clang test-windows test-32 test-be torture windows docs test-abi abi-baseline package test-package package-windows lint bench bench-tool \
-        bench-build clean deps tables
+.PHONY: all build demo deps tables docs clean \
+        test test-asan test-tsan test-clang test-windows test-32 test-be test-abi test-package torture \
+        windows abi-baseline package package-windows lint bench bench-tool bench-build
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 SIZE ?= 256
@@ -29,6 +30,12 @@ test-asan: deps
 	cmake --preset asan
 	cmake --build --preset asan -j$(JOBS)
 	ctest --preset asan -j$(JOBS)
+
+# Sixteen threads that come to the library at once, from a cold start, under ThreadSanitizer.
+test-tsan: deps
+	cmake --preset tsan
+	cmake --build --preset tsan -j$(JOBS) --target kxstr_tests
+	ctest --preset tsan -R '^Threads\.'
 
 # The same tests, the library and the benchmarks compiled by Clang.
 test-clang:

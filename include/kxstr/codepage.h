@@ -91,7 +91,7 @@ KXSTR_API uint32_t WcvtWinCodepageToKXCodepage(uint32_t windows_number);
  *          system in another language the keyboard tells the two Chinese scripts.
  *
  * Worked out at the first call of any function that needs it, and kept for the life of the process.
- * Threads: the first call is unguarded; make it before starting threads.
+ * Threads: several may make the first call at once.
  */
 KXSTR_API uint8_t WtpiGetCountryID(void);
 
@@ -101,7 +101,7 @@ KXSTR_API uint8_t WtpiGetCountryID(void);
  *          Zero-terminated, in the library's own buffer; do not write.
  *
  * The path is rebuilt at every call, in the same buffer: it follows the language.
- * Threads: the buffer is process-wide and unguarded; this function alone fills it.
+ * Threads: several may ask at once; the buffer changes at the first call after a change of the language.
  */
 KXSTR_API const char *WcvtGetRegistryLoc(void);
 
@@ -114,8 +114,9 @@ KXSTR_API const char *WcvtGetRegistryLoc(void);
  * A stored number is the registry value "DOS Code Page" under WcvtGetRegistryLoc(): at most two bytes of data,
  * little-endian, of any type (the text "8" is the number 0x0038). A link (type 0x80000008) is followed, and the first
  * two bytes of what it leads to count. Anything else, and the number 0, counts as not stored; so do settings that
- * cannot be read. Asking creates the registry key when it is missing and can be created.
- * Threads: see WcvtGetRegistryLoc; beyond that several threads may ask at once.
+ * cannot be read. Asking creates the registry key when it is missing and can be created. It never waits: while another
+ * process is writing the settings, what was there before counts, and the key stays missing.
+ * Threads: several may ask at once, the first time, too.
  */
 KXSTR_API uint16_t WcvtGetDOSCodepage(void);
 
@@ -125,7 +126,7 @@ KXSTR_API uint16_t WcvtGetDOSCodepage(void);
  * @return  KX code page number. It is decided at the first call of any function that needs it and then kept: a later
  *          change of the language or of the registry changes nothing, only WcvtSetWinCodepage does.
  *
- * Threads: the first call is unguarded; make it before starting threads.
+ * Threads: several may make the first call at once; they all get the one that was decided first.
  */
 KXSTR_API uint16_t WcvtGetWinCodepage(void);
 
@@ -142,7 +143,10 @@ KXSTR_API uint16_t WcvtGetWinCodepage(void);
  * written below HKEY_CURRENT_USER but read below `HKEY_CURRENT_USER\Software`, so that the next process does not find the
  * number.
  * The library's own descriptors, once filled, keep their code page.
- * Threads: serialise with every use of the library.
+ *
+ * Outside Windows this call may wait, while another process is writing the settings: half a minute at most for a key
+ * that is missing and as long for the value; then it gives 0. No other function of the library waits. Threads:
+ * serialise with every use of the library.
  */
 KXSTR_API uint32_t WcvtSetWinCodepage(uint32_t code_page);
 
@@ -150,7 +154,7 @@ KXSTR_API uint32_t WcvtSetWinCodepage(uint32_t code_page);
  * @return  The library's own descriptor for the Windows code page (both directions), filled at the first call of any
  *          function that needs it. The address is the same for the life of the process; do not write.
  *
- * Threads: the first call is unguarded; make it before starting threads.
+ * Threads: several may make the first call at once; nobody sees a descriptor before it is filled.
  */
 KXSTR_API const KxCodePage *WtpiGetAnsiCodepageTbl(void);
 

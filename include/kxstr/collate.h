@@ -192,7 +192,7 @@ KXSTR_API int32_t xchcmp(uint32_t a, uint32_t b, uint8_t case_flag);
  * Does nothing when the last set-up was for the same string; only the first two bytes of it are remembered. A language
  * without letters of its own gets the values of "EN", which differ from those at load for five characters: 0x014B,
  * 0x01CC, 0x01CD, 0x01D0 and 0x01D1.
- * Threads: writes `coltbl`.
+ * Threads: several may set up one language at once, and then compare; another language is for one alone.
  */
 KXSTR_API void setsseq(const char *code);
 
@@ -202,7 +202,7 @@ KXSTR_API void setsseq(const char *code);
  *
  * Does nothing when coltbl was last set up for the same language. Only two bytes of a language are remembered, so a
  * longer one is set up every time. Byte pairs of a double-byte code page are remembered whole or not at all.
- * Threads: writes `coltbl`.
+ * Threads: as setsseq.
  */
 KXSTR_API void lVaskSetupLang(void);
 

@@ -102,8 +102,8 @@ KXSTR_API uint8_t *wdstrcat(uint8_t *destination, const uint8_t *source);
  * destination always ends with a terminator. A code of several bytes is written whole or not at all: one that does not
  * fit ends the conversion. Pointers are not tested. Document streams are trusted, as above.
  *
- * Threads: re-entrant over the caller's memory, once the descriptors are filled. Filling and clearing them is
- * unguarded; serialise TpiSetCodepage and str_ClrCodePage, and a first use, with all other use.
+ * Threads: re-entrant over the caller's memory, and several may come to the first use at once. TpiSetCodepage and
+ * str_ClrCodePage change the descriptors; serialise them with all other use.
  */
 
 /**
@@ -389,7 +389,7 @@ KXSTR_API uint8_t *WwzTo5dz(const KxChar *source, uint8_t *destination, uint32_t
  * The older generation of the document format numbers the characters of sets 1, 2, 5, 8, 9, 10, 11 and 13 differently;
  * all others are the same. Set 11 (half-width katakana) is the same in Japan (country 1, see WtpiGetCountryID) and
  * different elsewhere. Neither function tests whether its input is a character.
- * Threads: re-entrant, once the country has been worked out.
+ * Threads: re-entrant, the first use of the country included.
  */
 
 /**

@@ -31,7 +31,7 @@ KXSTR_API extern const uint8_t rngchr[30];
  *            and nothing changes). Codes of KX strings and 0xFFFF come back unchanged.
  *
  * A letter whose other case has no form of the same width comes back unchanged.
- * Threads: re-entrant, once the country is decided.
+ * Threads: re-entrant, the first use of the country included.
  * Example: 0x0041 -> 0x0061.  0x0140 -> 0x0141.  0x2520 -> 0x2540 on a Japanese system.
  */
 KXSTR_API uint16_t wtolower(uint32_t ch);
@@ -49,8 +49,8 @@ KXSTR_API uint16_t W6wstrUpperCh(uint32_t ch);
  * @param string  KX string, changed in place; not null. Every character gives way to its wtolower form; codes stay.
  * @return        `string`.
  *
- * Threads: re-entrant over the caller's memory, once the country is decided; so are the other functions of this
- * section.
+ * Threads: re-entrant over the caller's memory, the first use of the country included; so are the other functions of
+ * this section.
  */
 KXSTR_API KxChar *W6wstrlwr(KxChar *string);
 
@@ -150,7 +150,7 @@ KXSTR_API int32_t lW6wstrFoundInTable(uint32_t ch, const KxIndexRange *table);
  * are. The functions take and give any 16-bit value and have no failure; a character without the form asked for comes
  * back unchanged. Character 0 is looked up like any other: some modes find a kana without a half-width form (wtoall
  * with KX_FORM_DOUBLE gives 0x255E on a Japanese system), so do not hand them a string's terminator.
- * Threads: re-entrant, once the country is decided.
+ * Threads: re-entrant, the first use of the country included.
  */
 
 #define KX_FORM_LOWER 1       /**< small letter of the same width */

@@ -127,7 +127,7 @@ KXSTR_API int32_t WMBStrTrunc(char *string, int32_t limit);
  * value sort after all others, by their lowercase codes. Result: -1, 0 or 1 as a sorts before, with or after b.
  *
  * Not read-only: the first comparison after a change of the language writes `coltbl`, 60 values of it. A host that has
- * put values of its own there compares by them until the language changes.
+ * put values of its own there compares by them until the language changes. Threads may make that comparison at once.
  *
  * The equality tests ignore the language and are re-entrant. Result: 1 equal, 0 not. Letters are equal without case
  * when wtolower makes them the same. What the bounded tests give when nothing has differed:
@@ -225,7 +225,7 @@ KXSTR_API int32_t w_stricmp(const char *a, const char *b);
  * @return      0, or the difference of the first two units whose wtoupper forms differ: that of `a` minus that of `b`,
  *              as unsigned 16-bit numbers (the terminator counts as 0).
  *
- * Threads: re-entrant, once the country is decided (it settles the case of the double-byte characters).
+ * Threads: re-entrant, the first use of the country included (it settles the case of the double-byte characters).
  * Example: "ab" and "abc" -> -0x43.
  */
 KXSTR_API int32_t ww_stricmp(const KxChar *a, const KxChar *b);

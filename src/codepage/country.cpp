@@ -1,9 +1,9 @@
 #include "codepage/country.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <kxstr/codepage.h>
-#include <optional>
 
 #include "platform/system.h"
 
@@ -21,8 +21,8 @@ constexpr std::array<UsualCodePages, 7> kUsualCodePages{{
     {862, 1255}, // Hebrew
 }};
 
-// Nothing: not worked out yet.
-constinit std::optional<std::uint8_t> decided_country;
+constexpr std::uint8_t kUndecided = 0xFF;
+constinit std::atomic<std::uint8_t> decided_country{kUndecided};
 
 constexpr std::uint8_t kDefaultCharacterSet = 1;
 constexpr std::uint8_t kGb2312CharacterSet = 134;
@@ -66,16 +66,19 @@ std::uint8_t decide_country() noexcept {
 } // namespace
 
 std::uint8_t country_id() noexcept {
-    if (!decided_country) decided_country = decide_country();
-    return *decided_country;
+    std::uint8_t country = decided_country.load(std::memory_order_relaxed);
+    if (country != kUndecided) return country;
+    // One decision holds for all: another thread may have another keyboard.
+    const std::uint8_t decided = decide_country();
+    return decided_country.compare_exchange_strong(country, decided, std::memory_order_relaxed) ? decided : country;
 }
 
 void set_country(std::uint8_t id) noexcept {
-    decided_country = id;
+    decided_country.store(id, std::memory_order_relaxed);
 }
 
 void forget_country() noexcept {
-    decided_country.reset();
+    set_country(kUndecided);
 }
 
 UsualCodePages usual_code_pages(std::uint8_t country) noexcept {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <cstring>
 #include <kxstr/codepage.h>
 #include <new>
 #include <string_view>
@@ -23,15 +25,18 @@ constinit CodePageState state{};
 
 using KeyPath = std::array<char, 100>;
 constinit KeyPath last_key_path{}; // for the callers that hold its address, and for nobody else
+// The language store that it was built from; at first one that cannot be, since a store ends with a zero.
+constinit std::atomic<std::uint64_t> last_key_language{~std::uint64_t{0}};
+static_assert(sizeof core::language_store == sizeof last_key_language);
 
 constexpr std::string_view kRoot = "HKEY_CURRENT_USER\\";
-constexpr std::string_view kCodePageData = "Software\\Norvane\\Conversions\\21\\CodePageData\\";
+static_assert(std::string_view(kCodePageSettings).starts_with(kRoot));
 
 // Of the current language, with the root's name.
 KeyPath key_path() noexcept {
     KeyPath path{};
     char *end = path.data();
-    for (const std::string_view part : {kRoot, kCodePageData, std::string_view(core::language())})
+    for (const std::string_view part : {std::string_view(kCodePageSettings), std::string_view(core::language())})
         end = std::ranges::copy(part, end).out;
     return path;
 }
@@ -61,15 +66,23 @@ const CodePageState &code_page_state() noexcept {
 }
 
 void keep_windows_code_page(std::uint16_t number) noexcept {
-    state.windows_code_page = number;
+    state.windows_code_page.store(number, std::memory_order_relaxed);
 }
 
 void forget_code_pages() noexcept {
-    state = {};
+    keep_windows_code_page(0);
+    state.descriptors_ready = true;
+    clear_descriptors();
 }
 
 const char *settings_key() noexcept {
-    last_key_path = key_path();
+    std::uint64_t language = 0;
+    std::memcpy(&language, core::language_store.data(), sizeof language);
+    if (last_key_language.load(std::memory_order_acquire) != language) {
+        const platform::FirstUse guard;
+        if (last_key_language.load(std::memory_order_relaxed) != language) last_key_path = key_path();
+        last_key_language.store(language, std::memory_order_release);
+    }
     return last_key_path.data();
 }
 
@@ -81,7 +94,7 @@ std::uint16_t stored_code_page(const char *value_name) noexcept {
     const std::uint32_t status = platform::query_value_at(platform::kCurrentUser, path.data() + kRoot.size(),
                                                           value_name, &type, number.data(), size);
     if (registry::is_link(type) && (status == platform::kSuccess || status == platform::kMoreData)) {
-        registry::CYWKey key(path.data(), 0);
+        registry::CYWKey key(path.data(), 0, platform::WhenLocked::gives_up);
         return key.is_open() ? number_behind_link(key, value_name) : std::uint16_t{0};
     }
     return status == platform::kSuccess ? load_u16le(number.data()) : std::uint16_t{0};
@@ -105,9 +118,13 @@ std::uint16_t dos_code_page() noexcept {
 }
 
 std::uint16_t windows_code_page() noexcept {
-    if (state.windows_code_page == 0) state.windows_code_page = stored_code_page(kWindowsValue);
-    if (state.windows_code_page == 0) state.windows_code_page = default_windows_code_page().number;
-    return state.windows_code_page;
+    std::uint16_t kept = state.windows_code_page.load(std::memory_order_relaxed);
+    if (kept != 0) return kept;
+    std::uint16_t found = stored_code_page(kWindowsValue);
+    if (found == 0) found = default_windows_code_page().number;
+    // One decision holds for all: the settings may have changed between two threads' looks.
+    const bool first = state.windows_code_page.compare_exchange_strong(kept, found, std::memory_order_relaxed);
+    return first ? found : kept;
 }
 
 bool store_windows_code_page(std::uint16_t code_page) noexcept {
@@ -124,17 +141,28 @@ bool store_windows_code_page(std::uint16_t code_page) noexcept {
     return true;
 }
 
-void fill_descriptors() noexcept {
+namespace {
+
+void set_descriptors() noexcept {
     // A double-byte system has one code page for both.
     const std::uint16_t oem = platform::is_double_byte_system() ? windows_code_page() : dos_code_page();
     set_code_page(state.oem, oem, kBothDirections);
     set_code_page(state.ansi, windows_code_page(), kBothDirections);
 }
 
+} // namespace
+
+void fill_descriptors() noexcept {
+    const platform::FirstUse guard;
+    set_descriptors();
+}
+
 void ensure_descriptors() noexcept {
-    if (state.descriptors_ready) return;
-    fill_descriptors();
-    state.descriptors_ready = true;
+    if (state.descriptors_ready.load(std::memory_order_acquire)) return;
+    const platform::FirstUse guard;
+    if (state.descriptors_ready.load(std::memory_order_relaxed)) return;
+    set_descriptors();
+    state.descriptors_ready.store(true, std::memory_order_release);
 }
 
 void clear_descriptors() noexcept {

@@ -1,6 +1,7 @@
 // Which DOS and Windows code pages are in force, and the library's own descriptors for them.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <kxstr/types.h>
 
@@ -15,6 +16,9 @@ bool store_windows_code_page(std::uint16_t code_page) noexcept;
 // The full path of the registry key with the settings of the current language. The same address at every call.
 const char *settings_key() noexcept;
 
+// The keys of all languages begin so.
+inline constexpr const char *kCodePageSettings =
+    "HKEY_CURRENT_USER\\Software\\Norvane\\Conversions\\21\\CodePageData\\";
 inline constexpr const char *kDosValue = "DOS Code Page";
 inline constexpr const char *kWindowsValue = "Windows Code Page";
 
@@ -30,13 +34,13 @@ struct DefaultCodePage {
 DefaultCodePage default_dos_code_page() noexcept;
 DefaultCodePage default_windows_code_page() noexcept;
 
-// What has been decided and is kept for the process. Plain data without a lock: whoever changes the code pages
-// serialises that with everything else.
+// What has been decided and is kept for the process. Threads may come to it at once, the first time, too; whoever
+// changes the code pages afterwards serialises that with everything else.
 struct CodePageState {
-    std::uint16_t windows_code_page; // 0: not decided yet
+    std::atomic<std::uint16_t> windows_code_page; // 0: not decided yet
     KxCodePage ansi;
     KxCodePage oem;
-    bool descriptors_ready;
+    std::atomic<bool> descriptors_ready; // once it is set, nobody writes the descriptors
 };
 const CodePageState &code_page_state() noexcept;
 // Puts a Windows code page in force; 0 decides anew.

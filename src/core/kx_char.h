@@ -16,6 +16,10 @@ inline constexpr std::uint8_t kNativeByteSet = 12;
 // The sets that hold the East Asian double-byte characters.
 inline constexpr std::uint8_t kFirstDoubleByteSet = 36;
 inline constexpr std::uint8_t kLastDoubleByteSet = 223;
+// Those of the two Chinese scripts, which lie 255 characters to a set.
+inline constexpr std::uint8_t kFirstSimplifiedSet = 0x82;
+inline constexpr std::uint8_t kFirstTraditionalSet = 0xA5;
+inline constexpr unsigned kPerChineseSet = 255;
 
 constexpr std::uint8_t set_of(KxChar ch) noexcept {
     return static_cast<std::uint8_t>(ch >> 8);

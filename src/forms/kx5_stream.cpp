@@ -49,12 +49,13 @@ constexpr Kx5Code row_pair(std::uint8_t row, std::uint8_t cell) noexcept {
     }
 }
 
-// Chinese: the characters of all rows are numbered through, and laid about 255 to a KX set from `base` on. Where a set
-// is full, the first character of the next takes index 0xFF of it, unlike in the double-byte code pages.
-constexpr Kx5Code chinese_pair(std::uint8_t row, std::uint8_t cell, unsigned base) noexcept {
+// Chinese: the characters of all rows are numbered through, and laid about kPerChineseSet to a KX set from `first_set`
+// on. Where a set is full, the first character of the next takes index 0xFF of it, unlike in the double-byte code
+// pages.
+constexpr Kx5Code chinese_pair(std::uint8_t row, std::uint8_t cell, unsigned first_set) noexcept {
     if (row == kFirstRow5) return character(kPairSize5, kAsciiSet, cell);
     const unsigned n = (row - 0x22u) * 94 + static_cast<std::uint8_t>(cell - 0x21);
-    const unsigned ch = base + n + (n + n / 256) / 256;
+    const unsigned ch = (first_set << 8) + n + (n + n / 256) / 256;
     return character(kPairSize5, (ch >> 8) & 0xFF, ch);
 }
 
@@ -86,12 +87,8 @@ template <class ReadPair> auto in_pairs(ReadPair read_pair) noexcept {
     };
 }
 
-// Where the main areas of code pages 936 and 950 begin.
-constexpr unsigned kSimplifiedBase = 0x8200;
-constexpr unsigned kTraditionalBase = 0xA500;
-
-auto in_chinese_pairs(unsigned base) noexcept {
-    return in_pairs([base](std::uint8_t row, std::uint8_t cell) { return chinese_pair(row, cell, base); });
+auto in_chinese_pairs(unsigned first_set) noexcept {
+    return in_pairs([first_set](std::uint8_t row, std::uint8_t cell) { return chinese_pair(row, cell, first_set); });
 }
 
 } // namespace
@@ -100,8 +97,10 @@ KxChar *read_stream5(const std::uint8_t *source, KxChar *destination, std::uint1
     switch (text) {
     case Kx5Text::bytes: break;
     case Kx5Text::pairs: return read_stream(source, destination, bytes, in_pairs(row_pair));
-    case Kx5Text::simplified_pairs: return read_stream(source, destination, bytes, in_chinese_pairs(kSimplifiedBase));
-    case Kx5Text::traditional_pairs: return read_stream(source, destination, bytes, in_chinese_pairs(kTraditionalBase));
+    case Kx5Text::simplified_pairs:
+        return read_stream(source, destination, bytes, in_chinese_pairs(kFirstSimplifiedSet));
+    case Kx5Text::traditional_pairs:
+        return read_stream(source, destination, bytes, in_chinese_pairs(kFirstTraditionalSet));
     }
     return read_stream(source, destination, bytes, [](const std::uint8_t *at) { return character(1, kAsciiSet, *at); });
 }

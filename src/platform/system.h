@@ -53,6 +53,18 @@ void *reserve_address_space(std::size_t size) noexcept;
 bool commit_memory(void *start, std::size_t size) noexcept;
 void release_address_space(void *start, std::size_t size) noexcept; // `size` as reserved; takes committed parts along
 
+// ---- First use ----
+
+// One lock for the process. Whoever puts in place what is worked out once and then kept holds it; who only reads,
+// never.
+class FirstUse {
+  public:
+    FirstUse() noexcept;
+    ~FirstUse();
+    FirstUse(const FirstUse &) = delete;
+    FirstUse &operator=(const FirstUse &) = delete;
+};
+
 // ---- Atoms: a number for a short text, the same for texts that differ only in case ----
 
 // AddAtomA: 0xC000 and up; each call counts one use. 0 for null, an empty text, one of more than 255 bytes, or when
@@ -107,9 +119,13 @@ inline constexpr KeyHandle kPerformanceData = root_key(0x80000004);
 inline constexpr KeyHandle kCurrentConfig = root_key(0x80000005);
 inline constexpr KeyHandle kDynData = root_key(0x80000006);
 
+// What a write does while another process is writing. Outside Windows it waits, for half a minute at most, or gives up
+// at once, with kBusy. The system's own registry keeps nobody waiting.
+enum class WhenLocked : bool { waits, gives_up };
+
 // RegCreateKeyExA: opens `path` under `parent`, and creates what is missing of it. An empty path is the parent itself.
-std::uint32_t create_key(KeyHandle parent, const char *path, std::uint32_t access, KeyHandle &key,
-                         bool &created) noexcept;
+std::uint32_t create_key(KeyHandle parent, const char *path, std::uint32_t access, KeyHandle &key, bool &created,
+                         WhenLocked when_locked = WhenLocked::waits) noexcept;
 // RegOpenKeyExA
 std::uint32_t open_key(KeyHandle parent, const char *path, std::uint32_t access, KeyHandle &key) noexcept;
 // RegCloseKey: the roots stay open.
@@ -120,11 +136,12 @@ std::uint32_t close_key(KeyHandle key) noexcept;
 // kMoreData, and nothing is written.
 std::uint32_t query_value(KeyHandle key, const char *name, std::uint32_t *type, void *data,
                           std::uint32_t &size) noexcept;
-// create_key, query_value and close_key in a row, with one look at the settings when the key is there.
+// create_key, query_value and close_key in a row, with one look at the settings when the key is there. It keeps nobody
+// waiting: while another process is writing a missing key stays missing, with kNotFound.
 std::uint32_t query_value_at(KeyHandle parent, const char *path, const char *name, std::uint32_t *type, void *data,
                              std::uint32_t &size) noexcept;
 // RegSetValueExA
-std::uint32_t set_value(KeyHandle key, const char *name, std::uint32_t type, const void *data,
-                        std::uint32_t size) noexcept;
+std::uint32_t set_value(KeyHandle key, const char *name, std::uint32_t type, const void *data, std::uint32_t size,
+                        WhenLocked when_locked = WhenLocked::waits) noexcept;
 
 } // namespace kxstr::platform

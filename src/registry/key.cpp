@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "platform/ansi_text.h"
+#include "platform/roots.h"
 #include "registry/link_engine.h"
-#include "registry/roots.h"
 #include "registry/values.h"
 
 namespace kxstr::registry {
@@ -23,24 +23,26 @@ std::string key_path_of(const ValuePath &place) {
 
 } // namespace
 
-CYWKey::CYWKey(const char *path, std::uint32_t) noexcept : access(platform::kReadAndWrite) {
+CYWKey::CYWKey(const char *path, std::uint32_t, platform::WhenLocked when_locked) noexcept
+    : access(platform::kReadAndWrite) {
     const std::string_view text(path != nullptr ? path : "");
-    const auto root = std::ranges::find_if(kRoots, [&](const Root &one) { return starts_with_root(text, one); });
-    if (root == kRoots.end()) {
+    const auto root = std::ranges::find_if(
+        platform::kRoots, [&](const platform::Root &one) { return platform::starts_with_root(text, one); });
+    if (root == platform::kRoots.end()) {
         status = platform::kBadKey;
         return;
     }
     // One character behind the root's name is skipped without a look: it is the backslash.
-    open(root->key, path + std::min(root->name.size() + 1, text.size()));
+    open(root->key, path + std::min(root->name.size() + 1, text.size()), when_locked);
 }
 
 CYWKey::CYWKey(std::uint32_t, const char *subkey) noexcept : access(platform::kReadAndWrite) {
-    open(platform::kCurrentUser, subkey != nullptr ? subkey : "");
+    open(platform::kCurrentUser, subkey != nullptr ? subkey : "", platform::WhenLocked::waits);
 }
 
-void CYWKey::open(platform::KeyHandle root, const char *path) noexcept {
+void CYWKey::open(platform::KeyHandle root, const char *path, platform::WhenLocked when_locked) noexcept {
     bool created = false;
-    status = platform::create_key(root, path, platform::kReadAndWrite, key, created);
+    status = platform::create_key(root, path, platform::kReadAndWrite, key, created, when_locked);
     created_new = created ? 1 : 0;
 }
 

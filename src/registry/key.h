@@ -13,8 +13,10 @@ struct LinkEngine;
 class CYWKey {
   public:
     // Opens a key by its full path, such as "HKEY_CURRENT_USER\Software\...", and creates it when it is missing, so
-    // that reading a setting leaves its key behind. A path without a known root (null too) gives status kBadKey.
-    CYWKey(const char *path, std::uint32_t unused) noexcept;
+    // that reading a setting leaves its key behind (a reader should not wait for that: see WhenLocked). A path without
+    // a known root (null too) gives status kBadKey.
+    CYWKey(const char *path, std::uint32_t unused,
+           platform::WhenLocked when_locked = platform::WhenLocked::waits) noexcept;
     // Opens or creates a key below the current user; null or an empty path is HKEY_CURRENT_USER itself.
     CYWKey(std::uint32_t unused, const char *subkey) noexcept;
     CYWKey(const CYWKey &) = delete;
@@ -40,7 +42,7 @@ class CYWKey {
     std::uint32_t link_engine_ready = 0;
 
   private:
-    void open(platform::KeyHandle root, const char *path) noexcept;
+    void open(platform::KeyHandle root, const char *path, platform::WhenLocked when_locked) noexcept;
     std::uint32_t set_at_target(const char *name, std::uint32_t type, const void *data, std::uint32_t size) noexcept;
 };
 

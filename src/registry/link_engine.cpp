@@ -11,7 +11,7 @@
 
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
-#include "registry/roots.h"
+#include "platform/roots.h"
 #include "registry/values.h"
 
 namespace kxstr::registry {
@@ -22,7 +22,8 @@ constexpr const char *kSettingsValue = "Yarrowind Logical Syntax Characters";
 constexpr const char *kBaseSubkey = "Software";
 constexpr std::array<std::uint16_t, 5> kDefaultSyntax{u'"', u'*', u'<', u'>', u'|'};
 constexpr char kDefaultSyntaxText[] = "\"*<>|";
-constexpr std::size_t kSyntaxRoom = 8; // units, the terminator included
+constexpr std::size_t kSyntaxRoom = 8;             // units, the terminator included
+constexpr std::size_t kBytesLikeAReference = 4096; // so many cost as much time, roughly
 constexpr std::uint16_t kDoubleQuote = u'"';
 
 // Text as it lies in the registry: little-endian units at any address. Behind its end there are zeros.
@@ -182,6 +183,12 @@ class Evaluation {
         return false;
     }
 
+    // Accounts for work before it is done.
+    bool spend(std::size_t references, std::size_t bytes) noexcept {
+        work_ += references + bytes / kBytesLikeAReference;
+        return work_ <= kMaxLinkWork || fail(platform::kOutOfMemory);
+    }
+
     bool append(std::span<const std::uint8_t> bytes) noexcept {
         const std::size_t needed = engine_.used + bytes.size();
         if (needed > engine_.reserved) return fail(platform::kOutOfMemory);
@@ -224,6 +231,7 @@ class Evaluation {
     bool resolve(const WideText &reference, unsigned depth, Result &result) {
         const std::size_t begin = engine_.used;
         const unsigned emptied_before = emptied_;
+        if (!spend(1, reference.bytes().size())) return false;
         if (!resolve_value(reference.units(), depth)) return false;
         result = {emptied_ == emptied_before ? begin : 0, engine_.used};
         return true;
@@ -280,6 +288,7 @@ class Evaluation {
         }
         std::vector<std::uint8_t> data;
         if (read_value(key, name.c_str(), type, data) != platform::kSuccess) return fail(platform::kCannotOpen);
+        if (!spend(0, data.size())) return false;
         if (!evaluate(WideText(data), depth + 1)) return false;
         links.remove(links.find(&atom).index);
         platform::delete_atom(static_cast<std::uint16_t>(atom));
@@ -291,6 +300,7 @@ class Evaluation {
     // every alternative of the first with every one of the second.
     bool join(Result &first, const Result &second) {
         if (second.begin != first.end) return fail(kUnterminatedReference); // a plain value has taken the whole area
+        if (!spend(0, second.end - first.begin)) return false;
         const auto text_of = [this](const Result &result) {
             return WideText({engine_.work_area + result.begin, result.end - result.begin}).up_to_zero();
         };
@@ -357,6 +367,7 @@ class Evaluation {
     Syntax syntax_;
     bool target_;
     unsigned emptied_ = 0; // how often the work area was emptied
+    std::size_t work_ = 0; // spent
 };
 
 void free_syntax(LinkEngine &engine) noexcept {
@@ -393,7 +404,11 @@ bool open_keys_and_area(LinkEngine &engine, std::uint16_t *characters, Missing m
     // A key that is left missing stays null, and all that is looked for in it is missing as well.
     const auto open = [create](const char *path, KeyHandle &key) {
         bool created = false;
-        if (create) return create_key(kCurrentUser, path, kReadAndWrite, key, created) == kSuccess;
+        if (create) {
+            const std::uint32_t status =
+                create_key(kCurrentUser, path, kReadAndWrite, key, created, WhenLocked::gives_up);
+            return status == kSuccess || status == kBusy;
+        }
         open_key(kCurrentUser, path, kReadAndWrite, key);
         return true;
     };
@@ -402,7 +417,8 @@ bool open_keys_and_area(LinkEngine &engine, std::uint16_t *characters, Missing m
         free_syntax(engine);
         // For people to see and change. Where nothing can be written the default serves all the same.
         if (create) {
-            set_value(engine.settings_key, kSettingsValue, kTextType, kDefaultSyntaxText, sizeof kDefaultSyntaxText);
+            set_value(engine.settings_key, kSettingsValue, kTextType, kDefaultSyntaxText, sizeof kDefaultSyntaxText,
+                      WhenLocked::gives_up);
         }
     }
     if (!open(kBaseSubkey, engine.base_key)) return fail(kCannotOpen);
@@ -420,12 +436,13 @@ ValuePath value_path_of(std::u16string_view reference) noexcept {
     ValuePath place{nullptr, {}, {}};
     if (reference.starts_with(u'\\')) {
         reference.remove_prefix(1);
-        place.root = &kRoots[0]; // the current user, unless a root is named
+        place.root = &platform::kCurrentUserRoot; // unless a root is named
         const std::size_t length = reference.find(u'\\');
         if (length != std::u16string_view::npos) {
-            const auto root = std::ranges::find_if(
-                kRoots, [&](const Root &one) { return length == one.name.size() && starts_with_root(reference, one); });
-            if (root != kRoots.end()) {
+            const auto root = std::ranges::find_if(platform::kRoots, [&](const platform::Root &one) {
+                return length == one.name.size() && platform::starts_with_root(reference, one);
+            });
+            if (root != platform::kRoots.end()) {
                 place.root = &*root;
                 reference.remove_prefix(length + 1);
             }
@@ -444,7 +461,7 @@ ValuePath value_path_of(std::u16string_view reference) noexcept {
 
 ValuePath target_of(std::u16string_view text) noexcept {
     ValuePath place = value_path_of(text);
-    if (place.root == nullptr) place.root = &kRoots[0]; // the current user
+    if (place.root == nullptr) place.root = &platform::kCurrentUserRoot;
     return place;
 }
 

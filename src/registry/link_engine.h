@@ -18,6 +18,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/roots.h"
 #include "platform/system.h"
 #include "registry/search_list.h"
 
@@ -31,6 +32,9 @@ inline constexpr std::uint32_t kStrayCloseOrLoop = 0xE2D50003;
 inline constexpr std::uint32_t kWorkAreaSize = 1'048'576;
 inline constexpr std::uint32_t kWorkAreaStep = 4096; // committed at a time
 inline constexpr unsigned kMaxLinkDepth = 256; // links within links; bounds the stack, deeper ones are out of memory
+// The work of one evaluation, so that links to links to links do not take time without end: each reference counts 1,
+// and so do each 4096 bytes of text that are read for it or joined. More is out of memory, too.
+inline constexpr unsigned kMaxLinkWork = 4096;
 
 struct LinkEngine {
     platform::KeyHandle settings_key = platform::KeyHandle::null; // holds the syntax characters
@@ -52,7 +56,7 @@ enum class Missing : std::uint8_t { created, left };
 //
 // The syntax characters are read from the registry. A stored text of fewer than five leaves the others as they are by
 // default; one of more than seven, or no text at all, is replaced by the default (Missing::created: in the registry
-// too).
+// too). Keys and settings are created only if no other process is writing them: nobody waits for that.
 bool set_up(LinkEngine &engine, Missing missing = Missing::created) noexcept;
 
 // Evaluates a link.
@@ -76,7 +80,7 @@ void release(LinkEngine &engine) noexcept;
 
 // Where a text points. Views into the text.
 struct ValuePath {
-    const struct Root *root; // null: the base key
+    const platform::Root *root; // null: the base key
     std::u16string_view key_path;
     std::u16string_view value_name;
 };

@@ -16,7 +16,8 @@ using kxstr::test::run_on;
 namespace tables = kxstr::tables;
 
 std::string remembered() {
-    return {reinterpret_cast<const char *>(language_set_up().data()), 4};
+    const auto start = language_set_up();
+    return {start.begin(), start.end()};
 }
 
 TEST(LanguageSetup, EveryColumnAndBack) {

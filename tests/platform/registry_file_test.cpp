@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <random>
 
 #include "platform/ansi_text.h"
@@ -128,6 +129,48 @@ TEST(RegistryFile, RemovalsTakeAwayWhatStandsAbove) {
     EXPECT_EQ(without_value(*twice, kPath, u"v"), in_key("")) << "the earlier line must not come to light";
 }
 
+TEST(RegistryFile, KeysThatOnlyLeadToOthersAreThere) {
+    // Each row a file, what is there, what is not, and how a new key below HKEY_USERS\\a is spelled.
+    const struct {
+        std::string lines;
+        std::u16string there, missing;
+        const char *spelled;
+    } cases[] = {
+        {"[HKEY_USERS\\a\\b]\n[HKEY_USERS\\A]\n", u"HKEY_USERS\\A", u"HKEY_USERS\\A\\BC", "a\\new"},
+        {"[HKEY_USERS\\A]\n[HKEY_USERS\\a\\b]\n", u"HKEY_USERS", u"HKEY_USERS\\", "A\\new"},
+        {"[HKEY_USERS\\a\\b\\c]\n[-HKEY_USERS\\A\\B]\n", u"HKEY_USERS\\A", u"HKEY_USERS\\A\\B", "a\\new"},
+        {"[HKEY_USERS\\a\\b]\n[-HKEY_USERS\\A\\c]\n", u"HKEY_USERS\\a", u"HKEY_USERS\\a\\c", "a\\new"},
+        {"[HKEY_USERS\\a]\n[HKEY_USERS\\a]b]\n[-HKEY_USERS\\A]\n", u"HKEY_USERS\\a]b", u"HKEY_USERS\\a", "A\\new"},
+    };
+    for (const auto &c : cases) {
+        const auto file = parse_registry(kHeader + c.lines);
+        ASSERT_TRUE(file) << c.lines;
+        EXPECT_NE(file->find_key(c.there), nullptr) << c.lines;
+        EXPECT_EQ(file->find_key(c.missing), nullptr) << c.lines;
+        EXPECT_NE(with_key(*file, u"HKEY_USERS\\A\\new")->find(std::string("[HKEY_USERS\\") + c.spelled),
+                  std::string::npos)
+            << c.lines;
+    }
+}
+
+// Files of these sizes took seconds while the work grew with the square of the lines.
+TEST(RegistryFile, HostileFilesTakeTimeInProportion) {
+    const auto start = std::chrono::steady_clock::now();
+    std::string keys, removals, deep, duplicates;
+    for (int i = 0; i < 10'000; ++i) {
+        keys += "[HKEY_USERS\\k" + std::to_string(i) + "]\n";
+        removals += "[-HKEY_USERS\\k" + std::to_string(i) + "]\n";
+    }
+    EXPECT_EQ(parse_registry(kHeader + keys + removals)->keys.size(), 1u);
+    for (int i = 0; i < 500; ++i)
+        deep += "[HKEY_USERS" + repeated("\\k" + std::to_string(i), 511) + "]\n";
+    EXPECT_EQ(parse_registry(kHeader + deep)->keys.size(), 500u);
+    duplicates = in_key(repeated("\"v\"=\"x\"\n", 2000));
+    EXPECT_EQ(without_value(*parse_registry(duplicates), kPath, u"v"), in_key(""));
+    // A fifth of a second, and room for a slow machine with sanitizers.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+}
+
 TEST(RegistryFile, ByteOrderMarks) {
     const std::string utf8 = in_key("\"\xC3\xA9\"=\"\xF0\x9F\x98\x80\"\r\n");
     std::string utf16 = "\xFF\xFE";
@@ -191,7 +234,7 @@ TEST(RegistryFile, NamesThatTheFormatCannotHoldAreRefused) {
     EXPECT_FALSE(with_value(file, long_path, u"v", 1, Bytes{0, 0}));
     const auto odd = with_value(file, u"HKEY_CURRENT_USER\\]", u"]\n[HKEY_USERS]\r\"=\\", 1, Bytes{0, 0});
     ASSERT_TRUE(odd);
-    EXPECT_EQ(parse_registry(*odd)->keys.size(), 2u);
+    EXPECT_EQ(parse_registry(*odd)->keys.size(), 1u);
 }
 
 // Any data of any type under any name comes back, whatever was written before: the text against a plain map.

@@ -2,11 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <fcntl.h>
 #include <sched.h>
+#include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <thread>
+
+#include <kxstr/codepage.h>
+#include <kxstr/core.h>
 
 #include "child_process.h"
 #include "platform/portable/registry_store.h"
@@ -14,6 +20,20 @@
 #include "registry_values.h"
 #include "settings_folder.h"
 #include "support/process_state.h"
+
+namespace {
+int folder_flush_error = 0; // what flushing a folder comes to
+}
+
+// In the place of the C library's.
+extern "C" int fsync(int file) {
+    struct stat info {};
+    if (folder_flush_error != 0 && ::fstat(file, &info) == 0 && S_ISDIR(info.st_mode)) {
+        errno = folder_flush_error;
+        return -1;
+    }
+    return static_cast<int>(::syscall(SYS_fsync, file));
+}
 
 namespace kxstr::platform {
 namespace {
@@ -184,6 +204,56 @@ TEST_F(Registry, ReadOnlyFolder) {
     EXPECT_EQ(in_child(read_only_file), 0) << "a folder that allows it is no reason to replace a read-only file";
     EXPECT_EQ(folder_.read(), before);
     EXPECT_EQ(files_in_folder(), 1u);
+}
+
+TEST_F(Registry, FoldersThatCannotBeFlushedAreNoFailure) {
+    for (const int error : {EIO, EINVAL}) {
+        use((folder_.path() / std::to_string(error) / "below" / "file.reg").string());
+        folder_flush_error = error;
+        EXPECT_EQ(set_bytes("v", "x"), kSuccess) << "the folders and the file are there";
+        EXPECT_EQ(set_bytes("v", "y"), kSuccess) << "the new value is in the file";
+        folder_flush_error = 0;
+        EXPECT_EQ(get("v"), "y");
+    }
+    const fs::path closed = folder_.path() / "closed";
+    fs::create_directory(closed);
+    fs::permissions(folder_.path(), fs::perms{0755});
+    fs::permissions(closed, fs::perms{0333});
+    use((closed / "new" / "file.reg").string());
+    EXPECT_EQ(in_child([] { return become_nobody() && set_bytes("v", "x") == kSuccess ? 0 : 1; }), 0)
+        << "a folder in which one may make others but not look";
+    EXPECT_EQ(get("v"), "x");
+}
+
+TEST_F(Registry, AUserKeepsTheModeOfAFile) {
+    fs::permissions(folder_.path(), fs::perms{0777});
+    const auto keeps = [&] {
+        if (!become_nobody() || set_bytes("v", "x") != kSuccess) return 1;
+        if (::chmod(folder_.file().c_str(), 02750) != 0 || set_bytes("v", "y") != kSuccess) return 2;
+        return (status_of(folder_.file()).st_mode & 07777) == 02750 ? 0 : 3;
+    };
+    EXPECT_EQ(in_child(keeps), 0);
+}
+
+TEST_F(Registry, ReadingDoesNotWaitForAWriter) {
+    const std::string link = "[HKEY_CURRENT_USER\\Software\\Norvane\\Conversions\\21\\CodePageData\\FR]\n"
+                             "\"DOS Code Page\"=hex(80000008):3c,00,76,00,3e,00\n[HKEY_CURRENT_USER\\Software]\n"
+                             "\"v\"=hex:54,03\n";
+    folder_.write(link);
+    const std::string before = folder_.read();
+    const int lock = ::open(folder_.path().c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_EQ(::flock(lock, LOCK_EX), 0);
+    const auto start = std::chrono::steady_clock::now();
+    VaskSetLanguage("EN");
+    EXPECT_EQ(WcvtGetDOSCodepage(), 437) << "its key stays missing";
+    VaskSetLanguage("FR");
+    EXPECT_EQ(WcvtGetDOSCodepage(), 852) << "the link engine's keys, too";
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    EXPECT_EQ(folder_.read(), before);
+    ::close(lock);
+    VaskSetLanguage("EN");
+    EXPECT_EQ(WcvtGetDOSCodepage(), 437);
+    EXPECT_NE(folder_.read().find("CodePageData\\EN]\n"), std::string::npos);
 }
 
 TEST_F(Registry, FullDisk) {

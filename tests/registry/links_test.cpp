@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <memory>
 
@@ -135,6 +136,27 @@ TEST_F(Links, LongChainsWorkAndTooLongOnesEnd) {
     EXPECT_EQ(expanded(wide("<K\\c2900>")), wide("end") + "\0\0"s) << "100 deep";
     EXPECT_EQ(expanded(wide("<K\\c0>")), "error E") << "3000 deep";
     EXPECT_EQ(expanded(wide("<K\\c2999>")), wide("end") + "\0\0"s) << "and all is released";
+}
+
+TEST_F(Links, NoLinkTakesTimeWithoutEnd) {
+    for (int i = 0; i < 40; ++i) {
+        const std::string next = "<K\\v" + std::to_string(i + 1) + ">";
+        add_link("v" + std::to_string(i), wide(next + next));
+    }
+    add_link("v40", "");
+    std::string long_names;
+    for (int i = 0; i < 100; ++i)
+        long_names += "<" + std::string(4000, 'n') + ">";
+    add_link("names", wide(long_names));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(expanded(wide("<K\\v0>")), "error E") << "two to the 40 references";
+    EXPECT_EQ(expanded(wide("<K\\v30>")), "\0\0"s) << "2,047 of them are honest";
+    std::string many_times;
+    for (int i = 0; i < 40; ++i)
+        many_times += "<K\\names>";
+    EXPECT_EQ(expanded(wide(many_times)), "error E") << "few links, but long ones";
+    EXPECT_EQ(expanded(wide("<K\\names>")), "\0\0"s);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 TEST_F(Links, TheWorkAreaIsTheLimit) {

@@ -37,7 +37,7 @@ class ColtblAtLoad {
             std::copy_n(from, size, entry->block);
             from += size;
         }
-        collate::language_set_up() = {'E', 'N'};
+        collate::keep_language_set_up({'E', 'N'});
         VaskSetLanguage("EN");
     }
 };

@@ -70,9 +70,9 @@ int fail(const std::string &what, std::uint32_t status) {
     return kFailure;
 }
 
-// Where a value stands.
-struct Place {
-    std::u16string path;
+// Where a value is: its key's full path and its own name.
+struct ValuePath {
+    std::u16string key;
     std::u16string name;
 };
 
@@ -85,10 +85,10 @@ std::string remark_on(const RegistryValue &value) {
     registry::release(engine);
     if (!target || target->starts_with(u'\\')) return {};
     // As the library's calls pass it on; whatever it holds, one line.
-    std::u16string place = platform::ansi_to_wide(platform::wide_to_ansi(*target));
+    std::u16string target_path = platform::ansi_to_wide(platform::wide_to_ansi(*target));
     std::ranges::replace_if(
-        place, [](char16_t unit) { return unit < u' '; }, u'?');
-    return "; writing through it sets HKEY_CURRENT_USER\\" + platform::to_utf8(place) + "\n";
+        target_path, [](char16_t unit) { return unit < u' '; }, u'?');
+    return "; writing through it sets HKEY_CURRENT_USER\\" + platform::to_utf8(target_path) + "\n";
 }
 
 int show(const RegistryFile &file, const std::u16string &path) {
@@ -186,25 +186,25 @@ Typed typed_value(const std::string &type, const std::string &text) {
     return {0, {}};
 }
 
-bool is_protected(const RegistryFile &file, const Place &place) {
-    const RegistryValue *value = file.find_value(place.path, place.name);
+bool is_protected(const RegistryFile &file, const ValuePath &value_path) {
+    const RegistryValue *value = file.find_value(value_path.key, value_path.name);
     return value != nullptr && (value->type & registry::kWriteProtected) != 0;
 }
 
-std::uint32_t set(const Place &place, const Typed &value) {
+std::uint32_t set(const ValuePath &value_path, const Typed &value) {
     return platform::change_registry([&](const RegistryFile &file) -> platform::RegistryChange {
-        if (is_protected(file, place)) return {platform::kAccessDenied, {}};
-        auto text = platform::with_value(file, place.path, place.name, value.type, *value.data);
+        if (is_protected(file, value_path)) return {platform::kAccessDenied, {}};
+        auto text = platform::with_value(file, value_path.key, value_path.name, value.type, *value.data);
         if (!text) return {platform::kBadParameter, {}};
         return {platform::kSuccess, std::move(*text)};
     });
 }
 
-std::uint32_t unset(const Place &place) {
+std::uint32_t unset(const ValuePath &value_path) {
     return platform::change_registry([&](const RegistryFile &file) -> platform::RegistryChange {
-        if (file.find_value(place.path, place.name) == nullptr) return {platform::kNotFound, {}};
-        if (is_protected(file, place)) return {platform::kAccessDenied, {}};
-        return {platform::kSuccess, platform::without_value(file, place.path, place.name)};
+        if (file.find_value(value_path.key, value_path.name) == nullptr) return {platform::kNotFound, {}};
+        if (is_protected(file, value_path)) return {platform::kAccessDenied, {}};
+        return {platform::kSuccess, platform::without_value(file, value_path.key, value_path.name)};
     });
 }
 
@@ -241,39 +241,39 @@ int run_registry(int argc, char **argv) {
     }
     if (*settings.registry_path == 0) return fail("no settings file (KX_REGISTRY)", platform::kNotFound);
 
-    Place place;
+    ValuePath value_path;
     if (operands.size() > 1) {
         const auto given = platform::from_utf8(operands[1]);
         const auto path = given ? platform::full_key_path(*given) : std::nullopt;
         if (!path) return usage_error(kUsageText, "'" + operands[1] + "' does not start with a root's name");
-        place.path = *path;
+        value_path.key = *path;
     }
     if (operands.size() > 2) {
         const auto name = platform::from_utf8(operands[2]);
         if (!name) return usage_error(kUsageText, "the name is not UTF-8");
-        place.name = *name;
+        value_path.name = *name;
     }
 
     if (command == "set") {
         const Typed value = typed_value(type, operands[3]);
         if (!value.data) return usage_error(kUsageText, "'" + operands[3] + "' is no " + type);
-        const std::uint32_t status = set(place, value);
+        const std::uint32_t status = set(value_path, value);
         return status == platform::kSuccess ? kSuccess : fail(settings.registry_path, status);
     }
     if (command == "unset") {
-        const std::uint32_t status = unset(place);
+        const std::uint32_t status = unset(value_path);
         return status == platform::kSuccess ? kSuccess : fail(operands[2], status);
     }
     std::shared_ptr<const RegistryFile> contents;
     const std::uint32_t status = platform::read_registry(contents);
     if (status != platform::kSuccess) return fail(settings.registry_path, status);
     if (command == "show") {
-        if (!place.path.empty() && contents->find_key(place.path) == nullptr) {
+        if (!value_path.key.empty() && contents->find_key(value_path.key) == nullptr) {
             return fail(operands[1], platform::kNotFound);
         }
-        return show(*contents, place.path);
+        return show(*contents, value_path.key);
     }
-    const RegistryValue *value = contents->find_value(place.path, place.name);
+    const RegistryValue *value = contents->find_value(value_path.key, value_path.name);
     if (value == nullptr) return fail(operands[2], platform::kNotFound);
     std::printf("%s\n", readable(*value).c_str());
     return kSuccess;
@@ -286,8 +286,8 @@ std::vector<std::string> keys_below(const std::string &path) {
     std::vector<std::string> names;
     for (const auto &[upper, key] : registry->keys) {
         if (!upper.starts_with(above)) continue;
-        std::string name = platform::wide_to_ansi(std::u16string_view(key.path).substr(above.size()));
-        if (name.find('\\') == std::string::npos) names.push_back(std::move(name));
+        const std::u16string_view below = std::u16string_view(key.path).substr(above.size());
+        names.push_back(platform::wide_to_ansi(below.substr(0, below.find(u'\\'))));
     }
     return names;
 }

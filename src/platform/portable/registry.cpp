@@ -8,6 +8,7 @@
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
 #include "platform/portable/registry_store.h"
+#include "platform/roots.h"
 #include "platform/system.h"
 
 // The registry of a system that has none: the settings file behind the calls of one that has.
@@ -47,17 +48,18 @@ OpenKeys &open_keys() {
 
 bool is_root(KeyHandle handle) noexcept {
     const auto number = static_cast<std::uintptr_t>(handle) - static_cast<std::uintptr_t>(kClassesRoot);
-    return number < kRootNames.size();
+    return number < kRoots.size();
 }
 
-std::u16string_view root_name(KeyHandle root) noexcept {
-    return kRootNames[static_cast<std::uintptr_t>(root) - static_cast<std::uintptr_t>(kClassesRoot)];
+std::u16string root_name(KeyHandle root) {
+    const auto number = static_cast<std::uintptr_t>(root) - static_cast<std::uintptr_t>(kClassesRoot);
+    return {kRoots[number].name.begin(), kRoots[number].name.end()};
 }
 
 // Null for no handle of an open key.
 SharedKey find_open_key(KeyHandle handle) {
     if (is_root(handle)) {
-        const std::u16string name(root_name(handle));
+        const std::u16string name = root_name(handle);
         return std::make_shared<const OpenKey>(OpenKey{{name, name}, kReadAndWrite});
     }
     OpenKeys &all = open_keys();
@@ -91,8 +93,7 @@ std::uint32_t full_path(KeyHandle parent, const char *path, KeyPath &key_path) {
 
 // Null when the key is not there.
 const RegistryKey *find_key(const RegistryFile &registry, const KeyPath &path) {
-    const auto found = registry.keys.find(path.upper);
-    if (found != registry.keys.end()) return &found->second;
+    if (const RegistryKey *found = registry.find_upper_case_key(path.upper)) return found;
     static const RegistryKey empty_root{}; // there without a line in the file
     return path.upper.find(u'\\') == std::u16string::npos ? &empty_root : nullptr;
 }
@@ -115,13 +116,14 @@ std::uint32_t open_path(KeyPath path, std::uint32_t access, KeyHandle &handle) {
 }
 
 // Adds a key that was missing a moment ago to the file.
-std::uint32_t add_key(const KeyPath &path, bool &created) {
-    const std::uint32_t status = change_registry([&](const RegistryFile &registry) -> RegistryChange {
+std::uint32_t add_key(const KeyPath &path, bool &created, WhenLocked when_locked) {
+    const auto add = [&](const RegistryFile &registry) -> RegistryChange {
         created = find_key(registry, path) == nullptr;
         if (!created) return {kSuccess, registry.text}; // another process was faster
         auto text = with_key(registry, path.spelled);
         return text ? RegistryChange{kSuccess, std::move(*text)} : RegistryChange{kBadParameter, {}};
-    });
+    };
+    const std::uint32_t status = change_registry(add, when_locked);
     if (status != kSuccess) created = false;
     return status;
 }
@@ -231,15 +233,15 @@ std::vector<std::uint8_t> from_caller(std::uint32_t type, std::span<const std::u
 
 } // namespace
 
-std::uint32_t create_key(KeyHandle parent, const char *path, std::uint32_t access, KeyHandle &key,
-                         bool &created) noexcept try {
+std::uint32_t create_key(KeyHandle parent, const char *path, std::uint32_t access, KeyHandle &key, bool &created,
+                         WhenLocked when_locked) noexcept try {
     key = KeyHandle::null;
     created = false;
     KeyPath full;
     if (const std::uint32_t status = full_path(parent, path, full); status != kSuccess) return status;
     std::uint32_t status = open_path(full, access, key);
     if (status != kNotFound) return status;
-    status = add_key(full, created);
+    status = add_key(full, created, when_locked);
     return status == kSuccess ? add_open_key(std::move(full), access, key) : status;
 } catch (const std::bad_alloc &) {
     return kNoResources;
@@ -290,7 +292,8 @@ std::uint32_t query_value_at(KeyHandle parent, const char *path, const char *nam
     const RegistryKey *key = find_key(*registry, full);
     if (key == nullptr) {
         bool created = false;
-        status = add_key(full, created);
+        status = add_key(full, created, WhenLocked::gives_up);
+        if (status == kBusy) return kNotFound;
         if (status == kSuccess) status = read_registry(registry);
         if (status != kSuccess) return status;
         key = find_key(*registry, full);
@@ -305,19 +308,20 @@ std::uint32_t query_value_at(KeyHandle parent, const char *path, const char *nam
     return kNoResources;
 }
 
-std::uint32_t set_value(KeyHandle handle, const char *name, std::uint32_t type, const void *data,
-                        std::uint32_t size) noexcept try {
+std::uint32_t set_value(KeyHandle handle, const char *name, std::uint32_t type, const void *data, std::uint32_t size,
+                        WhenLocked when_locked) noexcept try {
     if (data == nullptr && size != 0) return kBadParameter;
     SharedKey key;
     std::u16string value_name;
     const std::uint32_t status = find_value_place(handle, name, kSetAccess, key, value_name);
     if (status != kSuccess) return status;
     const auto stored = from_caller(type, {static_cast<const std::uint8_t *>(data), size});
-    return change_registry([&](const RegistryFile &registry) -> RegistryChange {
+    const auto store = [&](const RegistryFile &registry) -> RegistryChange {
         if (find_key(registry, key->path) == nullptr) return {kKeyDeleted, {}};
         auto text = with_value(registry, key->path.spelled, value_name, type, stored);
         return text ? RegistryChange{kSuccess, std::move(*text)} : RegistryChange{kBadParameter, {}};
-    });
+    };
+    return change_registry(store, when_locked);
 } catch (const std::bad_alloc &) {
     return kNoResources;
 }

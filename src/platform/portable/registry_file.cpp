@@ -6,6 +6,7 @@
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
 #include "platform/portable/utf8.h"
+#include "platform/roots.h"
 #include "platform/system.h"
 
 namespace kxstr::platform {
@@ -33,6 +34,38 @@ std::vector<std::u16string_view> split_path(std::u16string_view path) {
         path.remove_prefix(std::min(length + 1, path.size()));
     }
     return parts;
+}
+
+bool is_root_name(std::u16string_view part) {
+    const std::u16string upper = upper_case(part);
+    return std::ranges::any_of(kRoots, [&](const Root &root) { return std::ranges::equal(upper, root.name); });
+}
+
+std::u16string joined(std::span<const std::u16string_view> parts) {
+    std::u16string path;
+    for (const auto part : parts) {
+        if (!path.empty()) path += u'\\';
+        path += part;
+    }
+    return path;
+}
+
+// Those whose paths go on behind `path`, which is in upper case. They lie together.
+auto keys_below(const RegistryFile &file, const std::u16string &path) {
+    constexpr char16_t behind_backslash = u'\\' + 1;
+    return std::pair(file.keys.lower_bound(path + u'\\'), file.keys.lower_bound(path + behind_backslash));
+}
+
+// The key by which a path, in upper case, comes up first: its own or one below it. Null when there is no such key.
+const RegistryKey *first_mention(const RegistryFile &file, const std::u16string &path) {
+    const RegistryKey *first = nullptr;
+    const auto look_at = [&first](const RegistryKey &key) {
+        if (first == nullptr || key.line < first->line) first = &key;
+    };
+    if (const auto found = file.keys.find(path); found != file.keys.end()) look_at(found->second);
+    for (auto [key, last] = keys_below(file, path); key != last; ++key)
+        look_at(key->second);
+    return first;
 }
 
 int hex_digit(char ch) noexcept {
@@ -87,37 +120,37 @@ class Parser {
         if (parts.empty() || parts.size() > kMaxDepth) return false;
         key_ = nullptr;
         in_section_ = true;
-        if (std::ranges::find(kRootNames, upper_case(parts[0])) == kRootNames.end()) return true;
+        if (!is_root_name(parts[0])) return true;
         if (removed) {
-            remove_key(parts);
+            remove_key(joined(parts));
         } else {
-            key_ = add_key(parts);
+            key_ = &add_key(joined(parts));
             key_->insert_at = at_;
         }
         return true;
     }
 
-    RegistryKey *add_key(std::span<const std::u16string_view> parts) {
-        std::u16string path;
-        RegistryKey *key = nullptr;
-        for (const auto part : parts) {
-            if (!path.empty()) path += u'\\';
-            path += part;
-            key = &file_.keys.try_emplace(upper_case(path)).first->second;
-            if (key->path.empty()) key->path = path;
+    RegistryKey &add_key(const std::u16string &path) {
+        const std::u16string upper = upper_case(path);
+        if (const auto found = file_.keys.find(upper); found != file_.keys.end()) return found->second;
+        const RegistryKey *const first = first_mention(file_, upper);
+        RegistryKey key{.path = path, .line = line_, .values = {}, .insert_at = {}};
+        if (first != nullptr) {
+            key.path = first->path.substr(0, path.size());
+            key.line = first->line;
         }
-        return key;
+        return file_.keys.emplace(upper, std::move(key)).first->second;
     }
 
-    void remove_key(std::span<const std::u16string_view> parts) {
-        std::u16string path;
-        for (const auto part : parts) {
-            if (!path.empty()) path += u'\\';
-            path += upper_case(part);
-        }
-        const std::u16string below = path + u'\\';
-        std::erase_if(file_.keys,
-                      [&](const auto &entry) { return entry.first == path || entry.first.starts_with(below); });
+    // The key above stays, with the spelling that it had, also where nothing else is below it.
+    void remove_key(const std::u16string &path) {
+        const std::u16string upper = upper_case(path);
+        if (file_.find_upper_case_key(upper) == nullptr) return;
+        if (const std::size_t length = upper.rfind(u'\\'); length != std::u16string::npos)
+            add_key(path.substr(0, length));
+        const auto [first, last] = keys_below(file_, upper);
+        file_.keys.erase(first, last);
+        file_.keys.erase(upper);
     }
 
     bool parse_value() {
@@ -141,8 +174,11 @@ class Parser {
         std::u16string name = upper_case(value.name);
         if (removed) {
             key_->values.erase(name);
-        } else {
-            key_->values.insert_or_assign(std::move(name), std::move(value));
+        } else if (const auto [earlier, is_new] = key_->values.try_emplace(std::move(name), std::move(value));
+                   !is_new) {
+            value.hidden = std::move(earlier->second.hidden);
+            value.hidden.emplace_back(earlier->second.line, earlier->second.end);
+            earlier->second = std::move(value);
         }
         return true;
     }
@@ -343,13 +379,14 @@ std::string_view end_of_line_in(std::string_view text) {
 
 // The path with the keys that exist already spelled as they are in the file.
 std::u16string known_spelling(const RegistryFile &file, std::u16string_view path) {
-    std::u16string spelled;
-    for (const auto part : split_path(path)) {
-        if (!spelled.empty()) spelled += u'\\';
-        spelled += part;
-        if (const RegistryKey *key = file.find_key(spelled)) spelled = key->path;
+    const std::u16string full = joined(split_path(path));
+    const std::u16string upper = upper_case(full);
+    for (std::size_t length = upper.size(); length != std::u16string::npos && length != 0;
+         length = upper.rfind(u'\\', length - 1)) {
+        if (const RegistryKey *first = first_mention(file, upper.substr(0, length)))
+            return first->path.substr(0, length) + full.substr(length);
     }
-    return spelled;
+    return full;
 }
 
 // The text with lines for a new key at its end; `insert_at` is behind them. Nothing for a name that keys cannot have.
@@ -367,8 +404,14 @@ std::optional<std::string> with_section(const RegistryFile &file, std::u16string
 } // namespace
 
 const RegistryKey *RegistryFile::find_key(std::u16string_view path) const {
-    const auto found = keys.find(upper_case(path));
-    return found != keys.end() ? &found->second : nullptr;
+    return find_upper_case_key(upper_case(path));
+}
+
+const RegistryKey *RegistryFile::find_upper_case_key(const std::u16string &path) const {
+    if (const auto found = keys.find(path); found != keys.end()) return &found->second;
+    static const RegistryKey leads_to_others{};
+    const auto [first, last] = keys_below(*this, path);
+    return first != last ? &leads_to_others : nullptr;
 }
 
 const RegistryValue *RegistryFile::find_value(std::u16string_view path, std::u16string_view name) const {
@@ -383,7 +426,7 @@ const RegistryValue *RegistryKey::find_value(std::u16string_view name) const {
 
 std::optional<std::u16string> full_key_path(std::u16string_view path) {
     const auto parts = split_path(path);
-    if (parts.empty() || std::ranges::find(kRootNames, upper_case(parts[0])) == kRootNames.end()) return std::nullopt;
+    if (parts.empty() || !is_root_name(parts[0])) return std::nullopt;
     std::u16string full = upper_case(parts[0]);
     for (const auto part : std::span(parts).subspan(1))
         full.append(1, u'\\').append(part);
@@ -450,15 +493,18 @@ std::optional<std::string> with_value(const RegistryFile &file, std::u16string_v
 }
 
 std::string without_value(const RegistryFile &file, std::u16string_view path, std::u16string_view name) {
-    std::string text = file.text;
-    // One line after the other: an earlier line for the same value comes to light when the later one goes.
-    for (std::optional<RegistryFile> left = file; left; left = parse_registry(text)) {
-        const RegistryValue *value = left->find_value(path, name);
-        if (value == nullptr) break;
-        const std::size_t end = std::min(text.find('\n', value->end), text.size() - 1) + 1;
-        text.erase(value->line, end - value->line);
+    const RegistryValue *value = file.find_value(path, name);
+    if (value == nullptr) return file.text;
+    // Earlier lines, too: they would come to light when the last one goes.
+    auto lines = value->hidden;
+    lines.emplace_back(value->line, value->end);
+    std::string text;
+    std::size_t at = 0;
+    for (const auto &[line, data_end] : lines) {
+        text.append(file.text, at, line - at);
+        at = std::min(file.text.find('\n', data_end), file.text.size() - 1) + 1;
     }
-    return text;
+    return text.append(file.text, at);
 }
 
 std::string value_line(const RegistryValue &value, std::string_view end_of_line) {

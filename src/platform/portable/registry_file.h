@@ -2,7 +2,6 @@
 // their data stands; every change is a change of the text at that place, so all the rest stays as people wrote it.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -10,26 +9,25 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kxstr::platform {
-
-inline constexpr std::array<std::u16string_view, 7> kRootNames{
-    u"HKEY_CLASSES_ROOT",     u"HKEY_CURRENT_USER",   u"HKEY_LOCAL_MACHINE", u"HKEY_USERS",
-    u"HKEY_PERFORMANCE_DATA", u"HKEY_CURRENT_CONFIG", u"HKEY_DYN_DATA"}; // in the order of the roots' numbers
 
 inline constexpr std::size_t kMaxKeyName = 255; // units, of one component of a path
 
 struct RegistryValue {
     std::u16string name; // empty: the key's default value
     std::uint32_t type;
-    std::vector<std::uint8_t> data; // of the string types: UTF-16, little-endian
-    std::size_t line;               // where in the text its line starts,
-    std::size_t begin, end;         // and where what follows its equals sign stands
+    std::vector<std::uint8_t> data;                            // of the string types: UTF-16, little-endian
+    std::size_t line;                                          // where in the text its line starts,
+    std::size_t begin, end;                                    // and where what follows its equals sign stands
+    std::vector<std::pair<std::size_t, std::size_t>> hidden{}; // `line` and `end` of earlier lines that give it, too
 };
 
 struct RegistryKey {
     std::u16string path;                            // from the root's name on
+    std::size_t line = 0;                           // where in the text it comes up first
     std::map<std::u16string, RegistryValue> values; // by name in upper case
     std::optional<std::size_t> insert_at;           // where a further value goes; none: the key has no line of its own
 
@@ -38,9 +36,11 @@ struct RegistryKey {
 
 struct RegistryFile {
     std::string text;                           // UTF-8
-    std::map<std::u16string, RegistryKey> keys; // by path in upper case; the keys above a key are there too
+    std::map<std::u16string, RegistryKey> keys; // by path in upper case; without keys that only lead to others
 
+    // Null for no such key. One that only leads to others is an empty key.
     const RegistryKey *find_key(std::u16string_view path) const;
+    const RegistryKey *find_upper_case_key(const std::u16string &path) const;
     const RegistryValue *find_value(std::u16string_view path, std::u16string_view name) const;
 };
 

@@ -6,7 +6,6 @@
 
 #include "platform/portable/settings.h"
 #include "platform/portable/settings_file.h"
-#include "platform/system.h"
 
 namespace kxstr::platform {
 namespace {
@@ -65,14 +64,15 @@ std::uint32_t read_registry(std::shared_ptr<const RegistryFile> &registry) try {
     return kNoResources;
 }
 
-std::uint32_t change_registry(const std::function<RegistryChange(const RegistryFile &)> &change) try {
+std::uint32_t change_registry(const std::function<RegistryChange(const RegistryFile &)> &change,
+                              WhenLocked when_locked) try {
     const std::string path = settings_file();
     std::shared_ptr<const RegistryFile> registry;
     // Before the lock too: a damaged file is left alone, down to the folder it lies in.
     std::uint32_t status = read_at(path.c_str(), registry);
     if (status != kSuccess) return status;
     FileReplacer replacer;
-    status = replacer.open(path);
+    status = replacer.open(path, when_locked);
     if (status == kSuccess) status = read_at(path.c_str(), registry);
     if (status != kSuccess) return status;
     const RegistryChange changed = change(*registry);

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/portable/registry_file.h"
+#include "platform/system.h"
 
 namespace kxstr::platform {
 
@@ -22,7 +23,8 @@ struct RegistryChange {
     std::uint32_t status;
     std::string text;
 };
-std::uint32_t change_registry(const std::function<RegistryChange(const RegistryFile &)> &change);
+std::uint32_t change_registry(const std::function<RegistryChange(const RegistryFile &)> &change,
+                              WhenLocked when_locked = WhenLocked::waits);
 
 // How often a file was parsed for reading; for tests.
 std::size_t registry_parse_count() noexcept;

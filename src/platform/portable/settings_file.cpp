@@ -124,9 +124,11 @@ std::uint32_t follow_links(std::string &path) {
     return kNoResources;
 }
 
-int flush_folder(const std::string &folder) noexcept {
-    const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return opened && ::fsync(opened.number()) == 0 ? 0 : errno;
+// So that a loss of power cannot bring the old state of the folder back. Whoever looks sees the new one without it, and
+// some folders cannot be flushed: one that may not be read, or one of a file system that has nothing to flush. So a
+// failure changes nothing.
+void flush_folder(int folder) noexcept {
+    if (folder >= 0) static_cast<void>(::fsync(folder));
 }
 
 // Makes a folder and what is missing above it. Returns an errno.
@@ -142,7 +144,9 @@ int make_folder(const std::string &folder) {
         if (const int error = make_folder(above); error != 0) return error;
         if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) return errno;
     }
-    return flush_folder(split(path).folder);
+    const Descriptor above(::open(split(path).folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    flush_folder(above.number());
+    return 0;
 }
 
 // Going beyond the limit would not only fail but raise a signal that ends the host.
@@ -190,7 +194,7 @@ FileReplacer::~FileReplacer() {
     if (folder_ >= 0) ::close(folder_);
 }
 
-std::uint32_t FileReplacer::open(const std::string &path) {
+std::uint32_t FileReplacer::open(const std::string &path, WhenLocked when_locked) {
     std::string target = path;
     if (const std::uint32_t status = follow_links(target); status != kSuccess) return status;
     const auto [folder, name] = split(target);
@@ -210,7 +214,7 @@ std::uint32_t FileReplacer::open(const std::string &path) {
     const auto give_up = std::chrono::steady_clock::now() + kLockPatience;
     while (::flock(folder_, LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR) return kNoResources;
-        if (std::chrono::steady_clock::now() > give_up) return kBusy;
+        if (when_locked == WhenLocked::gives_up || std::chrono::steady_clock::now() > give_up) return kBusy;
         std::this_thread::sleep_for(kLockPause);
     }
     return kSuccess;
@@ -223,20 +227,23 @@ std::uint32_t FileReplacer::write_temporary(const std::string &bytes) {
     if (!file) return status_of(errno);
 
     struct stat old {};
+    bool has_mode = false; // to take over
     if (::fstatat(folder_, name_.c_str(), &old, 0) == 0) {
         // A file that its owner made read-only is not ours to replace, though the folder would allow it.
         if (::faccessat(folder_, name_.c_str(), W_OK, AT_EACCESS) != 0) return status_of(errno);
-        // The owner first: changing it takes mode bits away. Only a privileged process can keep a foreign owner; the
-        // group alone may be one of our own.
+        // Only a privileged process can keep a foreign owner; the group alone may be one of our own.
         if (::fchown(file.number(), old.st_uid, old.st_gid) != 0 &&
             ::fchown(file.number(), static_cast<uid_t>(-1), old.st_gid) != 0 && errno != EPERM) {
             return status_of(errno);
         }
-        if (::fchmod(file.number(), old.st_mode & 07777) != 0) return status_of(errno);
+        has_mode = true;
     } else if (errno != ENOENT) {
         return status_of(errno);
     }
-    if (!write_all(file.number(), bytes) || ::fsync(file.number()) != 0) return status_of(errno);
+    if (!write_all(file.number(), bytes)) return status_of(errno);
+    // Last: a change of the owner takes mode bits away, and so does writing.
+    if (has_mode && ::fchmod(file.number(), old.st_mode & 07777) != 0) return status_of(errno);
+    if (::fsync(file.number()) != 0) return status_of(errno);
     return kSuccess;
 }
 
@@ -250,9 +257,8 @@ std::uint32_t FileReplacer::replace(const std::string &bytes) {
         ::unlinkat(folder_, temporary_.c_str(), 0);
         return status;
     }
-    // The new file is in place; now so that a loss of power cannot bring the old one back. EINVAL: a file system that
-    // has nothing to flush for folders.
-    return ::fsync(folder_) == 0 || errno == EINVAL ? std::uint32_t{kSuccess} : status_of(errno);
+    flush_folder(folder_);
+    return kSuccess;
 }
 
 } // namespace kxstr::platform

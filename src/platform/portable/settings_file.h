@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/system.h"
+
 namespace kxstr::platform {
 
 // Tells one state of a file from another without reading it. All zero: there is no file.
@@ -43,11 +45,12 @@ class FileReplacer {
     ~FileReplacer();
 
     // Follows symbolic links to the file that is to be replaced, makes its folder (mode 0700) when it is missing, and
-    // waits for the lock. kBusy after half a minute.
-    std::uint32_t open(const std::string &path);
+    // takes the lock. kBusy when it is not free, at once or after half a minute.
+    std::uint32_t open(const std::string &path, WhenLocked when_locked);
 
     // Puts a new file in the place of the old one, with its mode and, where the system lets us, its owner; a first file
-    // gets mode 0600. After a failure the old file is there as it was.
+    // gets mode 0600. After a failure the old file is there as it was; once the new
+    // one is in place nothing counts as a failure.
     std::uint32_t replace(const std::string &bytes);
 
   private:

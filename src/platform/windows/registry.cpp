@@ -15,8 +15,8 @@ std::uint32_t status_of(LSTATUS status) noexcept {
 
 } // namespace
 
-std::uint32_t create_key(KeyHandle parent, const char *path, std::uint32_t access, KeyHandle &key,
-                         bool &created) noexcept {
+std::uint32_t create_key(KeyHandle parent, const char *path, std::uint32_t access, KeyHandle &key, bool &created,
+                         WhenLocked) noexcept {
     HKEY opened = nullptr;
     DWORD disposition = 0;
     const LSTATUS status = RegCreateKeyExA(to_system(parent), path, 0, nullptr, REG_OPTION_NON_VOLATILE, access,
@@ -54,15 +54,15 @@ std::uint32_t query_value_at(KeyHandle parent, const char *path, const char *nam
                              std::uint32_t &size) noexcept {
     KeyHandle key = KeyHandle::null;
     bool created = false;
-    std::uint32_t status = create_key(parent, path, kReadAndWrite, key, created);
+    std::uint32_t status = create_key(parent, path, kReadAndWrite, key, created, WhenLocked::gives_up);
     if (status != kSuccess) return status;
     status = query_value(key, name, type, data, size);
     close_key(key);
     return status;
 }
 
-std::uint32_t set_value(KeyHandle key, const char *name, std::uint32_t type, const void *data,
-                        std::uint32_t size) noexcept {
+std::uint32_t set_value(KeyHandle key, const char *name, std::uint32_t type, const void *data, std::uint32_t size,
+                        WhenLocked) noexcept {
     if (data == nullptr && size != 0) return kBadParameter; // Wine reads it all the same
     return status_of(RegSetValueExA(to_system(key), name, 0, type, static_cast<const BYTE *>(data), size));
 }

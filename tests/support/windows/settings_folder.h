@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "platform/portable/registry_file.h"
+#include "platform/roots.h"
 #include "platform/windows/windows.h"
 
 namespace kxstr::test {
@@ -25,7 +26,7 @@ class SettingsFolder {
     std::string read() const {
         platform::RegistryFile file = *platform::parse_registry(std::string(kHeader));
         for (std::size_t root = 0; root < kRoots.size(); ++root)
-            append(file, roots_[root], std::u16string(platform::kRootNames[root]));
+            append(file, roots_[root], u16_name(root));
         return file.text;
     }
 
@@ -61,9 +62,14 @@ class SettingsFolder {
     }
     static const wchar_t *wide(const std::u16string &text) { return reinterpret_cast<const wchar_t *>(text.c_str()); }
 
+    static std::u16string u16_name(std::size_t root) {
+        const std::string_view name = platform::kRoots[root].name;
+        return {name.begin(), name.end()};
+    }
+
     HKEY root_of(std::u16string_view name) const {
         for (std::size_t root = 0; root < kRoots.size(); ++root)
-            if (platform::kRootNames[root] == name) return roots_[root];
+            if (u16_name(root) == name) return roots_[root];
         ADD_FAILURE() << "a root that a test cannot have";
         return nullptr;
     }

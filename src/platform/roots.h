@@ -1,4 +1,4 @@
-// The names of the registry's roots.
+// The registry's roots by name.
 #pragma once
 
 #include <array>
@@ -7,23 +7,24 @@
 
 #include "platform/system.h"
 
-namespace kxstr::registry {
+namespace kxstr::platform {
 
 struct Root {
     std::string_view name;
-    platform::KeyHandle key;
+    KeyHandle key;
 };
 
-// In the order in which the start of a path is matched against them.
+// In the order of their numbers. No name begins another, so that a path starts with one at most.
 inline constexpr std::array<Root, 7> kRoots{{
-    {"HKEY_CURRENT_USER", platform::kCurrentUser},
-    {"HKEY_LOCAL_MACHINE", platform::kLocalMachine},
-    {"HKEY_CLASSES_ROOT", platform::kClassesRoot},
-    {"HKEY_USERS", platform::kUsers},
-    {"HKEY_PERFORMANCE_DATA", platform::kPerformanceData},
-    {"HKEY_CURRENT_CONFIG", platform::kCurrentConfig},
-    {"HKEY_DYN_DATA", platform::kDynData},
+    {"HKEY_CLASSES_ROOT", kClassesRoot},
+    {"HKEY_CURRENT_USER", kCurrentUser},
+    {"HKEY_LOCAL_MACHINE", kLocalMachine},
+    {"HKEY_USERS", kUsers},
+    {"HKEY_PERFORMANCE_DATA", kPerformanceData},
+    {"HKEY_CURRENT_CONFIG", kCurrentConfig},
+    {"HKEY_DYN_DATA", kDynData},
 }};
+inline constexpr const Root &kCurrentUserRoot = kRoots[1];
 
 // Whether `text`, of bytes or 16-bit units, starts with the name, whatever the case of its letters.
 template <class Unit> constexpr bool starts_with_root(std::basic_string_view<Unit> text, const Root &root) noexcept {
@@ -36,4 +37,4 @@ template <class Unit> constexpr bool starts_with_root(std::basic_string_view<Uni
     return true;
 }
 
-} // namespace kxstr::registry
+} // namespace kxstr::platform
