@@ -128,6 +128,10 @@ EastAsianTable::EastAsianTable() noexcept {
         entry->by_neighbours = by_neighbours(ch);
         ++entry;
     }
+    for (KxChar ch = 1; ch < kFirstByCode; ++ch)
+        order_[ch] = EastAsianTable::by_neighbours(ch) ? kUndecided : order_of(values(ch, 0, 0, false).primary);
+    order_[0] = 0;
+    order_[kFirstByCode] = order_of(values_by_code(KX_TAB).primary);
 }
 
 namespace {

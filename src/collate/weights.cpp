@@ -6,7 +6,8 @@
 
 namespace kxstr::collate {
 
-constinit std::array<std::atomic<const Weights *>, std::size(tables::kCollationLanguages)> known_weights{};
+constinit std::array<std::atomic<const Weights *>, std::size(tables::kCollationLanguages)> weights_by_number{};
+constinit std::array<std::atomic<const Weights *>, kCodePlaces> weights_by_code{};
 
 namespace {
 
@@ -56,9 +57,9 @@ std::uint32_t traits_of(KxChar ch, std::uint8_t first_state, std::uint32_t later
     std::uint32_t traits = 0;
     for (const tables::ContractionStep &step : tables::kContractionSteps) {
         if (step.key != letters::to_lower(ch)) continue;
-        if ((later >> step.state & 1) != 0) traits |= Weight::kFollows;
+        if ((later >> step.state & 1) != 0) traits |= Weight::kFollows | Weight::kReaches;
         if (step.state != first_state) continue;
-        traits |= Weight::kStarts;
+        traits |= Weight::kStarts | Weight::kReaches;
         if (step.target >= tables::kFirstContractionResult) traits |= Weight::kExpands;
     }
     return traits;
@@ -71,15 +72,23 @@ Weights::Weights(const LanguageRules &rules) noexcept : rules_(rules) {
     const std::uint32_t later = later_states(rules.first_state);
     for (KxChar ch = 1; ch < kTabulated; ++ch) {
         const std::uint8_t primary = primary_value(ch, rules);
+        const std::uint32_t ignored = primary == kIgnorable ? Weight::kIgnored : 0u;
         table_[ch] = {primary, secondary_value(ch, primary, rules), case_value(ch),
-                      traits_of(ch, rules.first_state, later)};
+                      traits_of(ch, rules.first_state, later) | ignored};
     }
 }
 
-const Weights &make_weights(std::size_t language) noexcept {
-    const Weights &weights = made(std::make_index_sequence<kKinds>{}, rules_of(static_cast<std::uint16_t>(language)));
-    known_weights[language].store(&weights, std::memory_order_release);
-    return weights;
+const Weights *make_weights(std::uint16_t language) noexcept {
+    const std::size_t known = std::min<std::size_t>(language, weights_by_number.size() - 1);
+    const Weights &weights = made(std::make_index_sequence<kKinds>{}, rules_of(language));
+    weights_by_number[known].store(&weights, std::memory_order_release);
+    return &weights;
+}
+
+const Weights *make_weights(const char *code) noexcept {
+    const Weights &weights = weights_of(code != nullptr ? language_number(code) : std::uint16_t{0});
+    weights_by_code[code != nullptr ? place_of_code(code) : 0].store(&weights, std::memory_order_release);
+    return &weights;
 }
 
 } // namespace kxstr::collate
