@@ -37,6 +37,7 @@ struct LowerLevels {
 
 // How many characters the strings have in common from the start, terminators not among them.
 std::size_t common_start(const KxChar *a, const KxChar *b) noexcept {
+    if (*a != *b) return 0;
     return simd::kernels().mismatch16(a, b, std::numeric_limits<std::size_t>::max());
 }
 
@@ -130,12 +131,14 @@ template <bool contractions>
 template <bool contractions>
 [[gnu::noinline]] int compare_letters_alike(const KxChar *a, const KxChar *b, const Weights &weights,
                                             std::uint32_t case_flag) noexcept {
+    if (const int order = simd::kernels().order_by_values16(a, b, weights.order_values()); order != 0) return order;
     std::size_t alike = common_start(a, b);
     const Weight weight_a = weights[a[alike]];
     const Weight weight_b = weights[b[alike]];
     std::uint32_t contracts = 0;
     if constexpr (contractions) {
-        contracts = Weight::reaches_over(weights[a[alike - 1]], weight_a, weight_b) | weights.may_contract(a + alike) |
+        const Weight before = alike != 0 ? weights[a[alike - 1]] : Weight::end();
+        contracts = Weight::reaches_over(before, weight_a, weight_b) | weights.may_contract(a + alike) |
                     weights.may_contract(b + alike);
     }
     if (contracts == 0 && !weight_a.has_primary_of(weight_b)) return weight_a.sorts_before(weight_b) ? -1 : 1;
@@ -149,13 +152,15 @@ template <bool contractions>
 template <bool contractions>
 [[gnu::noinline]] int compare_letters(const KxChar *a, const KxChar *b, const Weights &weights,
                                       std::uint32_t case_flag) noexcept {
-    if (*a == *b && *a != 0) return compare_letters_alike<contractions>(a, b, weights, case_flag);
+    std::uint32_t contracts = 0;
+    if constexpr (contractions) {
+        if (*a == *b) return compare_letters_alike<contractions>(a, b, weights, case_flag);
+        contracts = weights.may_contract(a) | weights.may_contract(b);
+    }
     const Weight weight_a = weights[*a];
     const Weight weight_b = weights[*b];
-    std::uint32_t contracts = 0;
-    if constexpr (contractions) contracts = weights.may_contract(a) | weights.may_contract(b);
     if (contracts == 0 && !weight_a.has_primary_of(weight_b)) return weight_a.sorts_before(weight_b) ? -1 : 1;
-    return compare_letters_from<contractions>(a, b, weights, case_flag);
+    return compare_letters_alike<contractions>(a, b, weights, case_flag);
 }
 
 // ---- Hebrew and Arabic ----
@@ -252,14 +257,12 @@ int compare(const KxChar *s1, const KxChar *s2, const Weights *weights, std::uin
             std::uint32_t kana_flag) noexcept {
     const KxChar *a = behind_leading_code(s1);
     const KxChar *b = behind_leading_code(s2);
-    const LanguageRules &rules = weights->rules();
-    switch (rules.kind) {
-    case LanguageKind::kEastAsian: return compare_east_asian(a, b, case_flag, kana_flag);
-    case LanguageKind::kHebrewArabic: return compare_with_ignorables(a, b, *weights, case_flag);
-    default: break;
+    switch (weights->way()) {
+    case Weights::Way::kContractions: return compare_letters<true>(a, b, *weights, case_flag);
+    case Weights::Way::kIgnorables: return compare_with_ignorables(a, b, *weights, case_flag);
+    case Weights::Way::kEastAsian: return compare_east_asian(a, b, case_flag, kana_flag);
+    default: return compare_letters<false>(a, b, *weights, case_flag);
     }
-    return rules.first_state != 0 ? compare_letters<true>(a, b, *weights, case_flag)
-                                  : compare_letters<false>(a, b, *weights, case_flag);
 }
 
 // One of them is null.
@@ -308,7 +311,7 @@ uint32_t getColValues(const KxChar **position, uint8_t *primary, uint16_t *secon
     if (ch == 0) return kNothing;
     const KxChar *const start = (*position)++;
 
-    if (weights.rules().kind == collate::LanguageKind::kEastAsian) {
+    if (weights.way() == collate::Weights::Way::kEastAsian) {
         const auto values = collate::east_asian_table().values(ch, **position, low16(previous), low16(case_on) == 0);
         if (values.characters == 2) ++*position;
         primary[0] = static_cast<uint8_t>(values.primary >> 8);

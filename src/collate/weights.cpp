@@ -11,6 +11,7 @@ constinit std::array<std::atomic<const Weights *>, kCodePlaces> weights_by_code{
 
 namespace {
 
+constexpr std::uint8_t kLatinSet = 1;
 constexpr std::size_t kKinds = 16; // of rules, their codes aside
 
 bool alike(const LanguageRules &a, const LanguageRules &b) noexcept {
@@ -65,9 +66,17 @@ std::uint32_t traits_of(KxChar ch, std::uint8_t first_state, std::uint32_t later
     return traits;
 }
 
+Weights::Way way_of(const LanguageRules &rules) noexcept {
+    switch (rules.kind) {
+    case LanguageKind::kEastAsian: return Weights::Way::kEastAsian;
+    case LanguageKind::kHebrewArabic: return Weights::Way::kIgnorables;
+    default: return rules.first_state != 0 ? Weights::Way::kContractions : Weights::Way::kLetters;
+    }
+}
+
 } // namespace
 
-Weights::Weights(const LanguageRules &rules) noexcept : rules_(rules) {
+Weights::Weights(const LanguageRules &rules) noexcept : rules_(rules), way_(way_of(rules)) {
     table_[0] = Weight::end();
     const std::uint32_t later = later_states(rules.first_state);
     for (KxChar ch = 1; ch < kTabulated; ++ch) {
@@ -76,6 +85,23 @@ Weights::Weights(const LanguageRules &rules) noexcept : rules_(rules) {
         table_[ch] = {primary, secondary_value(ch, primary, rules), case_value(ch),
                       traits_of(ch, rules.first_state, later) | ignored};
     }
+    order_values_.has_traits = rules.first_state != 0;
+    for (KxChar ch = 0; ch < std::size(order_values_.ascii); ++ch) {
+        order_values_.ascii[ch] = order_value(ch);
+        order_values_.ascii_traits[ch] = (table_[ch].is(Weight::kStarts) ? simd::OrderValues::kBegins : 0) |
+                                         (table_[ch].is(Weight::kFollows) ? simd::OrderValues::kFollows : 0);
+    }
+    for (KxChar ch = 0; ch < std::size(order_values_.latin); ++ch)
+        order_values_.latin[ch] = order_value(make_char(kLatinSet, ch));
+}
+
+std::uint8_t Weights::order_value(KxChar ch) const noexcept {
+    if (ch == 0) return 0;
+    const Weight weight = table_[ch];
+    // Of the letters that contract those of ASCII have traits.
+    const bool is_told = !weight.is(Weight::kReaches) || (set_of(ch) == kAsciiSet && !weight.is(Weight::kExpands));
+    return is_told && weight.primary() < kIgnorable ? static_cast<std::uint8_t>(weight.primary() + 1)
+                                                    : simd::OrderValues::kNotTold;
 }
 
 const Weights *make_weights(std::uint16_t language) noexcept {

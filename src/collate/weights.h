@@ -8,6 +8,7 @@
 
 #include "collate/language_number.h"
 #include "collate/values.h"
+#include "simd/kernels.h"
 
 namespace kxstr::collate {
 
@@ -67,16 +68,23 @@ class Weights {
     // Those of the first language whose weights these are; nothing but the code tells them from the others'.
     const LanguageRules &rules() const noexcept { return rules_; }
 
+    // How the comparison goes.
+    enum class Way : std::uint8_t { kLetters, kContractions, kIgnorables, kEastAsian };
+    Way way() const noexcept { return way_; }
+
     Weight operator[](KxChar ch) const noexcept {
         if (ch < kTabulated) [[likely]]
             return table_[ch];
         return beyond_table(ch);
     }
 
+    // The first level as the kernels take it.
+    const simd::OrderValues &order_values() const noexcept { return order_values_; }
+
     // Not 0 if contract() has to be asked about the character at the position.
     std::uint32_t may_contract(const KxChar *position) const noexcept {
         const Weight weight = (*this)[position[0]];
-        const Weight next = (*this)[position[static_cast<std::size_t>(position[0] != 0)]];
+        const Weight next = (*this)[position[weight.is(Weight::kStarts) ? 1 : 0]];
         return weight.begins_contraction(next);
     }
 
@@ -87,8 +95,12 @@ class Weights {
         return ch == KX_TAB ? Weight{0, 0, 1, 0} : Weight{kNoValue, ch, 1, 0};
     }
 
+    std::uint8_t order_value(KxChar ch) const noexcept;
+
     LanguageRules rules_;
+    Way way_;
     std::array<Weight, kTabulated> table_;
+    simd::OrderValues order_values_;
 };
 
 // Languages of the same rules share their weights: 16 KiB for each of 16 kinds, in static storage.

@@ -131,7 +131,7 @@ int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit)
 }
 
 void copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
-    if (is_odd(source) || left_in_page(source) < sizeof(__m256i)) return plain::copy16(destination, source);
+    if (is_odd(source) || !fits_in_page<sizeof(__m256i)>(source)) return plain::copy16(destination, source);
     const std::uint64_t zeros = Words::zeros(Words::load_anywhere(source));
     if (zeros == 0) return copy_long<Words>(destination, source);
     const std::size_t size = (first_of<Words>(zeros) + 1) * sizeof *source;

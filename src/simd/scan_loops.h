@@ -32,6 +32,11 @@ inline std::size_t left_in_page(const void *place) noexcept {
     return kPage - address(place) % kPage;
 }
 
+// Whether so many bytes can be read at once from a place on.
+template <std::size_t size> bool fits_in_page(const void *place) noexcept {
+    return address(place) % kPage <= kPage - size;
+}
+
 // 16-bit units at odd addresses straddle the blocks. Nobody should have them; the plain walks take them.
 inline bool is_odd(const std::uint16_t *units) noexcept {
     return address(units) % sizeof *units != 0;
@@ -250,7 +255,7 @@ template <class Lanes, class Apart = AsTheyAre>
 std::size_t mismatch(const typename Lanes::Unit *a, const typename Lanes::Unit *b, std::size_t limit,
                      Apart apart = {}) noexcept {
     constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
-    if (limit == 0 || left_in_page(a) < kBlock || left_in_page(b) < kBlock)
+    if (limit == 0 || !fits_in_page<kBlock>(a) || !fits_in_page<kBlock>(b))
         return mismatch_from<Lanes>(0, a, b, limit, apart);
     // Most strings are short.
     const auto units = Lanes::load_anywhere(a);
