@@ -229,23 +229,18 @@ template <bool contractions>
     return *a != 0 ? 1 : -1;
 }
 
-[[gnu::noinline]] int compare_east_asian_alike(const KxChar *a, const KxChar *b, const EastAsianTable &table,
-                                               std::uint32_t case_flag, std::uint32_t kana_flag) noexcept {
+[[gnu::noinline]] int compare_east_asian(const KxChar *a, const KxChar *b, std::uint32_t case_flag,
+                                         std::uint32_t kana_flag) noexcept {
+    const EastAsianTable &table = east_asian_table();
+    auto order_a = table.order(*a), order_b = table.order(*b);
+    if (EastAsianTable::decide(order_a, order_b)) return order_a < order_b ? -1 : 1;
     const std::size_t alike = common_start(a, b);
-    const auto order_a = table.order(a[alike]), order_b = table.order(b[alike]);
+    order_a = table.order(a[alike]);
+    order_b = table.order(b[alike]);
     if (EastAsianTable::decide(order_a, order_b)) return order_a < order_b ? -1 : 1;
     // What the strings have in common says nothing, but to characters that take something up from before them.
     const bool says = table.by_neighbours(a[alike]) || table.by_neighbours(b[alike]);
     return compare_east_asian_from(says ? a : a + alike, says ? b : b + alike, table, case_flag, kana_flag);
-}
-
-[[gnu::noinline]] int compare_east_asian(const KxChar *a, const KxChar *b, std::uint32_t case_flag,
-                                         std::uint32_t kana_flag) noexcept {
-    const EastAsianTable &table = east_asian_table();
-    if (*a == *b && *a != 0) return compare_east_asian_alike(a, b, table, case_flag, kana_flag);
-    const auto order_a = table.order(*a), order_b = table.order(*b);
-    if (EastAsianTable::decide(order_a, order_b)) return order_a < order_b ? -1 : 1;
-    return compare_east_asian_from(a, b, table, case_flag, kana_flag);
 }
 
 // Only a leading code is skipped, and only one.
