@@ -235,7 +235,12 @@ struct Kernels {
     Utf8OfUnits *bytes_of_codes;
 };
 
-extern constinit const Kernels *chosen_kernels;
+namespace plain {
+extern const Kernels kKernels;
+}
+
+// Defined where all see it: so the way to a kernel is two loads and a jump.
+inline constinit const Kernels *chosen_kernels = &plain::kKernels;
 
 // The best family that the processor can run. KXSTR_KERNELS in the environment names another one (one of available())
 // for the whole process; a name that is none of them counts as unset. Before the library's initialisers have run these
