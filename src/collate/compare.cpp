@@ -37,8 +37,15 @@ struct LowerLevels {
 
 // How many characters the strings have in common from the start, terminators not among them.
 std::size_t common_start(const KxChar *a, const KxChar *b) noexcept {
-    if (*a != *b) return 0; // of any two words this is what holds for most
+    if (*a != *b) return 0;
     return simd::kernels().mismatch16(a, b, std::numeric_limits<std::size_t>::max());
+}
+
+// Most comparisons are decided where the strings differ first, at the first level. So that has a short way for each
+// kind of language, which keeps nothing and ends in a jump: to the function for strings that begin alike, or to the one
+// that goes on where nothing is decided. `case_flag` and `kana_flag` are what the caller gave, looked at by the last.
+bool counts(std::uint32_t flag) noexcept {
+    return low16(flag) != 0;
 }
 
 // ---- Letters ----
@@ -54,7 +61,7 @@ struct Side {
 
     // Of the character that was read. Nothing is pending before.
     void contract(const Weights &weights) noexcept {
-        if (weights[ch].begins_contraction(weights[*position]))
+        if (weights[ch].begins_contraction(weights[*position]) != 0)
             pending = collate::contract(ch, position, weights.rules());
     }
 
@@ -99,18 +106,29 @@ int decide(Weight a, Weight b, LowerLevels lower, const Weights &weights, bool c
     return lower.result(case_counts);
 }
 
-// The comparison from where a contraction may be. Apart from the one of letters, which it would burden with its state.
-[[gnu::noinline]] int compare_from_contraction(const KxChar *a, const KxChar *b, LowerLevels lower,
-                                               const Weights &weights, bool case_counts) noexcept {
+// By the first level alone; 0 where that is not quickly told.
+int order_by_values(const KxChar *a, const KxChar *b, const Weights &weights) noexcept {
+    return simd::kernels().order_by_values16(a, b, weights.order_values());
+}
+
+// From where no contraction reaches over from before.
+template <bool contractions>
+[[gnu::noinline]] int compare_letters_from(const KxChar *a, const KxChar *b, const Weights &weights,
+                                           std::uint32_t case_flag) noexcept {
+    // Strings that differ first in a letter's case or diacritic mostly differ at the first level further on.
+    if (const int order = contractions ? 0 : order_by_values(a, b, weights); order != 0) return order;
+    LowerLevels lower;
     for (;;) {
-        if (weights.may_contract(a) || weights.may_contract(b)) {
-            if (const int difference = compare_contracted(a, b, lower, weights); difference != 0) return difference;
-            continue;
+        if constexpr (contractions) {
+            if ((weights.may_contract(a) | weights.may_contract(b)) != 0) {
+                if (const int difference = compare_contracted(a, b, lower, weights); difference != 0) return difference;
+                continue;
+            }
         }
         const Weight weight_a = weights[*a];
         const Weight weight_b = weights[*b];
         if (!weight_a.has_primary_of(weight_b) || *a == 0)
-            return decide(weight_a, weight_b, lower, weights, case_counts);
+            return decide(weight_a, weight_b, lower, weights, counts(case_flag));
         lower.note(weight_a, weight_b);
         ++a;
         ++b;
@@ -118,92 +136,99 @@ int decide(Weight a, Weight b, LowerLevels lower, const Weights &weights, bool c
 }
 
 template <bool contractions>
-int compare_letters(const KxChar *a, const KxChar *b, const Weights &weights, bool case_counts) noexcept {
-    LowerLevels lower;
+[[gnu::noinline]] int compare_letters_alike(const KxChar *a, const KxChar *b, const Weights &weights,
+                                            std::uint32_t case_flag) noexcept {
+    // Before it asks who contracts; where nobody does, to look where the strings differ takes less.
+    if (const int order = contractions ? order_by_values(a, b, weights) : 0; order != 0) return order;
     std::size_t alike = common_start(a, b);
+    const Weight weight_a = weights[a[alike]];
+    const Weight weight_b = weights[b[alike]];
+    std::uint32_t contracts = 0;
     if constexpr (contractions) {
-        // Back to where no contraction reaches over.
-        while (alike > 0 && weights[a[alike - 1]].is(Weight::kStartsOrFollows))
+        const Weight before = alike != 0 ? weights[a[alike - 1]] : Weight::end();
+        contracts = Weight::reaches_over(before, weight_a, weight_b) | weights.may_contract(a + alike) |
+                    weights.may_contract(b + alike);
+    }
+    if (contracts == 0 && !weight_a.has_primary_of(weight_b)) return weight_a.sorts_before(weight_b) ? -1 : 1;
+    if constexpr (contractions) {
+        while (alike > 0 && weights[a[alike - 1]].is(Weight::kReaches))
             --alike;
     }
-    a += alike;
-    b += alike;
-    for (;; ++a, ++b) {
-        const KxChar ch_a = *a;
-        const KxChar ch_b = *b;
-        const Weight weight_a = weights[ch_a];
-        if (ch_a == ch_b && ch_a != 0 && !(contractions && weight_a.is(Weight::kStarts))) continue;
-        const Weight weight_b = weights[ch_b];
-        if constexpr (contractions) {
-            const bool contracts_a = weights.may_contract(a);
-            const bool contracts_b = weights.may_contract(b);
-            if (static_cast<int>(contracts_a) + static_cast<int>(contracts_b) != 0)
-                return compare_from_contraction(a, b, lower, weights, case_counts);
-        }
-        if (!weight_a.has_primary_of(weight_b) || ch_a == 0)
-            return decide(weight_a, weight_b, lower, weights, case_counts);
-        lower.note(weight_a, weight_b);
+    return compare_letters_from<contractions>(a + alike, b + alike, weights, case_flag);
+}
+
+template <bool contractions>
+[[gnu::noinline]] int compare_letters(const KxChar *a, const KxChar *b, const Weights &weights,
+                                      std::uint32_t case_flag) noexcept {
+    std::uint32_t contracts = 0;
+    if constexpr (contractions) {
+        if (*a == *b) return compare_letters_alike<contractions>(a, b, weights, case_flag);
+        contracts = weights.may_contract(a) | weights.may_contract(b);
     }
+    const Weight weight_a = weights[*a];
+    const Weight weight_b = weights[*b];
+    if (contracts == 0 && !weight_a.has_primary_of(weight_b)) return weight_a.sorts_before(weight_b) ? -1 : 1;
+    return compare_letters_alike<contractions>(a, b, weights, case_flag);
 }
 
 // ---- Hebrew and Arabic ----
 
-int compare_with_ignorables(const KxChar *a, const KxChar *b, const Weights &weights, bool case_counts) noexcept {
+[[gnu::noinline]] int compare_with_ignorables_from(const KxChar *a, const KxChar *b, const Weights &weights,
+                                                   std::uint32_t case_flag) noexcept {
     LowerLevels lower;
-    const std::size_t alike = common_start(a, b);
-    a += alike;
-    b += alike;
     while (*a != 0 && *b != 0) {
         const Weight weight_a = weights[*a];
         const Weight weight_b = weights[*b];
-        const bool ignorable_a = weight_a.primary() == kIgnorable;
-        const bool ignorable_b = weight_b.primary() == kIgnorable;
-        if (!weight_a.has_primary_of(weight_b) && !ignorable_a && !ignorable_b)
-            return weight_a.sorts_before(weight_b) ? -1 : 1;
+        if (Weight::decide(weight_a, weight_b)) return weight_a.sorts_before(weight_b) ? -1 : 1;
         lower.note(weight_a, weight_b);
         // An ignorable character meets nothing: the other side's is read again.
-        if (ignorable_a || !ignorable_b) ++a;
-        if (ignorable_b || !ignorable_a) ++b;
+        const bool ignored_a = weight_a.is(Weight::kIgnored);
+        const bool ignored_b = weight_b.is(Weight::kIgnored);
+        if (ignored_a || !ignored_b) ++a;
+        if (ignored_b || !ignored_a) ++b;
     }
-    if (*a == *b) return lower.result(case_counts);
+    if (*a == *b) return lower.result(counts(case_flag));
     // What is left over counts at the first level unless it is ignorable throughout.
     const int longer = *a != 0 ? 1 : -1;
     const KxChar *rest = *a != 0 ? a : b;
-    while (*rest != 0 && weights[*rest].primary() == kIgnorable)
+    while (weights[*rest].is(Weight::kIgnored))
         ++rest;
     return *rest != 0 || lower.second == 0 ? longer : lower.second;
 }
 
+[[gnu::noinline]] int compare_with_ignorables_alike(const KxChar *a, const KxChar *b, const Weights &weights,
+                                                    std::uint32_t case_flag) noexcept {
+    const std::size_t alike = common_start(a, b);
+    const Weight weight_a = weights[a[alike]];
+    const Weight weight_b = weights[b[alike]];
+    if (Weight::decide(weight_a, weight_b)) return weight_a.sorts_before(weight_b) ? -1 : 1;
+    return compare_with_ignorables_from(a + alike, b + alike, weights, case_flag);
+}
+
+[[gnu::noinline]] int compare_with_ignorables(const KxChar *a, const KxChar *b, const Weights &weights,
+                                              std::uint32_t case_flag) noexcept {
+    if (*a == *b && *a != 0) return compare_with_ignorables_alike(a, b, weights, case_flag);
+    const Weight weight_a = weights[*a];
+    const Weight weight_b = weights[*b];
+    if (Weight::decide(weight_a, weight_b)) return weight_a.sorts_before(weight_b) ? -1 : 1;
+    return compare_with_ignorables_from(a, b, weights, case_flag);
+}
+
 // ---- East Asian ----
 
-struct EastAsianFlags {
-    bool case_counts;
-    bool kana_counts;
-};
-
-int compare_east_asian(const KxChar *a, const KxChar *b, const EastAsianTable &table, EastAsianFlags counts) noexcept {
+// From where no character takes something up from before.
+[[gnu::noinline]] int compare_east_asian_from(const KxChar *a, const KxChar *b, const EastAsianTable &table,
+                                              std::uint32_t case_flag, std::uint32_t kana_flag) noexcept {
     LowerLevels lower;
-    const bool case_off = !counts.case_counts;
-    // What the strings have in common says nothing, but to characters that take something up from before them.
-    const std::size_t alike = common_start(a, b);
-    if (!table.by_neighbours(a[alike]) && !table.by_neighbours(b[alike])) {
-        a += alike;
-        b += alike;
-    }
+    const bool case_counts = counts(case_flag), kana_counts = counts(kana_flag);
     std::uint16_t previous = 0; // one for both: the values of the first level were the same so far
     while (*a != 0 && *b != 0) {
-        const EastAsianValues values_a = table.values(a[0], a[1], previous, case_off);
-        if (a[0] == b[0] && a[1] == b[1]) {
-            previous = values_a.primary;
-            a += values_a.characters == 2 ? 2 : 1;
-            b += values_a.characters == 2 ? 2 : 1;
-            continue;
-        }
-        const EastAsianValues values_b = table.values(b[0], b[1], previous, case_off);
+        const EastAsianValues values_a = table.values(a[0], a[1], previous, !case_counts);
+        const EastAsianValues values_b = table.values(b[0], b[1], previous, !case_counts);
         if (values_a.primary != values_b.primary) return values_a.primary < values_b.primary ? -1 : 1;
         lower.note_second(values_a.secondary, values_b.secondary);
-        if (counts.case_counts) lower.note_third(values_a.flags, values_b.flags);
-        if (counts.kana_counts) lower.note_third(values_a.flags & kUnmarkedCase, values_b.flags & kUnmarkedCase);
+        if (counts(case_flag)) lower.note_third(values_a.flags, values_b.flags);
+        if (kana_counts) lower.note_third(values_a.flags & kUnmarkedCase, values_b.flags & kUnmarkedCase);
         previous = values_a.primary;
         a += values_a.characters == 2 ? 2 : 1;
         b += values_b.characters == 2 ? 2 : 1;
@@ -212,23 +237,56 @@ int compare_east_asian(const KxChar *a, const KxChar *b, const EastAsianTable &t
     return *a != 0 ? 1 : -1;
 }
 
+[[gnu::noinline]] int compare_east_asian(const KxChar *a, const KxChar *b, std::uint32_t case_flag,
+                                         std::uint32_t kana_flag) noexcept {
+    const EastAsianTable &table = east_asian_table();
+    auto order_a = table.order(*a), order_b = table.order(*b);
+    if (EastAsianTable::decide(order_a, order_b)) return order_a < order_b ? -1 : 1;
+    const std::size_t alike = common_start(a, b);
+    order_a = table.order(a[alike]);
+    order_b = table.order(b[alike]);
+    if (EastAsianTable::decide(order_a, order_b)) return order_a < order_b ? -1 : 1;
+    // What the strings have in common says nothing, but to characters that take something up from before them.
+    const bool says = table.by_neighbours(a[alike]) || table.by_neighbours(b[alike]);
+    return compare_east_asian_from(says ? a : a + alike, says ? b : b + alike, table, case_flag, kana_flag);
+}
+
 // Only a leading code is skipped, and only one.
 const KxChar *behind_leading_code(const KxChar *text) noexcept {
     return is_code(*text) ? text + 1 : text;
 }
 
-int compare(const KxChar *s1, const KxChar *s2, std::uint16_t language, bool case_counts, bool kana_counts) noexcept {
-    if (s1 == nullptr || s2 == nullptr) return static_cast<int>(s1 != nullptr) - static_cast<int>(s2 != nullptr);
+int compare(const KxChar *s1, const KxChar *s2, const Weights *weights, std::uint32_t case_flag,
+            std::uint32_t kana_flag) noexcept {
     const KxChar *a = behind_leading_code(s1);
     const KxChar *b = behind_leading_code(s2);
-    const Weights &weights = weights_of(language);
-    switch (weights.rules().kind) {
-    case LanguageKind::kEastAsian: return compare_east_asian(a, b, east_asian_table(), {case_counts, kana_counts});
-    case LanguageKind::kHebrewArabic: return compare_with_ignorables(a, b, weights, case_counts);
-    default: break;
+    switch (weights->way()) {
+    case Weights::Way::kContractions: return compare_letters<true>(a, b, *weights, case_flag);
+    case Weights::Way::kIgnorables: return compare_with_ignorables(a, b, *weights, case_flag);
+    case Weights::Way::kEastAsian: return compare_east_asian(a, b, case_flag, kana_flag);
+    default: return compare_letters<false>(a, b, *weights, case_flag);
     }
-    return weights.rules().first_state != 0 ? compare_letters<true>(a, b, weights, case_counts)
-                                            : compare_letters<false>(a, b, weights, case_counts);
+}
+
+// One of them is null.
+int compare_absent(const KxChar *s1, const KxChar *s2) noexcept {
+    return static_cast<int>(s1 != nullptr) - static_cast<int>(s2 != nullptr);
+}
+
+// The first time that a language is asked for.
+template <class Language>
+[[gnu::noinline]] int compare_first(const KxChar *s1, const KxChar *s2, Language language, std::uint32_t case_flag,
+                                    std::uint32_t kana_flag) noexcept {
+    return compare(s1, s2, make_weights(language), case_flag, kana_flag);
+}
+
+template <class Language>
+int compare_in(Language language, const KxChar *s1, const KxChar *s2, std::uint32_t case_flag,
+               std::uint32_t kana_flag) noexcept {
+    if (s1 == nullptr || s2 == nullptr) return compare_absent(s1, s2);
+    const Weights *const weights = known_weights(language);
+    if (weights == nullptr) return compare_first(s1, s2, language, case_flag, kana_flag);
+    return compare(s1, s2, weights, case_flag, kana_flag);
 }
 
 } // namespace
@@ -240,12 +298,11 @@ namespace collate = kxstr::collate;
 extern "C" {
 
 int32_t KxWS6Cmpcoll(const KxChar *s1, const KxChar *s2, uint32_t lang, uint32_t case_flag, uint32_t kana_flag) {
-    return collate::compare(s1, s2, low16(lang), low16(case_flag) != 0, low16(kana_flag) != 0);
+    return collate::compare_in(low16(lang), s1, s2, case_flag, kana_flag);
 }
 
 int32_t KxWS6CmpcollLang(const KxChar *s1, const KxChar *s2, const char *code, uint32_t case_flag, uint32_t kana_flag) {
-    const std::uint16_t language = code != nullptr ? collate::language_number(code) : std::uint16_t{0};
-    return collate::compare(s1, s2, language, low16(case_flag) != 0, low16(kana_flag) != 0);
+    return collate::compare_in(code, s1, s2, case_flag, kana_flag);
 }
 
 uint32_t getColValues(const KxChar **position, uint8_t *primary, uint16_t *secondary, uint8_t *tertiary,
@@ -257,7 +314,7 @@ uint32_t getColValues(const KxChar **position, uint8_t *primary, uint16_t *secon
     if (ch == 0) return kNothing;
     const KxChar *const start = (*position)++;
 
-    if (weights.rules().kind == collate::LanguageKind::kEastAsian) {
+    if (weights.way() == collate::Weights::Way::kEastAsian) {
         const auto values = collate::east_asian_table().values(ch, **position, low16(previous), low16(case_on) == 0);
         if (values.characters == 2) ++*position;
         primary[0] = static_cast<uint8_t>(values.primary >> 8);
@@ -266,7 +323,7 @@ uint32_t getColValues(const KxChar **position, uint8_t *primary, uint16_t *secon
         *tertiary = values.flags;
         return kValues;
     }
-    if (weights.may_contract(start)) {
+    if (weights.may_contract(start) != 0) {
         // The pending character keeps the mark of a contraction, with which it has no value.
         if (const KxChar pending = collate::contract(ch, *position, weights.rules()); pending != 0) {
             const collate::Weight first = weights[ch];

@@ -1,5 +1,6 @@
 #include "collate/east_asian.h"
 
+#include <atomic>
 #include <kxstr/collate.h>
 #include <span>
 
@@ -128,6 +129,10 @@ EastAsianTable::EastAsianTable() noexcept {
         entry->by_neighbours = by_neighbours(ch);
         ++entry;
     }
+    for (KxChar ch = 1; ch < kFirstByCode; ++ch)
+        order_[ch] = EastAsianTable::by_neighbours(ch) ? kUndecided : order_of(values(ch, 0, 0, false).primary);
+    order_[0] = 0;
+    order_[kFirstByCode] = order_of(values_by_code(kFirstByCode).primary);
 }
 
 namespace {
@@ -138,16 +143,27 @@ template <unsigned country> const EastAsianTable &made() noexcept {
     return table;
 }
 
+const EastAsianTable *make_table(std::uint8_t country) noexcept {
+    switch (country) {
+    case codepage::kJapanese: return &made<codepage::kJapanese>();
+    case codepage::kKorean: return &made<codepage::kKorean>();
+    case codepage::kTraditionalChinese: return &made<codepage::kTraditionalChinese>();
+    case codepage::kSimplifiedChinese: return &made<codepage::kSimplifiedChinese>();
+    default: return &made<codepage::kNoCountry>(); // no East Asian forms
+    }
+}
+
 } // namespace
 
 const EastAsianTable &east_asian_table() noexcept {
-    switch (codepage::country_id()) {
-    case codepage::kJapanese: return made<codepage::kJapanese>();
-    case codepage::kKorean: return made<codepage::kKorean>();
-    case codepage::kTraditionalChinese: return made<codepage::kTraditionalChinese>();
-    case codepage::kSimplifiedChinese: return made<codepage::kSimplifiedChinese>();
-    default: return made<codepage::kNoCountry>(); // no East Asian forms
+    static constinit std::array<std::atomic<const EastAsianTable *>, 0x100> known_tables{}; // by country
+    const std::uint8_t country = codepage::country_id();
+    const EastAsianTable *table = known_tables[country].load(std::memory_order_acquire);
+    if (table == nullptr) [[unlikely]] {
+        table = make_table(country);
+        known_tables[country].store(table, std::memory_order_release);
     }
+    return *table;
 }
 
 } // namespace kxstr::collate

@@ -7,26 +7,15 @@
 #include "tables/collation.h"
 
 namespace kxstr::collate {
-
 namespace {
 
-constexpr unsigned kFirstLetter = 0x40; // codes are made of bytes from here on, less than kLetters more
-constexpr std::size_t kLetters = 32;
-
-// By the two letters of a code; 0, where no code is, for what cannot be one.
-constexpr std::size_t place_of(const char *code) noexcept {
-    const std::size_t first = static_cast<unsigned char>(code[0]) ^ kFirstLetter;
-    const std::size_t second = static_cast<unsigned char>(code[1]) ^ kFirstLetter;
-    return first < kLetters && second < kLetters ? first * kLetters + second : 0;
-}
-
 struct Numbers {
-    std::array<std::uint8_t, kLetters * kLetters> by_place{}; // 0 where no code is
+    std::array<std::uint8_t, kCodePlaces> by_place{}; // 0 where no code is
 
     Numbers() noexcept {
         std::uint8_t number = 0;
         for (const tables::LanguageRules &language : tables::kCollationLanguages)
-            by_place[place_of(language.code)] = number++;
+            by_place[place_of_code(language.code)] = number++;
     }
 };
 
@@ -34,8 +23,7 @@ struct Numbers {
 
 std::uint16_t language_number(const char *code) noexcept {
     static const Numbers numbers;
-    if (code[0] == 0) return 0; // there is no second byte
-    return numbers.by_place[place_of(code)];
+    return numbers.by_place[place_of_code(code)];
 }
 
 } // namespace kxstr::collate

@@ -6,10 +6,12 @@
 
 namespace kxstr::collate {
 
-constinit std::array<std::atomic<const Weights *>, std::size(tables::kCollationLanguages)> known_weights{};
+constinit std::array<std::atomic<const Weights *>, std::size(tables::kCollationLanguages)> weights_by_number{};
+constinit std::array<std::atomic<const Weights *>, kCodePlaces> weights_by_code{};
 
 namespace {
 
+constexpr std::uint8_t kLatinSet = 1;
 constexpr std::size_t kKinds = 16; // of rules, their codes aside
 
 bool alike(const LanguageRules &a, const LanguageRules &b) noexcept {
@@ -56,30 +58,63 @@ std::uint32_t traits_of(KxChar ch, std::uint8_t first_state, std::uint32_t later
     std::uint32_t traits = 0;
     for (const tables::ContractionStep &step : tables::kContractionSteps) {
         if (step.key != letters::to_lower(ch)) continue;
-        if ((later >> step.state & 1) != 0) traits |= Weight::kFollows;
+        if ((later >> step.state & 1) != 0) traits |= Weight::kFollows | Weight::kReaches;
         if (step.state != first_state) continue;
-        traits |= Weight::kStarts;
+        traits |= Weight::kStarts | Weight::kReaches;
         if (step.target >= tables::kFirstContractionResult) traits |= Weight::kExpands;
     }
     return traits;
 }
 
+Weights::Way way_of(const LanguageRules &rules) noexcept {
+    switch (rules.kind) {
+    case LanguageKind::kEastAsian: return Weights::Way::kEastAsian;
+    case LanguageKind::kHebrewArabic: return Weights::Way::kIgnorables;
+    default: return rules.first_state != 0 ? Weights::Way::kContractions : Weights::Way::kLetters;
+    }
+}
+
 } // namespace
 
-Weights::Weights(const LanguageRules &rules) noexcept : rules_(rules) {
+Weights::Weights(const LanguageRules &rules) noexcept : rules_(rules), way_(way_of(rules)) {
     table_[0] = Weight::end();
     const std::uint32_t later = later_states(rules.first_state);
     for (KxChar ch = 1; ch < kTabulated; ++ch) {
         const std::uint8_t primary = primary_value(ch, rules);
+        const std::uint32_t ignored = primary == kIgnorable ? Weight::kIgnored : 0u;
         table_[ch] = {primary, secondary_value(ch, primary, rules), case_value(ch),
-                      traits_of(ch, rules.first_state, later)};
+                      traits_of(ch, rules.first_state, later) | ignored};
     }
+    order_values_.has_traits = rules.first_state != 0;
+    for (KxChar ch = 0; ch < std::size(order_values_.ascii); ++ch) {
+        order_values_.ascii[ch] = order_value(ch);
+        order_values_.ascii_traits[ch] = (table_[ch].is(Weight::kStarts) ? simd::OrderValues::kBegins : 0) |
+                                         (table_[ch].is(Weight::kFollows) ? simd::OrderValues::kFollows : 0);
+    }
+    for (KxChar ch = 0; ch < std::size(order_values_.latin); ++ch)
+        order_values_.latin[ch] = order_value(make_char(kLatinSet, ch));
 }
 
-const Weights &make_weights(std::size_t language) noexcept {
-    const Weights &weights = made(std::make_index_sequence<kKinds>{}, rules_of(static_cast<std::uint16_t>(language)));
-    known_weights[language].store(&weights, std::memory_order_release);
-    return weights;
+std::uint8_t Weights::order_value(KxChar ch) const noexcept {
+    if (ch == 0) return 0;
+    const Weight weight = table_[ch];
+    // Of the letters that contract those of ASCII have traits.
+    const bool is_told = !weight.is(Weight::kReaches) || (set_of(ch) == kAsciiSet && !weight.is(Weight::kExpands));
+    return is_told && weight.primary() < kIgnorable ? static_cast<std::uint8_t>(weight.primary() + 1)
+                                                    : simd::OrderValues::kNotTold;
+}
+
+const Weights *make_weights(std::uint16_t language) noexcept {
+    const std::size_t known = std::min<std::size_t>(language, weights_by_number.size() - 1);
+    const Weights &weights = made(std::make_index_sequence<kKinds>{}, rules_of(language));
+    weights_by_number[known].store(&weights, std::memory_order_release);
+    return &weights;
+}
+
+const Weights *make_weights(const char *code) noexcept {
+    const Weights &weights = weights_of(code != nullptr ? language_number(code) : std::uint16_t{0});
+    weights_by_code[code != nullptr ? place_of_code(code) : 0].store(&weights, std::memory_order_release);
+    return &weights;
 }
 
 } // namespace kxstr::collate

@@ -6,17 +6,20 @@
 #include <atomic>
 #include <compare>
 
+#include "collate/language_number.h"
 #include "collate/values.h"
+#include "simd/kernels.h"
 
 namespace kxstr::collate {
 
 class Weight {
   public:
     enum Trait : std::uint32_t {
-        kStarts = 1u << 17,  // a contraction or an expansion may begin with the character
-        kExpands = 1u << 18, // it begins one whatever follows
-        kFollows = 1u << 19, // it may go on with the character
-        kStartsOrFollows = kStarts | kFollows,
+        kFollows = 1u << 17, // a contraction may go on with the character
+        kStarts = 1u << 18,  // a contraction or an expansion may begin with it
+        kReaches = 1u << 19, // either: what comes behind it may belong to it
+        kExpands = 1u << 20, // it begins one whatever follows
+        kIgnored = 1u << 21, // it decides nothing at the first level
     };
 
     constexpr Weight() noexcept = default;
@@ -31,18 +34,28 @@ class Weight {
     constexpr std::uint8_t letter_case() const noexcept { return bits_ >> kCaseShift & 1; }
     constexpr bool is(Trait trait) const noexcept { return (bits_ & trait) != 0; }
 
-    constexpr bool begins_contraction(Weight next) const noexcept {
-        const std::uint32_t goes_on = (bits_ & kExpands) / kExpands | (next.bits_ & kFollows) / kFollows;
-        return ((bits_ & kStarts) / kStarts & goes_on) != 0;
+    // Not 0 if so: which words begin with such letters nobody can predict, so several answers take one test.
+    constexpr std::uint32_t begins_contraction(Weight next) const noexcept {
+        static_assert(kStarts == kFollows << 1);
+        return bits_ & ((next.bits_ << 1 & kStarts) | kExpands);
+    }
+    // The same of a contraction that begins before two texts differ and may reach over that place.
+    static constexpr std::uint32_t reaches_over(Weight before, Weight a, Weight b) noexcept {
+        static_assert(kReaches == kFollows << 2);
+        return before.bits_ & (a.bits_ | b.bits_) << 2 & kReaches;
     }
 
     constexpr bool has_primary_of(Weight other) const noexcept { return (bits_ ^ other.bits_) >> kPrimaryShift == 0; }
     // First level alone, where it differs.
     constexpr bool sorts_before(Weight other) const noexcept { return bits_ < other.bits_; }
+    // Whether the first level tells the two apart.
+    static constexpr bool decide(Weight a, Weight b) noexcept {
+        return !a.has_primary_of(b) && ((a.bits_ | b.bits_) & kIgnored) == 0;
+    }
 
   private:
     static constexpr unsigned kCaseShift = 16;
-    static constexpr unsigned kPrimaryShift = 20;
+    static constexpr unsigned kPrimaryShift = 23;
 
     std::uint32_t bits_ = 0;
 };
@@ -55,13 +68,23 @@ class Weights {
     // Those of the first language whose weights these are; nothing but the code tells them from the others'.
     const LanguageRules &rules() const noexcept { return rules_; }
 
-    Weight operator[](KxChar ch) const noexcept { return ch < kTabulated ? table_[ch] : beyond_table(ch); }
+    // How the comparison goes.
+    enum class Way : std::uint8_t { kLetters, kContractions, kIgnorables, kEastAsian };
+    Way way() const noexcept { return way_; }
 
-    // Whether contract() has to be asked about the character at the position. Without branches: which words begin
-    // with such letters nobody can predict.
-    bool may_contract(const KxChar *position) const noexcept {
+    Weight operator[](KxChar ch) const noexcept {
+        if (ch < kTabulated) [[likely]]
+            return table_[ch];
+        return beyond_table(ch);
+    }
+
+    // The first level as the kernels take it.
+    const simd::OrderValues &order_values() const noexcept { return order_values_; }
+
+    // Not 0 if contract() has to be asked about the character at the position.
+    std::uint32_t may_contract(const KxChar *position) const noexcept {
         const Weight weight = (*this)[position[0]];
-        const Weight next = (*this)[position[static_cast<std::size_t>(position[0] != 0)]];
+        const Weight next = (*this)[position[weight.is(Weight::kStarts) ? 1 : 0]];
         return weight.begins_contraction(next);
     }
 
@@ -72,19 +95,32 @@ class Weights {
         return ch == KX_TAB ? Weight{0, 0, 1, 0} : Weight{kNoValue, ch, 1, 0};
     }
 
+    std::uint8_t order_value(KxChar ch) const noexcept;
+
     LanguageRules rules_;
+    Way way_;
     std::array<Weight, kTabulated> table_;
+    simd::OrderValues order_values_;
 };
 
 // Languages of the same rules share their weights: 16 KiB for each of 16 kinds, in static storage.
-extern constinit std::array<std::atomic<const Weights *>, std::size(tables::kCollationLanguages)> known_weights;
-const Weights &make_weights(std::size_t language) noexcept;
+extern constinit std::array<std::atomic<const Weights *>, std::size(tables::kCollationLanguages)> weights_by_number;
+extern constinit std::array<std::atomic<const Weights *>, kCodePlaces> weights_by_code;
 
-// No lock once they are made.
+// Those of a language by its number or by its code (null for that of the number 0); null before they are made. No lock.
+inline const Weights *known_weights(std::uint16_t language) noexcept {
+    const std::size_t known = std::min<std::size_t>(language, weights_by_number.size() - 1);
+    return weights_by_number[known].load(std::memory_order_acquire);
+}
+inline const Weights *known_weights(const char *code) noexcept {
+    return weights_by_code[code != nullptr ? place_of_code(code) : 0].load(std::memory_order_acquire);
+}
+const Weights *make_weights(std::uint16_t language) noexcept;
+const Weights *make_weights(const char *code) noexcept;
+
 inline const Weights &weights_of(std::uint16_t language) noexcept {
-    const std::size_t known = std::min<std::size_t>(language, known_weights.size() - 1);
-    const Weights *weights = known_weights[known].load(std::memory_order_acquire);
-    return weights != nullptr ? *weights : make_weights(known);
+    const Weights *const weights = known_weights(language);
+    return weights != nullptr ? *weights : *make_weights(language);
 }
 
 } // namespace kxstr::collate

@@ -1,3 +1,4 @@
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <kxstr/prim.h>
@@ -22,6 +23,11 @@ Word word_at(const void *area, std::size_t offset) noexcept {
     return word;
 }
 
+// The greater the later in the order of bytes.
+constexpr Word in_order(Word word) noexcept {
+    return std::endian::native == std::endian::little ? __builtin_bswap64(word) : word;
+}
+
 } // namespace
 
 extern "C" {
@@ -34,6 +40,11 @@ KxChar *KXwmemwchr(const KxChar *area, uint32_t ch, uint32_t count) {
 
 int32_t KXwmemcmp(const void *a, const void *b, uint32_t count) {
     if (a == nullptr || b == nullptr) return 0;
+    if (is_short(count)) {
+        const std::size_t start = word_at(a, 0) == word_at(b, 0) ? count - sizeof(Word) : 0;
+        const Word word_a = in_order(word_at(a, start)), word_b = in_order(word_at(b, start));
+        return (word_a > word_b) - (word_a < word_b);
+    }
     const int order = std::memcmp(a, b, count);
     return (order > 0) - (order < 0);
 }

@@ -80,7 +80,7 @@ template <class Piece> void copy_pieces(void *destination, const void *source, s
 } // namespace
 
 const std::uint16_t *find_zero16(const std::uint16_t *string) noexcept {
-    return is_odd(string) ? plain::find_zero16(string) : scan<Words>(string, kNoEnd, Words::load);
+    return is_odd(string) ? plain::find_zero16(string) : find_zero<Words>(string);
 }
 
 const std::uint16_t *find16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
@@ -116,22 +116,24 @@ std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size
 }
 
 int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
-    const std::size_t i = mismatch<Bytes>(a, b, limit);
-    return i < limit ? a[i] - b[i] : 0;
+    std::size_t place;
+    if (!mismatch_near<Bytes>(a, b, limit, place)) return compare_far<Bytes>(a, b, limit);
+    return place < limit ? a[place] - b[place] : 0;
 }
 
 int compare8_caseless(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
-    const std::size_t i = mismatch<Bytes>(a, b, limit, Bytes::apart);
-    return i < limit ? plain::compare8_caseless(a + i, b + i, 1) : 0;
+    const std::size_t place = mismatch<Bytes>(a, b, limit, Bytes::apart);
+    return place < limit ? plain::compare8_caseless(a + place, b + place, 1) : 0;
 }
 
 int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
-    const std::size_t i = mismatch<Words>(a, b, limit);
-    return i < limit ? a[i] - b[i] : 0;
+    std::size_t place;
+    if (!mismatch_near<Words>(a, b, limit, place)) return compare_far<Words>(a, b, limit);
+    return place < limit ? a[place] - b[place] : 0;
 }
 
 void copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
-    if (is_odd(source) || left_in_page(source) < sizeof(__m256i)) return plain::copy16(destination, source);
+    if (is_odd(source) || !fits_in_page<sizeof(__m256i)>(source)) return plain::copy16(destination, source);
     const std::uint64_t zeros = Words::zeros(Words::load_anywhere(source));
     if (zeros == 0) return copy_long<Words>(destination, source);
     const std::size_t size = (first_of<Words>(zeros) + 1) * sizeof *source;

@@ -55,10 +55,28 @@ struct Words : Lanes {
     static std::uint64_t zeros(Vector units) noexcept { return _mm512_testn_epi16_mask(units, units); }
 };
 
+// The even and the odd bytes of two vectors: 64 low and 64 high bytes of their units.
+constexpr auto kAlternate = [] {
+    struct {
+        alignas(64) std::uint8_t low[64];
+        alignas(64) std::uint8_t high[64];
+    } bytes{};
+    for (unsigned i = 0; i < 64; ++i) {
+        bytes.low[i] = static_cast<std::uint8_t>(2 * i);
+        bytes.high[i] = static_cast<std::uint8_t>(2 * i + 1);
+    }
+    return bytes;
+}();
+
+// Of 128 bytes those that the low seven bits of each lane name.
+__m512i look_up(const std::uint8_t *table, __m512i indices) noexcept {
+    return _mm512_permutex2var_epi8(_mm512_loadu_si512(table), indices, _mm512_loadu_si512(table + 64));
+}
+
 } // namespace
 
 const std::uint16_t *find_zero16(const std::uint16_t *string) noexcept {
-    return is_odd(string) ? plain::find_zero16(string) : scan<Words>(string, kNoEnd, Words::load);
+    return is_odd(string) ? plain::find_zero16(string) : find_zero<Words>(string);
 }
 
 const std::uint16_t *find16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
@@ -94,22 +112,53 @@ std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size
 }
 
 int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
-    const std::size_t i = mismatch<Bytes>(a, b, limit);
-    return i < limit ? a[i] - b[i] : 0;
+    std::size_t place;
+    if (!mismatch_near<Bytes>(a, b, limit, place)) return compare_far<Bytes>(a, b, limit);
+    return place < limit ? a[place] - b[place] : 0;
 }
 
 int compare8_caseless(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
-    const std::size_t i = mismatch<Bytes>(a, b, limit, Bytes::apart);
-    return i < limit ? plain::compare8_caseless(a + i, b + i, 1) : 0;
+    const std::size_t place = mismatch<Bytes>(a, b, limit, Bytes::apart);
+    return place < limit ? plain::compare8_caseless(a + place, b + place, 1) : 0;
 }
 
 int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
-    const std::size_t i = mismatch<Words>(a, b, limit);
-    return i < limit ? a[i] - b[i] : 0;
+    std::size_t place;
+    if (!mismatch_near<Words>(a, b, limit, place)) return compare_far<Words>(a, b, limit);
+    return place < limit ? a[place] - b[place] : 0;
+}
+
+// Both strings in one vector of bytes: the units of `a` below, those of `b` above.
+int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values) noexcept {
+    if (!fits_in_page<sizeof(__m512i)>(a) || !fits_in_page<sizeof(__m512i)>(b)) return 0;
+    const __m512i units_a = Words::load_anywhere(a), units_b = Words::load_anywhere(b);
+    const __m512i low = _mm512_permutex2var_epi8(units_a, _mm512_load_si512(kAlternate.low), units_b);
+    const __m512i high = _mm512_permutex2var_epi8(units_a, _mm512_load_si512(kAlternate.high), units_b);
+    const __mmask64 is_upper = _mm512_movepi8_mask(low);
+    const __mmask64 is_ascii = _mm512_cmpeq_epi8_mask(high | (low & Bytes::all(0x80)), __m512i{});
+    __m512i found = _mm512_mask_mov_epi8(Bytes::all(OrderValues::kNotTold), is_ascii, look_up(values.ascii, low));
+    const __m512i latin = _mm512_mask_mov_epi8(look_up(values.latin, low), is_upper, look_up(values.latin + 0x80, low));
+    found = _mm512_mask_mov_epi8(found, _mm512_cmpeq_epi8_mask(high, Bytes::all(1)), latin);
+
+    // A lane for each pair of units, in which more than one of the conditions may hold.
+    const __m256i found_a = _mm512_castsi512_si256(found), found_b = _mm512_extracti64x4_epi64(found, 1);
+    const __m256i not_told = _mm256_set1_epi8(static_cast<char>(OrderValues::kNotTold));
+    std::uint32_t untold = _mm256_cmpeq_epi8_mask(_mm256_max_epu8(found_a, found_b), not_told);
+    if (values.has_traits) {
+        const __m512i traits = _mm512_maskz_mov_epi8(is_ascii, look_up(values.ascii_traits, low));
+        const std::uint64_t follows = _mm512_test_epi8_mask(traits, Bytes::all(OrderValues::kFollows));
+        const std::uint64_t pairs = _mm512_test_epi8_mask(traits, Bytes::all(OrderValues::kBegins)) & follows >> 1;
+        untold |= static_cast<std::uint32_t>(pairs | pairs >> 32) | 0x80000000; // what is behind the last is not known
+    }
+    const std::uint32_t differ = _mm256_cmpneq_epi8_mask(found_a, found_b);
+    const std::uint32_t ends = _mm256_testn_epi8_mask(found_a, found_a);
+    const std::uint32_t before = (differ - 1) & ~differ, first = differ & (0 - differ);
+    if (differ == 0 || ((untold | (ends & ~differ)) & (before | first)) != 0) return 0;
+    return (first & _mm256_cmplt_epu8_mask(found_a, found_b)) != 0 ? -1 : 1;
 }
 
 void copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
-    if (is_odd(source) || left_in_page(source) < sizeof(__m512i)) return plain::copy16(destination, source);
+    if (is_odd(source) || !fits_in_page<sizeof(__m512i)>(source)) return plain::copy16(destination, source);
     const __m512i units = Words::load_anywhere(source);
     const std::uint64_t zeros = Words::zeros(units);
     if (zeros == 0) return copy_long<Words>(destination, source);

@@ -1,12 +1,14 @@
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 
+#include "platform/processor.h"
 #include "simd/families.h"
 
 namespace kxstr::simd {
 namespace {
 
-// From the plain one up.
+// From the plain one up, as platform::VectorUnit has them.
 constexpr const Kernels *kFamilies[] = {
     &plain::kKernels,
 #ifdef KXSTR_VECTORS
@@ -14,22 +16,6 @@ constexpr const Kernels *kFamilies[] = {
     &avx512::kKernels,
 #endif
 };
-
-// How many of them the processor can run. The compiler's test asks the operating system, too, whether it saves the wide
-// registers.
-std::size_t count_available() noexcept {
-#ifdef KXSTR_VECTORS
-    __builtin_cpu_init(); // may come before the initialisers of the compiler's own runtime
-    if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("bmi") || !__builtin_cpu_supports("bmi2") ||
-        !__builtin_cpu_supports("popcnt"))
-        return 1;
-    if (!__builtin_cpu_supports("avx512f") || !__builtin_cpu_supports("avx512bw") ||
-        !__builtin_cpu_supports("avx512vl") || !__builtin_cpu_supports("avx512dq") ||
-        !__builtin_cpu_supports("avx512vbmi") || !__builtin_cpu_supports("avx512vbmi2"))
-        return 2;
-#endif
-    return std::size(kFamilies);
-}
 
 // Before the initialisers of a host that has the library linked in statically; a call that is still earlier, or one
 // during it, finds the plain kernels. Any process may heed the variable: it only takes families away.
@@ -45,10 +31,9 @@ std::size_t count_available() noexcept {
 
 } // namespace
 
-constinit const Kernels *chosen_kernels = &plain::kKernels;
-
 std::span<const Kernels *const> available() noexcept {
-    return std::span(kFamilies).first(count_available());
+    const auto best = static_cast<std::size_t>(platform::vector_unit());
+    return std::span(kFamilies).first(std::min(best + 1, std::size(kFamilies)));
 }
 
 } // namespace kxstr::simd

@@ -10,7 +10,6 @@
 namespace kxstr::simd {
 
 namespace plain {
-extern const Kernels kKernels;
 FindZero16 find_zero16;
 Find16 find16;
 Find16 find_last16;
@@ -23,6 +22,7 @@ Mismatch16 mismatch16;
 Compare8 compare8;
 Compare8 compare8_caseless;
 Compare16 compare16;
+OrderByValues16 order_by_values16;
 Copy16 copy16;
 MapBytes map_bytes;
 MapUnits map_units;
@@ -82,6 +82,7 @@ Mismatch16 mismatch16;
 Compare8 compare8;
 Compare8 compare8_caseless;
 Compare16 compare16;
+OrderByValues16 order_by_values16;
 Copy16 copy16;
 MapBytes map_bytes;
 MapUnits map_units;

@@ -27,6 +27,20 @@ struct Found16 {
     const std::uint16_t *place; // null when nowhere
 };
 
+// A value for each of the units that words of Latin letters are made of, by which strings are ordered: 0 for the
+// terminator alone, kNotTold where it takes more than a value. Two units of which one begins and the next follows mean
+// something together.
+struct OrderValues {
+    static constexpr std::uint8_t kNotTold = 0xFF;
+    static constexpr std::uint8_t kBegins = 1;
+    static constexpr std::uint8_t kFollows = 2;
+
+    alignas(64) std::uint8_t ascii[0x80];
+    std::uint8_t latin[0x100]; // of the units 0x100..0x1FF
+    std::uint8_t ascii_traits[0x80];
+    bool has_traits;
+};
+
 // The kernels' types as functions: a member of the table is a pointer to one, and each family declares its form by it
 // (families.h).
 using FindZero16 = const std::uint16_t *(const std::uint16_t *string) noexcept;
@@ -41,6 +55,7 @@ using Outside16 = std::size_t(const std::uint16_t *units, std::size_t count, std
 using Mismatch16 = std::size_t(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept;
 using Compare8 = int(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept;
 using Compare16 = int(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept;
+using OrderByValues16 = int(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values) noexcept;
 using Copy16 = void(std::uint16_t *destination, const std::uint16_t *source) noexcept;
 
 // The maps: `map` holds a value for each unit (two more may be read), 0x20..0x7E map to themselves. Counts are exact:
@@ -170,6 +185,11 @@ struct Kernels {
     Compare8 *compare8_caseless; // a to z are taken as A to Z
     Compare16 *compare16;
 
+    // How two strings lie by the first values that differ: negative or positive. 0 where that is not told: always in
+    // the plain form; in the others for strings without such values, and where up to these a unit has no value, two
+    // mean something together, or the way is long.
+    OrderByValues16 *order_by_values16;
+
     Copy16 *copy16; // a string with its terminator; the two may overlap
 
     // Document streams.
@@ -215,7 +235,12 @@ struct Kernels {
     Utf8OfUnits *bytes_of_codes;
 };
 
-extern constinit const Kernels *chosen_kernels;
+namespace plain {
+extern const Kernels kKernels;
+}
+
+// Defined where all see it: so the way to a kernel is two loads and a jump.
+inline constinit const Kernels *chosen_kernels = &plain::kKernels;
 
 // The best family that the processor can run. KXSTR_KERNELS in the environment names another one (one of available())
 // for the whole process; a name that is none of them counts as unset. Before the library's initialisers have run these

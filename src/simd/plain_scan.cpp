@@ -93,6 +93,10 @@ int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit)
     return compare(a, b, limit, as_it_is);
 }
 
+int order_by_values16(const std::uint16_t *, const std::uint16_t *, const OrderValues &) noexcept {
+    return 0;
+}
+
 void copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
     const auto length = static_cast<std::size_t>(find_zero16(source) - source);
     std::memmove(destination, source, (length + 1) * sizeof *source);

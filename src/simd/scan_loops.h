@@ -32,6 +32,11 @@ inline std::size_t left_in_page(const void *place) noexcept {
     return kPage - address(place) % kPage;
 }
 
+// Whether so many bytes can be read at once from a place on.
+template <std::size_t size> bool fits_in_page(const void *place) noexcept {
+    return address(place) % kPage <= kPage - size;
+}
+
 // 16-bit units at odd addresses straddle the blocks. Nobody should have them; the plain walks take them.
 inline bool is_odd(const std::uint16_t *units) noexcept {
     return address(units) % sizeof *units != 0;
@@ -99,12 +104,32 @@ std::size_t scan_within(const typename Lanes::Unit *start, std::size_t count, At
 }
 
 template <class Lanes>
-const typename Lanes::Unit *find(const typename Lanes::Unit *string, typename Lanes::Unit wanted) noexcept {
+[[gnu::noinline]] const typename Lanes::Unit *find_zero_far(const typename Lanes::Unit *string) noexcept {
+    return scan<Lanes>(string, kNoEnd, Lanes::load);
+}
+
+template <class Lanes> const typename Lanes::Unit *find_zero(const typename Lanes::Unit *string) noexcept {
+    if (!fits_in_page<sizeof(typename Lanes::Vector)>(string)) return find_zero_far<Lanes>(string);
+    const std::uint64_t hits = Lanes::zeros(Lanes::load_anywhere(string));
+    return hits != 0 ? string + first_of<Lanes>(hits) : find_zero_far<Lanes>(string);
+}
+
+template <class Lanes>
+[[gnu::noinline]] const typename Lanes::Unit *find_far(const typename Lanes::Unit *string,
+                                                       typename Lanes::Unit wanted) noexcept {
     const auto sought = Lanes::all(wanted);
     return scan<Lanes>(string, kNoEnd, [sought](const void *block) {
         const auto units = Lanes::load(block);
         return Lanes::without(units, units, sought);
     });
+}
+
+template <class Lanes>
+const typename Lanes::Unit *find(const typename Lanes::Unit *string, typename Lanes::Unit wanted) noexcept {
+    if (!fits_in_page<sizeof(typename Lanes::Vector)>(string)) return find_far<Lanes>(string, wanted);
+    const auto units = Lanes::load_anywhere(string);
+    const std::uint64_t hits = Lanes::zeros(Lanes::without(units, units, Lanes::all(wanted)));
+    return hits != 0 ? string + first_of<Lanes>(hits) : find_far<Lanes>(string, wanted);
 }
 
 template <class Lanes>
@@ -246,21 +271,46 @@ std::size_t mismatch_from(std::size_t i, const typename Lanes::Unit *a, const ty
     return limit;
 }
 
+// The same from the start on. Most strings are short, so the first block has a form of its own, which calls nothing:
+// whether the place is found in it.
+template <class Lanes, class Apart = AsTheyAre>
+bool mismatch_near(const typename Lanes::Unit *a, const typename Lanes::Unit *b, std::size_t limit, std::size_t &place,
+                   Apart apart = {}) noexcept {
+    constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
+    place = limit;
+    if (limit == 0) return true;
+    if (!fits_in_page<kBlock>(a) || !fits_in_page<kBlock>(b)) return false;
+    const auto units = Lanes::load_anywhere(a);
+    const std::uint64_t hits = Lanes::ends(apart(units, Lanes::load_anywhere(b)), units);
+    if (hits == 0) return limit <= kOne;
+    const std::size_t first = first_of<Lanes>(hits);
+    if (first < limit) place = first;
+    return true;
+}
+
+// Where it was not. What can be begins with a block of `a`, some units once more: every second reading across two lines
+// is saved.
+template <class Lanes, class Apart = AsTheyAre>
+std::size_t mismatch_far(const typename Lanes::Unit *a, const typename Lanes::Unit *b, std::size_t limit,
+                         Apart apart = {}) noexcept {
+    constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
+    const bool is_begun = fits_in_page<kBlock>(a) && fits_in_page<kBlock>(b);
+    return mismatch_from<Lanes>(is_begun ? kOne - address(a) % kBlock / sizeof *a : 0, a, b, limit, apart);
+}
+
 template <class Lanes, class Apart = AsTheyAre>
 std::size_t mismatch(const typename Lanes::Unit *a, const typename Lanes::Unit *b, std::size_t limit,
                      Apart apart = {}) noexcept {
-    constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
-    if (limit == 0 || left_in_page(a) < kBlock || left_in_page(b) < kBlock)
-        return mismatch_from<Lanes>(0, a, b, limit, apart);
-    // Most strings are short.
-    const auto units = Lanes::load_anywhere(a);
-    if (const std::uint64_t hits = Lanes::ends(apart(units, Lanes::load_anywhere(b)), units); hits != 0) {
-        const std::size_t first = first_of<Lanes>(hits);
-        return first < limit ? first : limit;
-    }
-    if (limit <= kOne) return limit;
-    // The long way begins with a block of `a`, some units once more: every second reading across two lines is saved.
-    return mismatch_from<Lanes>(kOne - address(a) % kBlock / sizeof *a, a, b, limit, apart);
+    std::size_t place;
+    return mismatch_near<Lanes>(a, b, limit, place, apart) ? place : mismatch_far<Lanes>(a, b, limit, apart);
+}
+
+// The difference at that place. A function apart, so that the one for short strings needs no room on the stack.
+template <class Lanes>
+[[gnu::noinline]] int compare_far(const typename Lanes::Unit *a, const typename Lanes::Unit *b,
+                                  std::size_t limit) noexcept {
+    const std::size_t place = mismatch_far<Lanes>(a, b, limit);
+    return place < limit ? a[place] - b[place] : 0;
 }
 
 template <class Lanes> void copy_long(typename Lanes::Unit *destination, const typename Lanes::Unit *source) noexcept {
