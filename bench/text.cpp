@@ -130,10 +130,14 @@ std::u16string piece_of(const std::string &language, std::size_t size) {
 
 Text all_forms(const std::u16string &characters) {
     Text text;
+    // No output lies in the block of memory in which a text ends. A call that reads the whole block would wait there
+    // for what the call before has just written, as it would not with other work in between.
+    constexpr std::size_t kApart = 64;
+    text.utf16.reserve(characters.size() + 1 + kApart);
     text.utf16.assign(characters.begin(), characters.end());
-    text.native.reserve(characters.size() * (current().double_byte ? 2 : 1));
-    text.kx.reserve(characters.size() + 1);
-    text.unicode_kx.reserve(characters.size() + 1);
+    text.native.reserve(characters.size() * (current().double_byte ? 2 : 1) + kApart);
+    text.kx.reserve(characters.size() + 1 + kApart);
+    text.unicode_kx.reserve(characters.size() + 1 + kApart);
     for (const char16_t unit : characters) {
         const Character &character = *alphabet().find(unit);
         text.native += character.native;

@@ -76,7 +76,7 @@ std::size_t strip_stream(std::uint8_t *destination, const std::uint8_t *source, 
     const std::uint8_t *const kept = kept_bytes(flags);
     std::size_t written = 0;
     for (;;) {
-        const simd::StreamProgress run = filter_stream(destination + written, source, room - written, kept);
+        const simd::Progress run = filter_stream(destination + written, source, room - written, kept);
         source += run.read;
         written += run.written;
         if (written == room || *source == 0) break;

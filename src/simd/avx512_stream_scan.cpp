@@ -105,7 +105,7 @@ const std::uint8_t *skip_characters(const std::uint8_t *code) noexcept {
     }
 }
 
-StreamProgress filter_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+Progress filter_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
                              const std::uint8_t *kept) noexcept {
     if (room == 0) return {0, 0};
     const __m512i low = _mm512_loadu_si512(kept), low_2 = _mm512_loadu_si512(kept + 64);
@@ -139,7 +139,7 @@ StreamProgress filter_stream(std::uint8_t *destination, const std::uint8_t *sour
             std::size_t read = block < source ? 0 : static_cast<std::size_t>(block - source);
             for (unsigned rest = bytes_over(before); rest != 0; --rest)
                 destination[written++] = source[read++];
-            const StreamProgress last =
+            const Progress last =
                 plain::filter_stream(destination + written, source + read, room - written, kept);
             return {read + last.read, written + last.written};
         }

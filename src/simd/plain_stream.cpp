@@ -20,7 +20,7 @@ const std::uint8_t *skip_characters(const std::uint8_t *code) noexcept {
     }
 }
 
-StreamProgress filter_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+Progress filter_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
                              const std::uint8_t *kept) noexcept {
     std::size_t read = 0;
     std::size_t written = 0;
