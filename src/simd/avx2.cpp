@@ -20,7 +20,7 @@ constinit const Kernels kKernels{
     .skip_characters = skip_characters,
     .filter_stream = plain::filter_stream,
     .narrow_stream = plain::narrow_stream,
-    .widen_stream = plain::widen_stream,
+    .write_stream = write_stream,
     .map_bytes = map_bytes,
     .map_units = map_units,
     .encode_units = encode_units,

@@ -67,12 +67,14 @@ using DecodePairs = Progress(const std::uint16_t *map, const std::uint8_t *leads
 using SkipCharacters = const std::uint8_t *(const std::uint8_t *code) noexcept;
 using FilterStream = Progress(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
                               const std::uint8_t *kept) noexcept;
+// `filtered`: the bytes that the codes take before extended characters give way.
 struct Narrowed {
-    std::size_t written, dropped;
+    std::size_t read, filtered, written, dropped;
 };
-using NarrowStream = Narrowed(std::uint8_t *stream, std::size_t length, const std::uint16_t *codes) noexcept;
-using WidenStream = std::size_t(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
-                                const std::uint16_t *characters) noexcept;
+using NarrowStream = Narrowed(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                              const std::uint8_t *kept, const std::uint16_t *codes) noexcept;
+using WriteStream = Progress(std::uint8_t *stream, const std::uint16_t *characters, std::size_t count,
+                             std::size_t room) noexcept;
 
 // Letter case. The characters first to first + span, of one set, change by `step`: all of them, or (`pairs` is 1, not
 // 0) those of each pair 2k and 2k + 1 that stand in the other case. A step of 0: no range.
@@ -174,12 +176,13 @@ struct Kernels {
     // earlier extended character. `kept`: what each byte below 0xD0 becomes (256 bytes), 0 for nothing; 0xF0 stands for
     // itself. The destination may be the source.
     FilterStream *filter_stream;
-    // In place, extended characters of a stream of codes of those two kinds by native codes of all 65,536 characters
-    // (and two units more): one byte, two if above 0xFF, 0xFFFF drops the character.
+    // The same, and extended characters give way to native codes of all 65,536 characters (and two units more): one
+    // byte, two if above 0xFF, 0xFFFF drops the character. The room is that for what filter_stream would write. Stops
+    // at no extended character before the room is full.
     NarrowStream *narrow_stream;
-    // Bytes up to the terminator as a stream: 0x20..0x7E as they are, the others as the characters of 256 bytes, 0xFFFF
-    // for none. Stops at one that does not fit. Gives the bytes written.
-    WidenStream *widen_stream;
+    // Characters as a stream: those of set 0 as a byte, others as extended characters, 0xFFFF for none. Stops at one
+    // that does not fit.
+    WriteStream *write_stream;
 
     // A string up to its terminator, at most `limit` bytes, and a 0 behind the values; gives how many these are. Long
     // ones from the last byte to the first: source and destination may begin at one address.

@@ -21,7 +21,7 @@ const std::uint8_t *skip_characters(const std::uint8_t *code) noexcept {
 }
 
 Progress filter_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
-                             const std::uint8_t *kept) noexcept {
+                       const std::uint8_t *kept) noexcept {
     std::size_t read = 0;
     std::size_t written = 0;
     while (written < room) {
@@ -42,44 +42,55 @@ Progress filter_stream(std::uint8_t *destination, const std::uint8_t *source, st
     return {read, written};
 }
 
-Narrowed narrow_stream(std::uint8_t *stream, std::size_t length, const std::uint16_t *codes) noexcept {
-    Narrowed result{0, 0};
-    for (std::size_t read = 0; read < length;) {
-        if (stream[read] != kExtended) {
-            stream[result.written++] = stream[read++];
-            continue;
+Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                       const std::uint8_t *kept, const std::uint16_t *codes) noexcept {
+    Narrowed done{};
+    const auto put = [&](unsigned byte) { destination[done.written++] = static_cast<std::uint8_t>(byte); };
+    while (done.filtered < room) {
+        const std::uint8_t *const code = source + done.read;
+        if (*code == kExtended) {
+            if (room - done.filtered < kExtendedSize) break;
+            const unsigned native = codes[code[1] | code[2] << 8];
+            if (native == 0xFFFF) {
+                ++done.dropped;
+            } else {
+                if (native > 0xFF) put(native >> 8);
+                put(native);
+            }
+            done.read += kExtendedSize;
+            done.filtered += kExtendedSize;
+        } else if (*code != 0 && *code < kFirstLongCode) {
+            ++done.read;
+            if (kept[*code] == 0) continue;
+            ++done.filtered;
+            put(kept[*code]);
+        } else {
+            break;
         }
-        const unsigned code = codes[stream[read + 1] | stream[read + 2] << 8];
-        read += kExtendedSize;
-        if (code == 0xFFFF) {
-            ++result.dropped;
-            continue;
-        }
-        if (code > 0xFF) stream[result.written++] = static_cast<std::uint8_t>(code >> 8);
-        stream[result.written++] = static_cast<std::uint8_t>(code);
     }
-    return result;
+    return done;
 }
 
-std::size_t widen_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
-                         const std::uint16_t *characters) noexcept {
-    std::size_t read = 0;
-    std::size_t written = 0;
-    for (; written < room && source[read] != 0; ++read) {
-        const std::uint8_t byte = source[read];
-        const unsigned character = 0x20 <= byte && byte <= 0x7E ? byte : characters[byte];
-        if (character <= 0xFF) {
-            destination[written++] = static_cast<std::uint8_t>(character);
-        } else if (character != 0xFFFF) {
-            if (room - written < kExtendedSize) break;
-            destination[written] = kExtended;
-            destination[written + 1] = static_cast<std::uint8_t>(character);
-            destination[written + 2] = static_cast<std::uint8_t>(character >> 8);
-            destination[written + 3] = kExtended;
-            written += kExtendedSize;
+Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std::size_t count,
+                      std::size_t room) noexcept {
+    Progress done{};
+    for (; done.read < count; ++done.read) {
+        const unsigned character = characters[done.read];
+        if (character == 0xFFFF) continue;
+        const std::size_t size = character <= 0xFF ? 1 : kExtendedSize;
+        if (size > room - done.written) break;
+        std::uint8_t *const to = stream + done.written;
+        if (size == 1) {
+            to[0] = static_cast<std::uint8_t>(character);
+        } else {
+            to[0] = kExtended;
+            to[1] = static_cast<std::uint8_t>(character);
+            to[2] = static_cast<std::uint8_t>(character >> 8);
+            to[3] = kExtended;
         }
+        done.written += size;
     }
-    return written;
+    return done;
 }
 
 } // namespace kxstr::simd::plain

@@ -1,0 +1,68 @@
+#include <immintrin.h>
+
+#include "simd/families.h"
+
+namespace kxstr::simd::avx2 {
+namespace {
+
+constexpr std::size_t kUnits = 16;
+constexpr std::size_t kGroup = 4; // characters whose codes fill 16 bytes
+
+// Where the bytes of four codes of four bytes go, by the bits of those that are extended characters. Of the others the
+// second byte alone stays.
+struct Packing {
+    alignas(16) std::uint8_t places[16][16];
+    std::uint8_t sizes[16];
+};
+constexpr Packing kPackings = [] {
+    Packing result{};
+    for (unsigned wide = 0; wide < 16; ++wide)
+        for (unsigned byte = 0; byte < 16; ++byte)
+            if (byte % 4 == 1 || (wide >> byte / 4 & 1) != 0)
+                result.places[wide][result.sizes[wide]++] = static_cast<std::uint8_t>(byte);
+    return result;
+}();
+
+__m128i load(const void *place) noexcept {
+    return _mm_loadu_si128(static_cast<const __m128i *>(place));
+}
+void store(void *place, __m128i value) noexcept {
+    _mm_storeu_si128(static_cast<__m128i *>(place), value);
+}
+
+// Four characters, all of which have a code; gives the bytes that are written of the 16 that are stored.
+std::size_t write_group(std::uint8_t *stream, const std::uint16_t *characters) noexcept {
+    const __m128i units = _mm_cvtepu16_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(characters)));
+    const __m128i codes = _mm_or_si128(_mm_slli_epi32(units, 8), _mm_set1_epi32(static_cast<int>(0xF00000F0)));
+    const __m128i wide = _mm_cmpgt_epi32(units, _mm_set1_epi32(0xFF));
+    const auto mask = static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(wide)));
+    store(stream, _mm_shuffle_epi8(codes, load(kPackings.places[mask])));
+    return kPackings.sizes[mask];
+}
+
+} // namespace
+
+Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std::size_t count,
+                      std::size_t room) noexcept {
+    Progress done{};
+    while (count - done.read >= kUnits && room - done.written >= kGroup * kUnits) {
+        const std::uint16_t *const from = characters + done.read;
+        const __m128i low = load(from), high = load(from + kUnits / 2), all = _mm_set1_epi16(-1);
+        if (_mm_testz_si128(_mm_or_si128(low, high), _mm_set1_epi16(static_cast<short>(0xFF00))) != 0) {
+            store(stream + done.written, _mm_packus_epi16(low, high));
+            done.written += kUnits;
+        } else if (const __m128i none = _mm_or_si128(_mm_cmpeq_epi16(low, all), _mm_cmpeq_epi16(high, all));
+                   _mm_testz_si128(none, none) != 0) {
+            for (std::size_t at = 0; at < kUnits; at += kGroup)
+                done.written += write_group(stream + done.written, from + at);
+        } else {
+            done.written += plain::write_stream(stream + done.written, from, kUnits, room - done.written).written;
+        }
+        done.read += kUnits;
+    }
+    const Progress rest =
+        plain::write_stream(stream + done.written, characters + done.read, count - done.read, room - done.written);
+    return {done.read + rest.read, done.written + rest.written};
+}
+
+} // namespace kxstr::simd::avx2
