@@ -49,19 +49,22 @@ void convert_codes(NativePage &page, const std::uint8_t *source, std::size_t byt
         const std::uint8_t *const leads = codepage::lead_byte_map(platform::ansi_code_page());
         while (map != nullptr && leads != nullptr) {
             const std::size_t count = std::min(bytes - done.read, limit - done.written);
+            if (count == 0) break;
             const auto [read, written] =
                 simd::kernels().decode_pairs(map, leads, source + done.read, count, destination + done.written);
             if (read == 0) break;
             done = {done.read + read, done.written + written};
         }
     }
-    // What is left: all without a map, else the last characters before an end in the middle of a pair.
-    NativeReader reader(source + done.read, true);
     KxWriter out(destination + done.written, limit - done.written);
-    while (out.has_room()) {
-        const std::uint16_t code = reader.next();
-        if (code == 0) break;
-        out.put(page.to_kx(code));
+    if (done.read < bytes) {
+        // What is left: all without a map, else the last characters before an end in the middle of a pair.
+        NativeReader reader(source + done.read, true);
+        while (out.has_room()) {
+            const std::uint16_t code = reader.next();
+            if (code == 0) break;
+            out.put(page.to_kx(code));
+        }
     }
     out.finish();
 }

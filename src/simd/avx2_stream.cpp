@@ -30,6 +30,13 @@ void store(void *place, __m128i value) noexcept {
     _mm_storeu_si128(static_cast<__m128i *>(place), value);
 }
 
+__m256i load32(const void *place) noexcept {
+    return _mm256_loadu_si256(static_cast<const __m256i *>(place));
+}
+bool has_none(__m256i units) noexcept {
+    return _mm256_movemask_epi8(_mm256_cmpeq_epi16(units, _mm256_set1_epi16(-1))) != 0;
+}
+
 // Four characters, all of which have a code; gives the bytes that are written of the 16 that are stored.
 std::size_t write_group(std::uint8_t *stream, const std::uint16_t *characters) noexcept {
     const __m128i units = _mm_cvtepu16_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(characters)));
@@ -45,18 +52,20 @@ std::size_t write_group(std::uint8_t *stream, const std::uint16_t *characters) n
 Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std::size_t count,
                       std::size_t room) noexcept {
     Progress done{};
-    while (count - done.read >= kUnits && room - done.written >= kGroup * kUnits) {
+    // As long as what is stored behind the codes is sure to be overwritten: by characters that have one and fit.
+    constexpr std::size_t kAhead = 2 * kUnits;
+    while (count - done.read >= kAhead && room - done.written >= 4 * kAhead) {
         const std::uint16_t *const from = characters + done.read;
-        const __m128i low = load(from), high = load(from + kUnits / 2), all = _mm_set1_epi16(-1);
-        if (_mm_testz_si128(_mm_or_si128(low, high), _mm_set1_epi16(static_cast<short>(0xFF00))) != 0) {
-            store(stream + done.written, _mm_packus_epi16(low, high));
+        const __m256i units = load32(from);
+        if (_mm256_testz_si256(units, _mm256_set1_epi16(static_cast<short>(0xFF00))) != 0) {
+            store(stream + done.written,
+                  _mm_packus_epi16(_mm256_castsi256_si128(units), _mm256_extracti128_si256(units, 1)));
             done.written += kUnits;
-        } else if (const __m128i none = _mm_or_si128(_mm_cmpeq_epi16(low, all), _mm_cmpeq_epi16(high, all));
-                   _mm_testz_si128(none, none) != 0) {
+        } else if (has_none(units) || has_none(load32(from + kUnits))) {
+            done.written += plain::write_stream(stream + done.written, from, kUnits, room - done.written).written;
+        } else {
             for (std::size_t at = 0; at < kUnits; at += kGroup)
                 done.written += write_group(stream + done.written, from + at);
-        } else {
-            done.written += plain::write_stream(stream + done.written, from, kUnits, room - done.written).written;
         }
         done.read += kUnits;
     }

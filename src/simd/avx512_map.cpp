@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::size_t kBlock = 64; // units or bytes
 constexpr std::size_t kHalf = 32;  // units in a register
-constexpr std::size_t kGroup = 8;  // units that are looked up together
+constexpr __mmask64 kWhole = ~__mmask64{0};
+constexpr std::size_t kGroup = 8; // units that are looked up together
 
 __m512i load(const void *place) noexcept {
     return _mm512_loadu_si512(place);
@@ -41,7 +42,7 @@ struct Block {
 };
 
 __mmask64 join(__mmask32 first, __mmask32 second) noexcept {
-    return first | static_cast<__mmask64>(second) << kHalf;
+    return _mm512_kunpackd(second, first);
 }
 __mmask64 zeros(Block units) noexcept {
     const __m512i least = _mm512_min_epu16(units.first, units.second);
@@ -56,6 +57,11 @@ __mmask64 foreign(Block units) noexcept {
     return join(foreign(units.first), foreign(units.second));
 }
 void store(std::uint16_t *place, Block units, __mmask64 here) noexcept {
+    if (here == kWhole) {
+        store(place, units.first);
+        store(place + kHalf, units.second);
+        return;
+    }
     _mm512_mask_storeu_epi16(place, static_cast<__mmask32>(here), units.first);
     _mm512_mask_storeu_epi16(place + kHalf, static_cast<__mmask32>(here >> kHalf), units.second);
 }
@@ -100,19 +106,24 @@ struct Rows {
             values.second = _mm512_mask2_permutex2var_epi16(row.low, values.second, second, row.high);
             const __mmask64 found = join(first, second) & left;
             left &= ~found;
-            return __builtin_popcountll(found);
+            return found;
         };
-        look_up(rows.usual);
-        int others = look_up(rows.other);
+        const __mmask64 of_usual = look_up(rows.usual), of_other = look_up(rows.other);
         if (left == 0) return values;
+        std::size_t most = count_of(of_usual), second = count_of(of_other);
         store(copies, units.first);
         store(copies + kHalf, units.second);
         for (int turn = 0; turn < kMostTurns; ++turn) {
             const Row row = row_of(map, copies[__builtin_ctzll(left)] / kBlock);
-            if (const int found = look_up(row); found > others) {
-                rows.usual = rows.other;
+            const std::size_t found = count_of(look_up(row));
+            if (found > most) {
+                rows.other = rows.usual;
+                rows.usual = row;
+                second = most;
+                most = found;
+            } else if (found > second) {
                 rows.other = row;
-                others = found;
+                second = found;
             }
             if (left == 0) return values;
         }
@@ -125,19 +136,20 @@ struct Rows {
     return {look_up32(map, copies), look_up32(map, copies + kHalf)};
 }
 
-// A string's blocks: at first up to a multiple of the block, then whole ones, up to the terminator or `limit`. Calls
-// each(units, live, end, done): `live` are the units before the terminator, `end` is that, or 0. False ends it.
+// A string's blocks: at first up to a multiple of the block, then whole ones, up to `limit` or the first for which
+// each(units, here, done) gives false; `here` tells which units there are.
 template <class Each>
 [[gnu::always_inline]] inline void for_blocks(const std::uint16_t *source, std::size_t limit, Each each) noexcept {
     std::size_t size = kBlock - address(source) / sizeof *source % kBlock;
-    for (std::size_t done = 0; done < limit; done += size, size = kBlock) {
+    for (std::size_t done = 0; done < limit; size = kBlock) {
         const std::uint16_t *const at = source + done;
         const __mmask64 here = first_bits(lesser(size, limit - done));
         const Block units{_mm512_maskz_loadu_epi16(static_cast<__mmask32>(here), at),
                           _mm512_maskz_loadu_epi16(static_cast<__mmask32>(here >> kHalf), at + kHalf)};
-        const __mmask64 ends = zeros(units) & here;
-        const __mmask64 end = ends & (0 - ends);
-        if (!each(units, ends != 0 ? end - 1 : here, end, done) || ends != 0) return;
+        if (!each(units, here, done)) return;
+        done += size;
+        for (; done < limit && limit - done >= kBlock; done += kBlock)
+            if (!each({load(source + done), load(source + done + kHalf)}, kWhole, done)) return;
     }
 }
 
@@ -232,15 +244,15 @@ bool is_text(__m512i bytes, __mmask64 live) noexcept {
     const Page page = split(map);
     // Bytes 0..7 and 32..39 side by side and so on: unpacking then yields the first and the second half.
     const __m512i order = _mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7);
-    for (std::size_t size; left != 0; left -= size) {
-        size = left % kBlock != 0 ? left % kBlock : kBlock;
-        const __mmask64 here = first_bits(size);
-        const std::size_t at = left - size;
-        const __m512i bytes = _mm512_permutexvar_epi64(order, _mm512_maskz_loadu_epi8(here, source + at));
+    const auto map_block = [&](__m512i block, std::size_t at, __mmask64 here) {
+        const __m512i bytes = _mm512_permutexvar_epi64(order, block);
         const __mmask64 upper = _mm512_movepi8_mask(bytes);
         const __m512i low = look_up(page.low, bytes, upper), high = look_up(page.high, bytes, upper);
         store(destination + at, {_mm512_unpacklo_epi8(low, high), _mm512_unpackhi_epi8(low, high)}, here);
-    }
+    };
+    for (; left >= kBlock; left -= kBlock)
+        map_block(load(source + left - kBlock), left - kBlock, kWhole);
+    map_block(_mm512_maskz_loadu_epi8(first_bits(left), source), 0, first_bits(left));
     return length;
 }
 
@@ -248,10 +260,9 @@ bool is_text(__m512i bytes, __mmask64 live) noexcept {
                                              std::uint16_t *destination) noexcept {
     Rows rows;
     std::size_t result = limit;
-    for_blocks(source, limit, [&](Block units, __mmask64 live, __mmask64 end, std::size_t done) noexcept {
-        const __mmask64 changed = foreign(units) & live;
+    for_blocks(source, limit, [&](Block units, __mmask64 here, std::size_t done) noexcept {
+        const __mmask64 changed = foreign(units) & here;
         const Block values = changed == 0 ? units : map_block(rows, map, units, changed);
-        const __mmask64 here = live | end;
         const __mmask64 ends = zeros(values) & here;
         if (ends != 0) result = done + static_cast<std::size_t>(__builtin_ctzll(ends));
         store(destination + done, values, ends != 0 ? here & up_to_first(ends) : here);
@@ -265,13 +276,15 @@ bool is_text(__m512i bytes, __mmask64 live) noexcept {
     std::uint8_t *out = destination;
     std::size_t length = 0;
     Rows rows;
-    for_blocks(source, limit, [&](Block units, __mmask64 live, __mmask64, std::size_t) noexcept {
+    for_blocks(source, limit, [&](Block units, __mmask64 here, std::size_t) noexcept {
+        const __mmask64 ends = zeros(units) & here;
+        const __mmask64 live = ends != 0 ? up_to_first(ends) >> 1 : here;
         length += count_of(live);
         const __mmask64 changed = foreign(units) & live;
         const Block values = changed == 0 ? units : map_block(rows, map, units, changed);
         out = write_codes(out, values.first, static_cast<__mmask32>(live), no_code);
         out = write_codes(out, values.second, static_cast<__mmask32>(live >> kHalf), no_code);
-        return true;
+        return ends == 0;
     });
     return {length, static_cast<std::size_t>(out - destination)};
 }
@@ -327,14 +340,26 @@ Progress encode_units(const std::uint16_t *map, const std::uint16_t *source, std
 Progress decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
                       std::size_t count, std::uint16_t *destination) noexcept {
     const __m512i leads_low = load(leads + 0x80), leads_high = load(leads + 0xC0);
+    // The codes wait for their look-ups until they are many: how many a block has is hard to foretell.
+    constexpr std::size_t kWaiting = 512;
+    alignas(64) std::uint16_t codes[kWaiting + kBlock];
+    std::size_t waiting = 0;
     Progress done{};
+    const auto map_waiting = [&] {
+        std::uint16_t *to = destination + done.written;
+        std::size_t i = 0;
+        for (; waiting - i >= kGroup; i += kGroup)
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(to + i), look_up8(map, codes + i));
+        _mm_mask_storeu_epi16(to + i, static_cast<__mmask8>(first_bits(waiting - i)), look_up8(map, codes + i));
+        done.written += waiting;
+        waiting = 0;
+    };
     while (done.read < count) {
         const std::size_t size = lesser(count - done.read, kBlock);
         const __mmask64 here = first_bits(size);
         const __m512i bytes = _mm512_maskz_loadu_epi8(here, source + done.read);
-        std::uint16_t *const to = destination + done.written;
-        if (is_text(bytes, here)) {
-            store(to,
+        if (waiting == 0 && is_text(bytes, here)) {
+            store(destination + done.written,
                   {_mm512_cvtepu8_epi16(_mm512_castsi512_si256(bytes)),
                    _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(bytes, 1))},
                   here);
@@ -356,22 +381,20 @@ Progress decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const
         }
         second &= first_bits(read);
         const std::uint64_t begins = first_bits(read) & ~second;
-        const auto written = static_cast<std::size_t>(__builtin_popcountll(begins));
         // The byte behind each, without reading behind the block: the last one begins no pair.
         const __m512i shifted = _mm512_alignr_epi8(_mm512_maskz_shuffle_i64x2(0x3F, bytes, bytes, 0b111001), bytes, 1);
         const __m512i low = _mm512_maskz_compress_epi8(begins, _mm512_mask_mov_epi8(bytes, first, shifted));
         const __m512i high = _mm512_maskz_compress_epi8(begins, _mm512_maskz_mov_epi8(first, bytes));
-        alignas(64) std::uint16_t codes[kBlock];
         const auto join = [](__m256i l, __m256i h) {
             return _mm512_or_si512(_mm512_cvtepu8_epi16(l), _mm512_slli_epi16(_mm512_cvtepu8_epi16(h), 8));
         };
-        store(codes, join(_mm512_castsi512_si256(low), _mm512_castsi512_si256(high)));
-        if (written > kHalf)
-            store(codes + kHalf, join(_mm512_extracti64x4_epi64(low, 1), _mm512_extracti64x4_epi64(high, 1)));
-        for (std::size_t i = 0; i < written; i += kGroup)
-            _mm_mask_storeu_epi16(to + i, static_cast<__mmask8>(first_bits(written - i)), look_up8(map, codes + i));
-        done = {done.read + read, done.written + written};
+        store(codes + waiting, join(_mm512_castsi512_si256(low), _mm512_castsi512_si256(high)));
+        store(codes + waiting + kHalf, join(_mm512_extracti64x4_epi64(low, 1), _mm512_extracti64x4_epi64(high, 1)));
+        waiting += count_of(begins);
+        done.read += read;
+        if (waiting >= kWaiting) map_waiting();
     }
+    map_waiting();
     return done;
 }
 

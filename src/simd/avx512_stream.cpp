@@ -26,6 +26,20 @@ std::size_t store_some(std::uint8_t *place, __m512i bytes, std::uint64_t stay) n
     return size;
 }
 
+// Four bits in place of each of 16.
+std::uint64_t bits_of_four(__mmask16 bits) noexcept {
+    return _pdep_u64(bits, 0x1111111111111111) * 15;
+}
+
+// Whether 0xFFFF is among at least 32 units.
+bool has_none(const std::uint16_t *units, std::size_t count) noexcept {
+    constexpr std::size_t kLanes = sizeof(__m512i) / sizeof *units;
+    __m512i most = _mm512_loadu_si512(units + count - kLanes);
+    for (std::size_t at = 0; at < count - kLanes; at += kLanes)
+        most = _mm512_max_epu16(most, _mm512_loadu_si512(units + at));
+    return _mm512_cmpeq_epi16_mask(most, _mm512_set1_epi16(-1)) != 0;
+}
+
 // The native codes of up to 16 characters.
 __m256i codes_of(const std::uint16_t *codes, __m256i characters, std::size_t count) noexcept {
     alignas(32) std::uint16_t units[kUnits];
@@ -105,23 +119,37 @@ Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, st
 Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std::size_t count,
                       std::size_t room) noexcept {
     Progress done{};
+    // 0xF0, index, set, 0xF0; a byte alone stands at the place of the index.
+    const auto codes_of = [](__m256i units) {
+        return _mm512_or_si512(_mm512_slli_epi32(_mm512_cvtepu16_epi32(units), 8),
+                               _mm512_set1_epi32(static_cast<int>(0xF00000F0)));
+    };
+    const __m256i last_single = _mm256_set1_epi16(0xFF), none = _mm256_set1_epi16(-1);
+    constexpr std::uint64_t kSingles = 0x2222222222222222;
+    // As long as what is stored behind the codes is sure to be overwritten, whole blocks are.
+    if (count >= kUnits + kBlock && !has_none(characters, count)) {
+        for (; count - done.read >= kUnits + kBlock && room - done.written >= kExtendedSize * (kUnits + kBlock);
+             done.read += kUnits) {
+            const __m256i units = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(characters + done.read));
+            const std::uint64_t stay = bits_of_four(_mm256_cmpgt_epu16_mask(units, last_single)) | kSingles;
+            _mm512_storeu_si512(stream + done.written, _mm512_maskz_compress_epi8(stay, codes_of(units)));
+            done.written += count_of(stay);
+        }
+    }
     while (done.read < count) {
         const std::size_t left = count - done.read, size = left < kUnits ? left : kUnits;
         const auto here = static_cast<__mmask16>(first_bits(size));
         const __m256i units = _mm256_maskz_loadu_epi16(here, characters + done.read);
-        const __mmask16 some = _mm256_mask_cmpneq_epi16_mask(here, units, _mm256_set1_epi16(-1));
-        const __mmask16 wide = _mm256_mask_cmpgt_epu16_mask(some, units, _mm256_set1_epi16(0xFF));
-        // 0xF0, index, set, 0xF0; a byte alone stands at the place of the index.
-        const __m512i codes = _mm512_or_si512(_mm512_slli_epi32(_mm512_cvtepu16_epi32(units), 8),
-                                              _mm512_set1_epi32(static_cast<int>(0xF00000F0)));
-        const std::uint64_t stay = _pdep_u64(wide, 0x1111111111111111) * 15 | _pdep_u64(some, 0x2222222222222222);
+        const __mmask16 some = _mm256_mask_cmpneq_epi16_mask(here, units, none);
+        const __mmask16 wide = _mm256_mask_cmpgt_epu16_mask(some, units, last_single);
+        const std::uint64_t stay = bits_of_four(wide) | (bits_of_four(some) & kSingles);
         if (count_of(stay) > room - done.written) {
             const Progress rest =
                 plain::write_stream(stream + done.written, characters + done.read, left, room - done.written);
             return {done.read + rest.read, done.written + rest.written};
         }
         done.read += size;
-        done.written += store_some(stream + done.written, codes, stay);
+        done.written += store_some(stream + done.written, codes_of(units), stay);
     }
     return done;
 }
