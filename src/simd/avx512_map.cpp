@@ -66,7 +66,7 @@ void store(std::uint16_t *place, Block units, __mmask64 here) noexcept {
     _mm512_mask_storeu_epi16(place + kHalf, static_cast<__mmask32>(here >> kHalf), units.second);
 }
 
-__m256i look_up16(const std::uint16_t *map, const std::uint16_t *units) noexcept {
+[[gnu::always_inline]] inline __m256i look_up16(const std::uint16_t *map, const std::uint16_t *units) noexcept {
     return _mm256_inserti128_si256(_mm256_castsi128_si256(look_up8(map, units)), look_up8(map, units + kGroup), 1);
 }
 __m512i look_up32(const std::uint16_t *map, const std::uint16_t *units) noexcept {
@@ -155,19 +155,20 @@ template <class Each>
 
 // Most strings are short: one that ends, by its terminator or the limit, in the register that it begins.
 struct Short {
-    bool is_one;
-    __mmask32 live, end; // as above
+    __mmask32 live, end; // units before the terminator, and that; both 0 for a string that is not short
     __m512i units;
 };
-Short as_short(const std::uint16_t *source, std::size_t limit) noexcept {
-    if (limit == 0 || left_in_page(source) < sizeof(__m512i)) return {false, 0, 0, _mm512_setzero_si512()};
+[[gnu::always_inline]] inline Short as_short(const std::uint16_t *source, std::size_t limit) noexcept {
+    if (limit == 0 || left_in_page(source) < sizeof(__m512i)) return {0, 0, _mm512_setzero_si512()};
     const __m512i units = load(source);
-    const auto here = static_cast<__mmask32>(first_bits(limit));
-    const __mmask32 ends = _mm512_mask_testn_epi16_mask(here, units, units);
+    const __mmask32 behind_limit = limit < kHalf ? __mmask32{1} << limit : 0;
+    const __mmask32 ends = _mm512_testn_epi16_mask(units, units) | behind_limit;
+    if (ends == 0) return {0, 0, units};
     const __mmask32 end = ends & (0 - ends);
-    return {ends != 0 || limit <= kHalf, ends != 0 ? end - 1 : here, end, units};
+    return {end - 1, end & ~behind_limit, units};
 }
-__m512i values_of(const Short &string, const std::uint16_t *map, const std::uint16_t *source) noexcept {
+[[gnu::always_inline]] inline __m512i values_of(const Short &string, const std::uint16_t *map,
+                                                const std::uint16_t *source) noexcept {
     const __mmask32 changed = foreign(string.units) & string.live;
     if (changed == 0) return string.units;
     return changed <= 0xFFFF ? _mm512_inserti64x4(string.units, look_up16(map, source), 0) : look_up32(map, source);
@@ -228,6 +229,10 @@ __m512i map_half(const std::uint16_t *map, __m256i bytes) noexcept {
     return values;
 }
 
+bool is_text(__m256i bytes, __mmask32 live) noexcept {
+    const __m256i place = _mm256_sub_epi8(bytes, _mm256_set1_epi8(0x20));
+    return _mm256_mask_cmpgt_epu8_mask(live, place, _mm256_set1_epi8(0x7E - 0x20)) == 0;
+}
 bool is_text(__m512i bytes, __mmask64 live) noexcept {
     const __m512i place = _mm512_sub_epi8(bytes, _mm512_set1_epi8(0x20));
     return _mm512_mask_cmpgt_epu8_mask(live, place, _mm512_set1_epi8(0x7E - 0x20)) == 0;
@@ -293,21 +298,15 @@ bool is_text(__m512i bytes, __mmask64 live) noexcept {
 
 std::size_t map_bytes(const std::uint16_t *map, const std::uint8_t *source, std::size_t limit,
                       std::uint16_t *destination) noexcept {
-    if (limit != 0 && left_in_page(source) >= kBlock) {
-        const __m512i bytes = load(source);
-        const __mmask64 here = first_bits(limit);
-        const __mmask64 ends = _mm512_mask_testn_epi8_mask(here, bytes, bytes);
-        if (ends != 0 || limit <= kBlock) {
-            const __mmask64 live = ends != 0 ? up_to_first(ends) >> 1 : here;
-            const bool is_same = is_text(bytes, live);
-            const auto half = [&](__m256i of) { return is_same ? _mm512_cvtepu8_epi16(of) : map_half(map, of); };
-            const auto count = static_cast<std::size_t>(__builtin_popcountll(live));
-            const __m256i first = _mm512_castsi512_si256(bytes), second = _mm512_extracti64x4_epi64(bytes, 1);
-            if (count > kHalf)
-                _mm512_mask_storeu_epi16(destination + kHalf, static_cast<__mmask32>(live >> kHalf), half(second));
-            _mm512_mask_storeu_epi16(destination, static_cast<__mmask32>(live), half(first));
-            destination[count] = 0;
-            return count;
+    if (limit != 0 && left_in_page(source) >= kHalf) {
+        const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(source));
+        const __mmask32 zeros = _mm256_testn_epi8_mask(bytes, bytes);
+        if (const __mmask32 ends = limit < kHalf ? zeros | __mmask32{1} << limit : zeros; ends != 0) {
+            const auto with_end = static_cast<__mmask32>(up_to_first(ends));
+            const __mmask32 live = with_end >> 1;
+            const __m512i values = is_text(bytes, live) ? _mm512_cvtepu8_epi16(bytes) : map_half(map, bytes);
+            _mm512_mask_storeu_epi16(destination, with_end, _mm512_maskz_mov_epi16(live, values));
+            return count_of(live);
         }
     }
     return map_long_bytes(map, source, limit, destination);
@@ -316,7 +315,7 @@ std::size_t map_bytes(const std::uint16_t *map, const std::uint8_t *source, std:
 std::size_t map_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
                       std::uint16_t *destination) noexcept {
     if (is_odd(source)) return plain::map_units(map, source, limit, destination);
-    if (const Short string = as_short(source, limit); string.is_one) {
+    if (const Short string = as_short(source, limit); (string.live | string.end) != 0) {
         const __m512i values = values_of(string, map, source);
         const __mmask32 here = string.live | string.end;
         const __mmask32 ends = _mm512_mask_testn_epi16_mask(here, values, values);
@@ -330,7 +329,7 @@ std::size_t map_units(const std::uint16_t *map, const std::uint16_t *source, std
 Progress encode_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
                       std::uint8_t *destination, NoCode no_code) noexcept {
     if (is_odd(source)) return plain::encode_units(map, source, limit, destination, no_code);
-    if (const Short string = as_short(source, limit); string.is_one) {
+    if (const Short string = as_short(source, limit); (string.live | string.end) != 0) {
         const std::uint8_t *const end = write_codes(destination, values_of(string, map, source), string.live, no_code);
         return {count_of(string.live), static_cast<std::size_t>(end - destination)};
     }
