@@ -89,12 +89,12 @@ struct Rows {
     unsigned scattered = 0; // blocks to look up value by value before rows are tried again
 };
 
-// The values of a block of which `left` are foreign. Inline: blocks passed through memory would double the time.
-[[gnu::always_inline]] inline Block map_block(Rows &rows, const std::uint16_t *map, Block units,
-                                              __mmask64 left) noexcept {
+// The values of a block of which `left` are foreign; it stands at `place`, too. Inline: blocks passed through memory
+// would double the time.
+[[gnu::always_inline]] inline Block map_block(Rows &rows, const std::uint16_t *map, const std::uint16_t *place,
+                                              Block units, __mmask64 left) noexcept {
     constexpr int kMostTurns = 3;
     constexpr unsigned kScatteredTurns = 16;
-    alignas(64) std::uint16_t copies[kBlock];
     if (rows.scattered == 0) {
         const Block numbers{_mm512_srli_epi16(units.first, 6), _mm512_srli_epi16(units.second, 6)};
         Block values = units;
@@ -111,10 +111,8 @@ struct Rows {
         const __mmask64 of_usual = look_up(rows.usual), of_other = look_up(rows.other);
         if (left == 0) return values;
         std::size_t most = count_of(of_usual), second = count_of(of_other);
-        store(copies, units.first);
-        store(copies + kHalf, units.second);
         for (int turn = 0; turn < kMostTurns; ++turn) {
-            const Row row = row_of(map, copies[__builtin_ctzll(left)] / kBlock);
+            const Row row = row_of(map, place[__builtin_ctzll(left)] / kBlock);
             const std::size_t found = count_of(look_up(row));
             if (found > most) {
                 rows.other = rows.usual;
@@ -130,14 +128,12 @@ struct Rows {
         rows.scattered = kScatteredTurns;
     } else {
         --rows.scattered;
-        store(copies, units.first);
-        store(copies + kHalf, units.second);
     }
-    return {look_up32(map, copies), look_up32(map, copies + kHalf)};
+    return {look_up32(map, place), look_up32(map, place + kHalf)};
 }
 
 // A string's blocks: at first up to a multiple of the block, then whole ones, up to `limit` or the first for which
-// each(units, here, done) gives false; `here` tells which units there are.
+// each(units, place, here, done) gives false; `here` tells which units there are, the others are 0.
 template <class Each>
 [[gnu::always_inline]] inline void for_blocks(const std::uint16_t *source, std::size_t limit, Each each) noexcept {
     std::size_t size = kBlock - address(source) / sizeof *source % kBlock;
@@ -146,10 +142,12 @@ template <class Each>
         const __mmask64 here = first_bits(lesser(size, limit - done));
         const Block units{_mm512_maskz_loadu_epi16(static_cast<__mmask32>(here), at),
                           _mm512_maskz_loadu_epi16(static_cast<__mmask32>(here >> kHalf), at + kHalf)};
-        if (!each(units, here, done)) return;
+        alignas(64) std::uint16_t copy[kBlock];
+        store(copy, units, kWhole);
+        if (!each(units, copy, here, done)) return;
         done += size;
         for (; done < limit && limit - done >= kBlock; done += kBlock)
-            if (!each({load(source + done), load(source + done + kHalf)}, kWhole, done)) return;
+            if (!each({load(source + done), load(source + done + kHalf)}, source + done, kWhole, done)) return;
     }
 }
 
@@ -265,9 +263,9 @@ bool is_text(__m512i bytes, __mmask64 live) noexcept {
                                              std::uint16_t *destination) noexcept {
     Rows rows;
     std::size_t result = limit;
-    for_blocks(source, limit, [&](Block units, __mmask64 here, std::size_t done) noexcept {
+    for_blocks(source, limit, [&](Block units, const std::uint16_t *place, __mmask64 here, std::size_t done) noexcept {
         const __mmask64 changed = foreign(units) & here;
-        const Block values = changed == 0 ? units : map_block(rows, map, units, changed);
+        const Block values = changed == 0 ? units : map_block(rows, map, place, units, changed);
         const __mmask64 ends = zeros(values) & here;
         if (ends != 0) result = done + static_cast<std::size_t>(__builtin_ctzll(ends));
         store(destination + done, values, ends != 0 ? here & up_to_first(ends) : here);
@@ -281,12 +279,12 @@ bool is_text(__m512i bytes, __mmask64 live) noexcept {
     std::uint8_t *out = destination;
     std::size_t length = 0;
     Rows rows;
-    for_blocks(source, limit, [&](Block units, __mmask64 here, std::size_t) noexcept {
+    for_blocks(source, limit, [&](Block units, const std::uint16_t *place, __mmask64 here, std::size_t) noexcept {
         const __mmask64 ends = zeros(units) & here;
         const __mmask64 live = ends != 0 ? up_to_first(ends) >> 1 : here;
         length += count_of(live);
         const __mmask64 changed = foreign(units) & live;
-        const Block values = changed == 0 ? units : map_block(rows, map, units, changed);
+        const Block values = changed == 0 ? units : map_block(rows, map, place, units, changed);
         out = write_codes(out, values.first, static_cast<__mmask32>(live), no_code);
         out = write_codes(out, values.second, static_cast<__mmask32>(live >> kHalf), no_code);
         return ends == 0;
