@@ -48,20 +48,17 @@ __m128i narrow(__m256i units) noexcept {
     return _mm_packus_epi16(_mm256_castsi256_si128(units), _mm256_extracti128_si256(units, 1));
 }
 
-// The values of kBytes bytes.
+// The values of 16 bytes.
 void map_block(const std::uint16_t *map, const std::uint8_t *source, std::uint16_t *destination) noexcept {
-    const __m256i bytes = load(source);
-    widen(bytes, destination);
-    if (is_text(bytes)) return;
-    alignas(32) std::uint16_t units[kBytes];
-    widen(bytes, units);
-    for (std::size_t at = 0; at < kBytes; at += kUnits)
-        store(destination + at, look_up16(map, units + at));
-}
-
-// Units from a place on to the first multiple of the block, where reading on reaches no other page.
-std::size_t units_to_block(const std::uint16_t *place) noexcept {
-    return (0 - address(place)) % sizeof(__m256i) / sizeof *place;
+    const __m256i units = _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i *>(source)));
+    const __m256i place = _mm256_sub_epi16(units, _mm256_set1_epi16(0x20)), last = _mm256_set1_epi16(0x7E - 0x20);
+    if (_mm256_movemask_epi8(_mm256_cmpeq_epi16(_mm256_min_epu16(place, last), place)) == -1) {
+        store(destination, units);
+        return;
+    }
+    alignas(32) std::uint16_t copy[kUnits];
+    store(copy, units);
+    store(destination, look_up16(map, copy));
 }
 
 } // namespace
@@ -72,8 +69,8 @@ std::size_t map_bytes(const std::uint16_t *map, const std::uint8_t *source, std:
     const std::size_t length = limit == SIZE_MAX ? __builtin_strlen(text) : strnlen(text, limit);
     destination[length] = 0;
     std::size_t left = length;
-    for (; left >= kBytes; left -= kBytes)
-        map_block(map, source + left - kBytes, destination + left - kBytes);
+    for (; left >= kUnits; left -= kUnits)
+        map_block(map, source + left - kUnits, destination + left - kUnits);
     while (left-- > 0)
         destination[left] = map[source[left]];
     return length;
@@ -81,24 +78,23 @@ std::size_t map_bytes(const std::uint16_t *map, const std::uint8_t *source, std:
 
 std::size_t map_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
                       std::uint16_t *destination) noexcept {
-    if (is_odd(source)) return plain::map_units(map, source, limit, destination);
     std::size_t done = 0;
-    const std::size_t to_block = units_to_block(source);
-    if (to_block != 0) {
-        const std::size_t first = to_block < limit ? to_block : limit;
-        done = plain::map_units(map, source, first, destination);
-        if (done < first) return done;
-    }
-    for (; limit - done >= kUnits; done += kUnits) {
-        const __m256i units = load(source + done);
-        if (is_same(units)) {
-            store(destination + done, units);
+    while (limit - done >= kUnits) {
+        if (left_in_page(source + done) < sizeof(__m256i)) {
+            const std::size_t more = plain::map_units(map, source + done, kUnits, destination + done);
+            done += more;
+            if (more < kUnits) return done;
             continue;
         }
-        if (has_zero(units)) break;
-        const __m256i values = look_up16(map, source + done);
-        if (has_zero(values)) break;
+        const __m256i units = load(source + done);
+        __m256i values = units;
+        if (!is_same(units)) {
+            if (has_zero(units)) break;
+            values = look_up16(map, source + done);
+            if (has_zero(values)) break;
+        }
         store(destination + done, values);
+        done += kUnits;
     }
     return done + plain::map_units(map, source + done, limit - done, destination + done);
 }
@@ -111,28 +107,23 @@ Progress encode_units(const std::uint16_t *map, const std::uint16_t *source, std
         done = {done.read + more.read, done.written + more.written};
         return more.read == count;
     };
-    const std::size_t to_block = units_to_block(source);
-    if (is_odd(source) || to_block >= limit) {
-        go_on_plainly(limit);
-        return done;
-    }
-    if (!go_on_plainly(to_block)) return done;
-    for (; limit - done.read >= kUnits; done.read += kUnits) {
+    while (limit - done.read >= kUnits) {
+        if (left_in_page(source + done.read) < sizeof(__m256i)) {
+            if (!go_on_plainly(kUnits)) return done;
+            continue;
+        }
         const __m256i units = load(source + done.read);
         __m256i values = units;
         if (!is_same(units)) {
             if (has_zero(units)) break;
             values = look_up16(map, source + done.read);
-            const __m256i high_bytes = _mm256_set1_epi16(static_cast<short>(0xFF00));
-            if (_mm256_testz_si256(values, high_bytes) == 0) {
-                const Progress more =
-                    plain::encode_units(map, source + done.read, kUnits, destination + done.written, no_code);
-                done.written += more.written;
+            if (_mm256_testz_si256(values, _mm256_set1_epi16(static_cast<short>(0xFF00))) == 0) {
+                go_on_plainly(kUnits);
                 continue;
             }
         }
         store(destination + done.written, narrow(values));
-        done.written += kUnits;
+        done = {done.read + kUnits, done.written + kUnits};
     }
     go_on_plainly(limit - done.read);
     return done;

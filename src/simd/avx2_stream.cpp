@@ -1,6 +1,6 @@
 #include <immintrin.h>
 
-#include "simd/families.h"
+#include "simd/scan_loops.h"
 
 namespace kxstr::simd::avx2 {
 namespace {
@@ -47,7 +47,55 @@ std::size_t write_group(std::uint8_t *stream, const std::uint16_t *characters) n
     return kPackings.sizes[mask];
 }
 
+// Text bytes that a stream begins with, in whole blocks, at most `room` of them.
+std::size_t copy_text(std::uint8_t *destination, const std::uint8_t *source, std::size_t room) noexcept {
+    std::size_t done = 0;
+    while (room - done >= sizeof(__m256i) && left_in_page(source + done) >= sizeof(__m256i)) {
+        const __m256i bytes = load32(source + done);
+        const __m256i inside = _mm256_cmpgt_epi8(bytes, _mm256_set1_epi8(0x1F)); // those above 0x7F are negative
+        const __m256i last = _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(0x7F));
+        if (_mm256_movemask_epi8(_mm256_andnot_si256(last, inside)) != -1) break;
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(destination + done), bytes);
+        done += sizeof(__m256i);
+    }
+    return done;
+}
+
+// How much of a stream goes plainly before text is tried again; an extended character fits.
+constexpr std::size_t kStretch = 64;
+
+std::size_t stretch_of(std::size_t room) noexcept {
+    return room < kStretch ? room : kStretch;
+}
+
 } // namespace
+
+Progress filter_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                       const std::uint8_t *kept) noexcept {
+    Progress done{};
+    for (;;) {
+        const std::size_t text = copy_text(destination + done.written, source + done.read, room - done.written);
+        done = {done.read + text, done.written + text};
+        const Progress more =
+            plain::filter_stream(destination + done.written, source + done.read, stretch_of(room - done.written), kept);
+        if (more.read == 0) return done;
+        done = {done.read + more.read, done.written + more.written};
+    }
+}
+
+Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                       const std::uint8_t *kept, const std::uint16_t *codes) noexcept {
+    Narrowed done{};
+    for (;;) {
+        const std::size_t text = copy_text(destination + done.written, source + done.read, room - done.filtered);
+        done = {done.read + text, done.filtered + text, done.written + text, done.dropped};
+        const Narrowed more = plain::narrow_stream(destination + done.written, source + done.read,
+                                                   stretch_of(room - done.filtered), kept, codes);
+        if (more.read == 0) return done;
+        done = {done.read + more.read, done.filtered + more.filtered, done.written + more.written,
+                done.dropped + more.dropped};
+    }
+}
 
 Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std::size_t count,
                       std::size_t room) noexcept {

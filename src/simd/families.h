@@ -57,6 +57,8 @@ Compare8 compare8_caseless;
 Compare16 compare16;
 Copy16 copy16;
 SkipCharacters skip_characters;
+FilterStream filter_stream;
+NarrowStream narrow_stream;
 WriteStream write_stream;
 MapBytes map_bytes;
 MapUnits map_units;
