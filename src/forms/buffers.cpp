@@ -17,10 +17,10 @@ bool put_character(ByteWriter &out, KxChar ch) noexcept {
     return out.put({kExtended, index_of(ch), set_of(ch), kExtended});
 }
 
-// Bytes before the terminator, of which `limit` are looked at.
-std::size_t length_within(const std::uint8_t *text, std::size_t limit) noexcept {
-    const void *const end = std::memchr(text, 0, limit);
-    return end != nullptr ? static_cast<std::size_t>(static_cast<const std::uint8_t *>(end) - text) : limit;
+// Bytes before the first `end`, of which `limit` are looked at.
+std::size_t length_within(const std::uint8_t *text, std::size_t limit, std::uint8_t end = 0) noexcept {
+    const void *const found = std::memchr(text, end, limit);
+    return found != nullptr ? static_cast<std::size_t>(static_cast<const std::uint8_t *>(found) - text) : limit;
 }
 
 // A stream that is written, and how much of it.
@@ -64,8 +64,10 @@ std::uint32_t native_to_stream(Native which, std::uint8_t *destination, const ch
     const std::uint8_t *at = bytes_of(source);
     Target to{destination, count - 1u, 0};
     if (!NativePage::is_filled()) {
-        for (; to.written < to.room && is_text_byte(*at) && !(double_byte && *at == '\\'); ++at)
-            destination[to.written++] = *at;
+        to.written = simd::kernels().outside8(at, length_within(at, to.room), 0x20, 0x7E);
+        if (double_byte) to.written = length_within(at, to.written, '\\');
+        std::memcpy(destination, at, to.written);
+        at += to.written;
     }
     NativePage page(which);
     if (to.written < to.room && *at != 0) at = convert_pieces(page, at, to, double_byte);
@@ -77,15 +79,27 @@ std::uint32_t native_to_stream(Native which, std::uint8_t *destination, const ch
     return static_cast<std::uint32_t>(to.written + out.finish() + 1);
 }
 
+bool has_extended(const std::uint8_t *stream) noexcept {
+    for (;;) {
+        const std::uint8_t *const end = simd::kernels().skip_characters(stream);
+        const auto run = static_cast<std::size_t>(end - stream);
+        if (length_within(stream, run, kExtended) < run) return true;
+        if (*end == 0) return false;
+        stream = end + step(end);
+    }
+}
+
 // In place: no code grows, so the output never overtakes what is still to be read, and the room for the stripped stream
-// is room enough. As long as the descriptors are not filled, it goes code by code: only an extended character asks for
-// one.
+// is room enough. As long as the descriptors are not filled, extended characters go one by one: only one that is
+// converted asks for a descriptor.
 std::uint32_t stream_to_native(Native which, char *destination, const std::uint8_t *source,
                                std::uint16_t count) noexcept {
     if (count == 0) return 0;
     std::uint8_t *const stream = bytes_of(destination);
     const std::size_t room = count - 1u;
     NativePage page(which);
+    if (!NativePage::is_filled() && !has_extended(source))
+        return static_cast<std::uint32_t>(strip_stream(stream, source, room, kLineEnds) + 1);
     if (const std::uint16_t *const map = NativePage::is_filled() ? page.from_kx_map() : nullptr; map != nullptr)
         return static_cast<std::uint32_t>(strip_to_native(stream, source, room, map) + 1);
 

@@ -44,53 +44,51 @@ Progress filter_stream(std::uint8_t *destination, const std::uint8_t *source, st
 
 Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
                        const std::uint8_t *kept, const std::uint16_t *codes) noexcept {
-    Narrowed done{};
-    const auto put = [&](unsigned byte) { destination[done.written++] = static_cast<std::uint8_t>(byte); };
-    while (done.filtered < room) {
-        const std::uint8_t *const code = source + done.read;
+    const std::uint8_t *code = source;
+    std::uint8_t *to = destination;
+    std::size_t left = room, dropped = 0;
+    while (left != 0) {
         if (*code == kExtended) {
-            if (room - done.filtered < kExtendedSize) break;
+            if (left < kExtendedSize) break;
             const unsigned native = codes[code[1] | code[2] << 8];
-            if (native == 0xFFFF) {
-                ++done.dropped;
-            } else {
-                if (native > 0xFF) put(native >> 8);
-                put(native);
-            }
-            done.read += kExtendedSize;
-            done.filtered += kExtendedSize;
+            if (native > 0xFF && native != 0xFFFF) *to++ = static_cast<std::uint8_t>(native >> 8);
+            if (native != 0xFFFF) *to++ = static_cast<std::uint8_t>(native);
+            if (native == 0xFFFF) ++dropped;
+            code += kExtendedSize;
+            left -= kExtendedSize;
         } else if (*code != 0 && *code < kFirstLongCode) {
-            ++done.read;
-            if (kept[*code] == 0) continue;
-            ++done.filtered;
-            put(kept[*code]);
+            const std::uint8_t byte = kept[*code++];
+            if (byte == 0) continue;
+            *to++ = byte;
+            --left;
         } else {
             break;
         }
     }
-    return done;
+    return {static_cast<std::size_t>(code - source), room - left, static_cast<std::size_t>(to - destination), dropped};
 }
 
 Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std::size_t count,
                       std::size_t room) noexcept {
-    Progress done{};
-    for (; done.read < count; ++done.read) {
-        const unsigned character = characters[done.read];
-        if (character == 0xFFFF) continue;
-        const std::size_t size = character <= 0xFF ? 1 : kExtendedSize;
-        if (size > room - done.written) break;
-        std::uint8_t *const to = stream + done.written;
-        if (size == 1) {
-            to[0] = static_cast<std::uint8_t>(character);
-        } else {
+    std::uint8_t *to = stream;
+    std::size_t read = 0;
+    for (std::size_t left = room; read < count; ++read) {
+        const unsigned character = characters[read];
+        if (character <= 0xFF) {
+            if (left == 0) break;
+            *to++ = static_cast<std::uint8_t>(character);
+            --left;
+        } else if (character != 0xFFFF) {
+            if (left < kExtendedSize) break;
             to[0] = kExtended;
             to[1] = static_cast<std::uint8_t>(character);
             to[2] = static_cast<std::uint8_t>(character >> 8);
             to[3] = kExtended;
+            to += kExtendedSize;
+            left -= kExtendedSize;
         }
-        done.written += size;
     }
-    return done;
+    return {read, static_cast<std::size_t>(to - stream)};
 }
 
 } // namespace kxstr::simd::plain
