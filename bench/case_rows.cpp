@@ -47,7 +47,8 @@ void add_case_rows() {
                          [=] {
                              return Letters{text_of(language, size), language};
                          })
-                // It works in place, so the text is put back each time; the peer writes elsewhere.
+                // It works in place, so the text is put back each time. The peer, which writes elsewhere, copies as
+                // much.
                 .entrant(
                     "ours",
                     [](Letters &in) {
@@ -59,6 +60,7 @@ void add_case_rows() {
                     "icu",
                     [](Letters &in) {
                         UErrorCode status = U_ZERO_ERROR;
+                        std::memcpy(in.text.units_out.data(), in.text.utf16.data(), in.text.utf16.size() * 2);
                         return u_strToLower(uchars(in.text.units_out.data()),
                                             static_cast<std::int32_t>(in.text.units_out.size()),
                                             uchars(in.text.utf16.data()), static_cast<std::int32_t>(in.text.size()),

@@ -128,12 +128,18 @@ std::u16string piece_of(const std::string &language, std::size_t size) {
     return piece;
 }
 
+// Bytes or units left free behind a text, so that no output lies in the block of memory in which it ends. A call that
+// reads the whole block would wait there for what the call before has just written, which it would not do with other
+// work in between.
+constexpr std::size_t kApart = 64;
+
 Text all_forms(const std::u16string &characters) {
     Text text;
+    text.utf16.reserve(characters.size() + 1 + kApart);
     text.utf16.assign(characters.begin(), characters.end());
-    text.native.reserve(characters.size() * (current().double_byte ? 2 : 1));
-    text.kx.reserve(characters.size() + 1);
-    text.unicode_kx.reserve(characters.size() + 1);
+    text.native.reserve(characters.size() * (current().double_byte ? 2 : 1) + kApart);
+    text.kx.reserve(characters.size() + 1 + kApart);
+    text.unicode_kx.reserve(characters.size() + 1 + kApart);
     for (const char16_t unit : characters) {
         const Character &character = *alphabet().find(unit);
         text.native += character.native;
@@ -160,6 +166,7 @@ void append_to_stream(std::vector<std::uint8_t> &bytes, char16_t unit) {
 
 Stream stream_of(const std::u16string &characters, std::size_t limit) {
     Stream stream;
+    stream.bytes.reserve(std::min(limit, characters.size() * 4) + 1 + kApart);
     std::size_t count = 0;
     for (; count < characters.size(); ++count) {
         const std::size_t before = stream.bytes.size();

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 #include <kxstr/forms.h>
 
@@ -16,92 +17,109 @@ bool put_character(ByteWriter &out, KxChar ch) noexcept {
     return out.put({kExtended, index_of(ch), set_of(ch), kExtended});
 }
 
-// Text bytes go over as they are, other codes through the code page, and those that have no KX character are dropped.
-// With double-byte characters the backslash goes through the code page, too: it stays one, but counts as a first use of
-// the descriptors.
+// Bytes before the first `end`, of which `limit` are looked at.
+std::size_t length_within(const std::uint8_t *text, std::size_t limit, std::uint8_t end = 0) noexcept {
+    const void *const found = std::memchr(text, end, limit);
+    return found != nullptr ? static_cast<std::size_t>(static_cast<const std::uint8_t *>(found) - text) : limit;
+}
+
+// A stream that is written, and how much of it.
+struct Target {
+    std::uint8_t *stream;
+    std::size_t room;
+    std::size_t written;
+};
+
+// By maps, as many characters at a time as may fit. Gives the rest of the source, which goes code by code (a lead byte
+// at the end, all without maps), or null when a code does not fit.
+const std::uint8_t *convert_pieces(NativePage &page, const std::uint8_t *source, Target &to,
+                                   bool double_byte) noexcept {
+    constexpr std::size_t kPiece = 1024;
+    KxChar characters[kPiece + 1];
+    const std::uint16_t *const map = page.to_kx_map();
+    const std::uint8_t *const leads = double_byte ? codepage::lead_byte_map(platform::ansi_code_page()) : nullptr;
+    if (map == nullptr || (double_byte && leads == nullptr)) return source;
+    const simd::Kernels &kernels = simd::kernels();
+    while (const std::size_t limit = std::min(to.room - to.written, kPiece)) {
+        simd::Progress piece{};
+        if (double_byte)
+            piece = kernels.decode_pairs(map, leads, source, length_within(source, limit), characters);
+        else
+            piece.read = piece.written = kernels.map_bytes(map, source, limit, characters);
+        const simd::Progress codes =
+            kernels.write_stream(to.stream + to.written, characters, piece.written, to.room - to.written);
+        source += piece.read;
+        to.written += codes.written;
+        if (codes.read < piece.written) return nullptr;
+        if (piece.read == 0 || *source == 0) break;
+    }
+    return source;
+}
+
+// Characters without a KX character are dropped. As long as the descriptors are not filled, text goes over without
+// asking for one. With double-byte characters the backslash, too, counts as a first use of them.
 std::uint32_t native_to_stream(Native which, std::uint8_t *destination, const char *source, std::uint16_t count,
                                bool double_byte) noexcept {
     if (count == 0) return 0;
     const std::uint8_t *at = bytes_of(source);
-    ByteWriter out(destination, count - 1u);
-    for (; out.has_room() && is_text_byte(*at) && !(double_byte && *at == '\\'); ++at)
-        out.put(*at);
-    if (!out.has_room() || *at == 0) return static_cast<std::uint32_t>(out.finish() + 1);
-
+    Target to{destination, count - 1u, 0};
+    if (!NativePage::is_filled()) {
+        to.written = simd::kernels().outside8(at, length_within(at, to.room), 0x20, 0x7E);
+        if (double_byte) to.written = length_within(at, to.written, '\\');
+        std::memcpy(destination, at, to.written);
+        at += to.written;
+    }
     NativePage page(which);
-    const std::uint16_t *const map = page.to_kx_map();
-    if (map != nullptr && !double_byte) {
-        const std::size_t start = out.finish();
-        const std::size_t room = count - 1u - start;
-        const std::size_t written = start + simd::kernels().widen_stream(destination + start, at, room, map);
-        destination[written] = 0;
-        return static_cast<std::uint32_t>(written + 1);
-    }
-    NativeReader reader(at, double_byte);
-    if (map != nullptr) {
-        // While any code fits, none is tested for it.
-        std::size_t written = out.finish();
-        const std::size_t start = written;
-        for (const std::size_t room = count - 1u; room - written >= kExtendedSize;) {
-            const std::uint16_t code = reader.next();
-            if (code == 0) break;
-            const KxChar ch = is_text_byte(code) ? code : map[code];
-            if (ch == kNone) continue;
-            std::uint8_t *const to = destination + written;
-            if (set_of(ch) == kAsciiSet) {
-                *to = index_of(ch);
-                ++written;
-                continue;
-            }
-            to[0] = kExtended;
-            to[1] = index_of(ch);
-            to[2] = set_of(ch);
-            to[3] = kExtended;
-            written += kExtendedSize;
-        }
-        out.advance(written - start);
-    }
-    while (out.has_room()) {
+    if (to.written < to.room && *at != 0) at = convert_pieces(page, at, to, double_byte);
+    ByteWriter out(destination + to.written, to.room - to.written);
+    for (NativeReader reader(at, double_byte); at != nullptr && out.has_room();) {
         const std::uint16_t code = reader.next();
-        if (code == 0) break;
-        const KxChar ch = is_text_byte(code) ? code : map != nullptr ? map[code] : page.to_kx(code);
-        if (!put_character(out, ch)) break;
+        if (code == 0 || !put_character(out, page.to_kx(code))) break;
     }
-    return static_cast<std::uint32_t>(out.finish() + 1);
+    return static_cast<std::uint32_t>(to.written + out.finish() + 1);
+}
+
+bool has_extended(const std::uint8_t *stream) noexcept {
+    for (;;) {
+        const std::uint8_t *const end = simd::kernels().skip_characters(stream);
+        const auto run = static_cast<std::size_t>(end - stream);
+        if (length_within(stream, run, kExtended) < run) return true;
+        if (*end == 0) return false;
+        stream = end + step(end);
+    }
 }
 
 // In place: no code grows, so the output never overtakes what is still to be read, and the room for the stripped stream
-// is room enough.
+// is room enough. As long as the descriptors are not filled, extended characters go one by one: only one that is
+// converted asks for a descriptor.
 std::uint32_t stream_to_native(Native which, char *destination, const std::uint8_t *source,
                                std::uint16_t count) noexcept {
     if (count == 0) return 0;
     std::uint8_t *const stream = bytes_of(destination);
     const std::size_t room = count - 1u;
-    const std::size_t length = strip_stream(stream, source, room, KX_KEEP_HARD_ENDS | KX_KEEP_SOFT_ENDS);
-    auto *const first = static_cast<std::uint8_t *>(std::memchr(stream, kExtended, length));
-    if (first == nullptr) return static_cast<std::uint32_t>(length + 1);
-
     NativePage page(which);
-    const auto plain = static_cast<std::size_t>(first - stream);
-    if (const std::uint16_t *const map = page.from_kx_map(); map != nullptr) {
-        const simd::Narrowed rest = simd::kernels().narrow_stream(first, length - plain, map);
-        first[rest.written] = 0;
-        return static_cast<std::uint32_t>(plain + rest.written + rest.dropped + 1); // a dropped character still counts
-    }
-    ByteWriter out(first, room - plain);
-    for (const std::uint8_t *at = first; *at != 0;) {
-        if (*at != kExtended) {
-            out.put(*at++);
-            continue;
+    if (!NativePage::is_filled() && !has_extended(source))
+        return static_cast<std::uint32_t>(strip_stream(stream, source, room, kLineEnds) + 1);
+    if (const std::uint16_t *const map = NativePage::is_filled() ? page.from_kx_map() : nullptr; map != nullptr)
+        return static_cast<std::uint32_t>(strip_to_native(stream, source, room, map) + 1);
+
+    ByteWriter out(stream, room);
+    for (std::size_t stripped = 0, size = 0; *source != 0 && stripped < room; source += size) {
+        size = step(source);
+        if (*source == kExtended) {
+            if (size > room - stripped) break;
+            stripped += size;
+            const std::uint16_t code = page.from_kx(make_char(source[2], source[1]));
+            if (code == kNone)
+                out.charge(1); // a character without a native code still counts
+            else
+                put_native(out, code);
+        } else if (kept_byte(*source, kLineEnds) != 0) {
+            ++stripped;
+            out.put(*source);
         }
-        const std::uint16_t code = page.from_kx(make_char(at[2], at[1]));
-        at += kExtendedSize;
-        if (code == kNone)
-            out.charge(1);
-        else
-            put_native(out, code);
     }
-    return static_cast<std::uint32_t>(plain + out.finish() + 1);
+    return static_cast<std::uint32_t>(out.finish() + 1);
 }
 
 } // namespace

@@ -30,6 +30,9 @@ class NativePage {
     const std::uint16_t *to_kx_map() noexcept { return codepage::to_kx_map(descriptor(), double_byte_); }
     const std::uint16_t *from_kx_map() noexcept { return codepage::from_kx_map(descriptor(), double_byte_); }
 
+    // Whether asking for a map or a conversion fills no descriptor any more.
+    static bool is_filled() noexcept { return codepage::code_page_state().descriptors_ready; }
+
     bool is_double_byte_system() const noexcept { return double_byte_; }
 
   private:

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cstring>
 #include <kxstr/forms.h>
-#include <span>
 
 #include "core/text.h"
 #include "forms/native_text.h"
@@ -23,41 +22,49 @@ bool would_overtake(const KxChar *destination, const std::uint8_t *source, std::
     return to <= from && from <= to + length;
 }
 
-void convert_bytes(NativePage &page, const std::uint8_t *source, KxChar *destination, std::size_t length) noexcept {
-    destination[length] = 0;
-    if (length == 0) return;
+// At most `limit` characters.
+void convert_bytes(NativePage &page, const std::uint8_t *source, KxChar *destination, std::size_t limit) noexcept {
+    if (limit == 0 || *source == 0) {
+        *destination = 0;
+        return;
+    }
+    if (const std::uint16_t *const map = page.to_kx_map(); map != nullptr) {
+        simd::kernels().map_bytes(map, source, limit, destination);
+        return;
+    }
     // From the last byte to the first: source and destination may begin at one address, and a KX character is twice as
     // wide as its byte, so going forward would overwrite bytes not yet read.
-    if (const std::uint16_t *const map = page.to_kx_map(); map != nullptr) {
-        simd::kernels().map_bytes(map, source, length, destination);
-    } else {
-        while (length-- > 0)
-            destination[length] = page.to_kx(source[length]);
-    }
+    std::size_t length = std::min(length_of(source), limit);
+    destination[length] = 0;
+    while (length-- > 0)
+        destination[length] = page.to_kx(source[length]);
 }
 
 // `bytes`: the source's length. At most `limit` characters.
 void convert_codes(NativePage &page, const std::uint8_t *source, std::size_t bytes, KxChar *destination,
                    std::size_t limit) noexcept {
-    simd::Decoded done{};
+    simd::Progress done{};
     if (std::min(bytes, limit) != 0) {
         const std::uint16_t *const map = page.to_kx_map();
         const std::uint8_t *const leads = codepage::lead_byte_map(platform::ansi_code_page());
         while (map != nullptr && leads != nullptr) {
             const std::size_t count = std::min(bytes - done.read, limit - done.written);
+            if (count == 0) break;
             const auto [read, written] =
                 simd::kernels().decode_pairs(map, leads, source + done.read, count, destination + done.written);
             if (read == 0) break;
             done = {done.read + read, done.written + written};
         }
     }
-    // What is left: all without a map, else the last characters before an end in the middle of a pair.
-    NativeReader reader(source + done.read, true);
     KxWriter out(destination + done.written, limit - done.written);
-    while (out.has_room()) {
-        const std::uint16_t code = reader.next();
-        if (code == 0) break;
-        out.put(page.to_kx(code));
+    if (done.read < bytes) {
+        // What is left: all without a map, else the last characters before an end in the middle of a pair.
+        NativeReader reader(source + done.read, true);
+        while (out.has_room()) {
+            const std::uint16_t code = reader.next();
+            if (code == 0) break;
+            out.put(page.to_kx(code));
+        }
     }
     out.finish();
 }
@@ -65,12 +72,14 @@ void convert_codes(NativePage &page, const std::uint8_t *source, std::size_t byt
 // At most `limit` characters. The result is 0 when there is no memory for a copy of the source.
 std::uint32_t native_to_string(Native which, const char *text, KxChar *destination, std::size_t limit) noexcept {
     const std::uint8_t *source = bytes_of(text);
-    const std::size_t bytes = std::strlen(text);
-    const std::size_t length = std::min(bytes, limit);
     NativePage page(which);
     if (!page.is_double_byte_system()) {
-        convert_bytes(page, source, destination, length);
-    } else if (!would_overtake(destination, source, length)) {
+        convert_bytes(page, source, destination, limit);
+        return kDone;
+    }
+    const std::size_t bytes = length_of(source);
+    const std::size_t length = std::min(bytes, limit);
+    if (!would_overtake(destination, source, length)) {
         convert_codes(page, source, bytes, destination, length);
     } else {
         const TemporaryBuffer<std::uint8_t> copy(bytes + 1);
@@ -83,30 +92,26 @@ std::uint32_t native_to_string(Native which, const char *text, KxChar *destinati
 
 // ---- KX strings to native text ----
 
-// Units before the terminator, of which `limit` are looked at.
-std::size_t length_within(const std::uint16_t *text, std::size_t limit) noexcept {
-    if (limit == kUnlimited) return static_cast<std::size_t>(simd::kernels().find_zero16(text) - text);
-    return static_cast<std::size_t>(std::find(text, text + limit, std::uint16_t{0}) - text);
-}
-
 // At most `limit` characters, as far as the output has `room` for bytes before the terminator. Characters without a
 // native code become kNoNativeByte. Returns the bytes written, the terminator not included.
 std::size_t string_to_native(Native which, const KxChar *source, std::size_t limit, char *destination,
                              std::size_t room = kUnlimited) noexcept {
-    std::size_t length = length_within(source, limit);
     std::size_t written = 0;
     NativePage page(which);
-    if (const std::uint16_t *const map = std::min(length, room) != 0 ? page.from_kx_map() : nullptr; map != nullptr) {
+    const bool is_empty = limit == 0 || room == 0 || *source == 0;
+    if (const std::uint16_t *const map = is_empty ? nullptr : page.from_kx_map(); map != nullptr) {
         // As many as fit for certain, until nothing is left but what must be looked at one by one.
-        while (const std::size_t count = std::min(length, (room - written) / 2)) {
-            written +=
+        while (const std::size_t count = std::min(limit, (room - written) / 2)) {
+            const simd::Progress done =
                 simd::kernels().encode_units(map, source, count, bytes_of(destination) + written, simd::NoCode::mark);
-            source += count;
-            length -= count;
+            written += done.written;
+            source += done.read;
+            limit -= done.read;
+            if (done.read < count) break;
         }
     }
     ByteWriter out(bytes_of(destination) + written, room - written);
-    for (; length > 0 && out.has_room(); --length, ++source) {
+    for (; limit > 0 && out.has_room() && *source != 0; --limit, ++source) {
         const std::uint16_t code = page.from_kx(*source);
         if (!put_native(out, code != kNone ? code : kNoNativeByte)) break;
     }
@@ -139,9 +144,10 @@ std::size_t string_to_ansi(const KxChar *source, char *destination, std::uint32_
     if (destination != nullptr && (flags & kLineEnds) == 0 && *source != 0) {
         if (const std::uint16_t *const map = page.from_kx_map(); map != nullptr) {
             const bool mark = (flags & KX_ANSI_MARK_UNKNOWN) != 0;
-            const std::size_t written =
-                simd::kernels().encode_units(map, source, length_within(source, kUnlimited), bytes_of(destination),
-                                             mark ? simd::NoCode::mark : simd::NoCode::drop);
+            const std::size_t written = simd::kernels()
+                                            .encode_units(map, source, kUnlimited, bytes_of(destination),
+                                                          mark ? simd::NoCode::mark : simd::NoCode::drop)
+                                            .written;
             destination[written] = 0;
             return written;
         }
@@ -160,19 +166,15 @@ std::size_t string_to_ansi(const KxChar *source, char *destination, std::uint32_
 
 // ---- Unicode strings ----
 
-using ConvertUnits = std::size_t(std::span<const std::uint16_t>, std::uint16_t *) noexcept;
-
-std::size_t unicode_length(const std::uint16_t *text) noexcept {
-    return length_within(text, kUnlimited);
-}
+using ConvertUnits = std::size_t(const std::uint16_t *, std::size_t, std::uint16_t *) noexcept;
 
 void convert_bounded(ConvertUnits convert, const std::uint16_t *source, std::uint16_t *destination,
                      std::uint16_t count) noexcept {
     if (destination == nullptr || count == 0) return;
     destination[0] = 0;
     if (source == nullptr) return;
-    const std::size_t limit = std::min<std::size_t>(unicode_length(source), count - 1u);
-    convert({source, limit}, destination);
+    const std::size_t limit = std::min<std::size_t>(length_of(source), count - 1u);
+    convert(source, limit, destination);
     destination[limit] = 0;
 }
 
@@ -181,8 +183,8 @@ void unicode_to_ansi(const std::uint16_t *source, char *destination, std::uint16
     destination[0] = 0;
     const TemporaryBuffer<KxChar> converted(count + 1u);
     if (converted.get() == nullptr || source == nullptr) return;
-    const std::size_t limit = std::min<std::size_t>(unicode_length(source), count);
-    converted.get()[unicode::to_kx({source, limit}, converted.get())] = 0;
+    const std::size_t limit = std::min<std::size_t>(length_of(source), count);
+    converted.get()[unicode::to_kx(source, limit, converted.get())] = 0;
     string_to_native(Native::kAnsi, converted.get(), count - 1u, destination);
 }
 
@@ -250,9 +252,7 @@ uint32_t W6wzToozN(const KxChar *source, char *destination, uint32_t count) {
 }
 
 uint32_t W6VaskTowz(const uint16_t *source, KxChar *destination) {
-    const std::size_t length = forms::unicode_length(source);
-    unicode::to_kx({source, length}, destination);
-    destination[length] = 0;
+    unicode::to_kx(source, kUnlimited, destination);
     return kDone;
 }
 
@@ -261,11 +261,9 @@ uint32_t W6VaskTowzN(const uint16_t *source, KxChar *destination, uint32_t count
     return kDone;
 }
 
+// A character that converts to 0 ends the text before its terminator.
 uint32_t W6wzToVask(const KxChar *source, uint16_t *destination) {
-    const std::size_t length = forms::unicode_length(source);
-    const std::size_t stored = unicode::from_kx({source, length}, destination);
-    // A character that converts to 0 ends the text before its terminator.
-    if (stored == length && (stored == 0 || destination[stored - 1] != 0)) destination[stored] = 0;
+    unicode::from_kx(source, kUnlimited, destination);
     return kDone;
 }
 

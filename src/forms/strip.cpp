@@ -12,28 +12,6 @@
 namespace kxstr::forms {
 namespace {
 
-constexpr bool has(std::uint32_t flags, std::uint32_t flag) noexcept {
-    return (flags & flag) != 0;
-}
-
-// What a code of a document stream becomes, by its first byte: itself, a one-byte code in its place, or nothing (0).
-constexpr std::uint8_t kept_byte(std::uint8_t code, std::uint32_t flags) noexcept {
-    if (is_text_byte(code)) return code;
-    switch (code) {
-    case kSpaceCode:
-    case kExtended: return code;
-    case kFirstHyphenCode:
-    case kSecondHyphenCode: return has(flags, KX_HYPHENS_AS_TEXT) ? '-' : 0;
-    case kHardLineEnd: return has(flags, KX_KEEP_HARD_ENDS) ? code : 0;
-    case kSoftLineEnd:
-        if (has(flags, KX_KEEP_SOFT_ENDS)) return code;
-        return has(flags, KX_SOFT_ENDS_AS_SPACES) ? kSpaceCode : 0;
-    case kAttributeOn:
-    case kAttributeOff: return has(flags, KX_KEEP_ATTRIBUTES) ? code : 0;
-    default: return 0;
-    }
-}
-
 // The same for all codes, for every set of the flags that name codes of one byte.
 constexpr std::uint32_t kByteFlags =
     KX_KEEP_HARD_ENDS | KX_KEEP_SOFT_ENDS | KX_SOFT_ENDS_AS_SPACES | KX_HYPHENS_AS_TEXT;
@@ -76,7 +54,7 @@ std::size_t strip_stream(std::uint8_t *destination, const std::uint8_t *source, 
     const std::uint8_t *const kept = kept_bytes(flags);
     std::size_t written = 0;
     for (;;) {
-        const simd::StreamProgress run = filter_stream(destination + written, source, room - written, kept);
+        const simd::Progress run = filter_stream(destination + written, source, room - written, kept);
         source += run.read;
         written += run.written;
         if (written == room || *source == 0) break;
@@ -91,6 +69,25 @@ std::size_t strip_stream(std::uint8_t *destination, const std::uint8_t *source, 
     }
     destination[written] = 0;
     return written;
+}
+
+std::size_t strip_to_native(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                            const std::uint16_t *codes) noexcept {
+    const auto narrow_stream = simd::kernels().narrow_stream;
+    const std::uint8_t *const kept = kept_bytes(kLineEnds);
+    simd::Narrowed all{};
+    for (;;) {
+        const simd::Narrowed run = narrow_stream(destination + all.written, source, room - all.filtered, kept, codes);
+        source += run.read;
+        all.filtered += run.filtered;
+        all.written += run.written;
+        all.dropped += run.dropped;
+        // The room is full, for an extended character at least; or the stream ends.
+        if (all.filtered == room || *source == kExtended || *source == 0) break;
+        source += step(source); // a code that is not kept
+    }
+    destination[all.written] = 0;
+    return all.written + all.dropped;
 }
 
 std::size_t strip_string(KxChar *destination, const KxChar *source, std::size_t room, std::uint32_t flags,

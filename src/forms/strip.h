@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <kxstr/forms.h>
 
 #include "core/kx_char.h"
+#include "forms/code_size.h"
 
 namespace kxstr::forms {
 
@@ -25,11 +27,41 @@ constexpr bool is_attribute(KxChar ch) noexcept {
     return kFirstAttribute <= ch && ch <= kLastAttribute;
 }
 
+constexpr bool has(std::uint32_t flags, std::uint32_t flag) noexcept {
+    return (flags & flag) != 0;
+}
+
+// What a code of a document stream becomes, by its first byte: itself, a one-byte code in its place, or nothing (0).
+constexpr std::uint8_t kept_byte(std::uint8_t code, std::uint32_t flags) noexcept {
+    if (is_text_byte(code)) return code;
+    switch (code) {
+    case kSpaceCode:
+    case kExtended: return code;
+    case kFirstHyphenCode:
+    case kSecondHyphenCode: return has(flags, KX_HYPHENS_AS_TEXT) ? '-' : 0;
+    case kHardLineEnd: return has(flags, KX_KEEP_HARD_ENDS) ? code : 0;
+    case kSoftLineEnd:
+        if (has(flags, KX_KEEP_SOFT_ENDS)) return code;
+        return has(flags, KX_SOFT_ENDS_AS_SPACES) ? kSpaceCode : 0;
+    case kAttributeOn:
+    case kAttributeOff: return has(flags, KX_KEEP_ATTRIBUTES) ? code : 0;
+    default: return 0;
+    }
+}
+
+// What a conversion to native text keeps of a stream's codes.
+inline constexpr std::uint32_t kLineEnds = KX_KEEP_HARD_ENDS | KX_KEEP_SOFT_ENDS;
+
 // `flags`: KX_KEEP_ATTRIBUTES and so on. The destination may be the source. Both terminate the destination and return
 // what they wrote, the terminator not included.
 // `room`: bytes before the terminator.
 std::size_t strip_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
                          std::uint32_t flags) noexcept;
+// strip_stream with the flags that keep line ends, and extended characters as native codes: `codes` holds one for each
+// of 65,536 characters (two units more may be read), 0xFFFF for none. The room is that for the stripped stream. The
+// result counts a character that has no code as one byte.
+std::size_t strip_to_native(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                            const std::uint16_t *codes) noexcept;
 // `room` and result: characters. East Asian characters are some on double-byte systems only.
 std::size_t strip_string(KxChar *destination, const KxChar *source, std::size_t room, std::uint32_t flags,
                          bool double_byte_system) noexcept;

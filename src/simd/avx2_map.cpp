@@ -1,14 +1,15 @@
-#include <immintrin.h>
+#include <cstring>
 
-#include "simd/families.h"
+#include "simd/look_up.h"
+#include "simd/scan_loops.h"
 
-// Blocks of plain text go over at once; others unit by unit, since gathers gain nothing on many processors of this
-// family.
+// Blocks of plain text go over at once. Of other blocks each value is loaded by itself.
 namespace kxstr::simd::avx2 {
 namespace {
 
 constexpr std::size_t kBytes = 32;
 constexpr std::size_t kUnits = 16;
+constexpr std::size_t kGroup = 8; // units that are looked up together
 
 __m256i load(const void *place) noexcept {
     return _mm256_loadu_si256(static_cast<const __m256i *>(place));
@@ -16,86 +17,132 @@ __m256i load(const void *place) noexcept {
 void store(void *place, __m256i value) noexcept {
     _mm256_storeu_si256(static_cast<__m256i *>(place), value);
 }
+void store(void *place, __m128i value) noexcept {
+    _mm_storeu_si128(static_cast<__m128i *>(place), value);
+}
 
 // Whether all bytes lie in 0x20..0x7E. As signed numbers those above are negative.
-bool is_text_of_bytes(__m256i bytes) noexcept {
+bool is_text(__m256i bytes) noexcept {
     const __m256i inside = _mm256_cmpgt_epi8(bytes, _mm256_set1_epi8(0x1F));
     const __m256i last = _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(0x7F));
     return _mm256_movemask_epi8(_mm256_andnot_si256(last, inside)) == -1;
 }
-bool is_text_of_units(__m256i units) noexcept {
-    const __m256i inside = _mm256_cmpgt_epi16(units, _mm256_set1_epi16(0x1F));
-    const __m256i above = _mm256_cmpgt_epi16(units, _mm256_set1_epi16(0x7E));
-    return _mm256_movemask_epi8(_mm256_andnot_si256(above, inside)) == -1;
+// Whether no unit is 0 or above kLastSame.
+bool is_same(__m256i units) noexcept {
+    const __m256i less = _mm256_sub_epi16(units, _mm256_set1_epi16(1)), last = _mm256_set1_epi16(kLastSame - 1);
+    return _mm256_movemask_epi8(_mm256_cmpeq_epi16(_mm256_min_epu16(less, last), less)) == -1;
+}
+bool has_zero(__m256i units) noexcept {
+    return _mm256_movemask_epi8(_mm256_cmpeq_epi16(units, _mm256_setzero_si256())) != 0;
+}
+
+__m256i look_up16(const std::uint16_t *map, const std::uint16_t *units) noexcept {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(look_up8(map, units)), look_up8(map, units + kGroup), 1);
 }
 
 void widen(__m256i bytes, std::uint16_t *destination) noexcept {
     store(destination, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
     store(destination + kUnits, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
 }
+__m128i narrow(__m256i units) noexcept {
+    return _mm_packus_epi16(_mm256_castsi256_si128(units), _mm256_extracti128_si256(units, 1));
+}
+
+// The values of 16 bytes.
+void map_block(const std::uint16_t *map, const std::uint8_t *source, std::uint16_t *destination) noexcept {
+    const __m256i units = _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i *>(source)));
+    const __m256i place = _mm256_sub_epi16(units, _mm256_set1_epi16(0x20)), last = _mm256_set1_epi16(0x7E - 0x20);
+    if (_mm256_movemask_epi8(_mm256_cmpeq_epi16(_mm256_min_epu16(place, last), place)) == -1) {
+        store(destination, units);
+        return;
+    }
+    alignas(32) std::uint16_t copy[kUnits];
+    store(copy, units);
+    store(destination, look_up16(map, copy));
+}
 
 } // namespace
 
-void map_bytes(const std::uint16_t *map, const std::uint8_t *source, std::size_t count,
-               std::uint16_t *destination) noexcept {
-    for (; count >= kBytes; count -= kBytes) {
-        const std::size_t at = count - kBytes;
-        const __m256i bytes = load(source + at);
-        if (is_text_of_bytes(bytes)) {
-            widen(bytes, destination + at);
-        } else {
-            plain::map_bytes(map, source + at, kBytes, destination + at);
-        }
-    }
-    plain::map_bytes(map, source, count, destination);
+std::size_t map_bytes(const std::uint16_t *map, const std::uint8_t *source, std::size_t limit,
+                      std::uint16_t *destination) noexcept {
+    const auto *const text = reinterpret_cast<const char *>(source);
+    const std::size_t length = limit == SIZE_MAX ? __builtin_strlen(text) : strnlen(text, limit);
+    destination[length] = 0;
+    std::size_t left = length;
+    for (; left >= kUnits; left -= kUnits)
+        map_block(map, source + left - kUnits, destination + left - kUnits);
+    while (left-- > 0)
+        destination[left] = map[source[left]];
+    return length;
 }
 
-std::size_t map_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t count,
+std::size_t map_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
                       std::uint16_t *destination) noexcept {
     std::size_t done = 0;
-    for (; count - done >= kUnits; done += kUnits) {
+    while (limit - done >= kUnits) {
+        if (left_in_page(source + done) < sizeof(__m256i)) {
+            const std::size_t more = plain::map_units(map, source + done, kUnits, destination + done);
+            done += more;
+            if (more < kUnits) return done;
+            continue;
+        }
         const __m256i units = load(source + done);
-        if (is_text_of_units(units)) {
-            store(destination + done, units);
-        } else if (const std::size_t stored = plain::map_units(map, source + done, kUnits, destination + done);
-                   stored < kUnits || destination[done + kUnits - 1] == 0) {
-            return done + stored;
+        __m256i values = units;
+        if (!is_same(units)) {
+            if (has_zero(units)) break;
+            values = look_up16(map, source + done);
+            if (has_zero(values)) break;
         }
+        store(destination + done, values);
+        done += kUnits;
     }
-    return done + plain::map_units(map, source + done, count - done, destination + done);
+    return done + plain::map_units(map, source + done, limit - done, destination + done);
 }
 
-std::size_t encode_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t count,
-                         std::uint8_t *destination, NoCode no_code) noexcept {
-    std::uint8_t *out = destination;
-    for (; count >= kUnits; count -= kUnits, source += kUnits) {
-        const __m256i units = load(source);
-        if (is_text_of_units(units)) {
-            const __m256i packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(units, units), 0b1000);
-            _mm_storeu_si128(reinterpret_cast<__m128i *>(out), _mm256_castsi256_si128(packed));
-            out += kUnits;
-        } else {
-            out += plain::encode_units(map, source, kUnits, out, no_code);
+Progress encode_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
+                      std::uint8_t *destination, NoCode no_code) noexcept {
+    Progress done{};
+    const auto go_on_plainly = [&](std::size_t count) {
+        const Progress more = plain::encode_units(map, source + done.read, count, destination + done.written, no_code);
+        done = {done.read + more.read, done.written + more.written};
+        return more.read == count;
+    };
+    while (limit - done.read >= kUnits) {
+        if (left_in_page(source + done.read) < sizeof(__m256i)) {
+            if (!go_on_plainly(kUnits)) return done;
+            continue;
         }
+        const __m256i units = load(source + done.read);
+        __m256i values = units;
+        if (!is_same(units)) {
+            if (has_zero(units)) break;
+            values = look_up16(map, source + done.read);
+            if (_mm256_testz_si256(values, _mm256_set1_epi16(static_cast<short>(0xFF00))) == 0) {
+                go_on_plainly(kUnits);
+                continue;
+            }
+        }
+        store(destination + done.written, narrow(values));
+        done = {done.read + kUnits, done.written + kUnits};
     }
-    out += plain::encode_units(map, source, count, out, no_code);
-    return static_cast<std::size_t>(out - destination);
+    go_on_plainly(limit - done.read);
+    return done;
 }
 
-Decoded decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source, std::size_t count,
-                     std::uint16_t *destination) noexcept {
-    Decoded done{};
+Progress decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
+                      std::size_t count, std::uint16_t *destination) noexcept {
+    Progress done{};
     while (count - done.read >= kBytes) {
         const __m256i bytes = load(source + done.read);
-        Decoded step{kBytes, kBytes};
-        if (is_text_of_bytes(bytes)) {
+        Progress step{kBytes, kBytes};
+        if (is_text(bytes)) {
             widen(bytes, destination + done.written);
         } else {
             step = plain::decode_pairs(map, leads, source + done.read, kBytes, destination + done.written);
         }
         done = {done.read + step.read, done.written + step.written};
     }
-    const Decoded rest =
+    const Progress rest =
         plain::decode_pairs(map, leads, source + done.read, count - done.read, destination + done.written);
     return {done.read + rest.read, done.written + rest.written};
 }

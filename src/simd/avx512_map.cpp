@@ -1,15 +1,19 @@
+#include <cstring>
+
 #include <immintrin.h>
 
-#include "simd/families.h"
+#include "simd/look_up.h"
+#include "simd/scan_loops.h"
 
-// Long texts look their units up in registers, a page of 256 units at a time, as long as a block needs only a few
-// pages; the others, and short texts, fetch each value from the map.
+// Texts keep to few stretches of characters: a row of 64 values lies in two registers, and one permutation looks 32
+// units up in it. Where a block needs many rows, as East Asian texts do, each value is loaded by itself.
 namespace kxstr::simd::avx512 {
 namespace {
 
 constexpr std::size_t kBlock = 64; // units or bytes
 constexpr std::size_t kHalf = 32;  // units in a register
-constexpr std::size_t kFetched = 16;
+constexpr __mmask64 kWhole = ~__mmask64{0};
+constexpr std::size_t kGroup = 8; // units that are looked up together
 
 __m512i load(const void *place) noexcept {
     return _mm512_loadu_si512(place);
@@ -17,153 +21,155 @@ __m512i load(const void *place) noexcept {
 void store(void *place, __m512i value) noexcept {
     _mm512_storeu_si512(place, value);
 }
+std::size_t lesser(std::size_t a, std::size_t b) noexcept {
+    return a < b ? a : b;
+}
 
 // The lowest `count` bits.
 std::uint64_t first_bits(std::size_t count) noexcept {
-    return _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(count));
+    return _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(lesser(count, kBlock)));
 }
-std::uint16_t first_bits16(std::size_t count) noexcept {
-    return static_cast<std::uint16_t>(_bzhi_u32(0xFFFF, static_cast<unsigned>(count)));
+std::size_t count_of(std::uint64_t bits) noexcept {
+    return static_cast<std::size_t>(__builtin_popcountll(bits));
 }
-
-// ---- Fetching from the map ----
-
-__m256i fetch(const std::uint16_t *map, __m512i units32) noexcept {
-    return _mm512_cvtepi32_epi16(_mm512_i32gather_epi32(units32, map, 2));
-}
-__m256i fetch_units(const std::uint16_t *map, __m256i units) noexcept {
-    return fetch(map, _mm512_cvtepu16_epi32(units));
-}
-// The same for texts that may well be plain.
-__m256i fetch_text(const std::uint16_t *map, __m256i units, __mmask16 here) noexcept {
-    const __m256i place = _mm256_sub_epi16(units, _mm256_set1_epi16(0x20));
-    if (_mm256_mask_cmpgt_epu16_mask(here, place, _mm256_set1_epi16(0x7E - 0x20)) == 0) return units;
-    return fetch_units(map, units);
-}
-__m512i fetch_block(const std::uint16_t *map, __m512i units) noexcept {
-    const __m256i low = fetch_units(map, _mm512_castsi512_si256(units));
-    const __m256i high = fetch_units(map, _mm512_extracti64x4_epi64(units, 1));
-    return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
-}
-
-// ---- Looking up in registers ----
-
-// A page of a map, its values' low and high bytes apart.
-struct Page {
-    __m512i low[4], high[4];
-};
-
-__m512i join(__m256i low, __m256i high) noexcept {
-    return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
-}
-
-void split(const std::uint16_t *values, Page &page) noexcept {
-    for (std::size_t i = 0; i < 4; ++i) {
-        const __m512i a = load(values + 64 * i), b = load(values + 64 * i + 32);
-        page.low[i] = join(_mm512_cvtepi16_epi8(a), _mm512_cvtepi16_epi8(b));
-        page.high[i] =
-            join(_mm512_cvtepi16_epi8(_mm512_srli_epi16(a, 8)), _mm512_cvtepi16_epi8(_mm512_srli_epi16(b, 8)));
-    }
-}
-
-// The values' bytes, low and high ones apart.
-struct Values {
-    __m512i low, high;
-};
-
-// Puts the values of the bytes `here` in. Texts mostly keep to one half of a page.
-[[gnu::always_inline]] inline void look_up(Values &values, const Page &page, __m512i index, __mmask64 here) noexcept {
-    const __mmask64 upper = _mm512_movepi8_mask(index);
-    const __mmask64 odd = _mm512_test_epi8_mask(index, _mm512_set1_epi8(0x40)); // the second quarter of a half
-    for (std::size_t half = 0; half < 2; ++half) {
-        const __mmask64 among = half == 0 ? here & ~upper : here & upper;
-        if (among == 0) continue;
-        const __mmask64 first = among & ~odd, second = among & odd;
-        values.low = _mm512_mask_permutexvar_epi8(values.low, first, index, page.low[2 * half]);
-        values.low = _mm512_mask_permutexvar_epi8(values.low, second, index, page.low[2 * half + 1]);
-        values.high = _mm512_mask_permutexvar_epi8(values.high, first, index, page.high[2 * half]);
-        values.high = _mm512_mask_permutexvar_epi8(values.high, second, index, page.high[2 * half + 1]);
-    }
-}
-
-// What the blocks before used: a few pages, each in one place; the one of them that most units needed; and one unit
-// that stood alone in its page, such as a line end.
-struct PageCache {
-    static constexpr unsigned kPlaces = 8;
-    Page pages[kPlaces];
-    int numbers[kPlaces] = {-1, -1, -1, -1, -1, -1, -1, -1};
-    unsigned current = 0;
-    std::uint16_t lone_unit = ' ', lone_value = ' ';
-    unsigned fetch_turns = 0; // blocks to fetch before pages are tried again
-};
-
-const Page &page_of(PageCache &cache, const std::uint16_t *map, unsigned number) noexcept {
-    const unsigned place = (number ^ number >> 4) % PageCache::kPlaces;
-    if (cache.numbers[place] != static_cast<int>(number)) {
-        split(map + std::size_t{256} * number, cache.pages[place]);
-        cache.numbers[place] = static_cast<int>(number);
-    }
-    return cache.pages[place];
+// The lowest bit that is set, and those below it.
+std::uint64_t up_to_first(std::uint64_t bits) noexcept {
+    return bits ^ (bits - 1);
 }
 
 struct Block {
     __m512i first, second;
 };
 
-__mmask32 not_text(__m512i units) noexcept {
-    return _mm512_cmpgt_epu16_mask(_mm512_sub_epi16(units, _mm512_set1_epi16(0x20)), _mm512_set1_epi16(0x7E - 0x20));
+__mmask64 join(__mmask32 first, __mmask32 second) noexcept {
+    return _mm512_kunpackd(second, first);
+}
+__mmask64 zeros(Block units) noexcept {
+    const __m512i least = _mm512_min_epu16(units.first, units.second);
+    if (_mm512_testn_epi16_mask(least, least) == 0) return 0;
+    return join(_mm512_testn_epi16_mask(units.first, units.first), _mm512_testn_epi16_mask(units.second, units.second));
+}
+// Units that a map may change.
+__mmask32 foreign(__m512i units) noexcept {
+    return _mm512_cmpgt_epu16_mask(units, _mm512_set1_epi16(kLastSame));
+}
+__mmask64 foreign(Block units) noexcept {
+    return join(foreign(units.first), foreign(units.second));
+}
+void store(std::uint16_t *place, Block units, __mmask64 here) noexcept {
+    if (here == kWhole) {
+        store(place, units.first);
+        store(place + kHalf, units.second);
+        return;
+    }
+    _mm512_mask_storeu_epi16(place, static_cast<__mmask32>(here), units.first);
+    _mm512_mask_storeu_epi16(place + kHalf, static_cast<__mmask32>(here >> kHalf), units.second);
 }
 
-// The values of 64 units. Inline: blocks passed through memory would double the time.
-[[gnu::always_inline]] inline Block map_block(PageCache &cache, const std::uint16_t *map, const std::uint16_t *source,
-                                              Block units) noexcept {
-    constexpr int kMostPages = 3;
-    constexpr unsigned kFetchTurns = 16;
-    if (cache.fetch_turns != 0) {
-        --cache.fetch_turns;
-        return {fetch_block(map, units.first), fetch_block(map, units.second)};
-    }
-    // Low and high bytes apart, eight units of the first half and eight of the second in turn.
-    const __m512i low_bytes = _mm512_set1_epi16(0xFF);
-    const __m512i low =
-        _mm512_packus_epi16(_mm512_and_si512(units.first, low_bytes), _mm512_and_si512(units.second, low_bytes));
-    const __m512i high = _mm512_packus_epi16(_mm512_srli_epi16(units.first, 8), _mm512_srli_epi16(units.second, 8));
-    const __mmask64 text =
-        _mm512_testn_epi8_mask(high, high) &
-        _mm512_cmple_epu8_mask(_mm512_sub_epi8(low, _mm512_set1_epi8(0x20)), _mm512_set1_epi8(0x7E - 0x20));
-    if (text == ~__mmask64{0}) return units;
-    Values values{low, _mm512_setzero_si512()};
-    const auto look_up_page = [&](unsigned number, __mmask64 among) {
-        const __mmask64 here = _mm512_mask_cmpeq_epi8_mask(among, high, _mm512_set1_epi8(static_cast<char>(number)));
-        look_up(values, page_of(cache, map, number), low, here);
-        return here;
-    };
-    const __mmask64 here = look_up_page(cache.current, ~text);
-    const __mmask64 lone = _mm512_cmpeq_epi8_mask(low, _mm512_set1_epi8(static_cast<char>(cache.lone_unit))) &
-                           _mm512_cmpeq_epi8_mask(high, _mm512_set1_epi8(static_cast<char>(cache.lone_unit >> 8)));
-    values.low = _mm512_mask_mov_epi8(values.low, lone, _mm512_set1_epi8(static_cast<char>(cache.lone_value)));
-    values.high = _mm512_mask_mov_epi8(values.high, lone, _mm512_set1_epi8(static_cast<char>(cache.lone_value >> 8)));
-    int most = __builtin_popcountll(here);
-    __mmask64 left = ~(text | here | lone);
-    for (int turn = 0; left != 0; ++turn) {
-        if (turn == kMostPages) {
-            cache.fetch_turns = kFetchTurns;
-            return {fetch_block(map, units.first), fetch_block(map, units.second)};
+[[gnu::always_inline]] inline __m256i look_up16(const std::uint16_t *map, const std::uint16_t *units) noexcept {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(look_up8(map, units)), look_up8(map, units + kGroup), 1);
+}
+__m512i look_up32(const std::uint16_t *map, const std::uint16_t *units) noexcept {
+    return _mm512_inserti64x4(_mm512_castsi256_si512(look_up16(map, units)), look_up16(map, units + 2 * kGroup), 1);
+}
+
+// 64 values of a map, of the units that have `number` above their lowest 6 bits.
+struct Row {
+    int number = -1; // none
+    __m512i low = _mm512_setzero_si512(), high = _mm512_setzero_si512();
+};
+Row row_of(const std::uint16_t *map, unsigned number) noexcept {
+    const std::uint16_t *const values = map + kBlock * number;
+    return {static_cast<int>(number), load(values), load(values + kHalf)};
+}
+
+// The rows that the blocks before needed most.
+struct Rows {
+    Row usual, other;
+    unsigned scattered = 0; // blocks to look up value by value before rows are tried again
+};
+
+// The values of a block of which `left` are foreign; it stands at `place`, too. Inline: blocks passed through memory
+// would double the time.
+[[gnu::always_inline]] inline Block map_block(Rows &rows, const std::uint16_t *map, const std::uint16_t *place,
+                                              Block units, __mmask64 left) noexcept {
+    constexpr int kMostTurns = 3;
+    constexpr unsigned kScatteredTurns = 16;
+    if (rows.scattered == 0) {
+        const Block numbers{_mm512_srli_epi16(units.first, 6), _mm512_srli_epi16(units.second, 6)};
+        Block values = units;
+        const auto look_up = [&](const Row &row) {
+            const __m512i number = _mm512_set1_epi16(static_cast<short>(row.number));
+            const __mmask32 first = _mm512_cmpeq_epi16_mask(numbers.first, number);
+            const __mmask32 second = _mm512_cmpeq_epi16_mask(numbers.second, number);
+            values.first = _mm512_mask2_permutex2var_epi16(row.low, values.first, first, row.high);
+            values.second = _mm512_mask2_permutex2var_epi16(row.low, values.second, second, row.high);
+            const __mmask64 found = join(first, second) & left;
+            left &= ~found;
+            return found;
+        };
+        const __mmask64 of_usual = look_up(rows.usual), of_other = look_up(rows.other);
+        if (left == 0) return values;
+        std::size_t most = count_of(of_usual), second = count_of(of_other);
+        for (int turn = 0; turn < kMostTurns; ++turn) {
+            const Row row = row_of(map, place[__builtin_ctzll(left)] / kBlock);
+            const std::size_t found = count_of(look_up(row));
+            if (found > most) {
+                rows.other = rows.usual;
+                rows.usual = row;
+                second = most;
+                most = found;
+            } else if (found > second) {
+                rows.other = row;
+                second = found;
+            }
+            if (left == 0) return values;
         }
-        const auto at = static_cast<std::size_t>(__builtin_ctzll(left));
-        const std::uint16_t unit = source[at % 16 / 8 * kHalf + at / 16 * 8 + at % 8];
-        const __mmask64 found = look_up_page(unit >> 8, left);
-        left &= ~found;
-        const int count = __builtin_popcountll(found);
-        if (count > most) {
-            cache.current = unit >> 8;
-            most = count;
-        } else if (count == 1) {
-            cache.lone_unit = unit;
-            cache.lone_value = map[unit];
-        }
+        rows.scattered = kScatteredTurns;
+    } else {
+        --rows.scattered;
     }
-    return {_mm512_unpacklo_epi8(values.low, values.high), _mm512_unpackhi_epi8(values.low, values.high)};
+    return {look_up32(map, place), look_up32(map, place + kHalf)};
+}
+
+// A string's blocks: at first up to a multiple of the block, then whole ones, up to `limit` or the first for which
+// each(units, place, here, done) gives false; `here` tells which units there are, the others are 0.
+template <class Each>
+[[gnu::always_inline]] inline void for_blocks(const std::uint16_t *source, std::size_t limit, Each each) noexcept {
+    std::size_t size = kBlock - address(source) / sizeof *source % kBlock;
+    for (std::size_t done = 0; done < limit; size = kBlock) {
+        const std::uint16_t *const at = source + done;
+        const __mmask64 here = first_bits(lesser(size, limit - done));
+        const Block units{_mm512_maskz_loadu_epi16(static_cast<__mmask32>(here), at),
+                          _mm512_maskz_loadu_epi16(static_cast<__mmask32>(here >> kHalf), at + kHalf)};
+        alignas(64) std::uint16_t copy[kBlock];
+        store(copy, units, kWhole);
+        if (!each(units, copy, here, done)) return;
+        done += size;
+        for (; done < limit && limit - done >= kBlock; done += kBlock)
+            if (!each({load(source + done), load(source + done + kHalf)}, source + done, kWhole, done)) return;
+    }
+}
+
+// Most strings are short: one that ends, by its terminator or the limit, in the register that it begins.
+struct Short {
+    __mmask32 live, end; // units before the terminator, and that; both 0 for a string that is not short
+    __m512i units;
+};
+[[gnu::always_inline]] inline Short as_short(const std::uint16_t *source, std::size_t limit) noexcept {
+    if (limit == 0 || left_in_page(source) < sizeof(__m512i)) return {0, 0, _mm512_setzero_si512()};
+    const __m512i units = load(source);
+    const __mmask32 behind_limit = limit < kHalf ? __mmask32{1} << limit : 0;
+    const __mmask32 ends = _mm512_testn_epi16_mask(units, units) | behind_limit;
+    if (ends == 0) return {0, 0, units};
+    const __mmask32 end = ends & (0 - ends);
+    return {end - 1, end & ~behind_limit, units};
+}
+[[gnu::always_inline]] inline __m512i values_of(const Short &string, const std::uint16_t *map,
+                                                const std::uint16_t *source) noexcept {
+    const __mmask32 changed = foreign(string.units) & string.live;
+    if (changed == 0) return string.units;
+    return changed <= 0xFFFF ? _mm512_inserti64x4(string.units, look_up16(map, source), 0) : look_up32(map, source);
 }
 
 // ---- Writing ----
@@ -188,108 +194,175 @@ std::uint8_t *write_codes(std::uint8_t *out, __m512i codes, __mmask32 wanted, No
     return out + count;
 }
 
+// A map of bytes, its values' low and high bytes apart.
+struct Page {
+    __m512i low[4], high[4];
+};
+Page split(const std::uint16_t *values) noexcept {
+    const auto join = [](__m512i a, __m512i b) {
+        return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi16_epi8(a)), _mm512_cvtepi16_epi8(b), 1);
+    };
+    Page page;
+    for (int i = 0; i < 4; ++i) {
+        const __m512i a = load(values + kBlock * i), b = load(values + kBlock * i + kHalf);
+        page.low[i] = join(a, b);
+        page.high[i] = join(_mm512_srli_epi16(a, 8), _mm512_srli_epi16(b, 8));
+    }
+    return page;
+}
+__m512i look_up(const __m512i (&table)[4], __m512i bytes, __mmask64 upper) noexcept {
+    return _mm512_mask_blend_epi8(upper, _mm512_permutex2var_epi8(table[0], bytes, table[1]),
+                                  _mm512_permutex2var_epi8(table[2], bytes, table[3]));
+}
+
+// The same for 32 bytes, without a split map.
+__m512i map_half(const std::uint16_t *map, __m256i bytes) noexcept {
+    const __m512i units = _mm512_cvtepu8_epi16(bytes), numbers = _mm512_srli_epi16(units, 6);
+    __m512i values = units;
+    for (unsigned number = 0; number < 4; ++number) {
+        const Row row = row_of(map, number);
+        const __mmask32 here = _mm512_cmpeq_epi16_mask(numbers, _mm512_set1_epi16(static_cast<short>(number)));
+        values = _mm512_mask2_permutex2var_epi16(row.low, values, here, row.high);
+    }
+    return values;
+}
+
+bool is_text(__m256i bytes, __mmask32 live) noexcept {
+    const __m256i place = _mm256_sub_epi8(bytes, _mm256_set1_epi8(0x20));
+    return _mm256_mask_cmpgt_epu8_mask(live, place, _mm256_set1_epi8(0x7E - 0x20)) == 0;
+}
+bool is_text(__m512i bytes, __mmask64 live) noexcept {
+    const __m512i place = _mm512_sub_epi8(bytes, _mm512_set1_epi8(0x20));
+    return _mm512_mask_cmpgt_epu8_mask(live, place, _mm512_set1_epi8(0x7E - 0x20)) == 0;
+}
+
+// ---- Long strings: functions of their own, so that short ones pay for no frame ----
+
+[[gnu::noinline]] std::size_t map_long_bytes(const std::uint16_t *map, const std::uint8_t *source, std::size_t limit,
+                                             std::uint16_t *destination) noexcept {
+    const auto *const text = reinterpret_cast<const char *>(source);
+    const std::size_t length = limit == SIZE_MAX ? __builtin_strlen(text) : strnlen(text, limit);
+    destination[length] = 0;
+    std::size_t left = length;
+    const Page page = split(map);
+    // Bytes 0..7 and 32..39 side by side and so on: unpacking then yields the first and the second half.
+    const __m512i order = _mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7);
+    const auto map_block = [&](__m512i block, std::size_t at, __mmask64 here) {
+        const __m512i bytes = _mm512_permutexvar_epi64(order, block);
+        const __mmask64 upper = _mm512_movepi8_mask(bytes);
+        const __m512i low = look_up(page.low, bytes, upper), high = look_up(page.high, bytes, upper);
+        store(destination + at, {_mm512_unpacklo_epi8(low, high), _mm512_unpackhi_epi8(low, high)}, here);
+    };
+    for (; left >= kBlock; left -= kBlock)
+        map_block(load(source + left - kBlock), left - kBlock, kWhole);
+    map_block(_mm512_maskz_loadu_epi8(first_bits(left), source), 0, first_bits(left));
+    return length;
+}
+
+[[gnu::noinline]] std::size_t map_long_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
+                                             std::uint16_t *destination) noexcept {
+    Rows rows;
+    std::size_t result = limit;
+    for_blocks(source, limit, [&](Block units, const std::uint16_t *place, __mmask64 here, std::size_t done) noexcept {
+        const __mmask64 changed = foreign(units) & here;
+        const Block values = changed == 0 ? units : map_block(rows, map, place, units, changed);
+        const __mmask64 ends = zeros(values) & here;
+        if (ends != 0) result = done + static_cast<std::size_t>(__builtin_ctzll(ends));
+        store(destination + done, values, ends != 0 ? here & up_to_first(ends) : here);
+        return ends == 0;
+    });
+    return result;
+}
+
+[[gnu::noinline]] Progress encode_long_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
+                                             std::uint8_t *destination, NoCode no_code) noexcept {
+    std::uint8_t *out = destination;
+    std::size_t length = 0;
+    Rows rows;
+    for_blocks(source, limit, [&](Block units, const std::uint16_t *place, __mmask64 here, std::size_t) noexcept {
+        const __mmask64 ends = zeros(units) & here;
+        const __mmask64 live = ends != 0 ? up_to_first(ends) >> 1 : here;
+        length += count_of(live);
+        const __mmask64 changed = foreign(units) & live;
+        const Block values = changed == 0 ? units : map_block(rows, map, place, units, changed);
+        out = write_codes(out, values.first, static_cast<__mmask32>(live), no_code);
+        out = write_codes(out, values.second, static_cast<__mmask32>(live >> kHalf), no_code);
+        return ends == 0;
+    });
+    return {length, static_cast<std::size_t>(out - destination)};
+}
+
 } // namespace
 
-void map_bytes(const std::uint16_t *map, const std::uint8_t *source, std::size_t count,
-               std::uint16_t *destination) noexcept {
-    if (count >= 2 * kBlock) {
-        Page page;
-        split(map, page);
-        // Bytes 0..7 and 32..39 side by side and so on: unpacking then yields the first and the second half.
-        const __m512i order = _mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7);
-        do {
-            count -= kBlock;
-            const __m512i bytes = _mm512_permutexvar_epi64(order, load(source + count));
-            Values values{bytes, bytes};
-            look_up(values, page, bytes, ~__mmask64{0});
-            store(destination + count, _mm512_unpacklo_epi8(values.low, values.high));
-            store(destination + count + kHalf, _mm512_unpackhi_epi8(values.low, values.high));
-        } while (count >= kBlock);
-    }
-    while (count != 0) {
-        const std::size_t turn = count < kFetched ? count : kFetched;
-        const __mmask16 here = first_bits16(turn);
-        count -= turn;
-        const __m128i bytes = _mm_maskz_loadu_epi8(here, source + count);
-        _mm256_mask_storeu_epi16(destination + count, here, fetch_text(map, _mm256_cvtepu8_epi16(bytes), here));
-    }
-}
-
-std::size_t map_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t count,
+std::size_t map_bytes(const std::uint16_t *map, const std::uint8_t *source, std::size_t limit,
                       std::uint16_t *destination) noexcept {
-    std::size_t done = 0;
-    if (count >= kBlock) {
-        PageCache cache;
-        for (; count - done >= kBlock; done += kBlock) {
-            const Block units =
-                map_block(cache, map, source + done, {load(source + done), load(source + done + kHalf)});
-            const __m512i smaller = _mm512_min_epu16(units.first, units.second);
-            if (_mm512_testn_epi16_mask(smaller, smaller) != 0) {
-                const std::uint64_t zeros =
-                    _mm512_testn_epi16_mask(units.first, units.first) |
-                    static_cast<std::uint64_t>(_mm512_testn_epi16_mask(units.second, units.second)) << kHalf;
-                const std::uint64_t stored = zeros ^ (zeros - 1); // up to the first
-                _mm512_mask_storeu_epi16(destination + done, static_cast<__mmask32>(stored), units.first);
-                _mm512_mask_storeu_epi16(destination + done + kHalf, static_cast<__mmask32>(stored >> kHalf),
-                                         units.second);
-                return done + static_cast<std::size_t>(__builtin_popcountll(stored));
-            }
-            store(destination + done, units.first);
-            store(destination + done + kHalf, units.second);
+    if (limit != 0 && left_in_page(source) >= kHalf) {
+        const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(source));
+        const __mmask32 zeros = _mm256_testn_epi8_mask(bytes, bytes);
+        if (const __mmask32 ends = limit < kHalf ? zeros | __mmask32{1} << limit : zeros; ends != 0) {
+            const auto with_end = static_cast<__mmask32>(up_to_first(ends));
+            const __mmask32 live = with_end >> 1;
+            const __m512i values = is_text(bytes, live) ? _mm512_cvtepu8_epi16(bytes) : map_half(map, bytes);
+            _mm512_mask_storeu_epi16(destination, with_end, _mm512_maskz_mov_epi16(live, values));
+            return count_of(live);
         }
     }
-    while (done < count) {
-        const std::size_t turn = count - done < kFetched ? count - done : kFetched;
-        const __mmask16 here = first_bits16(turn);
-        const __m256i values = fetch_text(map, _mm256_maskz_loadu_epi16(here, source + done), here);
-        const unsigned zeros = _mm256_mask_testn_epi16_mask(here, values, values);
-        if (zeros != 0) {
-            const unsigned stored = zeros ^ (zeros - 1);
-            _mm256_mask_storeu_epi16(destination + done, static_cast<__mmask16>(stored), values);
-            return done + static_cast<std::size_t>(__builtin_popcount(stored));
-        }
-        _mm256_mask_storeu_epi16(destination + done, here, values);
-        done += turn;
-    }
-    return done;
+    return map_long_bytes(map, source, limit, destination);
 }
 
-std::size_t encode_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t count,
-                         std::uint8_t *destination, NoCode no_code) noexcept {
-    std::uint8_t *out = destination;
-    if (count >= kBlock) {
-        PageCache cache;
-        for (; count >= kBlock; count -= kBlock, source += kBlock) {
-            Block units{load(source), load(source + kHalf)};
-            if ((not_text(units.first) | not_text(units.second)) == 0) {
-                store(out, join(_mm512_cvtepi16_epi8(units.first), _mm512_cvtepi16_epi8(units.second)));
-                out += kBlock;
-                continue;
-            }
-            units = map_block(cache, map, source, units);
-            out = write_codes(out, units.first, ~__mmask32{0}, no_code);
-            out = write_codes(out, units.second, ~__mmask32{0}, no_code);
-        }
+std::size_t map_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
+                      std::uint16_t *destination) noexcept {
+    if (is_odd(source)) return plain::map_units(map, source, limit, destination);
+    if (const Short string = as_short(source, limit); (string.live | string.end) != 0) {
+        const __m512i values = values_of(string, map, source);
+        const __mmask32 here = string.live | string.end;
+        const __mmask32 ends = _mm512_mask_testn_epi16_mask(here, values, values);
+        const auto stored = ends != 0 ? here & static_cast<__mmask32>(up_to_first(ends)) : here;
+        _mm512_mask_storeu_epi16(destination, stored, values);
+        return static_cast<std::size_t>(__builtin_popcount(stored)) - (ends != 0);
     }
-    for (std::size_t turn; count != 0; count -= turn, source += turn) {
-        turn = count < kFetched ? count : kFetched;
-        const __mmask16 here = first_bits16(turn);
-        const __m256i codes = fetch_text(map, _mm256_maskz_loadu_epi16(here, source), here);
-        out = write_codes(out, _mm512_castsi256_si512(codes), here, no_code);
-    }
-    return static_cast<std::size_t>(out - destination);
+    return map_long_units(map, source, limit, destination);
 }
 
-Decoded decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source, std::size_t count,
-                     std::uint16_t *destination) noexcept {
+Progress encode_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
+                      std::uint8_t *destination, NoCode no_code) noexcept {
+    if (is_odd(source)) return plain::encode_units(map, source, limit, destination, no_code);
+    if (const Short string = as_short(source, limit); (string.live | string.end) != 0) {
+        const std::uint8_t *const end = write_codes(destination, values_of(string, map, source), string.live, no_code);
+        return {count_of(string.live), static_cast<std::size_t>(end - destination)};
+    }
+    return encode_long_units(map, source, limit, destination, no_code);
+}
+
+Progress decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
+                      std::size_t count, std::uint16_t *destination) noexcept {
     const __m512i leads_low = load(leads + 0x80), leads_high = load(leads + 0xC0);
-    Decoded done{};
+    // The codes wait for their look-ups until they are many: how many a block has is hard to foretell.
+    constexpr std::size_t kWaiting = 512;
+    alignas(64) std::uint16_t codes[kWaiting + kBlock];
+    std::size_t waiting = 0;
+    Progress done{};
+    const auto map_waiting = [&] {
+        std::uint16_t *to = destination + done.written;
+        std::size_t i = 0;
+        for (; waiting - i >= kGroup; i += kGroup)
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(to + i), look_up8(map, codes + i));
+        _mm_mask_storeu_epi16(to + i, static_cast<__mmask8>(first_bits(waiting - i)), look_up8(map, codes + i));
+        done.written += waiting;
+        waiting = 0;
+    };
     while (done.read < count) {
-        const std::size_t left = count - done.read;
-        const std::size_t size = left < kBlock ? left : kBlock;
+        const std::size_t size = lesser(count - done.read, kBlock);
         const __mmask64 here = first_bits(size);
-        const std::uint8_t *const at = source + done.read;
-        const __m512i bytes = left >= kBlock ? load(at) : _mm512_maskz_loadu_epi8(here, at);
+        const __m512i bytes = _mm512_maskz_loadu_epi8(here, source + done.read);
+        if (waiting == 0 && is_text(bytes, here)) {
+            store(destination + done.written,
+                  {_mm512_cvtepu8_epi16(_mm512_castsi512_si256(bytes)),
+                   _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(bytes, 1))},
+                  here);
+            done = {done.read + size, done.written + size};
+            continue;
+        }
         const __mmask64 upper = _mm512_movepi8_mask(bytes);
         // Bytes that can be first ones. In a run of them every other one is, as in a run of backslashes every other
         // one escapes: the carry of a subtraction runs through.
@@ -305,23 +378,20 @@ Decoded decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const 
         }
         second &= first_bits(read);
         const std::uint64_t begins = first_bits(read) & ~second;
-        const auto written = static_cast<std::size_t>(__builtin_popcountll(begins));
-        std::uint16_t *const to = destination + done.written;
         // The byte behind each, without reading behind the block: the last one begins no pair.
         const __m512i shifted = _mm512_alignr_epi8(_mm512_maskz_shuffle_i64x2(0x3F, bytes, bytes, 0b111001), bytes, 1);
         const __m512i low = _mm512_maskz_compress_epi8(begins, _mm512_mask_mov_epi8(bytes, first, shifted));
         const __m512i high = _mm512_maskz_compress_epi8(begins, _mm512_maskz_mov_epi8(first, bytes));
-        __m128i lows[4], highs[4];
-        _mm512_storeu_si512(lows, low);
-        _mm512_storeu_si512(highs, high);
-        for (std::size_t i = 0; i < written; i += kFetched) {
-            const __m512i codes = _mm512_or_si512(_mm512_cvtepu8_epi32(lows[i / kFetched]),
-                                                  _mm512_slli_epi32(_mm512_cvtepu8_epi32(highs[i / kFetched]), 8));
-            const std::size_t turn = written - i < kFetched ? written - i : kFetched;
-            _mm256_mask_storeu_epi16(to + i, first_bits16(turn), fetch(map, codes));
-        }
-        done = {done.read + read, done.written + written};
+        const auto join = [](__m256i l, __m256i h) {
+            return _mm512_or_si512(_mm512_cvtepu8_epi16(l), _mm512_slli_epi16(_mm512_cvtepu8_epi16(h), 8));
+        };
+        store(codes + waiting, join(_mm512_castsi512_si256(low), _mm512_castsi512_si256(high)));
+        store(codes + waiting + kHalf, join(_mm512_extracti64x4_epi64(low, 1), _mm512_extracti64x4_epi64(high, 1)));
+        waiting += count_of(begins);
+        done.read += read;
+        if (waiting >= kWaiting) map_waiting();
     }
+    map_waiting();
     return done;
 }
 

@@ -1,73 +1,157 @@
-#include <immintrin.h>
-
-#include "simd/families.h"
+#include "simd/look_up.h"
+#include "simd/scan_loops.h"
 #include "simd/stream_blocks.h"
 
 namespace kxstr::simd::avx512 {
+namespace {
 
-Narrowed narrow_stream(std::uint8_t *stream, std::size_t length, const std::uint16_t *codes) noexcept {
-    constexpr std::uint64_t all = ~std::uint64_t{0};
-    if (length <= 64) return plain::narrow_stream(stream, length, codes); // a gather takes longer
-    std::size_t written = 0;
-    std::size_t dropped = 0;
-    for (std::size_t read = 0; read < length;) {
-        const std::size_t left = length - read;
-        const std::uint64_t live = left < 64 ? _bzhi_u64(all, static_cast<unsigned>(left)) : all;
-        const __m512i bytes = _mm512_maskz_loadu_epi8(live, stream + read);
-        const std::uint64_t extended = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xF0)));
-        if (extended == 0) {
-            _mm512_mask_storeu_epi8(stream + written, live, bytes);
-            written += left < 64 ? left : 64;
-            read += 64;
-            continue;
-        }
-        const StreamCodes found = find_codes({0, extended}, 0);
-        // Whole codes only: up to the first that is odd or reaches over the end.
-        std::uint64_t openers = found.openers;
-        unsigned end = left < 64 ? static_cast<unsigned>(left) : 64;
-        if (found.odd != 0) {
-            openers &= (found.odd & -found.odd) - 1;
-            end = 63 - static_cast<unsigned>(__builtin_clzll(openers));
-        } else if (end == 64 && openers >> 61 != 0) {
-            end = 63 - static_cast<unsigned>(__builtin_clzll(openers));
+constexpr std::size_t kBlock = 64;
+constexpr std::size_t kUnits = 16;
+constexpr std::size_t kExtendedSize = 4;
+
+std::uint64_t first_bits(std::size_t count) noexcept {
+    return _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(count));
+}
+std::size_t count_of(std::uint64_t bits) noexcept {
+    return static_cast<std::size_t>(__builtin_popcountll(bits));
+}
+__m512i all(unsigned byte) noexcept {
+    return _mm512_set1_epi8(static_cast<char>(byte));
+}
+
+// Stores the bytes of a block that stay, and gives their number.
+std::size_t store_some(std::uint8_t *place, __m512i bytes, std::uint64_t stay) noexcept {
+    const std::size_t size = count_of(stay);
+    _mm512_mask_storeu_epi8(place, first_bits(size), _mm512_maskz_compress_epi8(stay, bytes));
+    return size;
+}
+
+// Four bits in place of each of 16.
+std::uint64_t bits_of_four(__mmask16 bits) noexcept {
+    return _pdep_u64(bits, 0x1111111111111111) * 15;
+}
+
+// Whether 0xFFFF is among at least 32 units.
+bool has_none(const std::uint16_t *units, std::size_t count) noexcept {
+    constexpr std::size_t kLanes = sizeof(__m512i) / sizeof *units;
+    __m512i most = _mm512_loadu_si512(units + count - kLanes);
+    for (std::size_t at = 0; at < count - kLanes; at += kLanes)
+        most = _mm512_max_epu16(most, _mm512_loadu_si512(units + at));
+    return _mm512_cmpeq_epi16_mask(most, _mm512_set1_epi16(-1)) != 0;
+}
+
+// The native codes of up to 16 characters.
+__m256i codes_of(const std::uint16_t *codes, __m256i characters, std::size_t count) noexcept {
+    alignas(32) std::uint16_t units[kUnits];
+    _mm256_store_si256(reinterpret_cast<__m256i *>(units), characters);
+    const __m256i values = _mm256_castsi128_si256(look_up8(codes, units));
+    return count <= kUnits / 2 ? values : _mm256_inserti128_si256(values, look_up8(codes, units + kUnits / 2), 1);
+}
+
+} // namespace
+
+// Blocks begin with a code and end with one, or with their page. What cannot be told by parity goes plainly.
+Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                       const std::uint8_t *kept, const std::uint16_t *codes) noexcept {
+    const __m512i low = _mm512_loadu_si512(kept), low_2 = _mm512_loadu_si512(kept + 64);
+    const __m512i high = _mm512_loadu_si512(kept + 128), high_2 = _mm512_loadu_si512(kept + 192);
+    Narrowed done{};
+    const auto go_on_plainly = [&](std::size_t most) {
+        const Narrowed more = plain::narrow_stream(destination + done.written, source + done.read, most, kept, codes);
+        done = {done.read + more.read, done.filtered + more.filtered, done.written + more.written,
+                done.dropped + more.dropped};
+        return more.read != 0;
+    };
+    while (done.filtered < room) {
+        const std::uint8_t *const at = source + done.read;
+        const std::size_t in_page = left_in_page(at), size = in_page < kBlock ? in_page : kBlock;
+        const __m512i bytes = _mm512_maskz_loadu_epi8(first_bits(size), at);
+        const std::uint64_t extended = _mm512_cmpeq_epi8_mask(bytes, all(0xF0));
+        const std::uint64_t stops =
+            _mm512_cmpge_epu8_mask(_mm512_sub_epi8(bytes, all(1)), all(0xCF)) & first_bits(size);
+        const StreamCodes found = extended != 0 ? find_codes({stops, extended}, 0) : StreamCodes{0, 0, stops, 0};
+        const std::uint64_t marks = found.stops | found.odd;
+        std::size_t end = marks != 0 ? static_cast<std::size_t>(__builtin_ctzll(marks)) : size;
+        std::uint64_t openers = found.openers & first_bits(end);
+        if (openers != 0) {
+            const auto last = static_cast<std::size_t>(63 - __builtin_clzll(openers));
+            if (last + kExtendedSize > end) {
+                end = last;
+                openers &= first_bits(end);
+            }
         }
         if (end == 0) {
-            // An odd one by itself: its closing byte is not looked at.
-            const unsigned code = codes[stream[read + 1] | stream[read + 2] << 8];
-            read += 4;
-            if (code == 0xFFFF) {
-                ++dropped;
-                continue;
-            }
-            if (code > 0xFF) stream[written++] = static_cast<std::uint8_t>(code >> 8);
-            stream[written++] = static_cast<std::uint8_t>(code);
+            if ((found.stops & 1) != 0) return done;
+            if (!go_on_plainly(room - done.filtered < kExtendedSize ? 0 : kExtendedSize)) return done;
             continue;
         }
-        const std::uint64_t used = _bzhi_u64(all, end);
-        openers = found.openers & used;
-        const std::uint64_t inside = openers << 1 | openers << 2 | openers << 3;
-        const __m512i characters = _mm512_cvtepu16_epi32(
-            _mm512_castsi512_si256(_mm512_maskz_compress_epi8(openers << 1 | openers << 2, bytes)));
-        const auto some = static_cast<__mmask16>(_bzhi_u64(all, static_cast<unsigned>(_mm_popcnt_u64(openers))));
-        const __m512i values = _mm512_and_si512(
-            _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), some, characters, codes, 2), _mm512_set1_epi32(0xFFFF));
-        const __mmask16 none = _mm512_cmpeq_epi32_mask(values, _mm512_set1_epi32(0xFFFF));
-        const __mmask16 doubles = _mm512_cmpgt_epi32_mask(values, _mm512_set1_epi32(0xFF));
-        // Lead byte in place of the opener, trail or only byte behind it.
-        const __m256i units = _mm512_cvtepi32_epi16(values);
-        const __m256i swapped = _mm256_or_si256(_mm256_slli_epi16(units, 8), _mm256_srli_epi16(units, 8));
-        const std::uint64_t places = openers | openers << 1;
-        const __m512i result = _mm512_mask_expand_epi8(bytes, places, _mm512_castsi256_si512(swapped));
-        const auto kept = static_cast<std::uint16_t>(~none);
-        const std::uint64_t stay =
-            (live & used & ~openers & ~inside) | _pdep_u64(kept & doubles, openers) | _pdep_u64(kept, openers) << 1;
-        const auto size = static_cast<unsigned>(_mm_popcnt_u64(stay));
-        _mm512_mask_storeu_epi8(stream + written, _bzhi_u64(all, size), _mm512_maskz_compress_epi8(stay, result));
-        written += size;
-        dropped += static_cast<unsigned>(__builtin_popcount(none & some));
-        read += end;
+        const std::uint64_t used = first_bits(end), inside = openers << 1 | openers << 2 | openers << 3;
+        const __m512i changed =
+            _mm512_mask_blend_epi8(_mm512_movepi8_mask(bytes), _mm512_permutex2var_epi8(low, bytes, low_2),
+                                   _mm512_permutex2var_epi8(high, bytes, high_2));
+        std::uint64_t stay = used & (inside | _mm512_test_epi8_mask(changed, changed));
+        if (count_of(stay) > room - done.filtered) {
+            go_on_plainly(room - done.filtered);
+            return done;
+        }
+        done.filtered += count_of(stay);
+        __m512i result = changed;
+        if (openers != 0) {
+            const std::size_t count = count_of(openers);
+            const __m256i values = codes_of(
+                codes, _mm512_castsi512_si256(_mm512_maskz_compress_epi8(openers << 1 | openers << 2, bytes)), count);
+            const auto some = static_cast<__mmask16>(first_bits(count));
+            const __mmask16 has_code = _mm256_mask_cmpneq_epi16_mask(some, values, _mm256_set1_epi16(-1));
+            const __mmask16 is_pair = _mm256_mask_cmpgt_epu16_mask(has_code, values, _mm256_set1_epi16(0xFF));
+            // Lead byte in place of the opener, trail or only byte behind it.
+            const __m256i swapped = _mm256_or_si256(_mm256_slli_epi16(values, 8), _mm256_srli_epi16(values, 8));
+            result = _mm512_mask_expand_epi8(changed, openers | openers << 1, _mm512_castsi256_si512(swapped));
+            stay = (stay & ~openers & ~inside) | _pdep_u64(is_pair, openers) | _pdep_u64(has_code, openers) << 1;
+            done.dropped += count - count_of(has_code);
+        }
+        done.read += end;
+        done.written += store_some(destination + done.written, result, stay);
+        if (end < size && (found.stops >> end & 1) != 0) return done;
     }
-    return {written, dropped};
+    return done;
+}
+
+Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std::size_t count,
+                      std::size_t room) noexcept {
+    Progress done{};
+    // 0xF0, index, set, 0xF0; a byte alone stands at the place of the index.
+    const auto codes_of = [](__m256i units) {
+        return _mm512_or_si512(_mm512_slli_epi32(_mm512_cvtepu16_epi32(units), 8),
+                               _mm512_set1_epi32(static_cast<int>(0xF00000F0)));
+    };
+    const __m256i last_single = _mm256_set1_epi16(0xFF), none = _mm256_set1_epi16(-1);
+    constexpr std::uint64_t kSingles = 0x2222222222222222;
+    // As long as what is stored behind the codes is sure to be overwritten, whole blocks are.
+    if (count >= kUnits + kBlock && !has_none(characters, count)) {
+        for (; count - done.read >= kUnits + kBlock && room - done.written >= kExtendedSize * (kUnits + kBlock);
+             done.read += kUnits) {
+            const __m256i units = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(characters + done.read));
+            const std::uint64_t stay = bits_of_four(_mm256_cmpgt_epu16_mask(units, last_single)) | kSingles;
+            _mm512_storeu_si512(stream + done.written, _mm512_maskz_compress_epi8(stay, codes_of(units)));
+            done.written += count_of(stay);
+        }
+    }
+    while (done.read < count) {
+        const std::size_t left = count - done.read, size = left < kUnits ? left : kUnits;
+        const auto here = static_cast<__mmask16>(first_bits(size));
+        const __m256i units = _mm256_maskz_loadu_epi16(here, characters + done.read);
+        const __mmask16 some = _mm256_mask_cmpneq_epi16_mask(here, units, none);
+        const __mmask16 wide = _mm256_mask_cmpgt_epu16_mask(some, units, last_single);
+        const std::uint64_t stay = bits_of_four(wide) | (bits_of_four(some) & kSingles);
+        if (count_of(stay) > room - done.written) {
+            const Progress rest =
+                plain::write_stream(stream + done.written, characters + done.read, left, room - done.written);
+            return {done.read + rest.read, done.written + rest.written};
+        }
+        done.read += size;
+        done.written += store_some(stream + done.written, codes_of(units), stay);
+    }
+    return done;
 }
 
 } // namespace kxstr::simd::avx512

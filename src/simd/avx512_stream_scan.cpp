@@ -41,35 +41,6 @@ bool is_even(const std::uint8_t *code) noexcept {
     return code[1] != 0xF0 && code[2] != 0xF0 && code[3] == 0xF0;
 }
 
-// The low or the high bytes of 256 units by their number.
-class ByteTable {
-  public:
-    ByteTable(const std::uint16_t *units, unsigned half) noexcept {
-        for (std::size_t i = 0; i < 4; ++i) {
-            __m512i a = _mm512_loadu_si512(units + 64 * i), b = _mm512_loadu_si512(units + 64 * i + 32);
-            if (half != 0) {
-                a = _mm512_srli_epi16(a, 8);
-                b = _mm512_srli_epi16(b, 8);
-            }
-            parts_[i] = _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi16_epi8(a)), _mm512_cvtepi16_epi8(b), 1);
-        }
-    }
-    __m512i of(__m512i numbers) const noexcept {
-        return _mm512_mask_blend_epi8(_mm512_movepi8_mask(numbers),
-                                      _mm512_permutex2var_epi8(parts_[0], numbers, parts_[1]),
-                                      _mm512_permutex2var_epi8(parts_[2], numbers, parts_[3]));
-    }
-
-  private:
-    __m512i parts_[4];
-};
-
-// Sixteen byte numbers, each four times.
-__m512i quarter_places() noexcept {
-    return _mm512_shuffle_epi8(
-        _mm512_cvtepu8_epi32(_mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15)),
-        _mm512_set4_epi32(0x0C0C0C0C, 0x08080808, 0x04040404, 0));
-}
 unsigned count(std::uint64_t bits) noexcept {
     return static_cast<unsigned>(_mm_popcnt_u64(bits));
 }
@@ -105,8 +76,8 @@ const std::uint8_t *skip_characters(const std::uint8_t *code) noexcept {
     }
 }
 
-StreamProgress filter_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
-                             const std::uint8_t *kept) noexcept {
+Progress filter_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                       const std::uint8_t *kept) noexcept {
     if (room == 0) return {0, 0};
     const __m512i low = _mm512_loadu_si512(kept), low_2 = _mm512_loadu_si512(kept + 64);
     const __m512i high = _mm512_loadu_si512(kept + 128), high_2 = _mm512_loadu_si512(kept + 192);
@@ -139,8 +110,7 @@ StreamProgress filter_stream(std::uint8_t *destination, const std::uint8_t *sour
             std::size_t read = block < source ? 0 : static_cast<std::size_t>(block - source);
             for (unsigned rest = bytes_over(before); rest != 0; --rest)
                 destination[written++] = source[read++];
-            const StreamProgress last =
-                plain::filter_stream(destination + written, source + read, room - written, kept);
+            const Progress last = plain::filter_stream(destination + written, source + read, room - written, kept);
             return {read + last.read, written + last.written};
         }
         if (stay == kAll)
@@ -152,63 +122,6 @@ StreamProgress filter_stream(std::uint8_t *destination, const std::uint8_t *sour
         // The plain walk looks at the next code only with room left.
         if (end < kBlock || written == room) return {static_cast<std::size_t>(block - source) + end, written};
         before = openers;
-    }
-}
-
-// Text bytes go as they are, the others as whole codes: by one store each where they are few, else sixteen at a time.
-std::size_t widen_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
-                         const std::uint16_t *characters) noexcept {
-    if (room == 0) return 0;
-    const std::uint8_t *block = block_of(source);
-    std::uint64_t live = kAll << (source - block);
-    // For a short text the tables below do not pay.
-    const __m512i first = load(block);
-    if (const std::uint64_t end = (_mm512_testn_epi8_mask(first, first) & live) >> (source - block);
-        end != 0 && __builtin_ctzll(end) <= 24)
-        return plain::widen_stream(destination, source, room, characters);
-    ByteTable index(characters, 0);
-    ByteTable set(characters, 1);
-    std::size_t written = 0;
-    for (;; block += kBlock, live = kAll) {
-        const __m512i bytes = load(block);
-        const std::uint64_t zeros = _mm512_testn_epi8_mask(bytes, bytes) & live;
-        if (zeros != 0) live &= _bzhi_u64(kAll, static_cast<unsigned>(__builtin_ctzll(zeros)));
-        const std::uint64_t text = _mm512_cmplt_epu8_mask(_mm512_sub_epi8(bytes, all(0x20)), all(0x5F)) & live;
-        const __m512i low = _mm512_mask_blend_epi8(text, index.of(bytes), bytes);
-        const __m512i high = _mm512_maskz_mov_epi8(~text, set.of(bytes));
-        const std::uint64_t wide = _mm512_test_epi8_mask(high, high) & live;
-        const std::uint64_t none = wide & _mm512_cmpeq_epi8_mask(_mm512_and_si512(low, high), all(0xFF));
-        const unsigned size = count(live) - count(none) + 3 * count(wide & ~none);
-        if (size > room - written) {
-            const std::size_t read = block < source ? 0 : static_cast<std::size_t>(block - source);
-            return written + plain::widen_stream(destination + written, source + read, room - written, characters);
-        }
-        if (wide == 0) {
-            if (live == kAll)
-                _mm512_storeu_si512(destination + written, low);
-            else
-                _mm512_mask_storeu_epi8(destination + written, _bzhi_u64(kAll, size),
-                                        _mm512_maskz_compress_epi8(live, low));
-            written += size;
-        } else {
-            for (unsigned quarter = 0; quarter < 64; quarter += 16) {
-                const std::uint64_t some = (live & ~none) >> quarter & 0xFFFF;
-                const std::uint64_t long_ones = (wide & ~none) >> quarter & 0xFFFF;
-                const __m512i place = _mm512_add_epi8(quarter_places(), all(quarter));
-                // index and set, or a byte alone at the place of the 0xF0
-                __m512i codes = _mm512_set1_epi32(static_cast<int>(0xF00000F0));
-                codes = _mm512_mask_permutexvar_epi8(codes, 0x2222222222222222, place, low);
-                codes = _mm512_mask_permutexvar_epi8(codes, 0x4444444444444444, place, high);
-                const std::uint64_t long_bytes = _pdep_u64(long_ones, 0x1111111111111111) * 15;
-                const std::uint64_t single = _pdep_u64(some & ~long_ones, 0x2222222222222222);
-                const std::uint64_t stay = long_bytes | single;
-                const unsigned bytes_here = count(stay);
-                const __m512i packed = _mm512_maskz_compress_epi8(stay, codes);
-                _mm512_mask_storeu_epi8(destination + written, _bzhi_u64(kAll, bytes_here), packed);
-                written += bytes_here;
-            }
-        }
-        if (zeros != 0 || written == room) return written;
     }
 }
 

@@ -58,36 +58,38 @@ using Compare16 = int(const std::uint16_t *a, const std::uint16_t *b, std::size_
 using OrderByValues16 = int(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values) noexcept;
 using Copy16 = void(std::uint16_t *destination, const std::uint16_t *source) noexcept;
 
-// The maps: `map` holds a value for each unit (two more may be read), 0x20..0x7E map to themselves. Counts are exact:
-// nothing else is read or written.
-using MapBytes = void(const std::uint16_t *map, const std::uint8_t *source, std::size_t count,
-                      std::uint16_t *destination) noexcept;
-using MapUnits = std::size_t(const std::uint16_t *map, const std::uint16_t *source, std::size_t count,
+// How far a text came: units read and written of each side's own.
+struct Progress {
+    std::size_t read, written;
+};
+
+// The maps: `map` holds a value for each unit, and the units up to kLastSame map to themselves: bytes only from 0x20
+// on. Nothing but the results is written.
+inline constexpr std::uint16_t kLastSame = 0x7E;
+using MapBytes = std::size_t(const std::uint16_t *map, const std::uint8_t *source, std::size_t limit,
+                             std::uint16_t *destination) noexcept;
+using MapUnits = std::size_t(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
                              std::uint16_t *destination) noexcept;
 // What becomes of units whose value is 0xFFFF.
 enum class NoCode : bool { drop, mark };
-using EncodeUnits = std::size_t(const std::uint16_t *map, const std::uint16_t *source, std::size_t count,
-                                std::uint8_t *destination, NoCode no_code) noexcept;
-struct Decoded {
-    std::size_t read, written;
-};
-using DecodePairs = Decoded(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
-                            std::size_t count, std::uint16_t *destination) noexcept;
+using EncodeUnits = Progress(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
+                             std::uint8_t *destination, NoCode no_code) noexcept;
+using DecodePairs = Progress(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
+                             std::size_t count, std::uint16_t *destination) noexcept;
 
 // Document streams; what a code is tells forms/code_size.h. Extended characters go by their size of four bytes,
 // whatever the bytes are.
-struct StreamProgress {
-    std::size_t read, written;
-};
 using SkipCharacters = const std::uint8_t *(const std::uint8_t *code) noexcept;
-using FilterStream = StreamProgress(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
-                                    const std::uint8_t *kept) noexcept;
+using FilterStream = Progress(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                              const std::uint8_t *kept) noexcept;
+// `filtered`: the bytes that the codes take before extended characters give way.
 struct Narrowed {
-    std::size_t written, dropped;
+    std::size_t read, filtered, written, dropped;
 };
-using NarrowStream = Narrowed(std::uint8_t *stream, std::size_t length, const std::uint16_t *codes) noexcept;
-using WidenStream = std::size_t(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
-                                const std::uint16_t *characters) noexcept;
+using NarrowStream = Narrowed(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                              const std::uint8_t *kept, const std::uint16_t *codes) noexcept;
+using WriteStream = Progress(std::uint8_t *stream, const std::uint16_t *characters, std::size_t count,
+                             std::size_t room) noexcept;
 
 // Letter case. The characters first to first + span, of one set, change by `step`: all of them, or (`pairs` is 1, not
 // 0) those of each pair 2k and 2k + 1 that stand in the other case. A step of 0: no range.
@@ -138,11 +140,6 @@ using MapCase16 = std::size_t(const CaseMap &map, const std::uint16_t *from, std
                               std::size_t limit) noexcept;
 using MismatchByCase16 = std::size_t(const CaseMap &map, const std::uint16_t *a, const std::uint16_t *b,
                                      std::size_t limit) noexcept;
-// How far a text came: units read and written of each side's own.
-struct Progress {
-    std::size_t read;
-    std::size_t written;
-};
 // 256 entries of 16 bits, their bytes apart as vectors look them up.
 struct MapPage {
     std::uint8_t low[0x100];
@@ -199,17 +196,22 @@ struct Kernels {
     // earlier extended character. `kept`: what each byte below 0xD0 becomes (256 bytes), 0 for nothing; 0xF0 stands for
     // itself. The destination may be the source.
     FilterStream *filter_stream;
-    // In place, extended characters of a stream of codes of those two kinds by native codes of all 65,536 characters
-    // (and two units more): one byte, two if above 0xFF, 0xFFFF drops the character.
+    // The same, and extended characters give way to native codes of all 65,536 characters (and two units more): one
+    // byte, two if above 0xFF, 0xFFFF drops the character. The room is that for what filter_stream would write. Stops
+    // at no extended character before the room is full.
     NarrowStream *narrow_stream;
-    // Bytes up to the terminator as a stream: 0x20..0x7E as they are, the others as the characters of 256 bytes, 0xFFFF
-    // for none. Stops at one that does not fit. Gives the bytes written.
-    WidenStream *widen_stream;
+    // Characters as a stream: those of set 0 as a byte, others as extended characters, 0xFFFF for none. Stops at one
+    // that does not fit.
+    WriteStream *write_stream;
 
-    MapBytes *map_bytes; // from the last byte to the first: source and destination may begin at one address
-    MapUnits *map_units; // up to and including the first value that is 0; the units stored; works in place
-    // Values up to 0xFF are written as one byte, 0x80 in place of a missing one, others as two, the high byte first.
-    // The bytes written. Works in place.
+    // A string up to its terminator, at most `limit` bytes, and a 0 behind the values; gives how many these are. Long
+    // ones from the last byte to the first: source and destination may begin at one address.
+    MapBytes *map_bytes;
+    // A string up to and including the first value that is 0, which the terminator's is, at most `limit` units; gives
+    // the values before the 0. Works in place.
+    MapUnits *map_units;
+    // A string up to its terminator, at most `limit` units. Values up to 0xFF are written as one byte, 0x80 in place of
+    // a missing one, others as two, the high byte first. Works in place.
     EncodeUnits *encode_units;
     // Codes of one byte, or of two, the first of which has 0x80 in `leads` (256 entries, 0 below 0x80); a first byte
     // without a second at the end is left. 0 is not among the bytes.

@@ -21,7 +21,7 @@ constinit const Kernels kKernels{
     .skip_characters = skip_characters,
     .filter_stream = filter_stream,
     .narrow_stream = narrow_stream,
-    .widen_stream = widen_stream,
+    .write_stream = write_stream,
     .map_bytes = map_bytes,
     .map_units = map_units,
     .encode_units = encode_units,

@@ -20,8 +20,8 @@ const std::uint8_t *skip_characters(const std::uint8_t *code) noexcept {
     }
 }
 
-StreamProgress filter_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
-                             const std::uint8_t *kept) noexcept {
+Progress filter_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                       const std::uint8_t *kept) noexcept {
     std::size_t read = 0;
     std::size_t written = 0;
     while (written < room) {
@@ -42,44 +42,53 @@ StreamProgress filter_stream(std::uint8_t *destination, const std::uint8_t *sour
     return {read, written};
 }
 
-Narrowed narrow_stream(std::uint8_t *stream, std::size_t length, const std::uint16_t *codes) noexcept {
-    Narrowed result{0, 0};
-    for (std::size_t read = 0; read < length;) {
-        if (stream[read] != kExtended) {
-            stream[result.written++] = stream[read++];
-            continue;
+Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                       const std::uint8_t *kept, const std::uint16_t *codes) noexcept {
+    const std::uint8_t *code = source;
+    std::uint8_t *to = destination;
+    std::size_t left = room, dropped = 0;
+    while (left != 0) {
+        if (*code == kExtended) {
+            if (left < kExtendedSize) break;
+            const unsigned native = codes[code[1] | code[2] << 8];
+            if (native > 0xFF && native != 0xFFFF) *to++ = static_cast<std::uint8_t>(native >> 8);
+            if (native != 0xFFFF) *to++ = static_cast<std::uint8_t>(native);
+            if (native == 0xFFFF) ++dropped;
+            code += kExtendedSize;
+            left -= kExtendedSize;
+        } else if (*code != 0 && *code < kFirstLongCode) {
+            const std::uint8_t byte = kept[*code++];
+            if (byte == 0) continue;
+            *to++ = byte;
+            --left;
+        } else {
+            break;
         }
-        const unsigned code = codes[stream[read + 1] | stream[read + 2] << 8];
-        read += kExtendedSize;
-        if (code == 0xFFFF) {
-            ++result.dropped;
-            continue;
-        }
-        if (code > 0xFF) stream[result.written++] = static_cast<std::uint8_t>(code >> 8);
-        stream[result.written++] = static_cast<std::uint8_t>(code);
     }
-    return result;
+    return {static_cast<std::size_t>(code - source), room - left, static_cast<std::size_t>(to - destination), dropped};
 }
 
-std::size_t widen_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
-                         const std::uint16_t *characters) noexcept {
+Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std::size_t count,
+                      std::size_t room) noexcept {
+    std::uint8_t *to = stream;
     std::size_t read = 0;
-    std::size_t written = 0;
-    for (; written < room && source[read] != 0; ++read) {
-        const std::uint8_t byte = source[read];
-        const unsigned character = 0x20 <= byte && byte <= 0x7E ? byte : characters[byte];
+    for (std::size_t left = room; read < count; ++read) {
+        const unsigned character = characters[read];
         if (character <= 0xFF) {
-            destination[written++] = static_cast<std::uint8_t>(character);
+            if (left == 0) break;
+            *to++ = static_cast<std::uint8_t>(character);
+            --left;
         } else if (character != 0xFFFF) {
-            if (room - written < kExtendedSize) break;
-            destination[written] = kExtended;
-            destination[written + 1] = static_cast<std::uint8_t>(character);
-            destination[written + 2] = static_cast<std::uint8_t>(character >> 8);
-            destination[written + 3] = kExtended;
-            written += kExtendedSize;
+            if (left < kExtendedSize) break;
+            to[0] = kExtended;
+            to[1] = static_cast<std::uint8_t>(character);
+            to[2] = static_cast<std::uint8_t>(character >> 8);
+            to[3] = kExtended;
+            to += kExtendedSize;
+            left -= kExtendedSize;
         }
     }
-    return written;
+    return {read, static_cast<std::size_t>(to - stream)};
 }
 
 } // namespace kxstr::simd::plain

@@ -54,43 +54,17 @@ const std::uint16_t *find_map(MapCache<std::uint32_t, kUnicodeMaps> &maps, std::
         });
 }
 
-// What a bulk conversion may read: all of the source, or, where a string may end before its limit, nothing behind the
-// unit that converted to 0.
-enum class Reads : bool { whole_source, up_to_zero };
-
 template <class Convert>
-std::size_t convert_up_to_zero(std::span<const std::uint16_t> source, std::uint16_t *destination,
-                               Convert convert) noexcept {
-    for (std::size_t done = 0; done < source.size(); ++done)
-        if ((destination[done] = convert(source[done])) == 0) return done + 1;
-    return source.size();
+std::size_t convert_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
+                          std::uint16_t *destination, std::uint32_t ansi_code_page, Convert convert) noexcept {
+    if (map != nullptr) return simd::kernels().map_units(map, source, limit, destination);
+    std::size_t done = 0;
+    while (done < limit && (destination[done] = convert(source[done], ansi_code_page)) != 0)
+        ++done;
+    return done;
 }
 
-template <class Convert>
-std::size_t convert_units(const std::uint16_t *map, std::span<const std::uint16_t> source, std::uint16_t *destination,
-                          Reads reads, std::uint32_t ansi_code_page, Convert convert) noexcept {
-    if (map == nullptr)
-        return convert_up_to_zero(source, destination,
-                                  [&](std::uint16_t unit) { return convert(unit, ansi_code_page); });
-    if (reads == Reads::up_to_zero)
-        return convert_up_to_zero(source, destination, [&](std::uint16_t unit) { return map[unit]; });
-    return simd::kernels().map_units(map, source.data(), source.size(), destination);
-}
-
-std::size_t convert_to_kx(std::span<const std::uint16_t> source, KxChar *destination, Reads reads) noexcept {
-    constexpr KxChar (*convert)(std::uint16_t, std::uint32_t) noexcept = to_kx;
-    const std::uint32_t ansi_code_page = platform::ansi_code_page();
-    // Without a double-byte rule the code page does not matter.
-    const std::uint32_t key = codepage::has_double_byte_rule(ansi_code_page) ? ansi_code_page : 0;
-    return convert_units(find_map(maps_to_kx, key, convert), source, destination, reads, key, convert);
-}
-
-std::size_t convert_from_kx(std::span<const KxChar> source, std::uint16_t *destination, Reads reads) noexcept {
-    constexpr std::uint16_t (*convert)(KxChar, std::uint32_t) noexcept = from_kx;
-    const std::uint32_t ansi_code_page = platform::ansi_code_page();
-    return convert_units(find_map(maps_from_kx, ansi_code_page, convert), source, destination, reads, ansi_code_page,
-                         convert);
-}
+using ConvertUnit = std::uint16_t(std::uint16_t, std::uint32_t) noexcept;
 
 } // namespace
 
@@ -118,12 +92,27 @@ std::uint16_t from_kx(KxChar ch, std::uint32_t ansi_code_page) noexcept {
     return platform::to_wide(ansi_code_page, bytes).value_or(kNone);
 }
 
-std::size_t to_kx(std::span<const std::uint16_t> source, KxChar *destination) noexcept {
-    return convert_to_kx(source, destination, Reads::whole_source);
+std::size_t to_kx(const std::uint16_t *source, std::size_t limit, KxChar *destination) noexcept {
+    constexpr ConvertUnit *convert = to_kx;
+    const std::uint32_t ansi_code_page = platform::ansi_code_page();
+    // Without a double-byte rule the code page does not matter.
+    const std::uint32_t key = codepage::has_double_byte_rule(ansi_code_page) ? ansi_code_page : 0;
+    return convert_units(find_map(maps_to_kx, key, convert), source, limit, destination, key, convert);
 }
 
-std::size_t from_kx(std::span<const KxChar> source, std::uint16_t *destination) noexcept {
-    return convert_from_kx(source, destination, Reads::whole_source);
+std::size_t from_kx(const KxChar *source, std::size_t limit, std::uint16_t *destination) noexcept {
+    constexpr ConvertUnit *convert = from_kx;
+    const std::uint32_t ansi_code_page = platform::ansi_code_page();
+    return convert_units(find_map(maps_from_kx, ansi_code_page, convert), source, limit, destination, ansi_code_page,
+                         convert);
+}
+
+// The same for the exported functions: they count the 0, and two limits.
+using ConvertText = std::size_t(const std::uint16_t *, std::size_t, std::uint16_t *) noexcept;
+static std::uint32_t convert_within(ConvertText convert, const std::uint16_t *source, std::size_t source_limit,
+                                    std::uint16_t *destination, std::size_t destination_limit) noexcept {
+    const std::size_t limit = std::min(source_limit, destination_limit);
+    return static_cast<std::uint32_t>(std::min(convert(source, limit, destination) + 1, limit));
 }
 
 } // namespace kxstr::unicode
@@ -141,8 +130,7 @@ uint16_t YWcharUnicodeToKX6x(uint32_t unicode) {
 uint32_t YWstrUnicodeToKX6x(const uint16_t *source, uint32_t source_limit, KxChar *destination,
                             uint32_t destination_limit) {
     using namespace kxstr::unicode;
-    return static_cast<uint32_t>(
-        convert_to_kx({source, std::min(source_limit, destination_limit)}, destination, Reads::up_to_zero));
+    return convert_within(to_kx, source, source_limit, destination, destination_limit);
 }
 
 uint32_t GetUnicodeValue(uint32_t set, uint32_t index) {
@@ -158,7 +146,6 @@ uint16_t YWcharKX6xToUnicode(uint32_t ch) {
 uint32_t YWstrKX6xToUnicode(const KxChar *source, uint32_t source_limit, uint16_t *destination,
                             uint32_t destination_limit) {
     using namespace kxstr::unicode;
-    return static_cast<uint32_t>(
-        convert_from_kx({source, std::min(source_limit, destination_limit)}, destination, Reads::up_to_zero));
+    return convert_within(from_kx, source, source_limit, destination, destination_limit);
 }
 }

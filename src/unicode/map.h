@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <span>
 
 #include "core/kx_char.h"
 
@@ -13,9 +12,9 @@ namespace kxstr::unicode {
 KxChar to_kx(std::uint16_t unit, std::uint32_t ansi_code_page) noexcept;
 std::uint16_t from_kx(KxChar ch, std::uint32_t ansi_code_page) noexcept;
 
-// Whole texts: units convert until a 0 has been stored or the source ends, no-mapping values included; source and
-// destination may be the same. The code page is asked for once. Return the units stored, the 0 among them.
-std::size_t to_kx(std::span<const std::uint16_t> source, KxChar *destination) noexcept;
-std::size_t from_kx(std::span<const KxChar> source, std::uint16_t *destination) noexcept;
+// Whole texts: units convert until a 0 has been stored or `limit` are, no-mapping values included; source and
+// destination may be the same. The code page is asked for once. Give the units before the 0.
+std::size_t to_kx(const std::uint16_t *source, std::size_t limit, KxChar *destination) noexcept;
+std::size_t from_kx(const KxChar *source, std::size_t limit, std::uint16_t *destination) noexcept;
 
 } // namespace kxstr::unicode
