@@ -1,0 +1,118 @@
+#include "chunk_converter.h"
+
+#include <algorithm>
+
+namespace kx {
+namespace {
+
+// Of a whole character; pieces of one are shorter than their first byte says.
+std::optional<char32_t> value_of_utf8(std::span<const std::uint8_t> bytes) {
+    const std::uint8_t first = bytes[0];
+    const std::size_t length = first < 0x80 ? 1 : first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    if (bytes.size() != length) return std::nullopt;
+    char32_t value = length == 1 ? first : first & (0x7Fu >> length);
+    for (const std::uint8_t byte : bytes.subspan(1))
+        value = (value << 6) | (byte & 0x3Fu);
+    return value;
+}
+
+std::optional<char32_t> value_of_utf16(std::span<const std::uint8_t> bytes, bool low_first) {
+    const auto unit = [&](std::size_t at) -> char32_t {
+        return low_first ? bytes[at] | (char32_t{bytes[at + 1]} << 8) : bytes[at + 1] | (char32_t{bytes[at]} << 8);
+    };
+    if (bytes.size() == 4) return 0x10000u + ((unit(0) & 0x3FFu) << 10) + (unit(2) & 0x3FFu);
+    const bool is_character = bytes.size() == 2 && (unit(0) < 0xD800 || unit(0) > 0xDFFF);
+    return is_character ? std::optional(unit(0)) : std::nullopt;
+}
+
+} // namespace
+
+ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const TextPages &pages,
+                               const Transform *transform, std::unique_ptr<Decoder> decoder)
+    : from_(from.kind),
+      text_page_(pages.text),
+      transform_(transform),
+      decoder_(decoder ? std::move(decoder) : make_decoder(from, pages.text, is_kx_encoding(to))),
+      encoder_(make_encoder(to, pages.text, pages.written)) {}
+
+ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, std::vector<std::uint8_t> &bytes,
+                                               const OnChange &on_change) {
+    Result result{0, 0, false};
+    while (result.consumed < chunk.bytes.size()) {
+        const std::size_t begin = result.consumed;
+        const Chunk rest{chunk.bytes.subspan(begin), chunk.offset + begin, chunk.last};
+        const std::size_t size = bytes.size();
+        Piece piece = decode(rest, false);
+        if (encoder_->encode(units_.chars, bytes) != units_.chars.size()) {
+            // Whose unit it is that does not convert is told by decoding again; that is rarely needed.
+            bytes.resize(size);
+            piece = decode(rest, true);
+            std::size_t stopped_at = 0;
+            if (!encode(rest, piece.decoded.consumed, begin, bytes, on_change, stopped_at))
+                return {begin + stopped_at, result.characters, true};
+        }
+        result.characters += piece.characters;
+        result.consumed += piece.decoded.consumed;
+        const std::size_t bad = piece.decoded.bad_length;
+        if (bad == 0) break;
+        if (!on_change({Change::lost, result.consumed, bad})) {
+            result.stopped = true;
+            break;
+        }
+        result.consumed += bad;
+        ++result.characters;
+    }
+    return result;
+}
+
+ChunkConverter::Piece ChunkConverter::decode(const Chunk &chunk, bool placed) {
+    units_.clear();
+    units_.placed = placed;
+    Decoder::Result result = decoder_->decode(chunk, units_);
+    if (transform_ == nullptr) return {result, units_.chars.size()};
+    const bool next_follows = !chunk.last && result.bad_length == 0;
+    if (next_follows && !units_.chars.empty() && transform_->joins_next(units_.chars.back())) {
+        if (!placed) return decode(chunk, true);
+        result.consumed = units_.places.back();
+        units_.chars.pop_back();
+        units_.places.pop_back();
+    }
+    const std::uint64_t characters = units_.chars.size();
+    transform_->apply(units_);
+    return {result, characters};
+}
+
+bool ChunkConverter::encode(const Chunk &chunk, std::size_t consumed, std::size_t offset,
+                            std::vector<std::uint8_t> &bytes, const OnChange &on_change, std::size_t &stopped_at) {
+    const std::span<const KxChar> units = units_.chars;
+    std::size_t done = encoder_->encode(units, bytes);
+    while (done < units.size()) {
+        const std::size_t place = units_.places[done];
+        // A character may have become several units, all with its place.
+        const auto next = std::find_if(units_.places.begin() + static_cast<std::ptrdiff_t>(done), units_.places.end(),
+                                       [&](std::size_t other) { return other != place; });
+        const std::size_t end = next != units_.places.end() ? *next : consumed;
+        stopped_at = place;
+        if (!on_change({Change::lost, offset + place, decoder_->length(chunk, place, end)})) return false;
+        ++done;
+        done += encoder_->encode(units.subspan(done), bytes);
+    }
+    return true;
+}
+
+std::optional<char32_t> ChunkConverter::code_point(std::span<const std::uint8_t> bytes) {
+    switch (from_) {
+    case EncodingKind::utf8: return value_of_utf8(bytes);
+    case EncodingKind::utf16le: return value_of_utf16(bytes, true);
+    case EncodingKind::utf16be: return value_of_utf16(bytes, false);
+    default: break;
+    }
+    // Not in units_: this is asked about a change, while they are being written. Nor at the start of a file.
+    DecodedText units;
+    const auto result = decoder_->decode({bytes, 1, true}, units);
+    if (result.bad_length != 0 || units.chars.size() != 1) return std::nullopt;
+    const std::uint16_t unit = unicode_of_kx(text_page_, units.chars[0]);
+    return unit != KX_NONE ? std::optional<char32_t>(unit) : std::nullopt;
+}
+
+} // namespace kx
