@@ -112,7 +112,8 @@ std::optional<char32_t> ChunkConverter::code_point(std::span<const std::uint8_t>
     const auto result = decoder_->decode({bytes, 1, true}, units);
     if (result.bad_length != 0 || units.chars.size() != 1) return std::nullopt;
     const std::uint16_t unit = unicode_of_kx(text_page_, units.chars[0]);
-    return unit != KX_NONE ? std::optional<char32_t>(unit) : std::nullopt;
+    const bool is_private = unit >= 0xE000 && unit <= 0xF8FF; // which says less than the bytes
+    return unit != KX_NONE && !is_private ? std::optional<char32_t>(unit) : std::nullopt;
 }
 
 } // namespace kx

@@ -16,17 +16,6 @@ std::string name_of(char32_t character) {
     return text;
 }
 
-// The pages that have the character, of those that say whose an East Asian one is in KX text.
-std::string pages_with(char32_t character) {
-    std::string list;
-    for (const std::uint32_t number : {932u, 936u, 949u, 950u}) {
-        const CodePage page = page_of_windows_number(number);
-        const bool has = character <= 0xFFFF && kx_of_unicode(page, static_cast<std::uint16_t>(character)) != KX_NONE;
-        if (has) list += (list.empty() ? "--ansi=" : " or ") + std::to_string(number);
-    }
-    return list;
-}
-
 void append_unicode(char32_t character, EncodingKind form, std::vector<std::uint8_t> &bytes) {
     const auto put = [&](char32_t byte) { bytes.push_back(static_cast<std::uint8_t>(byte)); };
     if (form == EncodingKind::utf8) {
@@ -53,7 +42,9 @@ class Work {
           converter_(converter),
           surroundings_(surroundings),
           line_ends_(choices.line_ends, choices.to) {
-        if (has_lines(choices.from)) place_.emplace(choices.from);
+        if (!has_lines(choices.from)) return;
+        place_.emplace(choices.from);
+        can_be_read_again_ = os::regular_file(job.input.c_str()).has_value();
     }
 
     JobResult run() {
@@ -102,7 +93,7 @@ class Work {
             if (!write(bytes_) || done.stopped) return false;
             if (surroundings_.progress) surroundings_.progress(done.consumed);
             if (chunk.last) return true;
-            if (place_) place_->pass(chunk.bytes.first(done.consumed));
+            if (place_ && !can_be_read_again_) place_->pass(chunk.bytes.first(done.consumed));
             input.consume(done.consumed);
         }
     }
@@ -140,11 +131,25 @@ class Work {
         return true;
     }
 
+    // Counting lines while they pass would cost every text something, for the few that have a fault.
+    void pass_again(std::uint64_t size) {
+        Input input([](const std::string &, int) {}, job_.input);
+        while (input.good() && size != 0) {
+            const Chunk chunk = input.next();
+            const std::size_t count = static_cast<std::size_t>(std::min<std::uint64_t>(chunk.bytes.size(), size));
+            if (count == 0) break;
+            place_->pass(chunk.bytes.first(count));
+            input.consume(count);
+            size -= count;
+        }
+    }
+
     // Always false.
     bool tell_fault(const Input &input, const Chunk &chunk, const Change &change, std::optional<char32_t> character,
                     const char *what) {
         std::string text = input.name();
         if (place_) {
+            if (can_be_read_again_) pass_again(chunk.offset);
             place_->pass(chunk.bytes.first(change.place));
             for (const std::uint64_t number : {place_->line(), place_->column()})
                 text.append(":").append(std::to_string(number));
@@ -154,12 +159,24 @@ class Work {
         text += character ? name_of(*character) + " (" + bytes + ")" : bytes;
         text.append(" ").append(what);
         text += " from " + kx::name_of(choices_.from) + " to " + kx::name_of(choices_.to);
-        const bool by_page = character && (is_kx_encoding(choices_.to) || choices_.transform != nullptr) &&
-                             !is_double_byte(choices_.pages.text);
-        const std::string help = by_page ? pages_with(*character) : "";
+        const std::string help = character ? other_page_for(*character) : "";
         if (!help.empty()) text += "; " + help + " may help";
         tell()(text, 0);
         return false;
+    }
+
+    // KX text does not say whose an East Asian character is; the option that does, where that is what is missing.
+    std::string other_page_for(char32_t character) const {
+        const auto has = [&](const CodePage &page) {
+            return character <= 0xFFFF && kx_of_unicode(page, static_cast<std::uint16_t>(character)) != KX_NONE;
+        };
+        const bool is_native = choices_.from.kind == EncodingKind::code_page || is_kx_encoding(choices_.from);
+        if (is_native || choices_.to.kind == EncodingKind::code_page || has(choices_.pages.text)) return "";
+        std::string list;
+        for (const std::uint32_t number : {932u, 936u, 949u, 950u})
+            if (has(page_of_windows_number(number)))
+                list += (list.empty() ? "--ansi=" : " or ") + std::to_string(number);
+        return list;
     }
 
     const Job &job_;
@@ -168,6 +185,7 @@ class Work {
     const Surroundings &surroundings_;
     LineEndFilter line_ends_;
     std::optional<TextPlace> place_;
+    bool can_be_read_again_ = false;
     std::vector<std::uint8_t> bytes_;
     std::error_code error_;
     JobResult result_;

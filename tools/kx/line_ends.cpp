@@ -114,11 +114,14 @@ void TextPlace::pass(Bytes bytes) {
             behind = at + unit;
         }
     }
-    if (behind != 0) column_ = 1;
+    if (behind != 0) {
+        column_ = 1;
+        after_lead_ = false;
+    }
     column_ += characters_in(bytes.subspan(behind)) - (has_mark && behind == 0 ? 1 : 0);
 }
 
-std::size_t TextPlace::characters_in(Bytes bytes) const {
+std::size_t TextPlace::characters_in(Bytes bytes) {
     std::size_t count = 0;
     switch (kind_) {
     case EncodingKind::utf8:
@@ -132,8 +135,10 @@ std::size_t TextPlace::characters_in(Bytes bytes) const {
         return count;
     }
     case EncodingKind::code_page:
-        for (std::size_t at = 0; at < bytes.size(); ++count)
-            at += is_lead_[bytes[at]] ? 2 : 1;
+        for (const std::uint8_t byte : bytes) {
+            count += after_lead_ ? 0 : 1;
+            after_lead_ = !after_lead_ && is_lead_[byte];
+        }
         return count;
     default: return bytes.size() / line_feed_.size();
     }

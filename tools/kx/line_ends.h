@@ -39,20 +39,21 @@ class TextPlace {
   public:
     explicit TextPlace(const Encoding &form);
 
-    // More of the text, in pieces of whole characters.
+    // More of the text. Units of UTF-16 and KX text come whole.
     void pass(std::span<const std::uint8_t> bytes);
 
     std::uint64_t line() const noexcept { return line_; }
     std::uint64_t column() const noexcept { return column_; }
 
   private:
-    std::size_t characters_in(std::span<const std::uint8_t> bytes) const;
+    std::size_t characters_in(std::span<const std::uint8_t> bytes);
 
     EncodingKind kind_;
     std::vector<std::uint8_t> line_feed_;
     std::vector<std::uint8_t> mark_;
     std::array<bool, 256> is_lead_{}; // of two bytes
     bool begins_ = true;
+    bool after_lead_ = false; // the second of two bytes comes next
     std::uint64_t line_ = 1;
     std::uint64_t column_ = 1;
 };
