@@ -74,6 +74,9 @@ class Finder {
         std::ranges::sort(entries, {}, [](const fs::directory_entry &entry) { return entry.path(); });
         for (const fs::directory_entry &entry : entries) {
             const std::string own = text_of(entry.path());
+            // Old files that -i kept, and what a process that was killed left behind, are no part of an archive.
+            if (files_.in_place && !files_.backup_suffix.empty() && own.ends_with(files_.backup_suffix)) continue;
+            if (is_temporary(own)) continue;
             const fs::path below = name / entry.path().filename();
             if (entry.is_directory(error) && !entry.is_symlink(error)) {
                 add_folder(own, below);
@@ -174,7 +177,7 @@ class Run {
         if (!joins) return;
         output_.emplace(tell_, output);
         joined_to_file_ = !is_standard(output);
-        ended_ = !output_->good() || (choices.writes_mark && !output_->write(byte_order_mark(choices.to)));
+        if (!output_->good() || (choices.writes_mark && !output_->write(byte_order_mark(choices.to)))) lose_output();
     }
 
     void work(ChunkConverter &converter) {
@@ -194,7 +197,7 @@ class Run {
         progress_.clear();
         const bool wrote = !output_ || (!ended_ && (!joined_to_file_ || failed_ == 0) && output_->close());
         const std::size_t all = plan_.jobs.size() + plan_.failed;
-        if (ended_) return false;
+        if (output_lost_) return false;
         if (run_.verbose && all > 1) {
             tell(std::to_string(all) + " files, " + std::to_string(failed_) + " failed, " +
                      counts_of(characters_, left_out_, replaced_, united_),
@@ -252,8 +255,13 @@ class Run {
     }
 
     bool put(std::span<const std::uint8_t> bytes) {
-        if (!ended_ && !bytes.empty() && !output_->write(bytes)) ended_ = true;
+        if (!ended_ && !bytes.empty() && !output_->write(bytes)) lose_output();
         return !ended_;
+    }
+
+    void lose_output() {
+        output_lost_ = true;
+        ended_ = true;
     }
 
     void end(std::size_t number, Waiting waiting) {
@@ -313,14 +321,15 @@ class Run {
     Tell tell_;
     std::atomic<std::size_t> begun_ = 0;
     std::atomic<std::uint64_t> bytes_done_ = 0;
-    std::atomic<bool> ended_ = false; // nothing can be written any more
+    std::atomic<bool> ended_ = false; // what is not begun yet would be for nothing
 
     std::mutex mutex_; // over all below
     std::condition_variable turn_;
     Progress progress_;
     std::optional<Output> output_;
     bool joined_to_file_ = false;
-    std::size_t next_ = 0; // the first job that has not ended
+    bool output_lost_ = false; // which has been told, or is nobody's concern
+    std::size_t next_ = 0;     // the first job that has not ended
     std::map<std::size_t, Waiting> waiting_;
     std::size_t failed_;
     std::uint64_t characters_ = 0;

@@ -113,9 +113,11 @@ std::filesystem::path behind_links(std::filesystem::path path) {
     return path;
 }
 
+constexpr const char *kTemporary = ".kx-";
+
 // A name that nothing has, in the folder of the file.
 std::string name_beside(const std::string &path, unsigned number) {
-    const std::string name = ".kx-" + std::to_string(os::process_number()) + "-" + std::to_string(number);
+    const std::string name = kTemporary + std::to_string(os::process_number()) + "-" + std::to_string(number);
     return text_of(path_of(path).parent_path() / name);
 }
 
@@ -217,6 +219,10 @@ bool Output::replace() {
     os::settle(temporary);
     target_.clear();
     return true;
+}
+
+bool is_temporary(const std::string &path) {
+    return text_of(path_of(path).filename()).starts_with(kTemporary);
 }
 
 bool is_one_of(const std::string &output, std::span<const std::string> inputs) {

@@ -96,6 +96,9 @@ class Output {
     bool good_ = false;
 };
 
+// Whether a name is one that Output gives a file that is not complete.
+bool is_temporary(const std::string &path);
+
 // Whether the output path names an existing regular file that is also one of the inputs.
 bool is_one_of(const std::string &output, std::span<const std::string> inputs);
 inline bool is_standard(const std::string &path) {
