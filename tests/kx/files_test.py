@@ -120,6 +120,17 @@ class Archives(Folder):
         self.assertIn("\nkx convert: none: No such file or directory\nkx convert: 3 files, 1 failed, 131098 characters, "
                       "0 replaced, 26 left out, 0 united\n", result.stderr.decode())
 
+    def test_strict(self):
+        for source, data, place in (("1252", b"ab\xadc\xa6", "3: byte 2: AD"), ("1255", b"\xc9", "1: byte 0: C9"),
+                                    ("utf-8", "\ufeffé\u00ad".encode(), "2: byte 5: U+00AD (C2 AD)")):
+            self.assert_fails(f"convert -f {source} -t utf-8 --strict", data=data, output=None,
+                              message=f":1:{place} becomes another character from {source}")
+            self.assertEqual(kx(f"convert -f {source} -t utf-8", data=data).returncode, 0)
+        for form, codec in (("1252", "cp1252"), ("932", "cp932"), ("utf-16be", "utf-16be")):
+            text = ("é" * CHUNK if form == "1252" else "あ×" * CHUNK) + "\r\n"
+            self.assertEqual(self.output("convert", "-f", form, "-t", "utf-8", "--strict", "--ansi=932",
+                                         data=text.encode(codec)), text.encode())
+
     def test_line_ends_and_marks(self):
         for why, options, data, wanted in (
             ("to DOS", "-f utf-8 -t 852 --eol=crlf", "a\nb\r\n\n\r\r\n".encode(), b"a\r\nb\r\n\r\n\r\r\n"),

@@ -29,7 +29,7 @@ std::optional<char32_t> value_of_utf16(std::span<const std::uint8_t> bytes, bool
 
 ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const TextPages &pages,
                                const Transform *transform, std::unique_ptr<Decoder> decoder)
-    : from_(from.kind),
+    : from_(from),
       text_page_(pages.text),
       transform_(transform),
       decoder_(decoder ? std::move(decoder) : make_decoder(from, pages.text, is_kx_encoding(to))),
@@ -43,10 +43,13 @@ ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, std::vector<s
         const Chunk rest{chunk.bytes.subspan(begin), chunk.offset + begin, chunk.last};
         const std::size_t size = bytes.size();
         Piece piece = decode(rest, false);
-        if (encoder_->encode(units_.chars, bytes) != units_.chars.size()) {
+        const bool united = back_ && !comes_back(rest.bytes.first(piece.decoded.consumed));
+        united_.clear();
+        if (united || encoder_->encode(units_.chars, bytes) != units_.chars.size()) {
             // Whose unit it is that does not convert is told by decoding again; that is rarely needed.
             bytes.resize(size);
             piece = decode(rest, true);
+            if (united) list_united(rest, piece.decoded.consumed);
             std::size_t stopped_at = 0;
             if (!encode(rest, piece.decoded.consumed, begin, bytes, on_change, stopped_at))
                 return {begin + stopped_at, result.characters, true};
@@ -85,23 +88,53 @@ ChunkConverter::Piece ChunkConverter::decode(const Chunk &chunk, bool placed) {
 bool ChunkConverter::encode(const Chunk &chunk, std::size_t consumed, std::size_t offset,
                             std::vector<std::uint8_t> &bytes, const OnChange &on_change, std::size_t &stopped_at) {
     const std::span<const KxChar> units = units_.chars;
-    std::size_t done = encoder_->encode(units, bytes);
-    while (done < units.size()) {
-        const std::size_t place = units_.places[done];
-        // A character may have become several units, all with its place.
-        const auto next = std::find_if(units_.places.begin() + static_cast<std::ptrdiff_t>(done), units_.places.end(),
-                                       [&](std::size_t other) { return other != place; });
-        const std::size_t end = next != units_.places.end() ? *next : consumed;
-        stopped_at = place;
-        if (!on_change({Change::lost, offset + place, decoder_->length(chunk, place, end)})) return false;
-        ++done;
-        done += encoder_->encode(units.subspan(done), bytes);
+    auto united = united_.begin();
+    for (std::size_t done = 0;;) {
+        const std::size_t end = united != united_.end() ? *united : units.size();
+        done += encoder_->encode(units.subspan(done, end - done), bytes);
+        if (done == units.size()) return true;
+        const bool is_united = done == end;
+        const std::size_t place = stopped_at = units_.places[done];
+        const std::size_t length = decoder_->length(chunk, place, end_of(done, consumed));
+        if (!on_change({is_united ? Change::united : Change::lost, offset + place, length})) return false;
+        if (is_united) {
+            ++united;
+        } else {
+            ++done;
+        }
     }
-    return true;
+}
+
+// Where the character of a unit ends in the chunk. It may have become several units, all with its place.
+std::size_t ChunkConverter::end_of(std::size_t unit, std::size_t consumed) const {
+    const auto begin = units_.places.begin() + static_cast<std::ptrdiff_t>(unit);
+    const auto next = std::find_if(begin, units_.places.end(), [&](std::size_t other) { return other != *begin; });
+    return next != units_.places.end() ? *next : consumed;
+}
+
+void ChunkConverter::find_united() {
+    // What is KX text already has nothing to be united any more.
+    if (transform_ == nullptr && !is_kx_encoding(from_)) back_ = make_encoder(from_, text_page_, text_page_);
+}
+
+bool ChunkConverter::comes_back(std::span<const std::uint8_t> bytes) {
+    came_back_.clear();
+    return back_->encode(units_.chars, came_back_) == units_.chars.size() && std::ranges::equal(came_back_, bytes);
+}
+
+void ChunkConverter::list_united(const Chunk &chunk, std::size_t consumed) {
+    for (std::size_t at = 0; at < units_.chars.size(); ++at) {
+        const std::size_t place = units_.places[at];
+        const auto bytes = chunk.bytes.subspan(place, end_of(at, consumed) - place);
+        came_back_.clear();
+        const bool same =
+            back_->encode({&units_.chars[at], 1}, came_back_) == 1 && std::ranges::equal(came_back_, bytes);
+        if (!same) united_.push_back(at);
+    }
 }
 
 std::optional<char32_t> ChunkConverter::code_point(std::span<const std::uint8_t> bytes) {
-    switch (from_) {
+    switch (from_.kind) {
     case EncodingKind::utf8: return value_of_utf8(bytes);
     case EncodingKind::utf16le: return value_of_utf16(bytes, true);
     case EncodingKind::utf16be: return value_of_utf16(bytes, false);

@@ -36,6 +36,9 @@ class ChunkConverter {
     ChunkConverter(const Encoding &from, const Encoding &to, const TextPages &pages, const Transform *transform,
                    std::unique_ptr<Decoder> decoder = nullptr);
 
+    // Lets `convert` look for united characters, too, which takes time.
+    void find_united();
+
     struct Result {
         std::size_t consumed;     // bytes of whole characters
         std::uint64_t characters; // that these are
@@ -56,15 +59,21 @@ class ChunkConverter {
         std::uint64_t characters;
     };
     Piece decode(const Chunk &chunk, bool placed);
+    std::size_t end_of(std::size_t unit, std::size_t consumed) const;
+    bool comes_back(std::span<const std::uint8_t> bytes);
+    void list_united(const Chunk &chunk, std::size_t consumed);
     bool encode(const Chunk &chunk, std::size_t consumed, std::size_t offset, std::vector<std::uint8_t> &bytes,
                 const OnChange &on_change, std::size_t &stopped_at);
 
-    EncodingKind from_;
+    Encoding from_;
     CodePage text_page_;
     const Transform *transform_; // or null
     std::unique_ptr<Decoder> decoder_;
     std::unique_ptr<Encoder> encoder_;
+    std::unique_ptr<Encoder> back_; // to the form of the input; null: nobody wants to know
     DecodedText units_;
+    std::vector<std::size_t> united_; // which of them are
+    std::vector<std::uint8_t> came_back_;
 };
 
 } // namespace kx

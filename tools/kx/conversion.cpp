@@ -130,11 +130,14 @@ int run_text(const Usage &usage, const TextRequest &request, const TextPages &pa
     }
     const Plan plan = plan_jobs(files, tell_as(usage.command));
     WtpiGetCountryID(); // the library asks the system once, and not in several threads
-    const bool done =
-        run_plan(plan, choices, {usage.command, request.threads, request.verbose, request.quiet}, files.output, [&] {
-            return std::make_unique<ChunkConverter>(choices.from, choices.to, pages, transform,
-                                                    make_decoder ? make_decoder() : nullptr);
-        });
+    const auto make_converter = [&] {
+        auto converter = std::make_unique<ChunkConverter>(choices.from, choices.to, pages, transform,
+                                                          make_decoder ? make_decoder() : nullptr);
+        if (choices.strict) converter->find_united();
+        return converter;
+    };
+    const RunChoices run{usage.command, request.threads, request.verbose, request.quiet};
+    const bool done = run_plan(plan, choices, run, files.output, make_converter);
     return done ? kSuccess : kFailure;
 }
 

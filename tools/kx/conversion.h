@@ -39,7 +39,7 @@ inline constexpr std::array kTextOptions{
     Option{'j', "jobs", "N", "convert N files at once; 0: as many as there are processors"},
     Option{'c', nullptr, nullptr, "leave out characters that do not convert"},
     Option{kSubstId, "subst", "CHAR", "write CHAR (in UTF-8) for characters that do not convert"},
-    Option{kStrictId, "strict", nullptr, "a character that would come out as another ends the work, too"},
+    Option{kStrictId, "strict", nullptr, "a character that KX text unites with another ends the work, too"},
     kAnsiOption,
     Option{kEolId, "eol", "ENDS", "line ends: keep, lf or crlf"},
     Option{kEofId, "eof", nullptr, "a text ends at its first Ctrl-Z, as in DOS"},
