@@ -33,22 +33,26 @@ ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const T
       text_page_(pages.text),
       transform_(transform),
       decoder_(decoder ? std::move(decoder) : make_decoder(from, pages.text, is_kx_encoding(to))),
-      encoder_(make_encoder(to, pages.text, pages.written)) {}
+      encoder_(make_encoder(to, pages.text, pages.written)),
+      unicode_([page = pages.text](KxChar ch) { return unicode_of_kx(page, ch); }) {}
 
 ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, std::vector<std::uint8_t> &bytes,
                                                const OnChange &on_change) {
     Result result{0, 0, false};
+    // Decoding without places goes by blocks, which is for nothing where a fault is in every one of them.
+    constexpr std::size_t near = 256;
+    bool placed = false;
     while (result.consumed < chunk.bytes.size()) {
         const std::size_t begin = result.consumed;
         const Chunk rest{chunk.bytes.subspan(begin), chunk.offset + begin, chunk.last};
         const std::size_t size = bytes.size();
-        Piece piece = decode(rest, false);
+        Piece piece = decode(rest, placed);
         const bool united = back_ && !comes_back(rest.bytes.first(piece.decoded.consumed));
         united_.clear();
         if (united || encoder_->encode(units_.chars, bytes) != units_.chars.size()) {
             // Whose unit it is that does not convert is told by decoding again; that is rarely needed.
             bytes.resize(size);
-            piece = decode(rest, true);
+            if (!placed) piece = decode(rest, true);
             if (united) list_united(rest, piece.decoded.consumed);
             std::size_t stopped_at = 0;
             if (!encode(rest, piece.decoded.consumed, begin, bytes, on_change, stopped_at))
@@ -58,6 +62,7 @@ ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, std::vector<s
         result.consumed += piece.decoded.consumed;
         const std::size_t bad = piece.decoded.bad_length;
         if (bad == 0) break;
+        placed = piece.decoded.consumed < near;
         if (!on_change({Change::lost, result.consumed, bad})) {
             result.stopped = true;
             break;
@@ -141,10 +146,10 @@ std::optional<char32_t> ChunkConverter::code_point(std::span<const std::uint8_t>
     default: break;
     }
     // Not in units_: this is asked about a change, while they are being written. Nor at the start of a file.
-    DecodedText units;
-    const auto result = decoder_->decode({bytes, 1, true}, units);
-    if (result.bad_length != 0 || units.chars.size() != 1) return std::nullopt;
-    const std::uint16_t unit = unicode_of_kx(text_page_, units.chars[0]);
+    one_.clear();
+    const auto result = decoder_->decode({bytes, 1, true}, one_);
+    if (result.bad_length != 0 || one_.chars.size() != 1) return std::nullopt;
+    const std::uint16_t unit = unicode_[one_.chars[0]];
     const bool is_private = unit >= 0xE000 && unit <= 0xF8FF; // which says less than the bytes
     return unit != KX_NONE && !is_private ? std::optional<char32_t>(unit) : std::nullopt;
 }

@@ -74,6 +74,8 @@ class ChunkConverter {
     DecodedText units_;
     std::vector<std::size_t> united_; // which of them are
     std::vector<std::uint8_t> came_back_;
+    DecodedText one_;
+    CharMap unicode_; // values
 };
 
 } // namespace kx

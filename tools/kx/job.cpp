@@ -206,16 +206,24 @@ constexpr unsigned kMostBytes = 6;
 } // namespace
 
 void Tally::add(std::optional<char32_t> character, std::span<const std::uint8_t> bytes) {
+    constexpr char32_t end = 0x10000;
+    ++total_;
+    if (character && *character < end) {
+        if (counts_.empty()) counts_.resize(end);
+        ++counts_[*character];
+        return;
+    }
     std::uint64_t key = kIsBytes | (std::uint64_t{std::min<std::size_t>(bytes.size(), kMostBytes)} << (8 * kMostBytes));
     for (std::size_t i = 0; i < std::min<std::size_t>(bytes.size(), kMostBytes); ++i)
         key |= std::uint64_t{bytes[i]} << (8 * i);
-    ++counts_[character ? *character : key];
-    ++total_;
+    ++others_[character ? *character : key];
 }
 
 std::string Tally::list() const {
     constexpr std::size_t most = 8;
-    std::vector<std::pair<std::uint64_t, std::uint64_t>> all(counts_.begin(), counts_.end());
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> all(others_.begin(), others_.end());
+    for (std::size_t value = 0; value < counts_.size(); ++value)
+        if (counts_[value] != 0) all.emplace_back(value, counts_[value]);
     std::ranges::sort(all, [](const auto &a, const auto &b) {
         return a.second != b.second ? a.second > b.second : a.first < b.first;
     });

@@ -42,7 +42,8 @@ class Tally {
     std::string list() const;
 
   private:
-    std::unordered_map<std::uint64_t, std::uint64_t> counts_; // values, or bytes with a mark
+    std::vector<std::uint64_t> counts_;                       // of the values up to U+FFFF; empty: there are none
+    std::unordered_map<std::uint64_t, std::uint64_t> others_; // higher values, and bytes with a mark
     std::uint64_t total_ = 0;
 };
 
