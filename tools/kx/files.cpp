@@ -137,11 +137,10 @@ Output::Output(Tell tell, const std::string &path, Replacing how)
 void Output::open_file(const std::string &path) {
     const auto old = os::regular_file(path.c_str());
     const auto standard = os::regular_file(os::kStandardOutput);
-    std::error_code error;
     if (old && standard && old->is_same_as(*standard)) {
         // /dev/stdout, most likely. Whoever opened it would not see another file in its place.
         descriptor_ = os::kStandardOutput;
-    } else if (!old && std::filesystem::exists(path_of(path), error)) {
+    } else if (os::is_special(path.c_str())) {
         descriptor_ = os::open_to_write(path.c_str()); // a device, a pipe
     } else if (!old || os::may_write(path.c_str())) {
         replaces_ = old.has_value();

@@ -1,6 +1,7 @@
 #include "job.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 
@@ -59,13 +60,12 @@ class Work {
 
     bool run_to_end() {
         if (job_.in_place && !os::regular_file(job_.input.c_str())) {
-            const bool exists = std::filesystem::exists(path_of(job_.input), error_);
-            tell()(job_.input, exists ? 0 : ENOENT);
-            if (exists) result_.messages.back().what += ": not a regular file";
+            const bool special = os::is_special(job_.input.c_str());
+            tell()(job_.input + (special ? ": not a regular file" : ""), special ? 0 : ENOENT);
             return false;
         }
-        Input input(tell(), job_.input);
-        if (!input.good()) return false;
+        std::optional<Input> input(std::in_place, tell(), job_.input);
+        if (!input->good()) return false;
         std::optional<Output> output;
         if (job_.output) {
             const std::filesystem::path folder = path_of(*job_.output).parent_path();
@@ -77,7 +77,9 @@ class Work {
             return output ? output->write(bytes) : surroundings_.write(bytes);
         };
         if (choices_.writes_mark && output && !write(byte_order_mark(choices_.to))) return false;
-        return convert(input, write) && (!output || output->close());
+        if (!convert(*input, write)) return false;
+        input.reset(); // Windows replaces no open file
+        return !output || output->close();
     }
 
     template <class Write> bool convert(Input &input, const Write &write) {

@@ -54,5 +54,7 @@ struct RegularFile {
 // Nothing for pipes, terminals, folders and what does not exist.
 std::optional<RegularFile> regular_file(int descriptor);
 std::optional<RegularFile> regular_file(const char *path);
+// Something with this name is there that is no regular file: a device, a pipe, a folder.
+bool is_special(const char *path);
 
 } // namespace kx::os

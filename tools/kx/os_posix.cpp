@@ -182,4 +182,9 @@ std::optional<RegularFile> regular_file(const char *path) {
     return regular_file(::stat(path, &status), status);
 }
 
+bool is_special(const char *path) {
+    struct stat status {};
+    return ::stat(path, &status) == 0 && !S_ISREG(status.st_mode);
+}
+
 } // namespace kx::os

@@ -7,6 +7,7 @@
 #include <io.h>
 #include <share.h>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <vector>
 
@@ -178,6 +179,15 @@ std::optional<RegularFile> regular_file(const char *path) {
     const auto found = regular_file(file);
     CloseHandle(file);
     return found;
+}
+
+bool is_special(const char *path) {
+    // Devices such as NUL are there in every folder, and have full names of their own.
+    wchar_t full[MAX_PATH];
+    const DWORD size = GetFullPathNameW(wide_of(path).c_str(), MAX_PATH, full, nullptr);
+    if (0 < size && size < MAX_PATH && std::wstring_view(full, size).starts_with(L"\\\\.\\")) return true;
+    const DWORD attributes = GetFileAttributesW(wide_of(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 } // namespace kx::os
