@@ -31,7 +31,7 @@ class KxTest(unittest.TestCase):
     def output(self, *arguments, data=b"", **settings):
         """What a command writes that must succeed without a word, but about characters where it was told to change them."""
         arguments = arguments[0].split() if len(arguments) == 1 else arguments
-        changes = any(word == "-c" or word.startswith("--subst") for word in arguments)
+        changes = any(str(word).startswith(("-c", "--subst")) for word in arguments)
         result = kx(*arguments, *["-q"] * changes, data=data, env=environment(**settings))
         self.assertEqual((result.stderr.decode(), result.returncode), ("", 0), arguments)
         return result.stdout
@@ -40,7 +40,7 @@ class KxTest(unittest.TestCase):
         """That a command tells a fault (part of its words, or a pattern), and nothing else but this output (None: any)."""
         result = kx(*arguments, **options)
         self.assertRegex(result.stderr.decode(errors="replace"),
-                         message if isinstance(message, re.Pattern) else re.escape(message))
+                         message if isinstance(message, re.Pattern) else re.compile(re.escape(message)))
         self.assertEqual(result.returncode, status)
         if output is not None:
             self.assertEqual(result.stdout or b"", output)
