@@ -1,6 +1,7 @@
 """How the tests of the kx tool start it: as a user does, in an environment of their own. Run as NAME_test.py KX."""
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import unittest
@@ -28,15 +29,18 @@ def units(*values):
 
 class KxTest(unittest.TestCase):
     def output(self, *arguments, data=b"", **settings):
-        """What a command writes that must succeed without a word."""
-        result = kx(*arguments, data=data, env=environment(**settings))
+        """What a command writes that must succeed without a word, but about characters where it was told to change them."""
+        arguments = arguments[0].split() if len(arguments) == 1 else arguments
+        changes = any(str(word).startswith(("-c", "--subst")) for word in arguments)
+        result = kx(*arguments, *["-q"] * changes, data=data, env=environment(**settings))
         self.assertEqual((result.stderr.decode(), result.returncode), ("", 0), arguments)
         return result.stdout
 
     def assert_fails(self, *arguments, message, status=1, output=b"", **options):
-        """That a command tells a fault, and nothing else but this output (None: whatever it is)."""
+        """That a command tells a fault (part of its words, or a pattern), and nothing else but this output (None: any)."""
         result = kx(*arguments, **options)
-        self.assertIn(message, result.stderr.decode(errors="replace"))
+        self.assertRegex(result.stderr.decode(errors="replace"),
+                         message if isinstance(message, re.Pattern) else re.compile(re.escape(message)))
         self.assertEqual(result.returncode, status)
         if output is not None:
             self.assertEqual(result.stdout or b"", output)

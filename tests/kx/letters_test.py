@@ -63,7 +63,7 @@ class Letters(KxTest):
                 self.assert_fails(arguments, data=b"a", message=message, status=2)
         foreign = "aガb".encode("cp932")
         self.assert_fails("width single -f 932 -t 936", data=foreign, output=b"a",
-                          message="byte 1: 83 4B does not convert from 932 to 936")
+                          message="83 4B) does not convert from 932 to 936")
         self.assertEqual(self.output("width single -f 932 -t 936 --subst=?", data=foreign), b"a??b")
 
 

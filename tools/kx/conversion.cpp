@@ -1,106 +1,12 @@
 #include "conversion.h"
 
-#include <algorithm>
-#include <cstdio>
+#include <charconv>
+#include <kxstr/codepage.h>
 
 #include "command.h"
-#include "files.h"
 
 namespace kx {
 namespace {
-
-class Conversion {
-  public:
-    Conversion(const char *command, const TextRequest &request, const TextPages &pages, const Transform *transform,
-               std::span<const std::uint8_t> substitute, Output &output, std::unique_ptr<Decoder> decoder)
-        : command_(command),
-          request_(request),
-          transform_(transform),
-          substitute_(substitute),
-          output_(output),
-          decoder_(std::move(decoder)),
-          encoder_(make_encoder(*request.to, pages.text, pages.written)) {}
-
-    // False when the work must end; the reason has been told then.
-    bool run(Input &input) {
-        Progress progress(input);
-        for (;;) {
-            const Chunk chunk = input.next();
-            if (!input.good()) return false;
-            bytes_.clear();
-            Decoder::Result result = decode(chunk, false);
-            bool converted = encoder_->encode(units_.chars, bytes_) == units_.chars.size();
-            if (!converted) {
-                // A unit that does not convert is told by its place, which is worth the asking only now.
-                bytes_.clear();
-                result = decode(chunk, true);
-                converted = encode(input, chunk, result.consumed);
-            }
-            if (converted && result.bad_length != 0)
-                converted = replace(input, chunk, result.consumed, result.bad_length);
-            if (!output_.write(bytes_) || !converted) return false;
-            const std::size_t done = result.consumed + result.bad_length;
-            if (chunk.last && done == chunk.bytes.size()) return true;
-            input.consume(done);
-            progress.at(chunk.offset + done);
-        }
-    }
-
-  private:
-    Decoder::Result decode(const Chunk &chunk, bool placed) {
-        units_.clear();
-        units_.placed = placed || transform_ != nullptr;
-        Decoder::Result result = decoder_->decode(chunk, units_);
-        if (transform_ == nullptr) return result;
-        const bool next_follows = !chunk.last && result.bad_length == 0;
-        if (next_follows && !units_.chars.empty() && transform_->joins_next(units_.chars.back())) {
-            result.consumed = units_.places.back();
-            units_.chars.pop_back();
-            units_.places.pop_back();
-        }
-        transform_->apply(units_);
-        return result;
-    }
-
-    bool encode(const Input &input, const Chunk &chunk, std::size_t consumed) {
-        const std::span<const KxChar> units = units_.chars;
-        std::size_t done = encoder_->encode(units, bytes_);
-        while (done < units.size()) {
-            const std::size_t place = units_.places[done];
-            // A character may have become several units, all with its place.
-            const auto next = std::find_if(units_.places.begin() + static_cast<std::ptrdiff_t>(done),
-                                           units_.places.end(), [&](std::size_t other) { return other != place; });
-            const std::size_t end = next != units_.places.end() ? *next : consumed;
-            if (!replace(input, chunk, place, decoder_->length(chunk, place, end))) return false;
-            ++done;
-            done += encoder_->encode(units.subspan(done), bytes_);
-        }
-        return true;
-    }
-
-    // What becomes of a character that does not convert.
-    bool replace(const Input &input, const Chunk &chunk, std::size_t place, std::size_t length) {
-        if (request_.drop) return true;
-        if (request_.substitute) {
-            bytes_.insert(bytes_.end(), substitute_.begin(), substitute_.end());
-            return true;
-        }
-        report(command_, input.name() + ": byte " + std::to_string(chunk.offset + place) + ": " +
-                             hex(chunk.bytes.subspan(place, length)) + " does not convert from " +
-                             name_of(*request_.from) + " to " + name_of(*request_.to));
-        return false;
-    }
-
-    const char *command_;
-    const TextRequest &request_;
-    const Transform *transform_; // or null
-    std::span<const std::uint8_t> substitute_;
-    Output &output_;
-    std::unique_ptr<Decoder> decoder_;
-    std::unique_ptr<Encoder> encoder_;
-    DecodedText units_;
-    std::vector<std::uint8_t> bytes_;
-};
 
 // The bytes of one UTF-8 character in the output's form; nothing when it is not exactly one, or does not convert.
 std::optional<std::vector<std::uint8_t>> encode_substitute(const TextRequest &request, const CodePage &page) {
@@ -122,16 +28,40 @@ std::string take_text_option(TextRequest &request, int id, const std::string &ar
         form = find_encoding(argument);
         return form ? "" : "no form or code page '" + argument + "'; `kx convert -l` lists them";
     };
+    FileChoices &files = request.files;
     switch (id) {
     case 'f': {
         const std::string fault = take_encoding(request.from);
         return fault.empty() && request.from->kind == EncodingKind::sio ? "sio text is only written" : fault;
     }
     case 't': return take_encoding(request.to);
-    case 'o': request.output = argument; return "";
+    case 'o': files.output = argument; return "";
+    case 'i':
+        files.in_place = true;
+        files.backup_suffix = argument;
+        return argument.find('/') == std::string::npos ? "" : "'" + argument + "' would be in another folder";
+    case 'O': files.folder = argument; return argument.empty() ? "-O needs a folder" : "";
+    case 'r': files.walks_folders = true; return "";
+    case kFilesFromId: files.list = argument; return "";
+    case '0': files.list_has_zeros = true; return "";
+    case 'j': {
+        const char *const end = argument.data() + argument.size();
+        const auto [read, error] = std::from_chars(argument.data(), end, request.threads);
+        return error == std::errc{} && read == end ? "" : "'" + argument + "' is no number of files";
+    }
     case 'c': request.drop = true; return "";
     case kSubstId: request.substitute = argument; return "";
+    case kStrictId: request.strict = true; return "";
     case kAnsiId: return take_page(request.ansi, argument);
+    case kEolId: {
+        const auto ends = find_line_ends(argument);
+        request.line_ends = ends.value_or(LineEnds::keep);
+        return ends ? "" : "no line ends '" + argument + "'; there are keep, lf and crlf";
+    }
+    case kEofId: request.control_z_ends = true; return "";
+    case kBomId: request.writes_mark = true; return "";
+    case 'v': request.verbose = true; return "";
+    case 'q': request.quiet = true; return "";
     default: return "";
     }
 }
@@ -149,33 +79,66 @@ TextPages pages_of(const TextRequest &request, const CodePage &otherwise) {
     return {text, to.value_or(text)};
 }
 
+namespace {
+
+bool is_unicode(const Encoding &form) {
+    return !byte_order_mark(form).empty();
+}
+
+// What is wrong with the options taken together, or an empty string.
+std::string fault_of(const TextRequest &request) {
+    if (request.drop && request.substitute) return "-c and --subst exclude each other";
+    if (request.strict && (request.drop || request.substitute)) return "--strict excludes -c and --subst";
+    if (request.writes_mark && !is_unicode(*request.to))
+        return name_of(*request.to) + " begins with no byte order mark";
+    if (request.line_ends != LineEnds::keep && !has_lines(*request.to))
+        return "--eol has no say in " + name_of(*request.to);
+    if (request.control_z_ends && is_kx_encoding(*request.from))
+        return "a text in " + name_of(*request.from) + " ends with no Ctrl-Z";
+    return fault_of(request.files);
+}
+
+} // namespace
+
 int run_text(const Usage &usage, const TextRequest &request, const TextPages &pages, const Transform *transform,
-             std::unique_ptr<Decoder> decoder) {
-    if (request.drop && request.substitute) return usage_error(usage, "-c and --subst exclude each other");
-    std::vector<std::uint8_t> substitute;
+             const MakeDecoder &make_decoder) {
+    if (const std::string fault = fault_of(request); !fault.empty()) return usage_error(usage, fault);
+    Choices choices{*request.from, *request.to, pages, transform};
     if (request.substitute) {
         auto encoded = encode_substitute(request, pages.written);
         if (!encoded) {
             return usage_error(usage, "'" + *request.substitute + "' is not one character that " +
                                           name_of(*request.to) + " has");
         }
-        substitute = std::move(*encoded);
+        choices.lost = Choices::substitute;
+        choices.substitute_bytes = std::move(*encoded);
+    } else if (request.drop) {
+        choices.lost = Choices::drop;
     }
-    if (is_one_of(request.output, request.inputs)) {
-        report(usage.command,
-               "the output is also an input: " + (request.output.empty() ? "(standard output)" : request.output));
+    choices.strict = request.strict;
+    choices.passes_unknown = transform != nullptr && is_unicode(*request.from) && is_unicode(*request.to);
+    choices.line_ends = request.line_ends;
+    choices.control_z_ends = request.control_z_ends;
+    choices.writes_mark = request.writes_mark;
+
+    FileChoices files = request.files;
+    if (files.operands.empty() && !files.list) files.operands = {"-"};
+    const bool joins = !files.in_place && files.folder.empty();
+    if (joins && is_standard(files.output) && is_one_of(files.output, files.operands)) {
+        report(usage.command, "the output is also an input: (standard output)");
         return kFailure;
     }
-
-    Output output(usage.command, request.output);
-    if (!output.good()) return kFailure;
-    if (!decoder) decoder = make_decoder(*request.from, pages.text, is_kx_encoding(*request.to));
-    Conversion conversion(usage.command, request, pages, transform, substitute, output, std::move(decoder));
-    for (const std::string &path : request.inputs) {
-        Input input(usage.command, path);
-        if (!input.good() || !conversion.run(input)) return kFailure;
-    }
-    return output.close() ? kSuccess : kFailure;
+    const Plan plan = plan_jobs(files, tell_as(usage.command));
+    WtpiGetCountryID(); // the library asks the system once, and not in several threads
+    const auto make_converter = [&] {
+        auto converter = std::make_unique<ChunkConverter>(choices.from, choices.to, pages, transform,
+                                                          make_decoder ? make_decoder() : nullptr);
+        if (choices.strict) converter->find_united();
+        return converter;
+    };
+    const RunChoices run{usage.command, request.threads, request.verbose, request.quiet};
+    const bool done = run_plan(plan, choices, run, files.output, make_converter);
+    return done ? kSuccess : kFailure;
 }
 
 } // namespace kx

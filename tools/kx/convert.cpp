@@ -9,23 +9,19 @@
 namespace kx {
 namespace {
 
-constexpr Option kOptions[] = {
+constexpr auto kOptions = with_text_options({
     kFromOption,
-    kToOption,
-    kOutputOption,
-    kDropOption,
-    kSubstOption,
-    kAnsiOption,
     {'l', "list", nullptr, "list the forms and the code pages"},
-};
+});
 
 constexpr Usage kUsageText{
-    "kx convert", "-f FROM -t TO [-c | --subst=CHAR] [-o OUT] [FILE...]",
+    "kx convert", "-f FROM -t TO [-o OUT | -i | -O DIR] [OPTION]... [FILE...]",
     "Converts text from one form to another, by way of KX text. Reads standard input when no\n"
     "FILE is given, or when FILE is -.",
     kOptions,
-    "A character that does not convert ends the work: its place in the input, in bytes from 0, is\n"
-    "told, what came before it is written, and the exit status is 1.\n"
+    "A character that does not convert ends the work on its file: its line and column, and its place\n"
+    "in bytes from 0, are told. What came before it is written to standard output; a file stays what\n"
+    "it was. The other files are done, and the exit status is 1.\n"
     "Tab, line feed, form feed and carriage return are the same in all forms. The other control\n"
     "characters are kept, too, but in a DOS code page their bytes stand for glyphs.\n"
     "A byte order mark at the start of a file is skipped; none is written.\n"
@@ -54,7 +50,7 @@ int run_convert(int argc, char **argv) {
         return kSuccess;
     }
     if (!request.from || !request.to) return usage_error(kUsageText, "-f FROM and -t TO are both needed");
-    request.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
+    request.files.operands = {argv + parsed.first_operand, argv + argc};
     return run_text(kUsageText, request, pages_of(request, system_page()));
 }
 

@@ -79,7 +79,7 @@ Parsed parse(int argc, char **argv, const Usage &usage, Action &action) {
     if (parsed.stop) return parsed;
     if (parsed.first_operand == argc) return {true, usage_error(usage, "nothing to do is named"), argc};
     action.name = argv[parsed.first_operand++];
-    action.text.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
+    action.text.files.operands = {argv + parsed.first_operand, argv + argc};
     if (!action.text.from) action.text.from = find_encoding("utf-8");
     return parsed;
 }
@@ -115,12 +115,17 @@ template <class Change> Transform each(Change change) {
     return {[=](DecodedText &units) { change_each(units, change); }, never_joins};
 }
 
+std::uint32_t place_of(const DecodedText &units, std::size_t at) {
+    return units.placed ? units.places[at] : 0;
+}
+
 // Double width, with the sound mark behind a half-width katakana taken into it.
 void widen(DecodedText &units, bool only_half_width) {
     DecodedText wide;
+    wide.placed = units.placed;
     for (std::size_t at = 0; at < units.chars.size(); ++at) {
         KxChar ch = units.chars[at];
-        const std::uint32_t place = units.places[at];
+        const std::uint32_t place = place_of(units, at);
         if (ch != 0 && (is_half_width(ch) || !only_half_width)) {
             const bool has_next = at + 1 < units.chars.size();
             KxChar next = has_next ? units.chars[at + 1] : KxChar{0};
@@ -136,11 +141,12 @@ void widen(DecodedText &units, bool only_half_width) {
 // Single width, with the sound mark of a katakana behind it.
 void narrow(DecodedText &units) {
     DecodedText single;
+    single.placed = units.placed;
     for (std::size_t at = 0; at < units.chars.size(); ++at) {
         KxChar mark = 0;
         const KxChar ch = units.chars[at];
-        single.add(ch != 0 ? wtosingle(ch, &mark) : ch, units.places[at]);
-        if (mark != 0) single.add(mark, units.places[at]);
+        single.add(ch != 0 ? wtosingle(ch, &mark) : ch, place_of(units, at));
+        if (mark != 0) single.add(mark, place_of(units, at));
     }
     units = std::move(single);
 }
@@ -167,9 +173,8 @@ std::optional<Transform> width_transform(const std::string &action, const Countr
 
 // ---- the help ----
 
-constexpr Option kOptions[] = {kFromOption,  kToOption,   kOutputOption, kDropOption,
-                               kSubstOption, kAnsiOption, kCountryOption};
-constexpr Option kHanOptions[] = {kFromOption, kToOption, kOutputOption, kDropOption, kSubstOption, kAnsiOption};
+constexpr auto kOptions = with_text_options({kFromOption, kCountryOption});
+constexpr auto kHanOptions = with_text_options({kFromOption});
 
 constexpr Usage kCaseUsage{
     "kx case", "upper|lower [-f FROM] [-t TO] [OPTION]... [FILE...]",

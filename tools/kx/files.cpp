@@ -1,13 +1,17 @@
 #include "files.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <utility>
 
 #include "os.h"
+#include "paths.h"
 
 namespace kx {
 namespace {
@@ -30,6 +34,10 @@ void report(const char *command, const std::string &what, int error) {
     }
 }
 
+Tell tell_as(const char *command) {
+    return [command](const std::string &what, int error) { report(command, what, error); };
+}
+
 std::string hex(std::span<const std::uint8_t> bytes) {
     std::string text;
     for (const std::uint8_t byte : bytes) {
@@ -42,14 +50,14 @@ std::string hex(std::span<const std::uint8_t> bytes) {
 
 // ---- Input ----
 
-Input::Input(const char *command, const std::string &path) : command_(command), name_(path) {
+Input::Input(Tell tell, const std::string &path) : tell_(std::move(tell)), name_(path) {
     if (path == kStandard) {
         name_ = "(standard input)";
         descriptor_ = os::kStandardInput;
     } else {
         descriptor_ = os::open_to_read(path.c_str());
         if (descriptor_ < 0) {
-            report(command_, name_, errno);
+            tell_(name_, errno);
             return;
         }
     }
@@ -72,7 +80,7 @@ Chunk Input::next() {
         if (end_ == buffer_.size()) buffer_.resize(2 * buffer_.size());
         const std::ptrdiff_t count = os::read(descriptor_, buffer_.data() + end_, buffer_.size() - end_);
         if (count < 0) {
-            report(command_, name_, errno);
+            tell_(name_, errno);
             good_ = false;
         } else {
             end_ += static_cast<std::size_t>(count);
@@ -94,26 +102,75 @@ std::uint64_t size_of(const Input &input) {
 
 // ---- Output ----
 
-Output::Output(const char *command, const std::string &path) : command_(command), name_(path) {
-    if (path.empty() || path == kStandard) {
+namespace {
+
+// What a name stands for in the end. Only the last part matters: the new file comes beside it.
+std::filesystem::path behind_links(std::filesystem::path path) {
+    constexpr int most = 40; // as many as systems follow
+    std::error_code error;
+    for (int i = 0; i < most && std::filesystem::is_symlink(path, error); ++i)
+        path = path.parent_path() / std::filesystem::read_symlink(path, error);
+    return path;
+}
+
+constexpr const char *kTemporary = ".kx-";
+
+// A name that nothing has, in the folder of the file.
+std::string name_beside(const std::string &path, unsigned number) {
+    const std::string name = kTemporary + std::to_string(os::process_number()) + "-" + std::to_string(number);
+    return text_of(path_of(path).parent_path() / name);
+}
+
+} // namespace
+
+Output::Output(Tell tell, const std::string &path, Replacing how)
+    : tell_(std::move(tell)), name_(path), how_(std::move(how)) {
+    if (is_standard(path)) {
         name_ = "(standard output)";
         descriptor_ = os::kStandardOutput;
+        good_ = true;
     } else {
-        descriptor_ = os::open_to_write(path.c_str());
-        if (descriptor_ < 0) {
-            report(command_, name_, errno);
-            return;
-        }
+        open_file(path);
     }
-    good_ = true;
+}
+
+void Output::open_file(const std::string &path) {
+    const auto old = os::regular_file(path.c_str());
+    const auto standard = os::regular_file(os::kStandardOutput);
+    if (old && standard && old->is_same_as(*standard)) {
+        // /dev/stdout, most likely. Whoever opened it would not see another file in its place.
+        descriptor_ = os::kStandardOutput;
+    } else if (os::is_special(path.c_str())) {
+        descriptor_ = os::open_to_write(path.c_str()); // a device, a pipe
+    } else if (!old || os::may_write(path.c_str())) {
+        replaces_ = old.has_value();
+        const std::string target = text_of(behind_links(path_of(path)));
+        do {
+            static std::atomic<unsigned> number = 0;
+            temporary_ = name_beside(target, number++);
+            descriptor_ = os::create(temporary_.c_str());
+        } while (descriptor_ < 0 && errno == EEXIST);
+        if (descriptor_ >= 0) target_ = target;
+    }
+    good_ = descriptor_ >= 0;
+    if (!good_) tell_(replaces_ ? "cannot write a file beside " + name_ : name_, errno);
 }
 
 Output::~Output() {
-    if (good_) close();
+    if (descriptor_ >= 0 && descriptor_ != os::kStandardOutput) os::close(descriptor_);
+    discard();
 }
 
-bool Output::fail(const char *what) {
-    report(command_, what + name_, errno);
+void Output::discard() {
+    if (target_.empty()) return;
+    os::remove(temporary_.c_str());
+    os::settle(temporary_.c_str());
+    target_.clear();
+}
+
+bool Output::fail(const std::string &what) {
+    const bool enough = errno == EPIPE && descriptor_ == os::kStandardOutput;
+    if (!enough) tell_(what + name_, errno);
     good_ = false;
     return false;
 }
@@ -129,15 +186,47 @@ bool Output::write(std::span<const std::uint8_t> bytes) {
 
 bool Output::close() {
     if (!good_) return false;
-    good_ = false;
+    if (!target_.empty() && !replace()) return false;
     // Some file systems report a full disk only here.
-    if (os::close(descriptor_) < 0) return fail("cannot write to ");
+    const int result = descriptor_ < 0 ? 0 : os::close(std::exchange(descriptor_, -1));
+    if (result < 0) return fail("cannot write to ");
+    good_ = false;
     return true;
+}
+
+bool Output::replace() {
+    const char *const temporary = temporary_.c_str();
+    const char *const target = target_.c_str();
+    if (replaces_ && os::take_attributes(descriptor_, target, how_.keeps_times) < 0)
+        return fail("cannot keep the permissions of ");
+    // An old file must not be lost to a loss of power; a new one can be made again.
+    const bool safe = !replaces_ || os::flush(descriptor_) == 0;
+    if (!safe || os::close(std::exchange(descriptor_, -1)) < 0) return fail("cannot write to ");
+    if (!how_.backup.empty() && os::keep_as(target, how_.backup.c_str()) < 0) {
+        tell_("cannot keep " + name_ + " as " + how_.backup, errno);
+        return good_ = false;
+    }
+    if (os::rename(temporary, target) < 0) {
+        const int error = errno;
+        if (!how_.backup.empty()) {
+            os::rename(how_.backup.c_str(), target);
+            os::remove(how_.backup.c_str()); // where it was a second name still
+        }
+        errno = error;
+        return fail("cannot replace ");
+    }
+    os::settle(temporary);
+    target_.clear();
+    return true;
+}
+
+bool is_temporary(const std::string &path) {
+    return text_of(path_of(path).filename()).starts_with(kTemporary);
 }
 
 bool is_one_of(const std::string &output, std::span<const std::string> inputs) {
     const auto regular_file = [](const std::string &path, int standard) {
-        return path.empty() || path == kStandard ? os::regular_file(standard) : os::regular_file(path.c_str());
+        return is_standard(path) ? os::regular_file(standard) : os::regular_file(path.c_str());
     };
     const auto target = regular_file(output, os::kStandardOutput);
     return target && std::ranges::any_of(inputs, [&](const std::string &input) {
@@ -148,22 +237,28 @@ bool is_one_of(const std::string &output, std::span<const std::string> inputs) {
 
 // ---- Progress ----
 
-Progress::Progress(const Input &input)
-    : name_(input.name()),
-      total_(size_of(input)),
-      wanted_(os::is_terminal(os::kStandardError)),
-      due_(now_in_milliseconds() + 1000) {}
-
-Progress::~Progress() {
-    if (shown_) std::fputs("\r\033[K", stderr);
+Progress::Progress(const Input &input) : Progress(size_of(input)) {
+    name_ = input.name();
 }
 
-void Progress::at(std::uint64_t done) {
+Progress::Progress(std::uint64_t total)
+    : total_(total), wanted_(os::is_terminal(os::kStandardError)), due_(now_in_milliseconds() + 1000) {}
+
+Progress::~Progress() {
+    clear();
+}
+
+void Progress::clear() {
+    if (shown_) std::fputs("\r\033[K", stderr);
+    shown_ = false;
+}
+
+void Progress::at(std::uint64_t done, const std::string &name) {
     if (!wanted_ || now_in_milliseconds() < due_) return;
     due_ = now_in_milliseconds() + 200;
     shown_ = true;
     constexpr std::uint64_t mebi = std::uint64_t{1024} * 1024;
-    std::fprintf(stderr, "\r\033[K%s: %" PRIu64 " MiB", name_.c_str(), done / mebi);
+    std::fprintf(stderr, "\r\033[K%s: %" PRIu64 " MiB", name.c_str(), done / mebi);
     if (total_ > 0 && done <= total_) {
         std::fprintf(stderr, " of %" PRIu64 " (%" PRIu64 " %%)", total_ / mebi, done * 100 / total_);
     }

@@ -3,11 +3,17 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace kx {
+
+// Takes what is to be said about a file, and the `errno` value that is the reason for it, or 0.
+using Tell = std::function<void(const std::string &what, int error)>;
+// Says it at once, as the command's.
+Tell tell_as(const char *command);
 
 // A part of an input, from a place that the reader chose.
 struct Chunk {
@@ -19,8 +25,9 @@ struct Chunk {
 // Reads one file. No more than one chunk is kept, so memory does not grow with the file.
 class Input {
   public:
-    // "-" is standard input. A fault is reported and makes good() false.
-    Input(const char *command, const std::string &path);
+    // "-" is standard input. A fault is told and makes good() false.
+    Input(Tell tell, const std::string &path);
+    Input(const char *command, const std::string &path) : Input(tell_as(command), path) {}
     ~Input();
     Input(const Input &) = delete;
     Input &operator=(const Input &) = delete;
@@ -30,12 +37,12 @@ class Input {
     int descriptor() const noexcept { return descriptor_; }
 
     // The bytes that are not consumed yet and what follows them, some more than at the last call unless it is `last`.
-    // When reading fails the fault is reported and good() is false.
+    // When reading fails the fault is told and good() is false.
     Chunk next();
     void consume(std::size_t count);
 
   private:
-    const char *command_;
+    Tell tell_;
     std::string name_;
     int descriptor_ = -1;
     bool good_ = false;
@@ -49,43 +56,67 @@ class Input {
 // The size of a regular file; 0 for other inputs.
 std::uint64_t size_of(const Input &input);
 
-// Writes one file, or standard output.
+// What a new file keeps of the one in whose place it comes. Its permissions in any case.
+struct Replacing {
+    bool keeps_times = false;
+    std::string backup{}; // the path under which the old file stays; empty: nowhere
+};
+
+// Writes one file, or standard output. A file comes into its place only when it is complete: until then the old one is
+// what it was, and may be read.
 class Output {
   public:
-    // An empty path or "-" is standard output. A fault is reported and makes good() false.
-    Output(const char *command, const std::string &path);
-    ~Output();
+    // An empty path or "-" is standard output. A fault is told and makes good() false.
+    Output(Tell tell, const std::string &path, Replacing how = {});
+    Output(const char *command, const std::string &path) : Output(tell_as(command), path) {}
+    ~Output(); // without close() nothing has changed
     Output(const Output &) = delete;
     Output &operator=(const Output &) = delete;
 
     bool good() const noexcept { return good_; }
-    int descriptor() const noexcept { return descriptor_; }
 
-    // Both report a fault and return false: a full disk, a pipe that nobody reads.
+    // Both tell a fault and return false: a full disk, a pipe that nobody reads. The end of such a pipe at standard
+    // output goes without a word: who reads it has seen enough.
     bool write(std::span<const std::uint8_t> bytes);
     bool close();
 
   private:
-    bool fail(const char *what);
+    void open_file(const std::string &path);
+    bool fail(const std::string &what);
+    bool replace();
+    void discard();
 
-    const char *command_;
+    Tell tell_;
     std::string name_;
+    Replacing how_;
+    std::string target_;    // the file to be replaced, behind all links; empty: the descriptor is that of the output
+    std::string temporary_; // what is written until then
+    bool replaces_ = false; // there is an old file
     int descriptor_ = -1;
     bool good_ = false;
 };
 
-// Whether the output path names an existing regular file that is also one of the inputs. Writing it would destroy it.
+// Whether a name is one that Output gives a file that is not complete.
+bool is_temporary(const std::string &path);
+
+// Whether the output path names an existing regular file that is also one of the inputs.
 bool is_one_of(const std::string &output, std::span<const std::string> inputs);
+inline bool is_standard(const std::string &path) {
+    return path.empty() || path == "-";
+}
 
 // A line on the terminal for an input that takes longer than a second; nothing when standard error is not a terminal.
 class Progress {
   public:
     explicit Progress(const Input &input);
+    explicit Progress(std::uint64_t total); // of several inputs, in bytes; 0: not known
     ~Progress();
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
 
-    void at(std::uint64_t done);
+    void at(std::uint64_t done) { at(done, name_); }
+    void at(std::uint64_t done, const std::string &name);
+    void clear(); // before a message
 
   private:
     std::string name_;

@@ -74,6 +74,7 @@ int main(int argc, char **argv) {
     // What was printed may still meet a full disk, or a pipe that nobody reads.
     const bool flushed = std::fflush(stdout) == 0;
     if (flushed && std::ferror(stdout) == 0) return status;
+    if (!flushed && errno == EPIPE) return kx::kFailure; // who reads it has seen enough
     kx::report("kx", "cannot write to (standard output)", flushed ? 0 : errno);
     return status == kx::kSuccess ? kx::kFailure : status;
 }

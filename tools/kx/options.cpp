@@ -12,6 +12,12 @@ namespace {
 
 constexpr int kFirstLongOnly = 256;
 
+// As getopt_long counts arguments.
+int arguments_of(const Option &option) {
+    if (option.argument == nullptr) return no_argument;
+    return option.argument[0] == '[' ? optional_argument : required_argument;
+}
+
 // "-o, --output=FILE", the left column of the help.
 std::string spelling(const Option &option) {
     std::string text = option.id < kFirstLongOnly ? std::string("-") + static_cast<char>(option.id) : "   ";
@@ -19,10 +25,10 @@ std::string spelling(const Option &option) {
         text += option.id < kFirstLongOnly ? ", --" : " --";
         text += option.name;
     }
-    if (option.argument != nullptr) {
-        text += option.name != nullptr ? "=" : " ";
-        text += option.argument;
-    }
+    if (option.argument == nullptr) return text;
+    const bool optional = arguments_of(option) == optional_argument;
+    text += optional ? "[=" : option.name != nullptr ? "=" : " ";
+    text += option.argument + (optional ? 1 : 0);
     return text;
 }
 
@@ -44,14 +50,12 @@ Parsed parse_options(int argc, char **argv, const Usage &usage,
     std::string letters;
     std::vector<option> names;
     for (const Option &option : usage.options) {
-        const bool argument = option.argument != nullptr;
+        const int arguments = arguments_of(option);
         if (option.id < kFirstLongOnly) {
             letters += static_cast<char>(option.id);
-            if (argument) letters += ':';
+            letters += arguments == no_argument ? "" : arguments == required_argument ? ":" : "::";
         }
-        if (option.name != nullptr) {
-            names.push_back({option.name, argument ? required_argument : no_argument, nullptr, option.id});
-        }
+        if (option.name != nullptr) names.push_back({option.name, arguments, nullptr, option.id});
     }
     letters += 'h';
     names.push_back({"help", no_argument, nullptr, 'h'});

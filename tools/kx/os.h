@@ -11,8 +11,9 @@ inline constexpr int kStandardInput = 0;
 inline constexpr int kStandardOutput = 1;
 inline constexpr int kStandardError = 2;
 
-// Once, before anything else: a closed pipe becomes a write error like others, no byte is changed on its way through
-// the standard streams, and on Windows the arguments, names of files among them, become UTF-8.
+// Once, before anything else: a closed pipe and a limit on the size of files become write errors like others, a closed
+// standard stream cannot become a file that is opened later, no byte is changed on its way through the standard
+// streams, and on Windows the arguments, names of files among them, become UTF-8.
 void prepare(int &argc, char **&argv);
 
 int open_to_read(const char *path);
@@ -20,6 +21,24 @@ int open_to_write(const char *path); // created, or emptied
 std::ptrdiff_t read(int descriptor, void *bytes, std::size_t size);
 std::ptrdiff_t write(int descriptor, const void *bytes, std::size_t size);
 int close(int descriptor);
+
+// ---- A new file in the place of an old one ----
+
+bool may_write(const char *path);
+// A file that is not there yet, for writing. Until `settle` it is removed when a signal ends the process.
+int create(const char *path);
+void settle(const char *path);
+int remove(const char *path);
+// Gives an open file the permissions of another and, as far as the process may, its owner; with `times` also when that
+// was read and changed.
+int take_attributes(int descriptor, const char *from, bool times);
+// Until the bytes are where a loss of power does not reach them.
+int flush(int descriptor);
+// A file gets another name, which may be that of a file that then is gone.
+int rename(const char *from, const char *to);
+// Keeps a file under a second name, one that nothing has yet. Where files have one name only it loses the first.
+int keep_as(const char *path, const char *second);
+unsigned long process_number();
 
 // A terminal that can clear a line.
 bool is_terminal(int descriptor);
@@ -35,5 +54,7 @@ struct RegularFile {
 // Nothing for pipes, terminals, folders and what does not exist.
 std::optional<RegularFile> regular_file(int descriptor);
 std::optional<RegularFile> regular_file(const char *path);
+// Something with this name is there that is no regular file: a device, a pipe, a folder.
+bool is_special(const char *path);
 
 } // namespace kx::os

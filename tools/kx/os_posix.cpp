@@ -1,8 +1,14 @@
 #include "os.h"
 
+#include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <fcntl.h>
+#include <initializer_list>
+#include <mutex>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,10 +29,63 @@ std::optional<RegularFile> regular_file(int result, const struct stat &status) {
                        static_cast<std::uint64_t>(status.st_size)};
 }
 
+// ---- Files that a signal removes ----
+
+// The handler may take no lock and touch no heap, so the names lie in places that are always there. A name that is too
+// long, or one too many, stays when a signal comes: that is untidy, no more.
+struct Unfinished {
+    std::atomic<bool> used;
+    std::array<char, 1024> path;
+};
+std::array<Unfinished, 64> g_unfinished;
+std::mutex g_adding;
+
+void keep_unfinished(const char *path) {
+    const std::lock_guard lock(g_adding);
+    const std::size_t size = std::strlen(path) + 1;
+    for (Unfinished &file : g_unfinished) {
+        if (file.used || size > file.path.size()) continue;
+        std::memcpy(file.path.data(), path, size);
+        file.used = true;
+        return;
+    }
+}
+
+extern "C" void remove_unfinished(int signal) {
+    for (const Unfinished &file : g_unfinished)
+        if (file.used) ::unlink(file.path.data());
+    // As if nobody had caught it.
+    struct sigaction action {};
+    action.sa_handler = SIG_DFL;
+    ::sigaction(signal, &action, nullptr);
+    ::raise(signal);
+}
+
+void catch_signals() {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action {};
+        ::sigaction(signal, nullptr, &action);
+        if (action.sa_handler == SIG_IGN) continue; // as nohup(1) wants it
+        action = {};
+        action.sa_handler = remove_unfinished;
+        ::sigaction(signal, &action, nullptr);
+    }
+}
+
+// Reading or writing one of them then fails, as it does when the descriptor is closed.
+void take_standard_streams() {
+    for (const int descriptor : {kStandardInput, kStandardOutput, kStandardError}) {
+        if (::fcntl(descriptor, F_GETFD) >= 0) continue;
+        if (::open("/dev/null", descriptor == kStandardInput ? O_WRONLY : O_RDONLY) < 0) ::_exit(1);
+    }
+}
+
 } // namespace
 
 void prepare(int &, char **&) {
+    take_standard_streams();
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 int open_to_read(const char *path) {
@@ -49,6 +108,66 @@ int close(int descriptor) {
     return ::close(descriptor);
 }
 
+bool may_write(const char *path) {
+    return ::faccessat(AT_FDCWD, path, W_OK, AT_EACCESS) == 0;
+}
+
+int create(const char *path) {
+    static std::once_flag once;
+    std::call_once(once, catch_signals);
+    const int descriptor = uninterrupted([&] { return ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666); });
+    if (descriptor >= 0) keep_unfinished(path);
+    return descriptor;
+}
+
+void settle(const char *path) {
+    for (Unfinished &file : g_unfinished)
+        if (file.used && std::strcmp(file.path.data(), path) == 0) file.used = false;
+}
+
+int remove(const char *path) {
+    return ::unlink(path);
+}
+
+int take_attributes(int descriptor, const char *from, bool times) {
+    struct stat status {};
+    if (::stat(from, &status) != 0) return -1;
+    // The owner first: changing it takes mode bits away. Only a privileged process can keep a foreign one, and nobody
+    // else's rights are to be lent with a file of our own.
+    mode_t mode = status.st_mode & 07777;
+    if (::fchown(descriptor, status.st_uid, status.st_gid) != 0) {
+        mode &= ~static_cast<mode_t>(S_ISUID);
+        if (::fchown(descriptor, static_cast<uid_t>(-1), status.st_gid) != 0) mode &= ~static_cast<mode_t>(S_ISGID);
+    }
+    if (::fchmod(descriptor, mode) != 0) return -1;
+    const std::array<timespec, 2> when{status.st_atim, status.st_mtim};
+    return times ? ::futimens(descriptor, when.data()) : 0;
+}
+
+int flush(int descriptor) {
+    // EINVAL: a file system that has nothing to flush.
+    const int result = uninterrupted([&] { return ::fsync(descriptor); });
+    return result < 0 && errno == EINVAL ? 0 : result;
+}
+
+int rename(const char *from, const char *to) {
+    return std::rename(from, to);
+}
+
+int keep_as(const char *path, const char *second) {
+    if (::link(path, second) == 0) return 0;
+    const bool no_links = errno == EPERM || errno == ENOTSUP || errno == ENOSYS || errno == EMLINK;
+    if (!no_links) return -1;
+    struct stat status {};
+    if (::lstat(second, &status) != 0) return std::rename(path, second);
+    errno = EEXIST;
+    return -1;
+}
+
+unsigned long process_number() {
+    return static_cast<unsigned long>(::getpid());
+}
+
 bool is_terminal(int descriptor) {
     return isatty(descriptor) != 0;
 }
@@ -61,6 +180,11 @@ std::optional<RegularFile> regular_file(int descriptor) {
 std::optional<RegularFile> regular_file(const char *path) {
     struct stat status {};
     return regular_file(::stat(path, &status), status);
+}
+
+bool is_special(const char *path) {
+    struct stat status {};
+    return ::stat(path, &status) == 0 && !S_ISREG(status.st_mode);
 }
 
 } // namespace kx::os

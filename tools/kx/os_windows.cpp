@@ -1,11 +1,13 @@
 #include "os.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <initializer_list>
 #include <io.h>
 #include <share.h>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <vector>
 
@@ -42,6 +44,23 @@ std::wstring wide_of(const char *path) {
     return wide;
 }
 
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+// For calls of the system that set no errno.
+int fail() {
+    switch (GetLastError()) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND: errno = ENOENT; break;
+    case ERROR_FILE_EXISTS:
+    case ERROR_ALREADY_EXISTS: errno = EEXIST; break;
+    case ERROR_ACCESS_DENIED:
+    case ERROR_SHARING_VIOLATION: errno = EACCES; break;
+    case ERROR_INVALID_FUNCTION: errno = ENOSYS; break;
+    default: errno = EIO; break;
+    }
+    return -1;
+}
+
 std::uint64_t join(DWORD high, DWORD low) {
     return (std::uint64_t{high} << 32) | low;
 }
@@ -72,6 +91,9 @@ void prepare(int &argc, char **&argv) {
         argv = arguments.data();
     }
     for (const int descriptor : {kStandardInput, kStandardOutput, kStandardError})
+        // A stream that is missing must not become a file that is opened later.
+        if (_get_osfhandle(descriptor) < 0) _wopen(L"NUL", descriptor == kStandardInput ? _O_WRONLY : _O_RDONLY);
+    for (const int descriptor : {kStandardInput, kStandardOutput, kStandardError})
         _setmode(descriptor, _O_BINARY);
 }
 
@@ -96,6 +118,50 @@ int close(int descriptor) {
     return _close(descriptor);
 }
 
+bool may_write(const char *path) {
+    constexpr int writing = 2;
+    return _waccess(wide_of(path).c_str(), writing) == 0;
+}
+
+int create(const char *path) {
+    return _wopen(wide_of(path).c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY | _O_NOINHERIT,
+                  _S_IREAD | _S_IWRITE);
+}
+
+void settle(const char *) {}
+
+int remove(const char *path) {
+    return _wremove(wide_of(path).c_str());
+}
+
+int take_attributes(int descriptor, const char *from, bool times) {
+    if (!times) return 0;
+    const HANDLE file =
+        CreateFileW(wide_of(from).c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return fail();
+    FILETIME created, read, written;
+    const bool known = GetFileTime(file, &created, &read, &written) != 0;
+    CloseHandle(file);
+    return known && SetFileTime(handle_of(descriptor), &created, &read, &written) != 0 ? 0 : fail();
+}
+
+int flush(int descriptor) {
+    return _commit(descriptor);
+}
+
+int rename(const char *from, const char *to) {
+    constexpr DWORD how = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+    return MoveFileExW(wide_of(from).c_str(), wide_of(to).c_str(), how) != 0 ? 0 : fail();
+}
+
+int keep_as(const char *path, const char *second) {
+    return MoveFileExW(wide_of(path).c_str(), wide_of(second).c_str(), MOVEFILE_WRITE_THROUGH) != 0 ? 0 : fail();
+}
+
+unsigned long process_number() {
+    return GetCurrentProcessId();
+}
+
 bool is_terminal(int descriptor) {
     constexpr DWORD escape_sequences = 0x0004; // ENABLE_VIRTUAL_TERMINAL_PROCESSING
     DWORD mode = 0;
@@ -108,12 +174,20 @@ std::optional<RegularFile> regular_file(int descriptor) {
 }
 
 std::optional<RegularFile> regular_file(const char *path) {
-    constexpr DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const HANDLE file = CreateFileW(wide_of(path).c_str(), 0, share, nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE file = CreateFileW(wide_of(path).c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE) return std::nullopt;
     const auto found = regular_file(file);
     CloseHandle(file);
     return found;
+}
+
+bool is_special(const char *path) {
+    // Devices such as NUL are there in every folder, and have full names of their own.
+    wchar_t full[MAX_PATH];
+    const DWORD size = GetFullPathNameW(wide_of(path).c_str(), MAX_PATH, full, nullptr);
+    if (0 < size && size < MAX_PATH && std::wstring_view(full, size).starts_with(L"\\\\.\\")) return true;
+    const DWORD attributes = GetFileAttributesW(wide_of(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 } // namespace kx::os

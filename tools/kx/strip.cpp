@@ -17,28 +17,22 @@ constexpr int kKeepId = kFirstOwnId;
 constexpr int kHyphensId = kFirstOwnId + 1;
 constexpr int kSoftAsSpaceId = kFirstOwnId + 2;
 
-constexpr Option kOptions[] = {
+constexpr auto kOptions = with_text_options({
     {kKeepId, "keep", "LIST", "keep these too: attributes, hard, soft (line ends), tabs; with commas between"},
     {kHyphensId, "hyphens", nullptr, "write the hyphen codes as hyphens"},
     {kSoftAsSpaceId, "soft-as-space", nullptr, "write soft line ends as spaces, unless they are kept"},
-    kToOption,
-    kOutputOption,
-    kDropOption,
-    kSubstOption,
-    kAnsiOption,
-};
+});
 
 constexpr Usage kUsageText{
-    "kx strip",
-    "[--keep=LIST] [--hyphens] [--soft-as-space] [-t FORM]\n"
-    "                [-c | --subst=CHAR] [-o OUT] [FILE...]",
+    "kx strip", "[--keep=LIST] [-t FORM] [-o OUT | -i | -O DIR] [OPTION]... [FILE...]",
     "Strips document streams to their text. Reads standard input when no FILE is given, or when\n"
     "FILE is -.",
     kOptions,
     "Characters and spaces are text. Line ends, tabs and attributes go unless they are kept, all\n"
     "other codes go in any case. Kept attributes show in the forms kx, stream, stream5 and sio only.\n"
-    "A code that lies about its size ends the work: its place is told, in bytes from 0, what came\n"
-    "before it is written, and the exit status is 1. With -c it counts as one byte, and goes.\n"
+    "A code that lies about its size ends the work on its file: its place is told, in bytes from 0.\n"
+    "What came before it is written to standard output; a file stays what it was. The other files\n"
+    "are done, and the exit status is 1. With -c it counts as one byte, and goes.\n"
     "Exit status: 0 all was stripped, 1 something was not or could not be read or written, 2 the\n"
     "command line is wrong."};
 
@@ -123,10 +117,10 @@ int run_strip(int argc, char **argv) {
         }
     });
     if (parsed.stop) return parsed.status;
-    request.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
+    request.files.operands = {argv + parsed.first_operand, argv + argc};
     const TextPages pages = pages_of(request, system_page());
-    auto decoder = std::make_unique<StripDecoder>(flags, is_kx_encoding(*request.to));
-    return run_text(kUsageText, request, pages, nullptr, std::move(decoder));
+    return run_text(kUsageText, request, pages, nullptr,
+                    [&] { return std::make_unique<StripDecoder>(flags, is_kx_encoding(*request.to)); });
 }
 
 } // namespace kx

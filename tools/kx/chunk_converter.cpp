@@ -1,0 +1,157 @@
+#include "chunk_converter.h"
+
+#include <algorithm>
+
+namespace kx {
+namespace {
+
+// Of a whole character; pieces of one are shorter than their first byte says.
+std::optional<char32_t> value_of_utf8(std::span<const std::uint8_t> bytes) {
+    const std::uint8_t first = bytes[0];
+    const std::size_t length = first < 0x80 ? 1 : first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    if (bytes.size() != length) return std::nullopt;
+    char32_t value = length == 1 ? first : first & (0x7Fu >> length);
+    for (const std::uint8_t byte : bytes.subspan(1))
+        value = (value << 6) | (byte & 0x3Fu);
+    return value;
+}
+
+std::optional<char32_t> value_of_utf16(std::span<const std::uint8_t> bytes, bool low_first) {
+    const auto unit = [&](std::size_t at) -> char32_t {
+        return low_first ? bytes[at] | (char32_t{bytes[at + 1]} << 8) : bytes[at + 1] | (char32_t{bytes[at]} << 8);
+    };
+    if (bytes.size() == 4) return 0x10000u + ((unit(0) & 0x3FFu) << 10) + (unit(2) & 0x3FFu);
+    const bool is_character = bytes.size() == 2 && (unit(0) < 0xD800 || unit(0) > 0xDFFF);
+    return is_character ? std::optional(unit(0)) : std::nullopt;
+}
+
+} // namespace
+
+ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const TextPages &pages,
+                               const Transform *transform, std::unique_ptr<Decoder> decoder)
+    : from_(from),
+      text_page_(pages.text),
+      transform_(transform),
+      decoder_(decoder ? std::move(decoder) : make_decoder(from, pages.text, is_kx_encoding(to))),
+      encoder_(make_encoder(to, pages.text, pages.written)),
+      unicode_([page = pages.text](KxChar ch) { return unicode_of_kx(page, ch); }) {}
+
+ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, std::vector<std::uint8_t> &bytes,
+                                               const OnChange &on_change) {
+    Result result{0, 0, false};
+    // Decoding without places goes by blocks, which is for nothing where a fault is in every one of them.
+    constexpr std::size_t near = 256;
+    bool placed = false;
+    while (result.consumed < chunk.bytes.size()) {
+        const std::size_t begin = result.consumed;
+        const Chunk rest{chunk.bytes.subspan(begin), chunk.offset + begin, chunk.last};
+        const std::size_t size = bytes.size();
+        Piece piece = decode(rest, placed);
+        const bool united = back_ && !comes_back(rest.bytes.first(piece.decoded.consumed));
+        united_.clear();
+        if (united || encoder_->encode(units_.chars, bytes) != units_.chars.size()) {
+            // Whose unit it is that does not convert is told by decoding again; that is rarely needed.
+            bytes.resize(size);
+            if (!placed) piece = decode(rest, true);
+            if (united) list_united(rest, piece.decoded.consumed);
+            std::size_t stopped_at = 0;
+            if (!encode(rest, piece.decoded.consumed, begin, bytes, on_change, stopped_at))
+                return {begin + stopped_at, result.characters, true};
+        }
+        result.characters += piece.characters;
+        result.consumed += piece.decoded.consumed;
+        const std::size_t bad = piece.decoded.bad_length;
+        if (bad == 0) break;
+        placed = piece.decoded.consumed < near;
+        if (!on_change({Change::lost, result.consumed, bad})) {
+            result.stopped = true;
+            break;
+        }
+        result.consumed += bad;
+        ++result.characters;
+    }
+    return result;
+}
+
+ChunkConverter::Piece ChunkConverter::decode(const Chunk &chunk, bool placed) {
+    units_.clear();
+    units_.placed = placed;
+    Decoder::Result result = decoder_->decode(chunk, units_);
+    if (transform_ == nullptr) return {result, units_.chars.size()};
+    const bool next_follows = !chunk.last && result.bad_length == 0;
+    if (next_follows && !units_.chars.empty() && transform_->joins_next(units_.chars.back())) {
+        if (!placed) return decode(chunk, true);
+        result.consumed = units_.places.back();
+        units_.chars.pop_back();
+        units_.places.pop_back();
+    }
+    const std::uint64_t characters = units_.chars.size();
+    transform_->apply(units_);
+    return {result, characters};
+}
+
+bool ChunkConverter::encode(const Chunk &chunk, std::size_t consumed, std::size_t offset,
+                            std::vector<std::uint8_t> &bytes, const OnChange &on_change, std::size_t &stopped_at) {
+    const std::span<const KxChar> units = units_.chars;
+    auto united = united_.begin();
+    for (std::size_t done = 0;;) {
+        const std::size_t end = united != united_.end() ? *united : units.size();
+        done += encoder_->encode(units.subspan(done, end - done), bytes);
+        if (done == units.size()) return true;
+        const bool is_united = done == end;
+        const std::size_t place = stopped_at = units_.places[done];
+        const std::size_t length = decoder_->length(chunk, place, end_of(done, consumed));
+        if (!on_change({is_united ? Change::united : Change::lost, offset + place, length})) return false;
+        if (is_united) {
+            ++united;
+        } else {
+            ++done;
+        }
+    }
+}
+
+// Where the character of a unit ends in the chunk. It may have become several units, all with its place.
+std::size_t ChunkConverter::end_of(std::size_t unit, std::size_t consumed) const {
+    const auto begin = units_.places.begin() + static_cast<std::ptrdiff_t>(unit);
+    const auto next = std::find_if(begin, units_.places.end(), [&](std::size_t other) { return other != *begin; });
+    return next != units_.places.end() ? *next : consumed;
+}
+
+void ChunkConverter::find_united() {
+    // What is KX text already has nothing to be united any more.
+    if (transform_ == nullptr && !is_kx_encoding(from_)) back_ = make_encoder(from_, text_page_, text_page_);
+}
+
+bool ChunkConverter::comes_back(std::span<const std::uint8_t> bytes) {
+    came_back_.clear();
+    return back_->encode(units_.chars, came_back_) == units_.chars.size() && std::ranges::equal(came_back_, bytes);
+}
+
+void ChunkConverter::list_united(const Chunk &chunk, std::size_t consumed) {
+    for (std::size_t at = 0; at < units_.chars.size(); ++at) {
+        const std::size_t place = units_.places[at];
+        const auto bytes = chunk.bytes.subspan(place, end_of(at, consumed) - place);
+        came_back_.clear();
+        const bool same =
+            back_->encode({&units_.chars[at], 1}, came_back_) == 1 && std::ranges::equal(came_back_, bytes);
+        if (!same) united_.push_back(at);
+    }
+}
+
+std::optional<char32_t> ChunkConverter::code_point(std::span<const std::uint8_t> bytes) {
+    switch (from_.kind) {
+    case EncodingKind::utf8: return value_of_utf8(bytes);
+    case EncodingKind::utf16le: return value_of_utf16(bytes, true);
+    case EncodingKind::utf16be: return value_of_utf16(bytes, false);
+    default: break;
+    }
+    // Not in units_: this is asked about a change, while they are being written. Nor at the start of a file.
+    one_.clear();
+    const auto result = decoder_->decode({bytes, 1, true}, one_);
+    if (result.bad_length != 0 || one_.chars.size() != 1) return std::nullopt;
+    const std::uint16_t unit = unicode_[one_.chars[0]];
+    const bool is_private = unit >= 0xE000 && unit <= 0xF8FF; // which says less than the bytes
+    return unit != KX_NONE && !is_private ? std::optional<char32_t>(unit) : std::nullopt;
+}
+
+} // namespace kx

@@ -1,0 +1,81 @@
+// The one place where text becomes text of another form: a chunk at a time, and without a word to anybody.
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "encodings.h"
+
+namespace kx {
+
+// The page of the KX text between the forms, and of the KX text to be written.
+struct TextPages {
+    CodePage text;
+    CodePage written;
+};
+
+// What a command does to the KX text on its way.
+struct Transform {
+    // Replaces the units of a part of the text. Where the units have places a new one has that of the first one that it
+    // was made from.
+    std::function<void(DecodedText &units)> apply;
+    // Whether the unit may be one character together with the next; they are then handed out in one part.
+    std::function<bool(KxChar ch)> joins_next;
+};
+
+// A character that does not come out as what it is.
+struct Change {
+    enum Kind { lost, united } kind; // no equivalent, or no character at all; another character's equivalent
+    std::size_t place;               // of its first byte in the chunk
+    std::size_t length;              // bytes
+};
+
+class ChunkConverter {
+  public:
+    // A command may read its input in its own way, by a decoder that takes the place of that of the form.
+    ChunkConverter(const Encoding &from, const Encoding &to, const TextPages &pages, const Transform *transform,
+                   std::unique_ptr<Decoder> decoder = nullptr);
+
+    // Lets `convert` look for united characters, too, which takes time.
+    void find_united();
+
+    struct Result {
+        std::size_t consumed;     // bytes of whole characters
+        std::uint64_t characters; // that these are
+        bool stopped;             // by `on_change`
+    };
+    // Appends what the characters of the chunk become. One that is cut off by its end is left, or lost when nothing
+    // follows. Each change goes to `on_change`, in the order of the text; it may append what is written for a lost
+    // character, and with false the work stops before this one.
+    using OnChange = std::function<bool(const Change &change)>;
+    Result convert(const Chunk &chunk, std::vector<std::uint8_t> &bytes, const OnChange &on_change);
+
+    // The Unicode value of the character of the input that these bytes are, if they are one.
+    std::optional<char32_t> code_point(std::span<const std::uint8_t> bytes);
+
+  private:
+    struct Piece {
+        Decoder::Result decoded;
+        std::uint64_t characters;
+    };
+    Piece decode(const Chunk &chunk, bool placed);
+    std::size_t end_of(std::size_t unit, std::size_t consumed) const;
+    bool comes_back(std::span<const std::uint8_t> bytes);
+    void list_united(const Chunk &chunk, std::size_t consumed);
+    bool encode(const Chunk &chunk, std::size_t consumed, std::size_t offset, std::vector<std::uint8_t> &bytes,
+                const OnChange &on_change, std::size_t &stopped_at);
+
+    Encoding from_;
+    CodePage text_page_;
+    const Transform *transform_; // or null
+    std::unique_ptr<Decoder> decoder_;
+    std::unique_ptr<Encoder> encoder_;
+    std::unique_ptr<Encoder> back_; // to the form of the input; null: nobody wants to know
+    DecodedText units_;
+    std::vector<std::size_t> united_; // which of them are
+    std::vector<std::uint8_t> came_back_;
+    DecodedText one_;
+    CharMap unicode_; // values
+};
+
+} // namespace kx

@@ -1,0 +1,147 @@
+#include "line_ends.h"
+
+#include <algorithm>
+
+#include "core/kx_char.h"
+
+namespace kx {
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+// Of a line end; no other form has lines.
+std::vector<std::uint8_t> bytes_of(KxChar ch, EncodingKind form) {
+    const auto control = static_cast<std::uint8_t>(kxstr::control_of_code(ch));
+    switch (form) {
+    case EncodingKind::utf16le: return {control, 0};
+    case EncodingKind::utf16be: return {0, control};
+    case EncodingKind::kx: return {kxstr::index_of(ch), kxstr::set_of(ch)};
+    default: return {control};
+    }
+}
+
+// In sums of a byte each, as many as processors add at once.
+std::uint64_t count_of(Bytes bytes, std::uint8_t wanted) {
+    constexpr std::size_t most = 255; // that a byte can count
+    std::uint64_t count = 0;
+    while (!bytes.empty()) {
+        constexpr std::size_t lanes = 32;
+        const std::size_t rows = std::min(bytes.size() / lanes, most);
+        std::array<std::uint8_t, lanes> sums{};
+        for (std::size_t row = 0; row < rows; ++row)
+            for (std::size_t lane = 0; lane < lanes; ++lane)
+                sums[lane] = static_cast<std::uint8_t>(sums[lane] + (bytes[row * lanes + lane] == wanted ? 1 : 0));
+        for (const std::uint8_t sum : sums)
+            count += sum;
+        bytes = bytes.subspan(rows * lanes);
+        if (rows == most) continue;
+        count += static_cast<std::uint64_t>(std::ranges::count(bytes, wanted));
+        break;
+    }
+    return count;
+}
+
+} // namespace
+
+std::optional<LineEnds> find_line_ends(const std::string &name) {
+    if (name == "keep") return LineEnds::keep;
+    if (name == "lf") return LineEnds::lf;
+    if (name == "crlf") return LineEnds::crlf;
+    return std::nullopt;
+}
+
+bool has_lines(const Encoding &form) {
+    return !is_kx_encoding(form) || form.kind == EncodingKind::kx;
+}
+
+std::vector<std::uint8_t> byte_order_mark(const Encoding &form) {
+    switch (form.kind) {
+    case EncodingKind::utf8: return {0xEF, 0xBB, 0xBF};
+    case EncodingKind::utf16le: return {0xFF, 0xFE};
+    case EncodingKind::utf16be: return {0xFE, 0xFF};
+    default: return {};
+    }
+}
+
+LineEndFilter::LineEndFilter(LineEnds wanted, const Encoding &form)
+    : wanted_(wanted),
+      carriage_return_(bytes_of(KX_CARRIAGE_RETURN, form.kind)),
+      line_feed_(bytes_of(KX_LINE_FEED, form.kind)) {}
+
+void LineEndFilter::pass(std::vector<std::uint8_t> &bytes, bool last) {
+    if (wanted_ == LineEnds::keep) return;
+    const auto add = [&](Bytes unit) { passed_.insert(passed_.end(), unit.begin(), unit.end()); };
+    passed_.clear();
+    const std::size_t size = line_feed_.size();
+    for (std::size_t at = 0; at < bytes.size(); at += size) {
+        const Bytes unit = Bytes(bytes).subspan(at, size);
+        const bool ends = std::ranges::equal(unit, line_feed_);
+        const bool returns = std::ranges::equal(unit, carriage_return_);
+        // The return before a line end is written with it, or not at all.
+        if (after_return_ && !ends && wanted_ == LineEnds::lf) add(carriage_return_);
+        if (!after_return_ && ends && wanted_ == LineEnds::crlf) add(carriage_return_);
+        if (!returns || wanted_ == LineEnds::crlf) add(unit);
+        after_return_ = returns;
+    }
+    if (last && after_return_ && wanted_ == LineEnds::lf) add(carriage_return_);
+    if (last) after_return_ = false;
+    bytes.swap(passed_);
+}
+
+TextPlace::TextPlace(const Encoding &form)
+    : kind_(form.kind), line_feed_(bytes_of(KX_LINE_FEED, form.kind)), mark_(byte_order_mark(form)) {
+    for (unsigned byte = 0x80; byte <= 0xFF && kind_ == EncodingKind::code_page; ++byte)
+        is_lead_[byte] = is_lead_byte(form.page, static_cast<std::uint8_t>(byte));
+}
+
+void TextPlace::pass(Bytes bytes) {
+    const std::size_t unit = line_feed_.size();
+    // A byte order mark stands before the first column.
+    const bool has_mark = begins_ && !mark_.empty() && bytes.size() >= mark_.size() &&
+                          std::ranges::equal(bytes.first(mark_.size()), mark_);
+    if (!bytes.empty()) begins_ = false;
+    std::size_t behind = 0; // the last line end
+    if (unit == 1) {
+        if (const std::uint64_t count = count_of(bytes, line_feed_[0]); count != 0) {
+            line_ += count;
+            behind =
+                static_cast<std::size_t>(std::find(bytes.rbegin(), bytes.rend(), line_feed_[0]).base() - bytes.begin());
+        }
+    } else {
+        for (std::size_t at = 0; at + unit <= bytes.size(); at += unit) {
+            if (bytes[at] != line_feed_[0] || bytes[at + 1] != line_feed_[1]) continue;
+            ++line_;
+            behind = at + unit;
+        }
+    }
+    if (behind != 0) {
+        column_ = 1;
+        after_lead_ = false;
+    }
+    column_ += characters_in(bytes.subspan(behind)) - (has_mark && behind == 0 ? 1 : 0);
+}
+
+std::size_t TextPlace::characters_in(Bytes bytes) {
+    std::size_t count = 0;
+    switch (kind_) {
+    case EncodingKind::utf8:
+        return static_cast<std::size_t>(
+            std::ranges::count_if(bytes, [](std::uint8_t byte) { return (byte & 0xC0u) != 0x80; }));
+    case EncodingKind::utf16le:
+    case EncodingKind::utf16be: {
+        const std::size_t high = kind_ == EncodingKind::utf16be ? 0 : 1;
+        for (std::size_t at = 0; at < bytes.size(); at += 2)
+            count += at + high < bytes.size() && (bytes[at + high] & 0xFCu) == 0xDC ? 0 : 1; // the second of a pair
+        return count;
+    }
+    case EncodingKind::code_page:
+        for (const std::uint8_t byte : bytes) {
+            count += after_lead_ ? 0 : 1;
+            after_lead_ = !after_lead_ && is_lead_[byte];
+        }
+        return count;
+    default: return bytes.size() / line_feed_.size();
+    }
+}
+
+} // namespace kx

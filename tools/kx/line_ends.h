@@ -1,0 +1,61 @@
+// Line ends of text in any form that has lines: where they are, and others in their place.
+#pragma once
+
+#include <array>
+#include <optional>
+
+#include "encodings.h"
+
+namespace kx {
+
+enum class LineEnds { keep, lf, crlf };
+std::optional<LineEnds> find_line_ends(const std::string &name);
+
+// Whether a text in this form is lines, which end with a code that can be told without decoding. The document streams
+// and sio have theirs among other codes.
+bool has_lines(const Encoding &form);
+
+// U+FEFF as it begins a file of this form; empty where no file begins with one.
+std::vector<std::uint8_t> byte_order_mark(const Encoding &form);
+
+// Makes the line ends of a text all alike while it passes, in pieces of whole characters. A carriage return alone is
+// none and stays.
+class LineEndFilter {
+  public:
+    LineEndFilter(LineEnds wanted, const Encoding &form);
+
+    void pass(std::vector<std::uint8_t> &bytes, bool last);
+
+  private:
+    LineEnds wanted_;
+    std::vector<std::uint8_t> carriage_return_;
+    std::vector<std::uint8_t> line_feed_;
+    bool after_return_ = false; // the unit before was one; for `lf` it still waits to be written
+    std::vector<std::uint8_t> passed_;
+};
+
+// Counts where in a text a byte is, as an editor does: lines and characters from 1.
+class TextPlace {
+  public:
+    explicit TextPlace(const Encoding &form);
+
+    // More of the text. Units of UTF-16 and KX text come whole.
+    void pass(std::span<const std::uint8_t> bytes);
+
+    std::uint64_t line() const noexcept { return line_; }
+    std::uint64_t column() const noexcept { return column_; }
+
+  private:
+    std::size_t characters_in(std::span<const std::uint8_t> bytes);
+
+    EncodingKind kind_;
+    std::vector<std::uint8_t> line_feed_;
+    std::vector<std::uint8_t> mark_;
+    std::array<bool, 256> is_lead_{}; // of two bytes
+    bool begins_ = true;
+    bool after_lead_ = false; // the second of two bytes comes next
+    std::uint64_t line_ = 1;
+    std::uint64_t column_ = 1;
+};
+
+} // namespace kx
