@@ -148,22 +148,28 @@ bool is_one_of(const std::string &output, std::span<const std::string> inputs) {
 
 // ---- Progress ----
 
-Progress::Progress(const Input &input)
-    : name_(input.name()),
-      total_(size_of(input)),
-      wanted_(os::is_terminal(os::kStandardError)),
-      due_(now_in_milliseconds() + 1000) {}
-
-Progress::~Progress() {
-    if (shown_) std::fputs("\r\033[K", stderr);
+Progress::Progress(const Input &input) : Progress(size_of(input)) {
+    name_ = input.name();
 }
 
-void Progress::at(std::uint64_t done) {
+Progress::Progress(std::uint64_t total)
+    : total_(total), wanted_(os::is_terminal(os::kStandardError)), due_(now_in_milliseconds() + 1000) {}
+
+Progress::~Progress() {
+    clear();
+}
+
+void Progress::clear() {
+    if (shown_) std::fputs("\r\033[K", stderr);
+    shown_ = false;
+}
+
+void Progress::at(std::uint64_t done, const std::string &name) {
     if (!wanted_ || now_in_milliseconds() < due_) return;
     due_ = now_in_milliseconds() + 200;
     shown_ = true;
     constexpr std::uint64_t mebi = std::uint64_t{1024} * 1024;
-    std::fprintf(stderr, "\r\033[K%s: %" PRIu64 " MiB", name_.c_str(), done / mebi);
+    std::fprintf(stderr, "\r\033[K%s: %" PRIu64 " MiB", name.c_str(), done / mebi);
     if (total_ > 0 && done <= total_) {
         std::fprintf(stderr, " of %" PRIu64 " (%" PRIu64 " %%)", total_ / mebi, done * 100 / total_);
     }

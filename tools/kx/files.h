@@ -81,11 +81,14 @@ bool is_one_of(const std::string &output, std::span<const std::string> inputs);
 class Progress {
   public:
     explicit Progress(const Input &input);
+    explicit Progress(std::uint64_t total); // of several inputs, in bytes; 0: not known
     ~Progress();
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
 
-    void at(std::uint64_t done);
+    void at(std::uint64_t done) { at(done, name_); }
+    void at(std::uint64_t done, const std::string &name);
+    void clear(); // before a message
 
   private:
     std::string name_;

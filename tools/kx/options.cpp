@@ -12,6 +12,12 @@ namespace {
 
 constexpr int kFirstLongOnly = 256;
 
+// As getopt_long counts arguments.
+int arguments_of(const Option &option) {
+    if (option.argument == nullptr) return no_argument;
+    return option.argument[0] == '[' ? optional_argument : required_argument;
+}
+
 // "-o, --output=FILE", the left column of the help.
 std::string spelling(const Option &option) {
     std::string text = option.id < kFirstLongOnly ? std::string("-") + static_cast<char>(option.id) : "   ";
@@ -19,10 +25,10 @@ std::string spelling(const Option &option) {
         text += option.id < kFirstLongOnly ? ", --" : " --";
         text += option.name;
     }
-    if (option.argument != nullptr) {
-        text += option.name != nullptr ? "=" : " ";
-        text += option.argument;
-    }
+    if (option.argument == nullptr) return text;
+    const bool optional = arguments_of(option) == optional_argument;
+    text += optional ? "[=" : option.name != nullptr ? "=" : " ";
+    text += option.argument + (optional ? 1 : 0);
     return text;
 }
 
@@ -30,9 +36,11 @@ void print_help(const Usage &usage) {
     std::printf("usage: %s %s\n%s\n\n", usage.command, usage.synopsis, usage.about);
     std::size_t width = 0;
     for (const Option &option : usage.options)
-        width = std::max(width, spelling(option).size());
-    for (const Option &option : usage.options)
+        width = std::max(width, option.help != nullptr ? spelling(option).size() : 0);
+    for (const Option &option : usage.options) {
+        if (option.help == nullptr) continue;
         std::printf("  %-*s  %s\n", static_cast<int>(width), spelling(option).c_str(), option.help);
+    }
     std::printf("  %-*s  %s\n", static_cast<int>(width), "-h, --help", "show this text");
     if (*usage.notes != 0) std::printf("\n%s\n", usage.notes);
 }
@@ -44,14 +52,12 @@ Parsed parse_options(int argc, char **argv, const Usage &usage,
     std::string letters;
     std::vector<option> names;
     for (const Option &option : usage.options) {
-        const bool argument = option.argument != nullptr;
+        const int arguments = arguments_of(option);
         if (option.id < kFirstLongOnly) {
             letters += static_cast<char>(option.id);
-            if (argument) letters += ':';
+            letters += arguments == no_argument ? "" : arguments == required_argument ? ":" : "::";
         }
-        if (option.name != nullptr) {
-            names.push_back({option.name, argument ? required_argument : no_argument, nullptr, option.id});
-        }
+        if (option.name != nullptr) names.push_back({option.name, arguments, nullptr, option.id});
     }
     letters += 'h';
     names.push_back({"help", no_argument, nullptr, 'h'});
