@@ -81,27 +81,30 @@ class Hexadecimal {
   public:
     explicit Hexadecimal(const Collation::Sink &sink) : sink_(sink) {}
 
-    void add(char letter) { text_ += letter; }
+    void add(char letter) {
+        if (size_ == text_.size()) flush();
+        text_[size_++] = letter;
+    }
     void add(unsigned value, unsigned digits) {
-        while (digits-- > 0)
-            text_ += "0123456789ABCDEF"[(value >> (4 * digits)) & 0xF];
-        if (text_.size() > enough) flush();
+        if (text_.size() - size_ < digits) flush();
+        for (unsigned digit = digits; digit-- > 0; value >>= 4)
+            text_[size_ + digit] = "0123456789ABCDEF"[value & 0xF];
+        size_ += digits;
     }
     // Behind all values.
     void add_lacking(std::uint32_t value) {
-        text_ += 'G';
+        add('G');
         add(value, 8);
     }
     void flush() {
-        sink_(text_);
-        text_.clear();
+        sink_({text_.data(), size_});
+        size_ = 0;
     }
 
   private:
-    static constexpr std::size_t enough = std::size_t{32} * 1024;
-
     const Collation::Sink &sink_;
-    std::string text_;
+    std::array<char, 4096> text_;
+    std::size_t size_ = 0;
 };
 
 // Characters without a value lie behind all others, by their codes.

@@ -49,7 +49,7 @@ constexpr Language kLanguages[] = {
     {"SV", "sv swe", "Swedish", "...z å ä ö; ü is a variant of y"},
     {"YK", "uk ukr", "Ukrainian", "as Russian, with ь at the end"},
     {"UR", "ur urd", "Urdu", "points and vowel signs count last"},
-    {"TK", "tr tur", "Turkish", "ç ğ ö ş ü behind theirs; ı before i"},
+    {"TK", "tr tur", "Turkish", "ğ ö ş ü behind theirs, ı before i; ç is a variant of c"},
     {"JP", "ja jpn", "Japanese", "kana by sound, ideographs by code"},
     {"KR", "ko kor", "Korean", "Hangul and ideographs by code"},
     {"CT", "zh_tw zh_hk zh_mo zh_hant", "Traditional Chinese|Chinese (Traditional)|Chinese (Taiwan)",
@@ -120,9 +120,17 @@ const Language *find_code(std::string_view code) {
     return find_if([&](const Language &language) { return language.code == code; });
 }
 
+// "pt_BR" of "pt_br".
+std::string spelled_locale(const Language &language) {
+    std::string locale(language.locale());
+    for (std::size_t at = std::min(locale.find('_'), locale.size()); at < locale.size(); ++at)
+        locale[at] = locale[at] == '_' ? '_' : static_cast<char>(locale[at] - 'a' + 'A');
+    return locale;
+}
+
 // "tr (Turkish)".
 std::string spelled(const Language &language) {
-    return std::string(language.locale()) + " (" + std::string(language.name()) + ')';
+    return spelled_locale(language) + " (" + std::string(language.name()) + ')';
 }
 
 // The number of letters that must be typed anew to come from one word to the other.
@@ -153,7 +161,7 @@ std::string near_spellings(const std::string &name) {
         if (std::ranges::any_of(parts_of(language.names, '|'), is_near)) found.push_back(spelled(language));
     }
     if (found.empty() || found.size() > most) return "";
-    std::string text = "; near are";
+    std::string text = "; nearest:";
     for (const std::string &one : found)
         text += (&one == found.data() ? " " : ", ") + one;
     return text;
@@ -161,14 +169,14 @@ std::string near_spellings(const std::string &name) {
 
 // What is said of a language without rules.
 std::string fault_of(const Stranger &stranger, const std::string &name) {
-    std::string text = "no rules for " + std::string(stranger.name) + " ('" + name + "'); near are";
+    std::string text = "no rules for " + std::string(stranger.name) + " ('" + name + "'); nearest:";
     for (const std::string_view code : parts_of(stranger.near, ' '))
         text += ' ' + spelled(*find_code(code));
     const std::string_view iso = parts_of(stranger.locales, ' ').front();
     // The same letters may be a code of the library, which means another language.
     const Language *other = find_if([&](const Language &language) { return in_small_letters(language.code) == iso; });
     if (other != nullptr && !other->name().empty())
-        text += "; " + std::string(other->name()) + " is " + other->code + " or " + std::string(other->locale());
+        text += "; " + std::string(other->name()) + " is " + other->code + " or " + spelled_locale(*other);
     return text;
 }
 
@@ -240,13 +248,8 @@ std::string list_of_languages() {
     };
     std::string text = "code  ISO      name                  rules\n";
     for (const Language &language : kLanguages) {
-        std::string locale(language.locale());
-        if (const std::size_t country = locale.find('_'); country != std::string::npos) {
-            std::transform(locale.begin() + static_cast<std::ptrdiff_t>(country), locale.end(),
-                           locale.begin() + static_cast<std::ptrdiff_t>(country),
-                           [](char letter) { return letter == '_' ? letter : static_cast<char>(letter - 'a' + 'A'); });
-        }
-        text += column(language.code, 6) + column(locale, 9) + column(language.name(), 22) + language.rules + '\n';
+        text += column(language.code, 6) + column(spelled_locale(language), 9) + column(language.name(), 22) +
+                language.rules + '\n';
     }
     return text +
            "\nEN is another name for US. Codes are meant in capital letters, ISO 639 in small ones: CS is Simplified\n"

@@ -57,8 +57,9 @@ std::size_t LineReader::lines_of(std::span<const std::uint8_t> bytes, std::size_
 }
 
 std::size_t LineReader::mark_size(std::span<const std::uint8_t> bytes) {
+    constexpr std::size_t longest = 4;
     DecodedText units;
-    const auto result = decoder_->decode({bytes, 0, true}, units);
+    const auto result = decoder_->decode({bytes.first(std::min(bytes.size(), longest)), 0, true}, units);
     return units.places.empty() ? result.consumed : units.places.front();
 }
 

@@ -22,6 +22,7 @@ enum LongOption {
     kKeys,
     kList,
     kStrict,
+    kCheck,
     kHumanNumeric,
     kBatchSize,
     kCompressProgram,
@@ -44,8 +45,9 @@ constexpr Option kOptions[] = {
     {'r', "reverse", nullptr, "the other way round"},
     {'s', "stable", nullptr, "lines with equal keys keep their order; else whole lines decide"},
     {'u', "unique", nullptr, "write only the first of equal lines"},
-    {'c', "check", "[quiet]", "do not sort: say the first line that is not in order; quiet is -C"},
+    {'c', nullptr, nullptr, "do not sort: say the first line that is not in order"},
     {'C', nullptr, nullptr, "the same by the exit status alone"},
+    {kCheck, "check", "[quiet]", "as -c; with quiet as -C"},
     {'m', "merge", nullptr, "do not sort: merge files that are in order"},
     {'z', "zero-terminated", nullptr, "lines end in a zero, not in a line feed"},
     {'o', "output", "FILE", "write to FILE, which may be an input, not to standard output"},
@@ -171,6 +173,7 @@ std::string take_option(Arguments &arguments, int id, const std::string &argumen
     case 'o': arguments.request.output = argument; return "";
     case 'j': return take_jobs(arguments, argument);
     case 'c':
+    case kCheck:
         if (argument.empty() || argument == "diagnose-first") return take_work(arguments, Work::check);
         if (argument == "quiet" || argument == "silent") return take_work(arguments, Work::check_quietly);
         return "--check takes quiet, silent or diagnose-first, not '" + argument + "'";

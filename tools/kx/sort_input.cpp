@@ -90,8 +90,8 @@ void KeptLine::keep(LineOrder &order, const LineInput &input) {
     bytes_.assign(input.bytes().begin(), input.bytes().end());
     bytes_.insert(bytes_.end(), input.missing_end().begin(), input.missing_end().end());
     has_key_ = order.make_key(text, key_);
-    chars_.assign(text.chars.begin(), text.chars.end());
-    chars_.push_back(0);
+    chars_.resize(text.chars.size() + 1);
+    *std::ranges::copy(text.chars, chars_.begin()).out = 0;
     lacking_.assign(text.lacking, text.lacking + std::count(chars_.begin(), chars_.end(), kLacking));
 }
 

@@ -67,8 +67,7 @@ class Lines {
             if (!input.good()) return false;
             last = chunk.last;
             if (!marked && !last && chunk.bytes.size() < longest_mark) continue;
-            const std::size_t mark =
-                marked ? 0 : reader_.mark_size(chunk.bytes.first(std::min(chunk.bytes.size(), longest_mark)));
+            const std::size_t mark = marked ? 0 : reader_.mark_size(chunk.bytes);
             marked = true;
             bytes_.insert(bytes_.end(), chunk.bytes.begin() + static_cast<std::ptrdiff_t>(mark), chunk.bytes.end());
             input.consume(chunk.bytes.size());
