@@ -131,6 +131,7 @@ void Collation::begin(const std::string &code) {
     by_coltbl_ = !has_letters && has_column_of_coltbl(code);
     if (has_letters) refinement_ = refinement_of(code, language_);
     VaskSetLanguage(code.c_str());
+    lVaskSetupLang(); // now: threads may be the first to ask
     const EastAsianCountry *country = country_of(language_);
     if (country != nullptr) set_country(country->id);
 }

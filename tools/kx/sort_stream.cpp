@@ -46,6 +46,13 @@ bool would_overwrite(const SortRequest &request) {
     return true;
 }
 
+void tell_disorder(const LineInput &input, const KeptLine &line) {
+    std::string text(line.bytes().begin(), line.bytes().end());
+    // As far as it is of use to a reader: UTF-16 has zeros in it.
+    text.resize(std::min({text.find_first_of("\r\n"), text.find('\0'), text.size()}));
+    report(kSortCommand, input.name() + ':' + std::to_string(input.number()) + ": disorder: " + text);
+}
+
 } // namespace
 
 int write_keys(const SortRequest &request, const Collation &collation) {
@@ -80,11 +87,7 @@ int check_order(const SortRequest &request, bool quiet) {
         const int result = first ? -1 : KeptLine::compare(order, previous, line);
         first = false;
         if (request.unique ? result >= 0 : result > 0) {
-            if (!quiet) {
-                const std::string text(line.bytes().begin(), line.bytes().end());
-                report(kSortCommand, input.name() + ':' + std::to_string(input.number()) +
-                                         ": disorder: " + text.substr(0, text.find_first_of("\r\n")));
-            }
+            if (!quiet) tell_disorder(input, line);
             return kFailure;
         }
         std::swap(previous, line);
