@@ -36,9 +36,11 @@ void print_help(const Usage &usage) {
     std::printf("usage: %s %s\n%s\n\n", usage.command, usage.synopsis, usage.about);
     std::size_t width = 0;
     for (const Option &option : usage.options)
-        width = std::max(width, spelling(option).size());
-    for (const Option &option : usage.options)
+        width = std::max(width, option.help != nullptr ? spelling(option).size() : 0);
+    for (const Option &option : usage.options) {
+        if (option.help == nullptr) continue;
         std::printf("  %-*s  %s\n", static_cast<int>(width), spelling(option).c_str(), option.help);
+    }
     std::printf("  %-*s  %s\n", static_cast<int>(width), "-h, --help", "show this text");
     if (*usage.notes != 0) std::printf("\n%s\n", usage.notes);
 }

@@ -11,7 +11,7 @@ struct Option {
     int id;               // the short option's letter, or a number from 256 up for an option that has none
     const char *name;     // the long name without its dashes, or null
     const char *argument; // what the help calls the argument, in brackets when it may be missing; null for none
-    const char *help;
+    const char *help;     // null: not in the help
 };
 
 struct Usage {

@@ -1,503 +1,326 @@
 #include "sort.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
-#include <limits>
-#include <memory>
+#include <charconv>
+#include <clocale>
+#include <cstdio>
 #include <new>
 #include <stdexcept>
 
-#include "collation.h"
 #include "command.h"
-#include "files.h"
-#include "lines.h"
-#include "merge_sort.h"
+#include "languages.h"
 #include "options.h"
-#include "sort_key.h"
+#include "sort_memory.h"
+#include "sort_stream.h"
 
 namespace kx {
 namespace {
 
-constexpr int kIgnoreCaseOption = 256;
-constexpr int kKanaOption = 257;
-constexpr int kKeysOption = 258;
+enum LongOption {
+    kIgnoreCase = 256,
+    kKana,
+    kKeys,
+    kList,
+    kStrict,
+    kCheck,
+    kHumanNumeric,
+    kBatchSize,
+    kCompressProgram,
+    kDebug,
+    kFiles0From,
+    kRandomSource,
+    kSortBy,
+};
 
 constexpr Option kOptions[] = {
-    {'l', "language", "CODE", "the language, by its two-letter code"},
-    {'f', "from", "FORM", "the form of the input and the output; utf-8 when not given"},
-    {kIgnoreCaseOption, "ignore-case", nullptr, "lines that differ only in case are equal"},
-    {kKanaOption, "kana", nullptr, "hiragana before katakana (East Asian languages)"},
+    {'l', "language", "NAME", "the language: cs, cs_CZ.UTF-8, czech, CZ; that of the locale when not given"},
+    {kList, "list", nullptr, "list the languages, with their names and rules"},
+    {'f', "from", "FORM", "the form of the input and the output; utf-8 when not given (case: --ignore-case)"},
+    {kIgnoreCase, "ignore-case", nullptr, "lines that differ only in case are equal"},
+    {kKana, "kana", nullptr, "hiragana before katakana (East Asian languages)"},
+    {'k', "key", "KEY", "sort by a part of the lines: FIELD[.CHARACTER][bfnr][,FIELD[.CHARACTER][bfnr]]"},
+    {'t', "field-separator", "CHARACTER", "what lies between fields; without it they begin with blanks"},
+    {'b', "ignore-leading-blanks", nullptr, "blanks before a line or key do not count"},
+    {'n', "numeric-sort", nullptr, "by the number that a line or key begins with"},
     {'r', "reverse", nullptr, "the other way round"},
+    {'s', "stable", nullptr, "lines with equal keys keep their order; else whole lines decide"},
     {'u', "unique", nullptr, "write only the first of equal lines"},
+    {'c', nullptr, nullptr, "do not sort: say the first line that is not in order"},
+    {'C', nullptr, nullptr, "the same by the exit status alone"},
+    {kCheck, "check", "[quiet]", "as -c; with quiet as -C"},
+    {'m', "merge", nullptr, "do not sort: merge files that are in order"},
+    {'z', "zero-terminated", nullptr, "lines end in a zero, not in a line feed"},
     {'o', "output", "FILE", "write to FILE, which may be an input, not to standard output"},
-    {kKeysOption, "keys", nullptr, "do not sort: write each line behind its sort key and a tab"},
+    {'j', "parallel", "N", "sort in N threads, with the same result; 1 when not given"},
+    {kStrict, "strict", nullptr, "a character that KX lacks ends the work"},
+    {kKeys, "keys", nullptr, "do not sort: write each line behind its sort key and a tab"},
+    // Of sort(1) alone.
+    {'d', "dictionary-order", nullptr, nullptr},
+    {'g', "general-numeric-sort", nullptr, nullptr},
+    {kHumanNumeric, "human-numeric-sort", nullptr, nullptr},
+    {'i', "ignore-nonprinting", nullptr, nullptr},
+    {'M', "month-sort", nullptr, nullptr},
+    {'R', "random-sort", nullptr, nullptr},
+    {'V', "version-sort", nullptr, nullptr},
+    {'S', "buffer-size", "SIZE", nullptr},
+    {'T', "temporary-directory", "FOLDER", nullptr},
+    {kBatchSize, "batch-size", "N", nullptr},
+    {kCompressProgram, "compress-program", "PROGRAM", nullptr},
+    {kDebug, "debug", nullptr, nullptr},
+    {kFiles0From, "files0-from", "FILE", nullptr},
+    {kRandomSource, "random-source", "FILE", nullptr},
+    {kSortBy, "sort", "WORD", nullptr},
 };
 
 constexpr Usage kUsageText{
-    "kx sort", "-l CODE [OPTION]... [FILE...]",
+    kSortCommand, "[-l NAME] [OPTION]... [FILE...]",
     "Sorts lines in the order of a language: by letters, then diacritics, then case. Reads\n"
     "standard input when no FILE is given, or when FILE is -.",
     kOptions,
-    "Equal lines keep their order, with -r, too. Lines are written as they were read; a last line\n"
-    "without a line end gets one. A carriage return before the line end does not count, nor does\n"
-    "what follows a zero character.\n"
+    "Keys, fields and flags are those of sort(1); f in a key ignores case. A key without flags takes\n"
+    "those of the options. Equal lines keep their order, with -r, too. Lines are written as they were\n"
+    "read; a last line without a line end gets one. A carriage return before the line end does not\n"
+    "count, nor does what follows a zero character. A character that KX lacks sorts behind all others,\n"
+    "by its code point.\n"
     "The input is held in memory. What does not fit can be sorted by its keys, which compare as\n"
-    "bytes: kx sort -l CODE --keys FILE | LC_ALL=C sort -s -t TAB -k 1,1 | cut -f 2-\n"
+    "bytes: kx sort -l NAME --keys FILE | LC_ALL=C sort -s -t TAB -k 1,1 | cut -f 2-\n"
     "docs/sorting.md tells where that order differs.\n"
-    "Exit status: 0 all was sorted, 1 something does not convert, does not fit or could not be read\n"
-    "or written, 2 the command line is wrong."};
+    "Exit status: 0 all was sorted, or is in order, 1 it is not, something does not fit or could not be\n"
+    "read or written, 2 the command line is wrong."};
 
-using Bytes = std::vector<std::uint8_t>;
-using ByteSpan = std::span<const std::uint8_t>;
+struct Key {
+    SortPart part;
+    bool has_flags;
+};
 
-struct Request {
-    std::optional<std::uint32_t> language;
+// The command line as it stands.
+struct Arguments {
+    const Language *language = nullptr;
     Encoding form{EncodingKind::utf8, {}};
-    Collation collation;
+    bool ignore_case = false;
+    bool kana_counts = false;
+    bool skip_blanks = false;
+    bool numeric = false;
     bool reverse = false;
-    bool unique = false;
-    bool keys = false;
-    std::string output;
-    std::vector<std::string> inputs;
+    bool stable = false;
+    bool zero_ends = false;
+    std::vector<Key> keys;
+    std::optional<std::string> separator;
+    enum class Work { sort, check, check_quietly, merge, keys, list } work = Work::sort;
+    SortRequest request;
 };
 
-CodePage text_page_of(const Request &request) {
-    if (request.form.kind == EncodingKind::code_page) return request.form.page;
-    return request.collation.page().value_or(system_page());
+using Work = Arguments::Work;
+
+std::string fault_of_foreign(int id) {
+    const auto *option = std::ranges::find(kOptions, id, &Option::id);
+    if (option == std::end(kOptions)) return "";
+    std::string text = std::string("--") + option->name;
+    if (id < kIgnoreCase) text = std::string{'-', static_cast<char>(id), ','} + ' ' + text;
+    return text + " is an option of sort(1) that kx sort does not have";
 }
 
-bool report_bad_line(const Request &request, const Input &input, std::uint64_t place) {
-    report(kUsageText.command,
-           input.name() + ": byte " + std::to_string(place) + " does not convert from " + name_of(request.form));
-    return false;
+std::string take_work(Arguments &arguments, Work work) {
+    const auto is_check = [](Work one) { return one == Work::check || one == Work::check_quietly; };
+    const bool first = arguments.work == Work::sort || arguments.work == work;
+    if (!first && !(is_check(arguments.work) && is_check(work)))
+        return "only one of --keys, --list, -c and -m makes sense";
+    arguments.work = work;
+    return "";
 }
 
-// ---- Sorting in memory ----
-
-// The lines of all inputs, one after another, each with its line end.
-class Lines {
-  public:
-    explicit Lines(const Request &request) : request_(request), reader_(request.form, text_page_of(request)) {}
-
-    // False after a fault, which has been reported.
-    bool add(Input &input) {
-        const std::size_t start = bytes_.size();
-        bytes_.reserve(start + static_cast<std::size_t>(size_of(input)) + reader_.line_end().size());
-        for (bool last = false; !last;) {
-            const Chunk chunk = input.next();
-            if (!input.good()) return false;
-            bytes_.insert(bytes_.end(), chunk.bytes.begin(), chunk.bytes.end());
-            input.consume(chunk.bytes.size());
-            last = chunk.last;
-        }
-        return check(input, start);
-    }
-
-    // Lines are told by their places; places of this type hold all of them.
-    std::size_t size() const noexcept { return bytes_.size(); }
-    std::size_t count() const noexcept { return count_; }
-
-    ByteSpan line_at(std::size_t place) const {
-        const ByteSpan rest = ByteSpan(bytes_).subspan(place);
-        return rest.first(reader_.first_line(rest).value_or(rest.size()));
-    }
-
-    template <class Place> std::vector<Place> places() const {
-        std::vector<Place> places;
-        places.reserve(count_);
-        for (std::size_t at = 0; at < bytes_.size(); at += line_at(at).size())
-            places.push_back(static_cast<Place>(at));
-        return places;
-    }
-
-    void decode(std::size_t place, std::vector<KxChar> &text) { reader_.decode(line_at(place), text); }
-
-  private:
-    // Drops a byte order mark, completes the last line, and sees that every line converts.
-    bool check(const Input &input, std::size_t start) {
-        if (start == bytes_.size()) return true;
-        const std::size_t mark = reader_.mark_size(line_at(start));
-        bytes_.erase(bytes_.begin() + static_cast<std::ptrdiff_t>(start),
-                     bytes_.begin() + static_cast<std::ptrdiff_t>(start + mark));
-        std::vector<KxChar> text;
-        for (std::size_t at = start; at < bytes_.size(); ++count_) {
-            const ByteSpan line = line_at(at);
-            if (const auto bad = reader_.decode(line, text)) {
-                return report_bad_line(request_, input, mark + (at - start) + *bad);
-            }
-            at += line.size();
-            if (reader_.first_line(line)) continue;
-            bytes_.insert(bytes_.end(), reader_.line_end().begin(), reader_.line_end().end());
-            at = bytes_.size();
-        }
-        return true;
-    }
-
-    const Request &request_;
-    LineReader reader_;
-    Bytes bytes_;
-    std::size_t count_ = 0;
-};
-
-// Compares lines by their places. A merge asks for the same line again and again on each side, so the last one of each
-// is kept as KX text.
-class LineOrder {
-  public:
-    LineOrder(const Request &request, Lines &lines) : request_(request), lines_(lines) {}
-
-    int operator()(std::size_t a, std::size_t b) {
-        const int result = request_.collation.compare(text_of(a, left_), text_of(b, right_));
-        return request_.reverse ? -result : result;
-    }
-
-  private:
-    struct Known {
-        std::size_t place = std::numeric_limits<std::size_t>::max();
-        std::vector<KxChar> text;
-    };
-
-    const std::vector<KxChar> &text_of(std::size_t place, Known &known) {
-        if (known.place != place) {
-            lines_.decode(place, known.text);
-            known.place = place;
-        }
-        return known.text;
-    }
-
-    const Request &request_;
-    Lines &lines_;
-    Known left_;
-    Known right_;
-};
-
-// A line with the start of its key, which decides most comparisons. The rest of the key lies in Keys.
-template <class Place> struct KeyedLine {
-    std::uint64_t start; // 8 bytes, the first one highest; inverted when the order is reversed
-    Place rest;          // see Keys
-    Place place;
-};
-
-// What lines have of their keys behind the start, in blocks, so that growing needs no room for two of them. Long keys
-// are cut: where that leaves a comparison open the lines themselves are compared.
-class Keys {
-  public:
-    static constexpr std::size_t start_size = sizeof(std::uint64_t);
-    static constexpr std::size_t no_rest = 0;
-
-    // Where the rest of a key is kept; nothing when there is no more room in a place of the size.
-    std::optional<std::size_t> add(ByteSpan rest, std::size_t largest_place) {
-        if (rest.empty()) return no_rest;
-        rest = rest.first(std::min(rest.size(), longest));
-        if (blocks_.empty() || used_ + size_bytes + rest.size() > block_size) {
-            blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(block_size));
-            used_ = blocks_.size() == 1 ? 1 : 0; // place 0 has a meaning of its own
-        }
-        const std::size_t place = (blocks_.size() - 1) * block_size + used_;
-        if (place > largest_place) return std::nullopt;
-        std::uint8_t *out = blocks_.back().get() + used_;
-        out[0] = static_cast<std::uint8_t>(rest.size() >> 8);
-        out[1] = static_cast<std::uint8_t>(rest.size());
-        std::ranges::copy(rest, out + size_bytes);
-        used_ += size_bytes + rest.size();
-        return place;
-    }
-
-    ByteSpan rest_at(std::size_t place) const {
-        if (place == no_rest) return {};
-        const std::uint8_t *at = blocks_[place / block_size].get() + place % block_size;
-        return {at + size_bytes, at[0] * std::size_t{256} + at[1]};
-    }
-
-    // Nothing when the keys do not decide. Behind its end a key is zero, and no rest ends in zeros but a cut one.
-    static std::optional<int> compare(ByteSpan a, ByteSpan b) {
-        const std::size_t both = std::min(a.size(), b.size());
-        const int result = both == 0 ? 0 : std::memcmp(a.data(), b.data(), both);
-        if (result != 0) return result;
-        if (a.size() == longest || b.size() == longest) return std::nullopt;
-        return static_cast<int>(a.size() > both) - static_cast<int>(b.size() > both);
-    }
-
-  private:
-    static constexpr std::size_t block_size = std::size_t{1} << 20;
-    static constexpr std::size_t size_bytes = 2;
-    static constexpr std::size_t longest = 1024;
-
-    std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
-    std::size_t used_ = 0;
-};
-
-std::uint64_t start_of(ByteSpan key) {
-    std::uint64_t start = 0;
-    for (std::size_t i = 0; i < Keys::start_size; ++i)
-        start = start << 8 | (i < key.size() ? key[i] : 0u);
-    return start;
+std::string take_form(Arguments &arguments, const std::string &name) {
+    const auto form = find_encoding(name);
+    if (!form)
+        return "no form or code page '" + name +
+               "'; `kx convert -l` lists them (-f is the form: what it is to sort(1) is "
+               "--ignore-case)";
+    // A line end of the streams may also stand inside their other codes.
+    if (is_kx_encoding(*form) && form->kind != EncodingKind::kx) return "'" + name + "' has no lines; convert it first";
+    arguments.form = *form;
+    return "";
 }
 
-// By the starts, one byte after another, in place; what few lines have in common is left to `less`, which is a total
-// order that begins with the starts.
-template <class Line, class Less> void radix_sort(std::span<Line> lines, unsigned shift, const Less &less) {
-    constexpr std::size_t few = 64;
-    if (lines.size() <= few) {
-        std::ranges::sort(lines, less);
-        return;
-    }
-    const auto byte_of = [shift](const Line &line) { return static_cast<std::uint8_t>(line.start >> shift); };
-    std::array<std::size_t, 256> ends{};
-    for (const Line &line : lines)
-        ++ends[byte_of(line)];
-    std::array<std::size_t, 256> next{}; // free places of the groups
-    for (std::size_t byte = 1; byte < ends.size(); ++byte) {
-        next[byte] = ends[byte - 1];
-        ends[byte] += ends[byte - 1];
-    }
-    for (std::size_t byte = 0; byte < ends.size(); ++byte) {
-        const std::size_t first = byte == 0 ? 0 : ends[byte - 1];
-        while (next[byte] != ends[byte]) {
-            Line &line = lines[next[byte]];
-            if (const std::uint8_t group = byte_of(line); group != byte) {
-                std::swap(line, lines[next[group]++]);
-            } else {
-                ++next[byte];
-            }
-        }
-        const std::span<Line> group = lines.subspan(first, ends[byte] - first);
-        if (shift != 0) {
-            radix_sort(group, shift - 8, less);
-        } else {
-            std::ranges::sort(group, less);
-        }
-    }
+std::string take_jobs(Arguments &arguments, const std::string &number) {
+    constexpr unsigned most = 64; // more have nothing to do
+    unsigned jobs = 0;
+    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), jobs);
+    if (error != std::errc{} || end != number.data() + number.size() || jobs == 0)
+        return "'" + number + "' is no number of threads";
+    arguments.request.jobs = std::min(jobs, most);
+    return "";
 }
 
-template <class Place> class KeyedOrder {
-  public:
-    // Stands for the rest of a line without a key.
-    static constexpr Place no_key = std::numeric_limits<Place>::max();
-
-    KeyedOrder(const Request &request, Lines &lines) : reverse_(request.reverse), order_(request, lines) {
-        SortKeys maker(request.collation);
-        std::vector<KxChar> text;
-        items.reserve(lines.count());
-        for (std::size_t at = 0; at < lines.size(); at += lines.line_at(at).size()) {
-            lines.decode(at, text);
-            KeyedLine<Place> &line = items.emplace_back(KeyedLine<Place>{0, no_key, static_cast<Place>(at)});
-            const auto key = maker.make(text);
-            if (!key) {
-                is_total_ = false;
-                continue;
-            }
-            line.start = start_of(*key) ^ (reverse_ ? ~std::uint64_t{0} : 0);
-            const auto rest = key->subspan(std::min(key->size(), Keys::start_size));
-            line.rest = static_cast<Place>(keys_.add(rest, no_key - 1).value_or(no_key));
-        }
-    }
-
-    // Whether all lines have keys, whole or cut: then the order is none of those that are none (see merge_sort.h).
-    bool is_total() const noexcept { return is_total_; }
-
-    int operator()(const KeyedLine<Place> &a, const KeyedLine<Place> &b) {
-        if (a.rest == no_key || b.rest == no_key) return order_(a.place, b.place);
-        if (a.start != b.start) return a.start < b.start ? -1 : 1;
-        if (a.rest == b.rest) return 0; // without any
-        const auto result = Keys::compare(keys_.rest_at(a.rest), keys_.rest_at(b.rest));
-        if (!result) return order_(a.place, b.place);
-        return reverse_ ? -*result : *result;
-    }
-
-    std::vector<KeyedLine<Place>> items;
-
-  private:
-    bool reverse_;
-    bool is_total_ = true;
-    LineOrder order_;
-    Keys keys_;
-};
-
-// The places of the lines in their order.
-template <class Place> std::vector<Place> sorted_places(const Request &request, Lines &lines) {
-    std::vector<Place> places;
-    try {
-        KeyedOrder<Place> order(request, lines);
-        if (order.is_total()) {
-            const auto less = [&order](const KeyedLine<Place> &a, const KeyedLine<Place> &b) {
-                const int result = order(a, b);
-                return result != 0 ? result < 0 : a.place < b.place;
-            };
-            constexpr unsigned first_byte = 56;
-            radix_sort<KeyedLine<Place>>(order.items, first_byte, less);
-        } else {
-            std::vector<KeyedLine<Place>> spare(order.items.size() / 2);
-            merge_sort<KeyedLine<Place>>(order.items, spare, order);
-        }
-        places.reserve(order.items.size());
-        for (const KeyedLine<Place> &line : order.items)
-            places.push_back(line.place);
-        return places;
-    } catch (const std::bad_alloc &) {
-        // No room for keys. It takes longer without them, and comes to the same.
-    }
-    places = lines.places<Place>();
-    std::vector<Place> spare(places.size() / 2);
-    LineOrder order(request, lines);
-    merge_sort<Place>(places, spare, order);
-    return places;
-}
-
-template <class Place> bool sort_and_write(const Request &request, Lines &lines) {
-    const std::vector<Place> places = sorted_places<Place>(request, lines);
-    LineOrder order(request, lines);
-    // Only now: the output may be one of the inputs.
-    Output output(kUsageText.command, request.output);
-    constexpr std::size_t piece = std::size_t{64} * 1024;
-    Bytes waiting;
-    const Place *written = nullptr;
-    for (const Place &place : places) {
-        if (request.unique && written != nullptr && order(*written, place) == 0) continue;
-        written = &place;
-        const ByteSpan line = lines.line_at(place);
-        waiting.insert(waiting.end(), line.begin(), line.end());
-        if (waiting.size() < piece) continue;
-        if (!output.write(waiting)) return false;
-        waiting.clear();
-    }
-    return output.write(waiting) && output.close();
-}
-
-bool sort_lines(const Request &request) {
-    Lines lines(request);
-    for (const std::string &path : request.inputs) {
-        Input input(kUsageText.command, path);
-        if (!input.good() || !lines.add(input)) return false;
-    }
-    // Places are narrow when they can be: with short lines they are much of what is held.
-    if (lines.size() <= std::numeric_limits<std::uint32_t>::max()) return sort_and_write<std::uint32_t>(request, lines);
-    return sort_and_write<std::size_t>(request, lines);
-}
-
-// ---- Keys ----
-
-class KeyWriter {
-  public:
-    KeyWriter(const Request &request, Output &output)
-        : request_(request), reader_(request.form, text_page_of(request)), output_(output) {}
-
-    bool run(Input &input) {
-        Progress progress(input);
-        for (;;) {
-            const Chunk chunk = input.next();
-            if (!input.good()) return false;
-            keyed_.clear();
-            const auto done = add_keys(input, chunk);
-            if (!output_.write(keyed_) || !done) return false;
-            if (chunk.last) return true;
-            input.consume(*done);
-            progress.at(chunk.offset + *done);
-        }
-    }
-
-  private:
-    // The bytes of the chunk that are done; nothing after a fault.
-    std::optional<std::size_t> add_keys(const Input &input, const Chunk &chunk) {
-        std::size_t at = 0;
-        while (at < chunk.bytes.size()) {
-            const ByteSpan rest = chunk.bytes.subspan(at);
-            const auto size = reader_.first_line(rest);
-            if (!size && !chunk.last) break;
-            ByteSpan line = rest.first(size.value_or(rest.size()));
-            const std::size_t mark = chunk.offset + at == 0 ? reader_.mark_size(line) : 0;
-            line = line.subspan(mark);
-            if (const auto bad = reader_.decode(line, text_)) {
-                report_bad_line(request_, input, chunk.offset + at + mark + *bad);
-                return std::nullopt;
-            }
-            at += mark + line.size();
-            const std::string key = request_.collation.key_of(text_) + '\t';
-            keyed_.insert(keyed_.end(), key.begin(), key.end());
-            keyed_.insert(keyed_.end(), line.begin(), line.end());
-            if (!size) keyed_.insert(keyed_.end(), reader_.line_end().begin(), reader_.line_end().end());
-        }
-        return at;
-    }
-
-    const Request &request_;
-    LineReader reader_;
-    Output &output_;
-    std::vector<KxChar> text_;
-    Bytes keyed_;
-};
-
-bool write_keys(const Request &request) {
-    Output output(kUsageText.command, request.output);
-    if (!output.good()) return false;
-    KeyWriter writer(request, output);
-    for (const std::string &path : request.inputs) {
-        Input input(kUsageText.command, path);
-        if (!input.good() || !writer.run(input)) return false;
-    }
-    return output.close();
-}
-
-// ---- The command line ----
-
-std::string take_option(Request &request, int id, const std::string &argument) {
+std::string take_option(Arguments &arguments, int id, const std::string &argument) {
     switch (id) {
-    case 'l':
-        request.language = Collation::find_language(argument);
-        return request.language ? "" : "no language '" + argument + "'; there are " + Collation::list_of_languages();
-    case 'f': {
-        const auto form = find_encoding(argument);
-        if (!form) return "no form or code page '" + argument + "'; `kx convert -l` lists them";
-        // A line end of the streams may also stand inside their other codes.
-        if (is_kx_encoding(*form) && form->kind != EncodingKind::kx)
-            return "'" + argument + "' has no lines; convert it first";
-        request.form = *form;
-        return "";
+    case 'l': {
+        const FoundLanguage found = find_language(argument);
+        arguments.language = found.language;
+        return found.language != nullptr ? "" : found.fault + " (`kx sort --list` lists all)";
     }
-    case 'o': request.output = argument; return "";
-    case 'r': request.reverse = true; return "";
-    case 'u': request.unique = true; return "";
-    case kIgnoreCaseOption: request.collation.case_counts = false; return "";
-    case kKanaOption: request.collation.kana_counts = true; return "";
-    case kKeysOption: request.keys = true; return "";
-    default: return "";
+    case 'f': return take_form(arguments, argument);
+    case 'k': {
+        Key &key = arguments.keys.emplace_back();
+        return read_key(argument, key.part, key.has_flags);
+    }
+    case 't': arguments.separator = argument; return "";
+    case 'b': arguments.skip_blanks = true; return "";
+    case 'n': arguments.numeric = true; return "";
+    case 'r': arguments.reverse = true; return "";
+    case 's': arguments.stable = true; return "";
+    case 'u': arguments.request.unique = true; return "";
+    case 'z': arguments.zero_ends = true; return "";
+    case 'o': arguments.request.output = argument; return "";
+    case 'j': return take_jobs(arguments, argument);
+    case 'c':
+    case kCheck:
+        if (argument.empty() || argument == "diagnose-first") return take_work(arguments, Work::check);
+        if (argument == "quiet" || argument == "silent") return take_work(arguments, Work::check_quietly);
+        return "--check takes quiet, silent or diagnose-first, not '" + argument + "'";
+    case 'C': return take_work(arguments, Work::check_quietly);
+    case 'm': return take_work(arguments, Work::merge);
+    case kKeys: return take_work(arguments, Work::keys);
+    case kList: return take_work(arguments, Work::list);
+    case kIgnoreCase: arguments.ignore_case = true; return "";
+    case kKana: arguments.kana_counts = true; return "";
+    case kStrict: arguments.request.strict = true; return "";
+    default: return fault_of_foreign(id);
     }
 }
 
 // What is wrong with the options taken together.
-std::string fault_of(const Request &request) {
-    if (!request.language) return "-l CODE is needed; there are " + Collation::list_of_languages();
-    if (!request.keys) return "";
-    if (request.reverse || request.unique) return "--keys does not sort; give -r and -u to the sorter";
-    if (request.form.kind != EncodingKind::code_page && request.form.kind != EncodingKind::utf8)
-        return "--keys writes bytes, not " + name_of(request.form) + "; convert the input first";
+std::string fault_of(const Arguments &arguments) {
+    if (arguments.work == Work::check || arguments.work == Work::check_quietly) {
+        if (arguments.request.inputs.size() > 1)
+            return "-c checks one file, not '" + arguments.request.inputs[1] + "', too";
+        return arguments.request.output.empty() ? "" : "-c writes nothing; leave -o out";
+    }
+    if (arguments.work != Work::keys) return "";
+    if (arguments.reverse || arguments.request.unique) return "--keys does not sort; give -r and -u to the sorter";
+    if (!arguments.keys.empty() || arguments.numeric || arguments.skip_blanks || arguments.separator)
+        return "--keys makes keys of whole lines, without -k, -t, -b and -n";
+    if (arguments.form.kind != EncodingKind::code_page && arguments.form.kind != EncodingKind::utf8)
+        return "--keys writes bytes, not " + name_of(arguments.form) + "; convert the input first";
     return "";
+}
+
+// The one character that an argument in UTF-8 is; nothing for more or for none.
+std::optional<KxChar> character_of(const LineForm &form, const std::string &argument) {
+    LineForm of_arguments = form;
+    of_arguments.form = {EncodingKind::utf8, {}};
+    of_arguments.zero_ends = false;
+    LineReader reader(of_arguments);
+    const LineText text = reader.read_one({reinterpret_cast<const std::uint8_t *>(argument.data()), argument.size()});
+    if (text.chars.size() != 1 || text.chars[0] == kLacking) return std::nullopt;
+    return text.chars[0];
+}
+
+// As sort(1) reads numbers: by the locale.
+NumberMarks number_marks(const LineForm &form) {
+    NumberMarks marks;
+    if (std::setlocale(LC_NUMERIC, "") == nullptr) return marks;
+    const std::lconv *numbers = std::localeconv();
+    marks.point = character_of(form, numbers->decimal_point).value_or(marks.point);
+    marks.thousands = character_of(form, numbers->thousands_sep).value_or(marks.thousands);
+    std::setlocale(LC_NUMERIC, "C");
+    return marks;
+}
+
+std::vector<SortPart> parts_of(const Arguments &arguments, const Collation &collation) {
+    std::vector<SortPart> parts;
+    const auto add = [&](SortPart part, bool case_counts) {
+        part.collation = collation;
+        part.collation.case_counts = case_counts;
+        part.collation.kana_counts = arguments.kana_counts;
+        parts.push_back(std::move(part));
+    };
+    const auto with_options = [&](SortPart part) {
+        part.field.skip_blanks = part.field.skip_blanks_to_end = arguments.skip_blanks;
+        part.numeric = arguments.numeric;
+        part.reverse = arguments.reverse;
+        return part;
+    };
+    for (const Key &key : arguments.keys) {
+        if (key.has_flags) {
+            add(key.part, key.part.collation.case_counts);
+        } else {
+            add(with_options(key.part), !arguments.ignore_case);
+        }
+    }
+    SortPart line;
+    line.whole = true;
+    line.reverse = arguments.reverse;
+    if (parts.empty() && !arguments.numeric && !arguments.skip_blanks) {
+        add(line, !arguments.ignore_case);
+        return parts;
+    }
+    if (parts.empty()) add(with_options({}), !arguments.ignore_case);
+    // Where the keys leave lines equal.
+    if (!arguments.stable && !arguments.request.unique) add(line, true);
+    return parts;
+}
+
+// Turns the arguments into the request. What is wrong with them, or an empty string.
+std::string prepare(Arguments &arguments) {
+    if (arguments.language == nullptr) {
+        const FoundLanguage found = language_of_locale();
+        if (found.language == nullptr) return "no language: " + found.fault + "; give one with -l (`kx sort --list`)";
+        arguments.language = found.language;
+    }
+    Collation collation;
+    collation.begin(arguments.language->code);
+    LineForm &form = arguments.request.form;
+    form.form = arguments.form;
+    form.text_page =
+        arguments.form.kind == EncodingKind::code_page ? arguments.form.page : collation.page().value_or(system_page());
+    form.zero_ends = arguments.zero_ends;
+    form.turkish = collation.is_turkish();
+    SortOrder &order = arguments.request.order;
+    if (arguments.separator) {
+        order.separator = character_of(form, *arguments.separator == "\\t" ? "\t" : *arguments.separator);
+        if (!order.separator) return "-t takes one character, not '" + *arguments.separator + "'";
+    }
+    order.parts = parts_of(arguments, collation);
+    if (std::ranges::any_of(order.parts, &SortPart::numeric)) order.number_marks = number_marks(form);
+    return "";
+}
+
+int work(const Arguments &arguments) {
+    const SortRequest &request = arguments.request;
+    switch (arguments.work) {
+    case Work::check: return check_order(request, false);
+    case Work::check_quietly: return check_order(request, true);
+    case Work::merge: return merge_inputs(request);
+    case Work::keys: return write_keys(request, request.order.parts.front().collation);
+    default: return sort_in_memory(request) ? kSuccess : kFailure;
+    }
 }
 
 } // namespace
 
 int run_sort(int argc, char **argv) {
-    Request request;
+    Arguments arguments;
     const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const std::string &argument) {
-        return take_option(request, id, argument);
+        return take_option(arguments, id, argument);
     });
     if (parsed.stop) return parsed.status;
-    if (const std::string fault = fault_of(request); !fault.empty()) return usage_error(kUsageText, fault);
-    request.collation.language = *request.language;
-    request.collation.begin();
-    request.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
-    const char *too_large = "not enough memory: the input is sorted as a whole; see --keys";
+    if (arguments.work == Work::list) {
+        std::fputs(list_of_languages().c_str(), stdout);
+        return kSuccess;
+    }
+    arguments.request.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
+    std::string fault = fault_of(arguments);
+    if (fault.empty()) fault = prepare(arguments);
+    if (!fault.empty()) return usage_error(kUsageText, fault);
+    const char *too_large = arguments.work == Work::sort
+                                ? "not enough memory: the input is sorted as a whole; see --keys"
+                                : "not enough memory for the longest line";
     try {
-        if (!request.keys) return sort_lines(request) ? kSuccess : kFailure;
-        if (is_one_of(request.output, request.inputs)) {
-            report(kUsageText.command, "the output is also an input");
-            return kFailure;
-        }
-        return write_keys(request) ? kSuccess : kFailure;
+        return work(arguments);
     } catch (const std::bad_alloc &) {
-        report(kUsageText.command, too_large);
+        report(kSortCommand, too_large);
     } catch (const std::length_error &) {
-        report(kUsageText.command, too_large);
+        report(kSortCommand, too_large);
     }
     return kFailure;
 }
