@@ -1,0 +1,119 @@
+#include "pairs.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace kxdetect {
+namespace {
+
+constexpr std::size_t kLongestLine = 1000; // of a text that has no line ends
+
+constexpr bool is_ascii_letter(unsigned byte) {
+    return (byte | 0x20U) - 'a' < 26;
+}
+constexpr bool is_word(unsigned byte) {
+    return byte >= 0x80 || is_ascii_letter(byte);
+}
+constexpr unsigned ascii_symbol(unsigned byte) {
+    return (byte & 0x1FU);
+}
+
+constexpr auto kIsWord = [] {
+    std::array<bool, 256> table{};
+    for (unsigned byte = 0; byte < 256; ++byte)
+        table[byte] = is_word(byte);
+    return table;
+}();
+
+// Counts in a square of all pairs, and remembers which ones are not zero.
+class UpperPairs {
+  public:
+    UpperPairs() : counts_(std::make_unique<std::uint32_t[]>(std::size_t{256} * 256)) {}
+
+    void add(std::span<const std::uint8_t> word) {
+        unsigned previous = kEdge;
+        unsigned before = kEdge;
+        for (const std::uint8_t byte : word) {
+            // A line drawn over the page says no more than its start.
+            if (byte != previous || byte != before) add(previous, byte);
+            before = previous;
+            previous = byte;
+        }
+        add(previous, kEdge);
+    }
+
+    std::vector<BytePair> take() {
+        std::vector<BytePair> pairs;
+        pairs.reserve(seen_.size());
+        for (const std::uint16_t index : seen_)
+            pairs.push_back(
+                {static_cast<std::uint8_t>(index >> 8), static_cast<std::uint8_t>(index & 0xFFU), counts_[index]});
+        return pairs;
+    }
+
+  private:
+    void add(unsigned first, unsigned second) {
+        const auto index = static_cast<std::uint16_t>(first << 8 | second);
+        if (counts_[index]++ == 0) seen_.push_back(index);
+    }
+
+    std::unique_ptr<std::uint32_t[]> counts_;
+    std::vector<std::uint16_t> seen_;
+};
+
+void add_ascii(AsciiPairs &pairs, std::span<const std::uint8_t> word) {
+    unsigned previous = kEdge;
+    for (const std::uint8_t byte : word) {
+        const unsigned symbol = ascii_symbol(byte);
+        ++pairs[std::size_t{previous} * kAsciiSymbols + symbol];
+        previous = symbol;
+    }
+    ++pairs[std::size_t{previous} * kAsciiSymbols];
+}
+
+} // namespace
+
+TextPairs count_pairs(std::span<const std::uint8_t> text) {
+    TextPairs result;
+    UpperPairs upper;
+    bool upper_seen = false;
+    std::size_t begin = 0;
+    while (begin < text.size()) {
+        const std::span<const std::uint8_t> rest = text.subspan(begin, std::min(kLongestLine, text.size() - begin));
+        const auto length = static_cast<std::size_t>(std::ranges::find(rest, '\n') - rest.begin());
+        const std::span<const std::uint8_t> line = rest.first(std::min(length + 1, rest.size()));
+        std::uint8_t all = 0;
+        for (const std::uint8_t byte : line) {
+            ++result.bytes[byte];
+            all |= byte;
+        }
+        const bool has_upper = all >= 0x80;
+        if (has_upper && !upper_seen) result.first_upper_line = begin;
+        upper_seen = upper_seen || has_upper;
+
+        std::size_t place = 0;
+        while (place < line.size()) {
+            if (!kIsWord[line[place]]) {
+                ++place;
+                continue;
+            }
+            std::size_t end = place;
+            std::uint8_t in_word = 0;
+            while (end < line.size() && kIsWord[line[end]])
+                in_word |= line[end++];
+            const std::span<const std::uint8_t> word = line.subspan(place, end - place);
+            if (in_word >= 0x80)
+                upper.add(word);
+            else
+                add_ascii(has_upper ? result.beside : result.apart, word);
+            place = end;
+        }
+        begin += line.size();
+    }
+    result.upper = upper.take();
+    for (unsigned byte = 0x80; byte < 256; ++byte)
+        result.upper_bytes += result.bytes[byte];
+    return result;
+}
+
+} // namespace kxdetect

@@ -1,0 +1,268 @@
+#include <algorithm>
+#include <array>
+#include <bit>
+
+#include "score.h"
+
+namespace kxdetect {
+namespace {
+
+constexpr Cost kNat = 16;
+
+// A letter that the language does not have: of the page's other letters, and beside another such letter.
+constexpr Cost kStrangeLetter = 10 * kNat;
+constexpr Cost kStrangePair = 7 * kNat;
+constexpr Cost kAfterStrange = 2 * kNat;
+constexpr Cost kUndefinedByte = 20 * kNat;
+constexpr Cost kControlByte = 14 * kNat;
+constexpr Cost kBoxSign = 4 * kNat;
+// A sign where it does not stand: an opening quotation mark behind a letter, two letters with a star between them.
+constexpr Cost kMisplacedSign = 3 * kNat;
+// A word in another script than the text, and going over to it within a word.
+constexpr Cost kOtherScript = 6 * kNat;
+constexpr Cost kEnglishWords = 3 * kNat; // that what is in ASCII is English and not in the text's language
+
+enum class Kind : std::uint8_t { edge, capital, small, plain };
+
+// Costs of one kind of letter behind another: in running text, and in text all in capitals.
+struct CaseCosts {
+    std::array<std::array<Cost, 4>, 4> costs;
+};
+constexpr CaseCosts kRunningText{{{
+    //  edge capital small plain
+    {0, 32, 2, 0},
+    {0, 40, 4, 16},
+    {0, 100, 0, 16},
+    {0, 16, 16, 0},
+}}};
+constexpr CaseCosts kCapitals{{{
+    {0, 3, 56, 0},
+    {0, 1, 72, 16},
+    {0, 120, 16, 16},
+    {0, 16, 16, 0},
+}}};
+
+constexpr Cost kAllCapitals = 4 * kNat; // before the text is read
+
+Kind kind_of(Code code) {
+    if ((code & kLetterBit) == 0) return Kind::edge;
+    if ((code & kCapitalBit) != 0) return Kind::capital;
+    return (code & kSmallBit) != 0 ? Kind::small : Kind::plain;
+}
+
+const Sign *sign_of(Code code) {
+    const bool is_sign = (code & kLetterBit) == 0 && (code & kSignBit) != 0;
+    return is_sign ? &kSigns[code & kNumberMask] : nullptr;
+}
+
+Cost cost_of_itself(Code code) {
+    if ((code & kLetterBit) != 0) return 0;
+    if (const Sign *sign = sign_of(code)) return sign->kind == SignClass::box ? kBoxSign : sign->cost;
+    return code == kUndefined ? kUndefinedByte : kControlByte;
+}
+
+// What the neighbours of a sign say.
+Cost cost_of_place(Code first, Code second, bool first_is_upper, bool second_is_upper) {
+    const bool letter_first = (first & kLetterBit) != 0;
+    const bool letter_second = (second & kLetterBit) != 0;
+    if (second_is_upper && letter_first) {
+        const Sign *sign = sign_of(second);
+        if (sign == nullptr) return 0;
+        return sign->kind == SignClass::opening || sign->kind == SignClass::box ? kMisplacedSign
+               : sign->kind == SignClass::other                                 ? kMisplacedSign / 2
+                                                                                : 0;
+    }
+    if (first_is_upper && letter_second) {
+        const Sign *sign = sign_of(first);
+        if (sign == nullptr) return 0;
+        return sign->kind == SignClass::closing || sign->kind == SignClass::other ? kMisplacedSign
+               : sign->kind == SignClass::box                                     ? kMisplacedSign / 2
+                                                                                  : 0;
+    }
+    return 0;
+}
+
+// The characters of all bytes of a page.
+std::array<Code, 256> codes_of(const Page &page, std::span<const Code, 128> ascii) {
+    std::array<Code, 256> codes{};
+    std::ranges::copy(ascii, codes.begin());
+    std::ranges::copy(page.upper, codes.begin() + 128);
+    return codes;
+}
+
+// The letters of ASCII as codes; all else is the edge of a word.
+std::array<Code, 128> ascii_codes() {
+    std::array<Code, 128> codes{};
+    const Model &english = kModels[0];
+    // a to z come first: they are the smallest letters of all.
+    for (unsigned letter = 0; letter < 26; ++letter) {
+        const Code number = english.letters[letter];
+        codes['a' + letter] = static_cast<Code>(kLetterBit | kSmallBit | number);
+        codes['A' + letter] = static_cast<Code>(kLetterBit | kCapitalBit | number);
+    }
+    return codes;
+}
+
+struct Pair {
+    Code first;
+    Code second;
+    bool both_ascii;
+    std::uint32_t count;
+};
+
+// The pairs of the words with upper bytes as a page reads them, and what they cost in any language.
+struct Reading {
+    std::vector<Pair> pairs; // that have a letter
+    Cost cost = 0;
+};
+
+Reading read(const TextPairs &text, const std::array<Code, 256> &codes) {
+    Reading reading;
+    reading.pairs.reserve(text.upper.size());
+    Cost running = 0;
+    Cost capitals = kAllCapitals;
+    for (const BytePair &pair : text.upper) {
+        const Code first = pair.first == kEdge ? kUndefined : codes[pair.first];
+        const Code second = pair.second == kEdge ? kUndefined : codes[pair.second];
+        const bool first_is_upper = pair.first >= 0x80;
+        const bool second_is_upper = pair.second >= 0x80;
+        Cost cost = cost_of_place(first, second, first_is_upper, second_is_upper);
+        if (second_is_upper) cost += cost_of_itself(second);
+        reading.cost += cost * pair.count;
+        const auto from = static_cast<std::size_t>(kind_of(first));
+        const auto to = static_cast<std::size_t>(kind_of(second));
+        running += kRunningText.costs[from][to] * pair.count;
+        capitals += kCapitals.costs[from][to] * pair.count;
+        if (((first | second) & kLetterBit) != 0)
+            reading.pairs.push_back({first, second, !first_is_upper && !second_is_upper, pair.count});
+    }
+    reading.cost += std::min(running, capitals);
+    return reading;
+}
+
+// The symbols of a language by the numbers of letters; 0 for those that it does not have.
+std::vector<std::uint8_t> symbols_of(const Model &model) {
+    std::vector<std::uint8_t> symbols(kLetterCount);
+    for (std::size_t index = 0; index < model.letters.size(); ++index)
+        symbols[model.letters[index]] = static_cast<std::uint8_t>(index + 1);
+    return symbols;
+}
+
+class Language {
+  public:
+    explicit Language(const Model &model)
+        : model_(&model), symbols_(symbols_of(model)), latin_(is_latin(model)), width_(model.letters.size() + 1) {}
+
+    // `english` costs what is in ASCII where the language is in another script.
+    Cost cost(const Reading &reading, const Language &english) const {
+        Cost sum = 0;
+        for (const Pair &pair : reading.pairs)
+            sum += cost(pair, english) * pair.count;
+        return sum;
+    }
+
+  private:
+    Cost between(unsigned first, unsigned second) const { return model_->costs[first * width_ + second]; }
+    unsigned symbol(Code code) const { return (code & kLetterBit) != 0 ? symbols_[code & kNumberMask] : 0; }
+
+    Cost cost(const Pair &pair, const Language &english) const {
+        const unsigned first = symbol(pair.first);
+        const unsigned second = symbol(pair.second);
+        const bool letter_first = (pair.first & kLetterBit) != 0;
+        const bool letter_second = (pair.second & kLetterBit) != 0;
+        if ((first != 0 || !letter_first) && (second != 0 || !letter_second)) return between(first, second);
+        if (!latin_ && pair.both_ascii) {
+            return english.between(english.symbol(pair.first), english.symbol(pair.second)) +
+                   (letter_first ? 0 : kOtherScript / 2);
+        }
+        if (letter_second && second == 0) return first == 0 && letter_first ? kStrangePair : kStrangeLetter;
+        return second != 0 ? kOtherScript : kAfterStrange;
+    }
+
+    const Model *model_;
+    std::vector<std::uint8_t> symbols_;
+    bool latin_;
+    std::size_t width_;
+};
+
+Cost cost_of_ascii(const AsciiPairs &pairs, const Model &model) {
+    const std::size_t width = model.letters.size() + 1;
+    Cost sum = 0;
+    for (std::size_t first = 0; first < kAsciiSymbols; ++first) {
+        for (std::size_t second = 0; second < kAsciiSymbols; ++second) {
+            const std::uint32_t count = pairs[first * kAsciiSymbols + second];
+            if (count != 0) sum += Cost{model.costs[first * width + second]} * count;
+        }
+    }
+    return sum;
+}
+
+} // namespace
+
+// The letters of a model ascend, so the letters of ASCII are its first symbols where it has them.
+bool is_latin(const Model &model) {
+    return model.letters[0] == kModels[0].letters[0];
+}
+
+AsciiWords::AsciiWords(const TextPairs &pairs) {
+    const Cost beside = cost_of_ascii(pairs.beside, kModels[0]) + kEnglishWords;
+    const Cost apart = cost_of_ascii(pairs.apart, kModels[0]) + kEnglishWords;
+    for (const Model &model : kModels) {
+        const bool latin = is_latin(model);
+        costs_.push_back((latin ? std::min(beside, cost_of_ascii(pairs.beside, model)) : beside) +
+                         (latin ? std::min(apart, cost_of_ascii(pairs.apart, model)) : apart));
+    }
+}
+
+std::vector<Candidate> score_ascii(const TextPairs &pairs) {
+    std::vector<Candidate> candidates;
+    for (const Model &model : kModels) {
+        if (is_latin(model)) candidates.push_back({"ascii", model.code, cost_of_ascii(pairs.apart, model), 0});
+    }
+    return candidates;
+}
+
+std::vector<Candidate> score_single_byte(const TextPairs &pairs, const AsciiWords &ascii) {
+    const std::array<Code, 128> lower = ascii_codes();
+    std::vector<Language> languages;
+    for (const Model &model : kModels)
+        languages.emplace_back(model);
+
+    std::vector<Candidate> candidates;
+    std::vector<bool> done(kPages.size());
+    for (std::size_t number = 0; number < kPages.size(); ++number) {
+        const Page &page = kPages[number];
+        std::uint64_t same = 0;
+        std::uint32_t undefined = 0;
+        const auto reads_alike = [&](const Page &other) {
+            for (std::size_t byte = 0; byte < 128; ++byte) {
+                if (pairs.bytes[byte + 128] != 0 && page.upper[byte] != other.upper[byte]) return false;
+            }
+            return true;
+        };
+        for (std::size_t byte = 0; byte < 128; ++byte)
+            undefined += page.upper[byte] == kUndefined ? pairs.bytes[byte + 128] : 0;
+        if (done[number] || std::size_t{undefined} * 20 > pairs.upper_bytes) continue;
+        Cost page_cost = page.cost;
+        std::uint64_t written = 0;
+        for (std::size_t other = number; other < kPages.size(); ++other) {
+            if (!reads_alike(kPages[other])) continue;
+            done[other] = true;
+            same |= std::uint64_t{1} << other;
+            page_cost = std::min(page_cost, Cost{kPages[other].cost});
+        }
+        const Reading reading = read(pairs, codes_of(page, lower));
+        for (std::size_t index = 0; index < kModels.size(); ++index) {
+            written = kModels[index].pages & same;
+            if (written == 0) continue;
+            // The most usual of the pages in which the language was written gives its name.
+            const auto name = static_cast<std::size_t>(std::countr_zero(written));
+            const Cost cost =
+                reading.cost + page_cost + languages[index].cost(reading, languages[0]) + ascii.cost(index);
+            candidates.push_back({kPages[name].name, kModels[index].code, cost, same});
+        }
+    }
+    return candidates;
+}
+
+} // namespace kxdetect
