@@ -379,7 +379,8 @@ def score(rows, answers, wanted=None):
         family = {"ascii": "ASCII", "binary": "binary"}.get(truth, FAMILY_OF.get(language))
         if truth.startswith("utf"):
             family = "UTF-8" if truth == "utf-8" else "UTF-16"
-        for key in ((str(kind), "all"), (str(kind), family), (str(kind), f"{truth} {language}")):
+        whole = () if family in ("UTF-8", "UTF-16", "ASCII", "binary") else ("all pages", f"{truth} {language}")
+        for key in ((str(kind), one) for one in (family, *whole)):
             cell = table[key]
             cell[0] += 1
             cell[1] += bool(right) and right[0]
@@ -418,8 +419,8 @@ def main():
     results["kxdetect"] = score(rows, answers)
     table = results["kxdetect"]
     for kind in KINDS:
-        families = sorted({family for one, family in table if one == kind and " " not in family or family in FAMILIES})
-        for family in ["all", *(one for one in families if one != "all")]:
+        families = sorted({family for one, family in table if one == kind and (" " not in family or family in FAMILIES)})
+        for family in ["all pages", *families]:
             count, first, three, language = table[kind, family]
             if count:
                 print(f"{kind:12} {family:28} {count:6} {100 * first / count:6.1f} {100 * three / count:6.1f}"

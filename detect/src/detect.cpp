@@ -28,13 +28,6 @@ bool begins_with(std::span<const std::uint8_t> text, std::string_view mark) {
     return text.size() >= mark.size() && std::memcmp(text.data(), mark.data(), mark.size()) == 0;
 }
 
-// Controls that no text has, NUL among them.
-std::size_t count_controls(std::span<const std::uint8_t> text) {
-    return static_cast<std::size_t>(std::ranges::count_if(text, [](std::uint8_t byte) {
-        return byte < 0x20 && (byte < '\a' || byte > '\r') && byte != 0x1A && byte != 0x1B;
-    }));
-}
-
 // One reading of 16-bit units, when it is no nonsense.
 std::optional<std::vector<Candidate>> read_utf16(std::span<const std::uint8_t> text, bool high_first) {
     const std::vector<std::uint16_t> units = units_of_utf16(text, high_first, kUnitsRead);
@@ -69,7 +62,7 @@ std::vector<Candidate> candidates_of(std::span<const std::uint8_t> text) {
         candidates.insert(candidates.end(), found->begin(), found->end());
     }
     const bool has_zero = std::ranges::find(text, 0) != text.end();
-    if (has_zero || count_controls(text) * 40 > text.size()) return candidates.empty() ? binary() : candidates;
+    if (has_zero || static_cast<std::size_t>(std::ranges::count_if(text, is_odd_control)) * 40 > text.size()) return candidates.empty() ? binary() : candidates;
 
     const Utf8Check check = check_utf8(text);
     if (check.characters > 0 && check.broken * 4 <= check.characters) return read_utf8(text, check);

@@ -12,8 +12,10 @@ constexpr Cost kNat = 16;
 constexpr std::size_t kLargestWindow = std::size_t{1} << 17; // bytes, which tell as much as more
 constexpr Cost kRareCharacter = 13 * kNat;
 constexpr Cost kBrokenByte = 20 * kNat;
-constexpr Cost kHalfWidthKana = 6 * kNat;
-constexpr Cost kAsciiBeside = 3 * kNat; // a letter of ASCII right behind such a character
+constexpr Cost kHalfWidthKana = 5 * kNat;
+constexpr Cost kFirstHalfWidthKana = 10 * kNat;
+constexpr Cost kBehindLetter = 2 * kNat; // a letter of ASCII right before such a character
+constexpr Cost kAsciiLetter = 52;        // in a word with upper bytes, as the other pages count it
 constexpr Cost kPageCost = 2 * kNat;
 
 // The bytes of a character of two bytes.
@@ -47,40 +49,52 @@ Cost find_cost(std::span<const CharacterCost> costs, std::uint16_t character) {
     return found != costs.end() && found->character == character ? Cost{found->cost} : kRareCharacter;
 }
 
+constexpr bool is_ascii_letter(unsigned byte) { return (byte | 0x20U) - 'a' < 26; }
+
+struct DoubleByteReading {
+    Cost cost;
+    Cost trailing_letters; // letters of ASCII that are second bytes
+};
+
 // Nothing when too many bytes cannot be.
-std::optional<Cost> cost_of(std::span<const std::uint8_t> text, const Shape &shape, const CharacterModel &model) {
-    Cost cost = 0;
+std::optional<DoubleByteReading> read(std::span<const std::uint8_t> text, const Shape &shape,
+                                      const CharacterModel &model) {
+    DoubleByteReading reading{};
     std::size_t broken = 0;
     std::size_t characters = 0;
-    bool beside = false;
+    bool behind_letter = false;
+    bool behind_kana = false;
     for (std::size_t place = 0; place < text.size(); ++place) {
         const unsigned byte = text[place];
         if (byte < 0x80) {
-            const bool letter = (byte | 0x20U) - 'a' < 26;
-            if (beside && letter) cost += kAsciiBeside;
-            beside = beside && letter;
+            behind_letter = is_ascii_letter(byte);
+            behind_kana = false;
             continue;
         }
-        beside = true;
+        if (behind_letter) reading.cost += kBehindLetter;
+        behind_letter = false;
         if (shape.leads(byte)) {
             if (place + 1 == text.size()) break; // the text is cut off here
             const unsigned trail = text[place + 1];
             if (shape.trails(byte, trail)) {
-                cost += find_cost(model.in_page, static_cast<std::uint16_t>(byte << 8 | trail));
+                reading.cost += find_cost(model.in_page, static_cast<std::uint16_t>(byte << 8 | trail));
+                if (is_ascii_letter(trail)) ++reading.trailing_letters;
                 ++characters;
+                behind_kana = false;
                 ++place;
                 continue;
             }
         } else if (shape.half_width_kana && within(byte, 0xA1, 0xDF)) {
-            cost += kHalfWidthKana;
+            reading.cost += behind_kana ? kHalfWidthKana : kFirstHalfWidthKana;
+            behind_kana = true;
             ++characters;
             continue;
         }
-        cost += kBrokenByte;
+        reading.cost += kBrokenByte;
         ++broken;
     }
     if (broken * 50 > characters) return std::nullopt;
-    return cost;
+    return reading;
 }
 
 } // namespace
@@ -88,15 +102,21 @@ std::optional<Cost> cost_of(std::span<const std::uint8_t> text, const Shape &sha
 std::vector<Candidate> score_double_byte(std::span<const std::uint8_t> text, const TextPairs &pairs,
                                          const AsciiWords &ascii) {
     const auto window = text.subspan(pairs.first_upper_line);
-    const auto read = window.first(std::min(window.size(), kLargestWindow));
-    const auto upper = static_cast<Cost>(std::ranges::count_if(read, [](std::uint8_t byte) { return byte >= 0x80; }));
+    const auto part = window.first(std::min(window.size(), kLargestWindow));
+    const auto upper = static_cast<Cost>(std::ranges::count_if(part, [](std::uint8_t byte) { return byte >= 0x80; }));
+    const auto all = static_cast<Cost>(pairs.upper_bytes);
+    Cost letters = 0;
+    for (const BytePair &pair : pairs.upper)
+        letters += pair.second != kEdge && pair.second < 0x80 ? pair.count : 0;
     std::vector<Candidate> candidates;
     for (const CharacterModel &model : kCharacterModels) {
         const auto *const shape =
             std::ranges::find_if(kShapes, [&](const Shape &one) { return std::string_view(one.page) == model.page; });
-        if (const std::optional<Cost> cost = cost_of(read, *shape, model)) {
-            const Cost whole = *cost * static_cast<Cost>(pairs.upper_bytes) / std::max<Cost>(upper, 1);
-            candidates.push_back({model.page, model.code, whole + ascii.english_cost() + kPageCost, 0});
+        if (const auto reading = read(part, *shape, model)) {
+            const auto whole = [&](Cost cost) { return cost * all / std::max<Cost>(upper, 1); };
+            const Cost others = std::max<Cost>(letters - whole(reading->trailing_letters), 0);
+            const Cost cost = whole(reading->cost) + kAsciiLetter * others + ascii.english_cost() + kPageCost;
+            candidates.push_back({model.page, model.code, cost, 0});
         }
     }
     return candidates;

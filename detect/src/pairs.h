@@ -29,6 +29,11 @@ struct TextPairs {
     std::size_t first_upper_line = 0;       // where the first line with such a byte begins
 };
 
+// A control that texts do not have: all but the bell, tabs, line ends, the old end of a text and the escape.
+constexpr bool is_odd_control(std::uint8_t byte) {
+    return byte < 0x20 && (byte < '\a' || byte > '\r') && byte != 0x1A && byte != 0x1B;
+}
+
 TextPairs count_pairs(std::span<const std::uint8_t> text);
 
 } // namespace kxdetect

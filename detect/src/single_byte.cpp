@@ -15,39 +15,47 @@ constexpr Cost kStrangePair = 7 * kNat;
 constexpr Cost kAfterStrange = 2 * kNat;
 constexpr Cost kUndefinedByte = 20 * kNat;
 constexpr Cost kControlByte = 14 * kNat;
-constexpr Cost kBoxSign = 4 * kNat;
+constexpr Cost kBoxSign = 5 * kNat / 2;
+constexpr Cost kFirstBoxSign = 4 * kNat;
+constexpr Cost kLoneBoxSign = 8 * kNat;
 // A sign where it does not stand: an opening quotation mark behind a letter, two letters with a star between them.
 constexpr Cost kMisplacedSign = 3 * kNat;
 // A word in another script than the text, and going over to it within a word.
 constexpr Cost kOtherScript = 6 * kNat;
 constexpr Cost kEnglishWords = 3 * kNat; // that what is in ASCII is English and not in the text's language
 
-enum class Kind : std::uint8_t { edge, capital, small, plain };
+// Letters by what they say about their neighbours; `joined` are those forms of Arabic letters that have another behind them.
+enum class Kind : std::uint8_t { edge, capital, small, plain, joined };
+constexpr std::size_t kKinds = 5;
 
 // Costs of one kind of letter behind another: in running text, and in text all in capitals.
-struct CaseCosts {
-    std::array<std::array<Cost, 4>, 4> costs;
-};
-constexpr CaseCosts kRunningText{{{
-    //  edge capital small plain
-    {0, 32, 2, 0},
-    {0, 40, 4, 16},
-    {0, 100, 0, 16},
-    {0, 16, 16, 0},
-}}};
-constexpr CaseCosts kCapitals{{{
-    {0, 3, 56, 0},
-    {0, 1, 72, 16},
-    {0, 120, 16, 16},
-    {0, 16, 16, 0},
-}}};
+using CaseCosts = std::array<std::array<std::uint8_t, kKinds>, kKinds>;
+constexpr CaseCosts kRunningText{{
+    // edge capital small plain joined
+    {0, 32, 2, 0, 0},
+    {0, 40, 4, 16, 16},
+    {0, 100, 0, 16, 16},
+    {0, 16, 16, 0, 0},
+    {48, 48, 48, 0, 0},
+}};
+constexpr CaseCosts kCapitals{{
+    {0, 3, 56, 0, 0},
+    {0, 1, 72, 16, 16},
+    {0, 120, 16, 16, 16},
+    {0, 16, 16, 0, 0},
+    {48, 48, 48, 0, 0},
+}};
 
 constexpr Cost kAllCapitals = 4 * kNat; // before the text is read
 
 Kind kind_of(Code code) {
     if ((code & kLetterBit) == 0) return Kind::edge;
-    if ((code & kCapitalBit) != 0) return Kind::capital;
-    return (code & kSmallBit) != 0 ? Kind::small : Kind::plain;
+    switch (code & kKindMask) {
+    case kCapitalBit: return Kind::capital;
+    case kSmallBit: return Kind::small;
+    case kJoinedBits: return Kind::joined;
+    default: return Kind::plain;
+    }
 }
 
 const Sign *sign_of(Code code) {
@@ -55,9 +63,18 @@ const Sign *sign_of(Code code) {
     return is_sign ? &kSigns[code & kNumberMask] : nullptr;
 }
 
-Cost cost_of_itself(Code code) {
+bool is_box(const Sign &sign) { return sign.kind == SignClass::box || sign.kind == SignClass::upright; }
+
+// A frame goes on, or begins; of its signs only the upright ones stand alone.
+Cost cost_of_box(const Sign &sign, Code before) {
+    const Sign *previous = sign_of(before);
+    if (previous != nullptr && is_box(*previous)) return kBoxSign;
+    return sign.kind == SignClass::upright ? kFirstBoxSign : kLoneBoxSign;
+}
+
+Cost cost_of_itself(Code code, Code before) {
     if ((code & kLetterBit) != 0) return 0;
-    if (const Sign *sign = sign_of(code)) return sign->kind == SignClass::box ? kBoxSign : sign->cost;
+    if (const Sign *sign = sign_of(code)) return is_box(*sign) ? cost_of_box(*sign, before) : Cost{sign->cost};
     return code == kUndefined ? kUndefinedByte : kControlByte;
 }
 
@@ -68,7 +85,7 @@ Cost cost_of_place(Code first, Code second, bool first_is_upper, bool second_is_
     if (second_is_upper && letter_first) {
         const Sign *sign = sign_of(second);
         if (sign == nullptr) return 0;
-        return sign->kind == SignClass::opening || sign->kind == SignClass::box ? kMisplacedSign
+        return sign->kind == SignClass::opening || is_box(*sign) ? kMisplacedSign
                : sign->kind == SignClass::other                                 ? kMisplacedSign / 2
                                                                                 : 0;
     }
@@ -76,7 +93,7 @@ Cost cost_of_place(Code first, Code second, bool first_is_upper, bool second_is_
         const Sign *sign = sign_of(first);
         if (sign == nullptr) return 0;
         return sign->kind == SignClass::closing || sign->kind == SignClass::other ? kMisplacedSign
-               : sign->kind == SignClass::box                                     ? kMisplacedSign / 2
+               : is_box(*sign)                                     ? kMisplacedSign / 2
                                                                                   : 0;
     }
     return 0;
@@ -127,12 +144,12 @@ Reading read(const TextPairs &text, const std::array<Code, 256> &codes) {
         const bool first_is_upper = pair.first >= 0x80;
         const bool second_is_upper = pair.second >= 0x80;
         Cost cost = cost_of_place(first, second, first_is_upper, second_is_upper);
-        if (second_is_upper) cost += cost_of_itself(second);
+        if (second_is_upper) cost += cost_of_itself(second, first);
         reading.cost += cost * pair.count;
         const auto from = static_cast<std::size_t>(kind_of(first));
         const auto to = static_cast<std::size_t>(kind_of(second));
-        running += kRunningText.costs[from][to] * pair.count;
-        capitals += kCapitals.costs[from][to] * pair.count;
+        running += Cost{kRunningText[from][to]} * pair.count;
+        capitals += Cost{kCapitals[from][to]} * pair.count;
         if (((first | second) & kLetterBit) != 0)
             reading.pairs.push_back({first, second, !first_is_upper && !second_is_upper, pair.count});
     }

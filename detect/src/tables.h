@@ -17,9 +17,11 @@ inline constexpr Code kSignBit = 0x1000;
 inline constexpr Code kLetterBit = 0x8000;
 inline constexpr Code kCapitalBit = 0x4000;
 inline constexpr Code kSmallBit = 0x2000;
+inline constexpr Code kJoinedBits = kCapitalBit | kSmallBit; // an Arabic letter that is joined to the next one
+inline constexpr Code kKindMask = kCapitalBit | kSmallBit;
 inline constexpr Code kNumberMask = 0x0FFF;
 
-enum class SignClass : std::uint8_t { opening, closing, joining, box, other };
+enum class SignClass : std::uint8_t { opening, closing, joining, box, upright, other };
 
 struct Sign {
     std::uint16_t character;

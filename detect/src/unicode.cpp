@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 
+#include "pairs.h"
 #include "score.h"
 
 namespace kxdetect {
@@ -174,7 +175,7 @@ std::vector<Candidate> score_unicode(std::span<const std::uint16_t> text, const 
     Cost controls = 0;
     for (const std::uint16_t unit : text) {
         const bool control =
-            (unit < 0x20 && unit != '\t' && unit != '\n' && unit != '\r' && unit != '\f') || unit == 0x7F;
+            unit < 0x20 && is_odd_control(static_cast<std::uint8_t>(unit));
         if (control) controls += kStrangeCharacter;
         const Symbols symbols = symbols_of(unit);
         letters.push_back(symbols.first);

@@ -15,7 +15,8 @@ CODECS = {"ja": ("932", "cp932"), "zh-CN": ("936", "gbk"), "ko": ("949", "cp949"
 OPENING = "\u00ab\u201e\u201a\u2039\u00bf\u00a1"
 CLOSING = "\u00bb\u203a\u2026"
 JOINING = "\u2018\u2019\u201c\u201d\u2013\u2014\u00a0\u00ad\u00b7\u02bc\u2015"
-CLASSES = ["opening", "closing", "joining", "box", "other"]
+TYPOGRAPHIC = "\u2018\u2019\u201c\u201d\u201e\u2026\u2013\u2014"
+CLASSES = ["opening", "closing", "joining", "box", "upright", "other"]
 
 
 def cost(probability):
@@ -78,9 +79,13 @@ def is_letter(sign):
 
 
 def base_of(sign):
-    """The small letter that models know, and whether this one is small, capital or neither."""
-    if len(unicodedata.normalize("NFKC", sign)) >= 1 and "\ufb50" <= sign <= "\ufefc":
+    """The small letter that models know, and whether this one is small, capital or neither; both for an Arabic form
+    that is joined to the next letter."""
+    if "\ufb50" <= sign <= "\ufefc":
+        kept = sign
         sign = unicodedata.normalize("NFKC", sign)[0]
+        joined = unicodedata.decomposition(kept).split()[0] in ("<initial>", "<medial>")
+        return sign, SMALL | CAPITAL if joined else 0
     small = "i" if sign == "\u0130" else sign.lower()
     if small != sign:
         return small, CAPITAL
@@ -119,6 +124,9 @@ def generate(data):
     for line in text_lines(data / "signs.txt")[1:]:
         code, count = line.split()[:2]
         sign_costs[character(code)] = cost(int(count) / 1e6)
+    # Much of today's text has them as ASCII; where a page has them they are used.
+    for sign in TYPOGRAPHIC:
+        sign_costs[sign] = min(sign_costs.get(sign, WORST), 5 * UNIT)
 
     in_pages = {one for _, _, characters in pages for one in characters if one}
     letters = {name for names, _ in models.values() for name in names if name != "_"}
@@ -143,7 +151,9 @@ def generate(data):
             return 1
         if sign in JOINING:
             return 2
-        return 3 if "\u2500" <= sign <= "\u259f" else 4
+        if sign in "\u2502\u2551":
+            return 4
+        return 3 if "\u2500" <= sign <= "\u259f" else 5
 
     head = '#include "tables.h"\n\nnamespace kxdetect {\n\n'
     tail = "\n} // namespace kxdetect\n"
