@@ -1,5 +1,5 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
-.PHONY: all build demo test test-asan test-clang test-windows test-32 test-be torture windows lint bench bench-tool \
+.PHONY: all build demo test test-asan test-clang test-windows test-32 test-be torture windows lint bench bench-tool bench-detect \
         bench-build clean deps tables
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -84,6 +84,10 @@ bench: bench-build
 # kx on large files beside iconv, uconv and sort; SIZE in MiB.
 bench-tool: bench-build
 	bench/tool.py --size $(SIZE) $(FILTER)
+
+# How often libkxdetect, uchardet, ICU, chardet and charset-normalizer find the page of a text, and how fast.
+bench-detect: bench-build
+	bench/detect.py --peers
 
 bench-build:
 	@tools/deps.sh default bench

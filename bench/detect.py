@@ -7,7 +7,6 @@ it was made of; all the pages that do are equally right.
 """
 import argparse
 import json
-import os
 import random
 import re
 import struct
@@ -179,7 +178,7 @@ def collect(folders):
         sayings = SAYINGS.get(language, f"fortunes-{code}")
         if sayings in folders:
             for path in sorted(folders[sayings].glob("usr/share/games/fortunes/**/*")):
-                if path.is_file() and not path.is_symlink() and path.suffix not in (".dat", ".u8"):
+                if path.is_file() and not path.is_symlink() and path.suffix not in (".dat", ".u8") and "off" not in path.parts:
                     take(language, debian_text.read_text(path).split("\n%\n"))
     return texts
 
@@ -368,73 +367,123 @@ def run_python_peer(name, rows):
     return answers, time.process_time() - start
 
 
-KINDS = ["200", "1024", "4096", "60", "capitals", "frames", "foreign line"]
+KINDS = {"200": "200 bytes", "1024": "1 KB", "4096": "4 KB", "60": "60 bytes", "capitals": "capitals, 200 bytes",
+         "frames": "in frames, 200 bytes", "foreign line": "one line of twelve"}
+NOT_OF_PAGES = ("UTF-8", "UTF-16", "ASCII", "binary")
 
 
-def score(rows, answers, wanted=None):
-    table = defaultdict(lambda: [0, 0, 0, 0])
+def family_of(row):
+    _, truth, language, _ = row
+    if truth.startswith("utf"):
+        return "UTF-8" if truth == "utf-8" else "UTF-16"
+    return {"ascii": "ASCII", "binary": "binary"}.get(truth, FAMILY_OF.get(language))
+
+
+class Score:
+    """Of one engine: by (kind, family), how many there were, and were right at first and among three."""
+
+    def __init__(self, rows, answers, seconds):
+        self.cells = defaultdict(lambda: [0, 0, 0, 0])
+        self.speed = sum(len(row[3]) for row in rows) / seconds / 1e6
+        for row, found in zip(rows, answers):
+            right = [is_right(row, page_of_peer(page)) for page, _ in found[:3]]
+            family = family_of(row)
+            for name in (family,) if family in NOT_OF_PAGES else (family, "all pages"):
+                cell = self.cells[str(row[0]), name]
+                for index, value in enumerate((True, right and right[0], any(right), found and found[0][1] == row[2])):
+                    cell[index] += bool(value)
+
+    def percent(self, kind, family, index):
+        cell = self.cells.get((kind, family))
+        return f"{100 * cell[index] / cell[0]:.1f}" if cell else ""
+
+
+def print_peers(scores):
+    print("\n| texts | " + " | ".join(f"{name} first | of three" for name in scores) + " |")
+    print("|---" * (1 + 2 * len(scores)) + "|")
+    for kind, title in KINDS.items():
+        cells = [score.percent(kind, "all pages", index) for score in scores.values() for index in (1, 2)]
+        print(f"| {title} | " + " | ".join(cells) + " |")
+    for family in ("UTF-8", "UTF-16", "ASCII", "binary"):
+        cells = [score.percent("1024", family, index) for score in scores.values() for index in (1, 2)]
+        print(f"| {family}, 1 KB | " + " | ".join(cells) + " |")
+    print("| MB/s | " + " | ".join(f"{score.speed:.1f} | " for score in scores.values()) + " |")
+
+
+def print_families(score):
+    families = [*FAMILIES, "all pages", *NOT_OF_PAGES]
+    print("\n| family | " + " | ".join(KINDS.values()) + " |\n" + "|---" * (1 + len(KINDS)) + "|")
+    for family in families:
+        cells = [" / ".join(filter(None, (score.percent(kind, family, index) for index in (1, 2)))) for kind in KINDS]
+        print(f"| {family} | " + " | ".join(cells) + " |")
+    print("| language of all pages | " + " | ".join(score.percent(kind, "all pages", 3) for kind in KINDS) + " |")
+
+
+def read_rows(folder, each):
+    """The samples, made once."""
+    file = folder / f"samples-{each}.json"
+    if not file.exists():
+        texts_file = folder / "texts.json"
+        if not texts_file.exists():
+            texts = collect(debian_text.unpack(PACKAGES, folder))
+            texts_file.write_text(json.dumps(texts, ensure_ascii=False), encoding="utf-8")
+        samples = Samples(json.loads(texts_file.read_text(encoding="utf-8")), 4711)
+        samples.build(each)
+        samples.add_binaries(each)
+        file.write_text(json.dumps([(*row[:3], row[3].decode("latin-1")) for row in samples.rows]), encoding="utf-8")
+    return [(*row[:3], row[3].encode("latin-1")) for row in json.loads(file.read_text(encoding="utf-8"))]
+
+
+def print_wrong(rows, answers, options):
+    shown = defaultdict(int)
     for row, found in zip(rows, answers):
-        kind, truth, language, _ = row
-        right = [is_right(row, page_of_peer(page)) for page, _ in found[:3]]
-        family = {"ascii": "ASCII", "binary": "binary"}.get(truth, FAMILY_OF.get(language))
-        if truth.startswith("utf"):
-            family = "UTF-8" if truth == "utf-8" else "UTF-16"
-        whole = () if family in ("UTF-8", "UTF-16", "ASCII", "binary") else ("all pages", f"{truth} {language}")
-        for key in ((str(kind), one) for one in (family, *whole)):
-            cell = table[key]
-            cell[0] += 1
-            cell[1] += bool(right) and right[0]
-            cell[2] += any(right)
-            cell[3] += bool(found) and found[0][1] == language
-    return table
+        if (not options.kind or str(row[0]) == options.kind) and not is_right(row, found[0][0]):
+            shown[row[1:3]] += 1
+            if shown[row[1:3]] <= options.wrong:
+                print(row[0], row[1], row[2], found, repr((decode(row[3], row[1]) or "")[:300]))
+    for key, count in sorted(shown.items(), key=lambda one: -one[1])[:30]:
+        print(key, count)
+
+
+def large_files(rows, folder):
+    """Speed on a MiB of the texts of one page, in MB/s."""
+    speeds = []
+    for page, language in (("852", "cs"), ("1251", "ru"), ("1252", "de"), ("932", "ja"), ("utf-8", "ru")):
+        text = b"\n".join(row[3] for row in rows if row[1:3] == (page, language) and row[0] in (1024, 4096))
+        text = (text * (1 + (1 << 20) // len(text)))[:1 << 20]
+        write_samples([(0, page, language, text)] * 8, folder / "large.bin")
+        speeds.append(f"{page} {8 * len(text) / run_driver(DRIVER, 'kxdetect', folder / 'large.bin')[1] / 1e6:.0f}")
+    print("\nkxdetect on files of 1 MiB, MB/s: " + ", ".join(speeds))
+
+
+DRIVER = ROOT / "build" / "release" / "detect_bench"
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("folder", nargs="?", type=Path, default=ROOT / "build" / "release" / "bench" / "detect")
-    parser.add_argument("--driver", type=Path, default=ROOT / "build" / "release" / "detect_bench")
     parser.add_argument("--each", type=int, default=24, help="samples for each page, language and size")
-    parser.add_argument("--only", help="one engine")
-    parser.add_argument("--wrong", type=int, default=0, help="print this many wrong answers for each page and language")
+    parser.add_argument("--peers", action="store_true", help="the other detectors, too")
+    parser.add_argument("--wrong", type=int, default=0, help="print so many wrong answers for each page and language")
     parser.add_argument("--kind", help="of the wrong answers")
     options = parser.parse_args()
-    cache = options.folder / "texts.json"
-    if not cache.exists():
-        texts = collect(debian_text.unpack(PACKAGES, options.folder))
-        cache.write_text(json.dumps(texts, ensure_ascii=False), encoding="utf-8")
-    texts = json.loads(cache.read_text(encoding="utf-8"))
-    rows_file = options.folder / f"samples-{options.each}.json"
-    if rows_file.exists():
-        rows = [(*row[:3], row[3].encode("latin-1")) for row in json.loads(rows_file.read_text())]
-    else:
-        samples = Samples(texts, 4711)
-        samples.build(options.each)
-        samples.add_binaries(options.each)
-        rows = samples.rows
-        rows_file.write_text(json.dumps([(*row[:3], row[3].decode("latin-1")) for row in rows]))
+    options.folder.mkdir(parents=True, exist_ok=True)
+    rows = read_rows(options.folder, options.each)
     path = options.folder / "samples.bin"
     write_samples(rows, path)
-    results = {}
-    answers, seconds = run_driver(options.driver, "kxdetect", path)
-    results["kxdetect"] = score(rows, answers)
-    table = results["kxdetect"]
-    for kind in KINDS:
-        families = sorted({family for one, family in table if one == kind and (" " not in family or family in FAMILIES)})
-        for family in ["all pages", *families]:
-            count, first, three, language = table[kind, family]
-            if count:
-                print(f"{kind:12} {family:28} {count:6} {100 * first / count:6.1f} {100 * three / count:6.1f}"
-                      f"   language {100 * language / count:6.1f}")
-    print(f"{sum(len(row[3]) for row in rows) / seconds / 1e6:.1f} MB/s on the samples")
+    print(f"{len(rows)} samples, {sum(len(row[3]) for row in rows)} bytes")
+    answers, seconds = run_driver(DRIVER, "kxdetect", path)
+    scores = {"kxdetect": Score(rows, answers, seconds)}
+    print_families(scores["kxdetect"])
+    large_files(rows, options.folder)
+    if options.peers:
+        for name in ("uchardet", "icu"):
+            scores[name] = Score(rows, *run_driver(DRIVER, name, path))
+        for name in ("chardet", "charset-normalizer"):
+            scores[name] = Score(rows, *run_python_peer(name, rows))
+    print_peers(scores)
     if options.wrong:
-        shown = defaultdict(int)
-        for row, found in zip(rows, answers):
-            if (not options.kind or str(row[0]) == options.kind) and not is_right(row, found[0][0]):
-                shown[row[1:3]] += 1
-                if shown[row[1:3]] <= options.wrong:
-                    print(row[0], row[1], row[2], found, repr(decode(row[3], row[1])[:300]))
-        for key, count in sorted(shown.items(), key=lambda one: -one[1])[:30]:
-            print(key, count)
+        print_wrong(rows, answers, options)
 
 
 if __name__ == "__main__":

@@ -62,7 +62,8 @@ std::vector<Candidate> candidates_of(std::span<const std::uint8_t> text) {
         candidates.insert(candidates.end(), found->begin(), found->end());
     }
     const bool has_zero = std::ranges::find(text, 0) != text.end();
-    if (has_zero || static_cast<std::size_t>(std::ranges::count_if(text, is_odd_control)) * 40 > text.size()) return candidates.empty() ? binary() : candidates;
+    if (has_zero || static_cast<std::size_t>(std::ranges::count_if(text, is_odd_control)) * 40 > text.size())
+        return candidates.empty() ? binary() : candidates;
 
     const Utf8Check check = check_utf8(text);
     if (check.characters > 0 && check.broken * 4 <= check.characters) return read_utf8(text, check);

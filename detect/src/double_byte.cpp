@@ -49,7 +49,9 @@ Cost find_cost(std::span<const CharacterCost> costs, std::uint16_t character) {
     return found != costs.end() && found->character == character ? Cost{found->cost} : kRareCharacter;
 }
 
-constexpr bool is_ascii_letter(unsigned byte) { return (byte | 0x20U) - 'a' < 26; }
+constexpr bool is_ascii_letter(unsigned byte) {
+    return (byte | 0x20U) - 'a' < 26;
+}
 
 struct DoubleByteReading {
     Cost cost;
@@ -106,8 +108,10 @@ std::vector<Candidate> score_double_byte(std::span<const std::uint8_t> text, con
     const auto upper = static_cast<Cost>(std::ranges::count_if(part, [](std::uint8_t byte) { return byte >= 0x80; }));
     const auto all = static_cast<Cost>(pairs.upper_bytes);
     Cost letters = 0;
-    for (const BytePair &pair : pairs.upper)
-        letters += pair.second != kEdge && pair.second < 0x80 ? pair.count : 0;
+    for (const auto *words : {&pairs.upper, &pairs.starts}) {
+        for (const BytePair &pair : *words)
+            letters += pair.second != kEdge && pair.second < 0x80 ? pair.count : 0;
+    }
     std::vector<Candidate> candidates;
     for (const CharacterModel &model : kCharacterModels) {
         const auto *const shape =

@@ -26,20 +26,13 @@ constexpr auto kIsWord = [] {
 }();
 
 // Counts in a square of all pairs, and remembers which ones are not zero.
-class UpperPairs {
+class PairCounter {
   public:
-    UpperPairs() : counts_(std::make_unique<std::uint32_t[]>(std::size_t{256} * 256)) {}
+    PairCounter() : counts_(std::make_unique<std::uint32_t[]>(std::size_t{256} * 256)) {}
 
-    void add(std::span<const std::uint8_t> word) {
-        unsigned previous = kEdge;
-        unsigned before = kEdge;
-        for (const std::uint8_t byte : word) {
-            // A line drawn over the page says no more than its start.
-            if (byte != previous || byte != before) add(previous, byte);
-            before = previous;
-            previous = byte;
-        }
-        add(previous, kEdge);
+    void add(unsigned first, unsigned second) {
+        const auto index = static_cast<std::uint16_t>(first << 8 | second);
+        if (counts_[index]++ == 0) seen_.push_back(index);
     }
 
     std::vector<BytePair> take() {
@@ -52,13 +45,25 @@ class UpperPairs {
     }
 
   private:
-    void add(unsigned first, unsigned second) {
-        const auto index = static_cast<std::uint16_t>(first << 8 | second);
-        if (counts_[index]++ == 0) seen_.push_back(index);
-    }
-
     std::unique_ptr<std::uint32_t[]> counts_;
     std::vector<std::uint16_t> seen_;
+};
+
+struct UpperWords {
+    PairCounter pairs;
+    PairCounter starts;
+
+    void add(std::span<const std::uint8_t> word, std::array<std::uint32_t, 256> &inside) {
+        pairs.add(kEdge, word[0]);
+        starts.add(word[0], word.size() > 1 ? word[1] : kEdge);
+        for (std::size_t place = 2; place < word.size(); ++place) {
+            ++inside[word[place - 1]];
+            // A line drawn over the page says no more than its start.
+            if (word[place] != word[place - 1] || word[place] != word[place - 2])
+                pairs.add(word[place - 1], word[place]);
+        }
+        if (word.size() > 1) pairs.add(word.back(), kEdge);
+    }
 };
 
 void add_ascii(AsciiPairs &pairs, std::span<const std::uint8_t> word) {
@@ -75,7 +80,7 @@ void add_ascii(AsciiPairs &pairs, std::span<const std::uint8_t> word) {
 
 TextPairs count_pairs(std::span<const std::uint8_t> text) {
     TextPairs result;
-    UpperPairs upper;
+    UpperWords upper;
     bool upper_seen = false;
     std::size_t begin = 0;
     while (begin < text.size()) {
@@ -103,14 +108,15 @@ TextPairs count_pairs(std::span<const std::uint8_t> text) {
                 in_word |= line[end++];
             const std::span<const std::uint8_t> word = line.subspan(place, end - place);
             if (in_word >= 0x80)
-                upper.add(word);
+                upper.add(word, result.inside);
             else
                 add_ascii(has_upper ? result.beside : result.apart, word);
             place = end;
         }
         begin += line.size();
     }
-    result.upper = upper.take();
+    result.upper = upper.pairs.take();
+    result.starts = upper.starts.take();
     for (unsigned byte = 0x80; byte < 256; ++byte)
         result.upper_bytes += result.bytes[byte];
     return result;

@@ -20,11 +20,13 @@ constexpr Cost kFirstBoxSign = 4 * kNat;
 constexpr Cost kLoneBoxSign = 8 * kNat;
 // A sign where it does not stand: an opening quotation mark behind a letter, two letters with a star between them.
 constexpr Cost kMisplacedSign = 3 * kNat;
+constexpr Cost kSignInside = 4 * kNat;
 // A word in another script than the text, and going over to it within a word.
 constexpr Cost kOtherScript = 6 * kNat;
 constexpr Cost kEnglishWords = 3 * kNat; // that what is in ASCII is English and not in the text's language
 
-// Letters by what they say about their neighbours; `joined` are those forms of Arabic letters that have another behind them.
+// Letters by what they say about their neighbours; `joined` are those forms of Arabic letters that have another behind
+// them.
 enum class Kind : std::uint8_t { edge, capital, small, plain, joined };
 constexpr std::size_t kKinds = 5;
 
@@ -63,7 +65,9 @@ const Sign *sign_of(Code code) {
     return is_sign ? &kSigns[code & kNumberMask] : nullptr;
 }
 
-bool is_box(const Sign &sign) { return sign.kind == SignClass::box || sign.kind == SignClass::upright; }
+bool is_box(const Sign &sign) {
+    return sign.kind == SignClass::box || sign.kind == SignClass::upright;
+}
 
 // A frame goes on, or begins; of its signs only the upright ones stand alone.
 Cost cost_of_box(const Sign &sign, Code before) {
@@ -79,24 +83,30 @@ Cost cost_of_itself(Code code, Code before) {
 }
 
 // What the neighbours of a sign say.
-Cost cost_of_place(Code first, Code second, bool first_is_upper, bool second_is_upper) {
-    const bool letter_first = (first & kLetterBit) != 0;
-    const bool letter_second = (second & kLetterBit) != 0;
-    if (second_is_upper && letter_first) {
+Cost cost_of_place(Code first, Code second, const BytePair &pair) {
+    if (pair.second >= 0x80 && (first & kLetterBit) != 0) {
         const Sign *sign = sign_of(second);
         if (sign == nullptr) return 0;
-        return sign->kind == SignClass::opening || is_box(*sign) ? kMisplacedSign
-               : sign->kind == SignClass::other                                 ? kMisplacedSign / 2
-                                                                                : 0;
+        if (sign->kind == SignClass::opening || is_box(*sign)) return kMisplacedSign;
+        return sign->kind == SignClass::other ? kMisplacedSign / 2 : 0;
     }
-    if (first_is_upper && letter_second) {
+    if (pair.first >= 0x80 && (second & kLetterBit) != 0) {
         const Sign *sign = sign_of(first);
         if (sign == nullptr) return 0;
-        return sign->kind == SignClass::closing || sign->kind == SignClass::other ? kMisplacedSign
-               : is_box(*sign)                                     ? kMisplacedSign / 2
-                                                                                  : 0;
+        if (sign->kind == SignClass::closing || sign->kind == SignClass::other) return kMisplacedSign;
+        return is_box(*sign) ? kMisplacedSign / 2 : 0;
+    }
+    if (pair.first == kEdge) {
+        const Sign *sign = sign_of(second);
+        return sign != nullptr && sign->kind == SignClass::joining ? kMisplacedSign : 0;
     }
     return 0;
+}
+
+// Of a quotation mark, a dash and all other signs that do not stand inside of words.
+Cost cost_inside(Code code) {
+    const Sign *sign = sign_of(code);
+    return sign != nullptr && sign->kind != SignClass::joining && !is_box(*sign) ? kSignInside : 0;
 }
 
 // The characters of all bytes of a page.
@@ -124,6 +134,7 @@ struct Pair {
     Code first;
     Code second;
     bool both_ascii;
+    bool at_start;
     std::uint32_t count;
 };
 
@@ -131,29 +142,34 @@ struct Pair {
 struct Reading {
     std::vector<Pair> pairs; // that have a letter
     Cost cost = 0;
-};
-
-Reading read(const TextPairs &text, const std::array<Code, 256> &codes) {
-    Reading reading;
-    reading.pairs.reserve(text.upper.size());
     Cost running = 0;
     Cost capitals = kAllCapitals;
-    for (const BytePair &pair : text.upper) {
+
+    void add(const BytePair &pair, const std::array<Code, 256> &codes, bool at_start) {
         const Code first = pair.first == kEdge ? kUndefined : codes[pair.first];
         const Code second = pair.second == kEdge ? kUndefined : codes[pair.second];
-        const bool first_is_upper = pair.first >= 0x80;
-        const bool second_is_upper = pair.second >= 0x80;
-        Cost cost = cost_of_place(first, second, first_is_upper, second_is_upper);
-        if (second_is_upper) cost += cost_of_itself(second, first);
-        reading.cost += cost * pair.count;
+        Cost own = cost_of_place(first, second, pair);
+        if (pair.second >= 0x80) own += cost_of_itself(second, first);
+        cost += own * pair.count;
         const auto from = static_cast<std::size_t>(kind_of(first));
         const auto to = static_cast<std::size_t>(kind_of(second));
         running += Cost{kRunningText[from][to]} * pair.count;
         capitals += Cost{kCapitals[from][to]} * pair.count;
         if (((first | second) & kLetterBit) != 0)
-            reading.pairs.push_back({first, second, !first_is_upper && !second_is_upper, pair.count});
+            pairs.push_back({first, second, pair.first < 0x80 && pair.second < 0x80, at_start, pair.count});
     }
-    reading.cost += std::min(running, capitals);
+};
+
+Reading read(const TextPairs &text, const std::array<Code, 256> &codes) {
+    Reading reading;
+    reading.pairs.reserve(text.upper.size() + text.starts.size());
+    for (const BytePair &pair : text.upper)
+        reading.add(pair, codes, false);
+    for (const BytePair &pair : text.starts)
+        reading.add(pair, codes, true);
+    for (std::size_t byte = 0x80; byte < 256; ++byte)
+        reading.cost += cost_inside(codes[byte]) * text.inside[byte];
+    reading.cost += std::min(reading.running, reading.capitals);
     return reading;
 }
 
@@ -179,7 +195,9 @@ class Language {
     }
 
   private:
-    Cost between(unsigned first, unsigned second) const { return model_->costs[first * width_ + second]; }
+    Cost between(unsigned first, unsigned second, bool at_start) const {
+        return (at_start && first != 0 ? model_->starts : model_->costs)[first * width_ + second];
+    }
     unsigned symbol(Code code) const { return (code & kLetterBit) != 0 ? symbols_[code & kNumberMask] : 0; }
 
     Cost cost(const Pair &pair, const Language &english) const {
@@ -187,9 +205,10 @@ class Language {
         const unsigned second = symbol(pair.second);
         const bool letter_first = (pair.first & kLetterBit) != 0;
         const bool letter_second = (pair.second & kLetterBit) != 0;
-        if ((first != 0 || !letter_first) && (second != 0 || !letter_second)) return between(first, second);
+        if ((first != 0 || !letter_first) && (second != 0 || !letter_second))
+            return between(first, second, pair.at_start);
         if (!latin_ && pair.both_ascii) {
-            return english.between(english.symbol(pair.first), english.symbol(pair.second)) +
+            return english.between(english.symbol(pair.first), english.symbol(pair.second), pair.at_start) +
                    (letter_first ? 0 : kOtherScript / 2);
         }
         if (letter_second && second == 0) return first == 0 && letter_first ? kStrangePair : kStrangeLetter;
@@ -232,6 +251,7 @@ AsciiWords::AsciiWords(const TextPairs &pairs) {
 }
 
 std::vector<Candidate> score_ascii(const TextPairs &pairs) {
+    if (std::ranges::all_of(pairs.apart, [](std::uint32_t count) { return count == 0; })) return {{"ascii", "", 0, 0}};
     std::vector<Candidate> candidates;
     for (const Model &model : kModels) {
         if (is_latin(model)) candidates.push_back({"ascii", model.code, cost_of_ascii(pairs.apart, model), 0});

@@ -21,7 +21,7 @@ inline constexpr Code kJoinedBits = kCapitalBit | kSmallBit; // an Arabic letter
 inline constexpr Code kKindMask = kCapitalBit | kSmallBit;
 inline constexpr Code kNumberMask = 0x0FFF;
 
-enum class SignClass : std::uint8_t { opening, closing, joining, box, upright, other };
+enum class SignClass : std::uint8_t { opening, closing, quoting, joining, box, upright, other };
 
 struct Sign {
     std::uint16_t character;
@@ -42,13 +42,14 @@ struct UnicodeLetter {
 };
 
 // How the letters of a language follow one another. Symbol 0 is the edge of a word, symbol N the letter letters[N - 1];
-// costs has a row for each symbol.
+// costs has a row for each symbol, and starts one for each symbol at the start of a word.
 struct Model {
     const char *code;
     const char *name;
     std::uint64_t pages; // bit N: written in kPages[N]
     std::span<const std::uint16_t> letters;
     std::span<const std::uint8_t> costs;
+    std::span<const std::uint8_t> starts;
 };
 
 struct CharacterCost {

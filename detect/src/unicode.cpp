@@ -13,7 +13,7 @@ namespace {
 constexpr Cost kNat = 16;
 constexpr Cost kStrangeLetter = 10 * kNat;
 constexpr Cost kStrangeCharacter = 14 * kNat;
-constexpr Cost kSign = 3 * kNat; // of ASCII and the signs that all languages share
+constexpr Cost kSign = 4 * kNat; // that all languages share
 constexpr Cost kOtherScript = 3 * kNat;
 constexpr std::uint16_t kBad = 0xFFFD;
 
@@ -174,10 +174,10 @@ std::vector<Candidate> score_unicode(std::span<const std::uint16_t> text, const 
     letters.reserve(text.size());
     Cost controls = 0;
     for (const std::uint16_t unit : text) {
-        const bool control =
-            unit < 0x20 && is_odd_control(static_cast<std::uint8_t>(unit));
+        const bool control = unit < 0x20 && is_odd_control(static_cast<std::uint8_t>(unit));
         if (control) controls += kStrangeCharacter;
         const Symbols symbols = symbols_of(unit);
+        if (unit >= 0x80 && symbols.first == 0) controls += kSign;
         letters.push_back(symbols.first);
         if (symbols.second != 0) letters.push_back(symbols.second);
     }

@@ -3,7 +3,8 @@
 
 Downloads the packages into FOLDER and writes, for each language, how often which letter follows which one, or for the
 languages with thousands of characters, how often each character occurs; and how often the signs that are no letters
-occur in all of them. tools/gen_detect.py makes the C++ of these files. Takes a few minutes, most of it downloads.
+occur in all of them. tools/gen_detect.py makes the C++ of these files. The first time takes minutes, most of them for
+downloads and for reading; the texts are kept in FOLDER.
 """
 import argparse
 import functools
@@ -33,7 +34,8 @@ DICTIONARIES = """cs:hunspell-cs sk:hunspell-sk pl:hunspell-pl hu:hunspell-hu sl
     nl:hunspell-nl da:hunspell-da sv:hunspell-sv nb:hunspell-no is:hunspell-is et:myspell-et lv:hunspell-lv
     lt:hunspell-lt""".split()
 
-LARGEST_TEXT = 4_000_000    # characters of a language: more hardly changes a pair
+LARGEST_TEXT = 1_500_000    # characters of a language: more hardly changes a pair
+LARGEST_SOURCE = 700_000    # of these from one package
 DICTIONARY_WEIGHT = 0.15    # of the pairs, where there is text, too
 PAIRS = 400_000             # the counts are scaled to this sum
 RAREST_LETTER = 1.5e-5      # of all letters; what is rarer is not of the language
@@ -70,15 +72,14 @@ def folded(text, language):
     presentation forms."""
     text = unicodedata.normalize("NFC", text).replace("\u0130", "i").lower()
     if language == "vi":
-        parts = []
-        for character in text:
+        parts = {}
+        for character in set(text):
             if not in_1258(character):
                 tone = [mark for mark in unicodedata.normalize("NFD", character) if in_1258(mark) and
                         unicodedata.combining(mark)]
                 rest = [mark for mark in unicodedata.normalize("NFD", character) if mark not in tone]
-                character = unicodedata.normalize("NFC", "".join(rest)) + "".join(tone)
-            parts.append(character)
-        return "".join(parts)
+                parts[ord(character)] = unicodedata.normalize("NFC", "".join(rest)) + "".join(tone)
+        return text.translate(parts)
     if language == "ro":
         return text.replace("\u0219", "\u015f").replace("\u021b", "\u0163")
     return text
@@ -96,35 +97,63 @@ def texts_of(language, folders):
 
 
 def is_in_script(text, language):
-    scripts = [script for script in map(script_of_character, text) if script]
+    scripts = [script for script in map(script_of_character, text[:200]) if script]
     own = {"ja": ("CJK", "HIRAGANA", "KATAKANA"), "ko": ("HANGUL",), "zh-CN": ("CJK",), "zh-TW": ("CJK",)}
     return sum(script in own.get(language, (script_of(language),)) for script in scripts) * 2 > len(scripts)
 
 
-def collect(language, folders):
-    """The text of a language and the packages it came from."""
+def collect(language, folders, cache):
+    """The text of a language and the packages it came from; kept in a file for the next time."""
+    if cache.exists():
+        sources, text = cache.read_text(encoding="utf-8").split("\n", 1)
+        return text, sources.split()
     paragraphs, seen, size, sources = [], set(), 0, []
     for package, texts in texts_of(language, folders):
         before = size
         for text in texts:
-            if size < LARGEST_TEXT and text not in seen and is_in_script(text, language):
+            if size >= min(LARGEST_TEXT, before + LARGEST_SOURCE):
+                break
+            if text not in seen and is_in_script(text, language):
                 seen.add(text)
                 paragraphs.append(text)
                 size += len(text)
         if size > before:
             sources.append(package)
-    return "\n".join(paragraphs), sources
+    text = "\n".join(paragraphs)
+    cache.write_text(" ".join(sources) + "\n" + text, encoding="utf-8")
+    return text, sources
 
 
 def count_pairs(text, letters):
-    pairs = Counter()
-    previous = BOUNDARY
-    for character in text:
-        current = character if character in letters else BOUNDARY
-        if current != BOUNDARY or previous != BOUNDARY:
-            pairs[previous, current] += 1
-        previous = current
-    return pairs
+    """{(first, second): count}, and the same for the first two letters of words."""
+    words = Counter(text.translate({ord(one): " " for one in set(text) - letters}).split())
+    pairs, starts = Counter(), Counter()
+    for word, count in words.items():
+        for pair in zip(BOUNDARY + word, word + BOUNDARY):
+            pairs[pair] += count
+        starts[word[0], (word + BOUNDARY)[1]] += count
+    return pairs, starts
+
+
+def merged(in_text, in_words, weight):
+    """Both scaled to PAIRS together, the words of a dictionary having this weight."""
+    result = {}
+    for pair in in_text.keys() | in_words.keys():
+        share = (1 - weight) * in_text[pair] / max(in_text.total(), 1) + weight * in_words[pair] / max(in_words.total(), 1)
+        if round(PAIRS * share):
+            result[pair] = round(PAIRS * share)
+    return result
+
+
+def rows_of(pairs, letters, prefix=""):
+    for first in letters:
+        row = sorted(((count, second) for (left, second), count in pairs.items() if left == first),
+                     key=lambda one: (-one[0], one[1]))
+        yield f"{prefix}{written(first)}: " + " ".join(f"{written(second)} {count}" for count, second in row)
+
+
+def letters_in(text):
+    return Counter({one: count for one, count in Counter(text).items() if is_letter(one)})
 
 
 def written(letter):
@@ -132,16 +161,17 @@ def written(letter):
     return letter if unicodedata.category(letter)[0] not in "MZC" else f"U+{ord(letter):04X}"
 
 
-def version(package, folders):
-    info = subprocess.run(["apt-cache", "show", "--no-all-versions", package], capture_output=True, text=True,
-                          check=False)
-    found = re.search(r"^Version: (\S+)", info.stdout, flags=re.M)
-    return f"{package} {found.group(1)}" if found else package
+@functools.cache
+def versions(packages):
+    info = subprocess.run(["apt-cache", "show", "--no-all-versions", *packages], capture_output=True, text=True,
+                          check=False).stdout
+    return dict(re.findall(r"^Package: (\S+)$.*?^Version: (\S+)$", info, flags=re.M | re.S))
 
 
 def header(name, what, sources, folders):
     packed, line = [], "# Sources:"
-    for source in [version(package, folders) for package in sources]:
+    known = versions(tuple(sorted(folders)))
+    for source in [f"{package} {known.get(package, '')}".strip() for package in sources]:
         if len(line) + len(source) > 116:
             packed.append(line)
             line = "#  "
@@ -152,17 +182,17 @@ def header(name, what, sources, folders):
                       "# copyright file of each).", ""])
 
 
-def write_pairs(language, folders, dictionary):
-    text, sources = collect(language, folders)
+def write_pairs(language, folders, dictionary, cache):
+    text, sources = collect(language, folders, cache)
     text = folded(text, language)
     script = script_of(language)
-    frequency = Counter(character for character in text if is_letter(character))
+    frequency = letters_in(text)
     words = []
     if dictionary in folders:
         words = [folded(word, language) for word in debian_text.dictionary_words(folders[dictionary])]
         sources.append(dictionary)
         if not text:
-            frequency = Counter("".join(words))
+            frequency = letters_in("".join(words))
     least = max(sum(frequency.values()) * RAREST_LETTER, 3)
     letters = {letter for letter, count in frequency.items() if count >= least and is_letter(letter) and
                (unicodedata.name(letter, "").startswith(script) or unicodedata.combining(letter))}
@@ -171,24 +201,19 @@ def write_pairs(language, folders, dictionary):
     in_text, in_words = count_pairs(text, letters), count_pairs(" ".join(words), letters)
     weight = DICTIONARY_WEIGHT if text else 1.0
     weight = weight if words else 0.0
-    pairs = {}
-    for pair in in_text.keys() | in_words.keys():
-        share = (1 - weight) * in_text[pair] / max(in_text.total(), 1) + weight * in_words[pair] / max(in_words.total(), 1)
-        if round(PAIRS * share):
-            pairs[pair] = round(PAIRS * share)
+    pairs, starts = (merged(*both, weight) for both in zip(in_text, in_words))
     lines = [header(LANGUAGES[language][0], f"which letter follows which one, in {PAIRS} pairs; _ is the edge of a word.",
                     sources, folders), f"language {language} {LANGUAGES[language][0]}"]
-    for first in [BOUNDARY, *sorted(letters)]:
-        row = sorted(((count, second) for (left, second), count in pairs.items() if left == first),
-                     key=lambda one: (-one[0], one[1]))
-        lines.append(f"{written(first)}: " + " ".join(f"{written(second)} {count}" for count, second in row))
+    lines += rows_of(pairs, [BOUNDARY, *sorted(letters)])
+    lines += [f"# The same at the start of words, in {PAIRS} words."]
+    lines += rows_of(starts, sorted(letters), BOUNDARY)
     (DATA / f"{language}.txt").write_text("\n".join(lines) + "\n", encoding="utf-8")
     print(f"{language}: {len(text)} characters, {len(words)} words, {len(letters)} letters from {len(sources)} packages")
     return text
 
 
-def write_characters(language, folders):
-    text, sources = collect(language, folders)
+def write_characters(language, folders, cache):
+    text, sources = collect(language, folders, cache)
     counts = Counter(character for character in text if ord(character) > 0x7F)
     scale = PAIRS / counts.total()
     rows = [(count, character) for character, count in counts.items() if count * scale >= 1]
@@ -223,11 +248,12 @@ def main():
     DATA.mkdir(parents=True, exist_ok=True)
     signs = Counter()
     for language in wanted:
+        cache = options.folder / f"{language}.text"
         if language in IDEOGRAPHS:
-            write_characters(language, folders)
+            write_characters(language, folders, cache)
         else:
-            text = write_pairs(language, folders, dictionaries.get(language))
-            signs += Counter(sign for sign in text if not is_letter(sign))
+            text = write_pairs(language, folders, dictionaries.get(language), cache)
+            signs += Counter({one: count for one, count in Counter(text).items() if not is_letter(one)})
     if not options.languages:
         write_signs(signs, folders)
 

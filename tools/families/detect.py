@@ -14,9 +14,10 @@ UNDEFINED, CONTROL, SIGN, LETTER, SMALL, CAPITAL = 0, 1, 0x1000, 0x8000, 0x2000,
 CODECS = {"ja": ("932", "cp932"), "zh-CN": ("936", "gbk"), "ko": ("949", "cp949"), "zh-TW": ("950", "cp950")}
 OPENING = "\u00ab\u201e\u201a\u2039\u00bf\u00a1"
 CLOSING = "\u00bb\u203a\u2026"
-JOINING = "\u2018\u2019\u201c\u201d\u2013\u2014\u00a0\u00ad\u00b7\u02bc\u2015"
+QUOTING = "\u2018\u201c\u201d\u2013\u2014\u2015"
+JOINING = "\u2019\u00a0\u00ad\u00b7\u02bc"
 TYPOGRAPHIC = "\u2018\u2019\u201c\u201d\u201e\u2026\u2013\u2014"
-CLASSES = ["opening", "closing", "joining", "box", "upright", "other"]
+USUAL = "\u00a9\u00ae\u00b0\u00a7\u00ab\u00bb"
 
 
 def cost(probability):
@@ -56,21 +57,36 @@ def read_model(path):
         fields = line.split()
         if fields[0] == "language":
             continue
-        rows[character(fields[0][:-1])] = {
+        name = fields[0][:-1]
+        name = "_" + character(name[1:]) if len(name) > 1 and name[0] == "_" else character(name)
+        rows[name] = {
             character(name): int(count) for name, count in zip(fields[1::2], fields[2::2])}
     return rows
 
 
-def cost_matrix(rows):
-    names = list(rows)
-    seen = {name: sum(row.get(name, 0) for row in rows.values()) for name in names}
+def matrix_of(rows, names, usual):
+    matrix = []
+    for row in rows:
+        count = sum(row.values())
+        matrix.append([cost((row.get(name, 0) + PRIOR * usual[name]) / (count + PRIOR)) for name in names])
+    return matrix
+
+
+def costs_of(rows):
+    """The symbols of a model, and its costs: of pairs, and of pairs at the start of words."""
+    names = [name for name in rows if len(name) == 1]
+    seen = {name: sum(rows[first].get(name, 0) for first in names) for name in names}
     total = sum(seen.values())
     usual = {name: 0.95 * seen[name] / total + 0.05 / len(names) for name in names}
-    matrix = []
-    for first in names:
-        count = sum(rows[first].values())
-        matrix.append([cost((rows[first].get(second, 0) + PRIOR * usual[second]) / (count + PRIOR)) for second in names])
-    return names, matrix
+    pairs = matrix_of([rows[name] for name in names], names, usual)
+    pairs[0][0] = 0  # no edge follows an edge
+    starts = []
+    for name in names[1:]:
+        # Seldom starts are thought to go on as the letter does elsewhere.
+        elsewhere = sum(rows[name].values())
+        expected = {second: (rows[name].get(second, 0) + PRIOR * usual[second]) / (elsewhere + PRIOR) for second in names}
+        starts += matrix_of([rows["_" + name]], names, expected)
+    return names, pairs, [[0] * len(names), *starts]
 
 
 def is_letter(sign):
@@ -119,17 +135,17 @@ def characters_of(data, code):
 def generate(data):
     data = data / "detect"
     languages, pages = read_languages(data), read_pages(data)
-    models = {code: cost_matrix(read_model(data / f"{code}.txt")) for code, *_ in languages if code not in CODECS}
+    models = {code: costs_of(read_model(data / f"{code}.txt")) for code, *_ in languages if code not in CODECS}
     sign_costs = {}
     for line in text_lines(data / "signs.txt")[1:]:
         code, count = line.split()[:2]
         sign_costs[character(code)] = cost(int(count) / 1e6)
     # Much of today's text has them as ASCII; where a page has them they are used.
-    for sign in TYPOGRAPHIC:
-        sign_costs[sign] = min(sign_costs.get(sign, WORST), 5 * UNIT)
+    for signs, most in ((TYPOGRAPHIC, 5), (USUAL, 7)):
+        sign_costs.update({sign: min(sign_costs.get(sign, WORST), most * UNIT) for sign in signs})
 
     in_pages = {one for _, _, characters in pages for one in characters if one}
-    letters = {name for names, _ in models.values() for name in names if name != "_"}
+    letters = {name for names, *_ in models.values() for name in names if name != "_"}
     letters |= {base_of(one)[0] for one in in_pages if is_letter(one)}
     letters = sorted(letters)
     letter_ids = {letter: number + 1 for number, letter in enumerate(letters)}  # 0 is no letter
@@ -145,21 +161,17 @@ def generate(data):
         return SIGN | sign_ids[one] if one in sign_ids else CONTROL
 
     def class_of(sign):
-        if sign in OPENING:
-            return 0
-        if sign in CLOSING:
-            return 1
-        if sign in JOINING:
-            return 2
-        if sign in "\u2502\u2551":
-            return 4
-        return 3 if "\u2500" <= sign <= "\u259f" else 5
+        for name, members in (("opening", OPENING), ("closing", CLOSING), ("quoting", QUOTING), ("joining", JOINING),
+                              ("upright", "\u2502\u2551")):
+            if sign in members:
+                return name
+        return "box" if "\u2500" <= sign <= "\u259f" else "other"
 
     head = '#include "tables.h"\n\nnamespace kxdetect {\n\n'
     tail = "\n} // namespace kxdetect\n"
     text = _emit.header("data/detect/pages.txt and signs.txt") + head
     text += f"constexpr Sign kSignRows[{len(signs)}] = {{\n"
-    text += "".join(f"    {{{_emit.hex16(ord(sign))}, {sign_costs.get(sign, 208)}, SignClass::{CLASSES[class_of(sign)]}}},\n"
+    text += "".join(f"    {{{_emit.hex16(ord(sign))}, {sign_costs.get(sign, 208)}, SignClass::{class_of(sign)}}},\n"
                     for sign in signs)
     text += "};\nconstinit const std::span<const Sign> kSigns{kSignRows};\n\n"
     text += f"constexpr Page kPageRows[{len(pages)}] = {{\n"
@@ -191,14 +203,15 @@ def generate(data):
     for code, name, _, its_pages in languages:
         if code in CODECS:
             continue
-        names, matrix = models[code]
+        names, pairs, starts = models[code]
         symbol = "k" + "".join(part.capitalize() for part in code.split("-"))
         text += f"constexpr std::uint16_t {symbol}Letters[{len(names) - 1}] = {{\n"
         text += numbers([letter_ids[letter] for letter in names[1:]], 20) + "};\n"
-        text += f"constexpr std::uint8_t {symbol}Costs[{len(names) ** 2}] = {{\n"
-        text += numbers([value for row in matrix for value in row]) + "};\n"
+        for kind, matrix in (("Costs", pairs), ("Starts", starts)):
+            text += f"constexpr std::uint8_t {symbol}{kind}[{len(names) ** 2}] = {{\n"
+            text += numbers([value for row in matrix for value in row]) + "};\n"
         mask = sum(1 << page_numbers[page] for page in its_pages.split())
-        table.append(f'{{"{code}", "{name}", {mask:#x}U, {symbol}Letters, {symbol}Costs}}')
+        table.append(f'{{"{code}", "{name}", {mask:#x}U, {symbol}Letters, {symbol}Costs, {symbol}Starts}}')
     text += f"\nconstexpr Model kModelRows[{len(table)}] = {{\n{_emit.lines_of(table, 1)}}};\n"
     text += "constinit const std::span<const Model> kModels{kModelRows};\n" + tail
     result["models.cpp"] = text
