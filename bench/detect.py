@@ -262,7 +262,7 @@ class Samples:
             if text is None:
                 continue
             if kind == "frames":
-                text = framed(text[:size], page)
+                text = framed(text[:size].replace("\n", " "), page)
             data = encoded(text, page)
             if kind not in ("frames", "foreign line"):
                 data = encoded(text[:size], page)

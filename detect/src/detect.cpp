@@ -31,7 +31,7 @@ bool begins_with(std::span<const std::uint8_t> text, std::string_view mark) {
 // One reading of 16-bit units, when it is no nonsense.
 std::optional<std::vector<Candidate>> read_utf16(std::span<const std::uint8_t> text, bool high_first) {
     const std::vector<std::uint16_t> units = units_of_utf16(text, high_first, kUnitsRead);
-    if (units.empty()) return std::nullopt;
+    if (units.empty() || !is_likely_unicode(units)) return std::nullopt;
     std::vector<Candidate> candidates = score_unicode(units, high_first ? "utf-16be" : "utf-16le");
     const Cost best = std::ranges::min(candidates, {}, &Candidate::cost).cost;
     if (best > kUnitAtMost * static_cast<Cost>(units.size())) return std::nullopt;

@@ -25,28 +25,49 @@ constexpr auto kIsWord = [] {
     return table;
 }();
 
-// Counts in a square of all pairs, and remembers which ones are not zero.
+// Counts pairs: few of them in a list, which is sorted in the end, many in a square of all pairs.
 class PairCounter {
   public:
-    PairCounter() : counts_(std::make_unique<std::uint32_t[]>(std::size_t{256} * 256)) {}
-
     void add(unsigned first, unsigned second) {
-        const auto index = static_cast<std::uint16_t>(first << 8 | second);
-        if (counts_[index]++ == 0) seen_.push_back(index);
+        const auto pair = static_cast<std::uint16_t>(first << 8 | second);
+        if (square_ != nullptr) {
+            ++square_[pair];
+            return;
+        }
+        list_.push_back(pair);
+        if (list_.size() == kLongestList) begin_square();
     }
 
     std::vector<BytePair> take() {
         std::vector<BytePair> pairs;
-        pairs.reserve(seen_.size());
-        for (const std::uint16_t index : seen_)
-            pairs.push_back(
-                {static_cast<std::uint8_t>(index >> 8), static_cast<std::uint8_t>(index & 0xFFU), counts_[index]});
+        const auto add_to_result = [&](std::size_t pair, std::uint32_t count) {
+            pairs.push_back({static_cast<std::uint8_t>(pair >> 8), static_cast<std::uint8_t>(pair & 0xFFU), count});
+        };
+        for (std::size_t pair = 0; square_ != nullptr && pair < kPairs; ++pair) {
+            if (square_[pair] != 0) add_to_result(pair, square_[pair]);
+        }
+        std::ranges::sort(list_);
+        for (auto next = list_.begin(); next != list_.end();) {
+            const auto end = std::upper_bound(next, list_.end(), *next);
+            add_to_result(*next, static_cast<std::uint32_t>(end - next));
+            next = end;
+        }
         return pairs;
     }
 
   private:
-    std::unique_ptr<std::uint32_t[]> counts_;
-    std::vector<std::uint16_t> seen_;
+    static constexpr std::size_t kPairs = std::size_t{256} * 256;
+    static constexpr std::size_t kLongestList = 2000;
+
+    void begin_square() {
+        square_ = std::make_unique<std::uint32_t[]>(kPairs);
+        for (const std::uint16_t pair : list_)
+            ++square_[pair];
+        list_.clear();
+    }
+
+    std::vector<std::uint16_t> list_;
+    std::unique_ptr<std::uint32_t[]> square_;
 };
 
 struct UpperWords {

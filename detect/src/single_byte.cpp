@@ -16,6 +16,7 @@ constexpr Cost kAfterStrange = 2 * kNat;
 constexpr Cost kUndefinedByte = 20 * kNat;
 constexpr Cost kControlByte = 14 * kNat;
 constexpr Cost kBoxSign = 5 * kNat / 2;
+constexpr Cost kOtherBoxSign = 6 * kNat; // behind another than itself or a level one
 constexpr Cost kFirstBoxSign = 4 * kNat;
 constexpr Cost kLoneBoxSign = 8 * kNat;
 // A sign where it does not stand: an opening quotation mark behind a letter, two letters with a star between them.
@@ -66,13 +67,16 @@ const Sign *sign_of(Code code) {
 }
 
 bool is_box(const Sign &sign) {
-    return sign.kind == SignClass::box || sign.kind == SignClass::upright;
+    return sign.kind == SignClass::box || sign.kind == SignClass::upright || sign.kind == SignClass::level;
 }
 
 // A frame goes on, or begins; of its signs only the upright ones stand alone.
 Cost cost_of_box(const Sign &sign, Code before) {
     const Sign *previous = sign_of(before);
-    if (previous != nullptr && is_box(*previous)) return kBoxSign;
+    if (previous != nullptr && is_box(*previous)) {
+        const bool drawn = previous == &sign || sign.kind == SignClass::level || previous->kind == SignClass::level;
+        return drawn ? kBoxSign : kOtherBoxSign;
+    }
     return sign.kind == SignClass::upright ? kFirstBoxSign : kLoneBoxSign;
 }
 
@@ -83,7 +87,7 @@ Cost cost_of_itself(Code code, Code before) {
 }
 
 // What the neighbours of a sign say.
-Cost cost_of_place(Code first, Code second, const BytePair &pair) {
+Cost cost_of_place(Code first, Code second, const BytePair &pair, bool at_start) {
     if (pair.second >= 0x80 && (first & kLetterBit) != 0) {
         const Sign *sign = sign_of(second);
         if (sign == nullptr) return 0;
@@ -93,7 +97,8 @@ Cost cost_of_place(Code first, Code second, const BytePair &pair) {
     if (pair.first >= 0x80 && (second & kLetterBit) != 0) {
         const Sign *sign = sign_of(first);
         if (sign == nullptr) return 0;
-        if (sign->kind == SignClass::closing || sign->kind == SignClass::other) return kMisplacedSign;
+        const bool behind = sign->kind == SignClass::closing || (at_start && sign->kind == SignClass::joining);
+        if (behind || sign->kind == SignClass::other) return kMisplacedSign;
         return is_box(*sign) ? kMisplacedSign / 2 : 0;
     }
     if (pair.first == kEdge) {
@@ -148,7 +153,7 @@ struct Reading {
     void add(const BytePair &pair, const std::array<Code, 256> &codes, bool at_start) {
         const Code first = pair.first == kEdge ? kUndefined : codes[pair.first];
         const Code second = pair.second == kEdge ? kUndefined : codes[pair.second];
-        Cost own = cost_of_place(first, second, pair);
+        Cost own = cost_of_place(first, second, pair, at_start);
         if (pair.second >= 0x80) own += cost_of_itself(second, first);
         cost += own * pair.count;
         const auto from = static_cast<std::size_t>(kind_of(first));

@@ -21,7 +21,7 @@ inline constexpr Code kJoinedBits = kCapitalBit | kSmallBit; // an Arabic letter
 inline constexpr Code kKindMask = kCapitalBit | kSmallBit;
 inline constexpr Code kNumberMask = 0x0FFF;
 
-enum class SignClass : std::uint8_t { opening, closing, quoting, joining, box, upright, other };
+enum class SignClass : std::uint8_t { opening, closing, quoting, joining, box, upright, level, other };
 
 struct Sign {
     std::uint16_t character;

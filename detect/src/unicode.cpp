@@ -169,6 +169,18 @@ std::vector<std::uint16_t> units_of_utf16(std::span<const std::uint8_t> text, bo
     return units;
 }
 
+bool is_likely_unicode(std::span<const std::uint16_t> text) {
+    constexpr std::size_t kLooked = 200;
+    const auto start = text.first(std::min(text.size(), kLooked));
+    const auto known = std::ranges::count_if(start, [](std::uint16_t unit) {
+        return symbols_of(unit).first != kStrange ||
+               std::ranges::any_of(kCharacterModels, [&](const CharacterModel &model) {
+                   return std::ranges::binary_search(model.in_unicode, unit, {}, &CharacterCost::character);
+               });
+    });
+    return static_cast<std::size_t>(known) * 2 > start.size();
+}
+
 std::vector<Candidate> score_unicode(std::span<const std::uint16_t> text, const char *page) {
     std::vector<std::uint16_t> letters;
     letters.reserve(text.size());

@@ -17,4 +17,7 @@ Utf8Check check_utf8(std::span<const std::uint8_t> text);
 std::vector<std::uint16_t> units_of_utf8(std::span<const std::uint8_t> text, std::size_t most);
 std::vector<std::uint16_t> units_of_utf16(std::span<const std::uint8_t> text, bool high_first, std::size_t most);
 
+// Whether most of the first units are characters that some language has: a quick look before the languages are tried.
+bool is_likely_unicode(std::span<const std::uint16_t> text);
+
 } // namespace kxdetect

@@ -37,7 +37,7 @@ DICTIONARIES = """cs:hunspell-cs sk:hunspell-sk pl:hunspell-pl hu:hunspell-hu sl
 LARGEST_TEXT = 1_500_000    # characters of a language: more hardly changes a pair
 LARGEST_SOURCE = 700_000    # of these from one package
 DICTIONARY_WEIGHT = 0.15    # of the pairs, where there is text, too
-PAIRS = 400_000             # the counts are scaled to this sum
+PAIRS = 400_000             # the counts are scaled down to this sum
 RAREST_LETTER = 1.5e-5      # of all letters; what is rarer is not of the language
 IDEOGRAPHS = {"ja", "ko", "zh-CN", "zh-TW"}
 MOST_CHARACTERS = 1500
@@ -136,12 +136,13 @@ def count_pairs(text, letters):
 
 
 def merged(in_text, in_words, weight):
-    """Both scaled to PAIRS together, the words of a dictionary having this weight."""
+    """Both scaled to PAIRS together, or to what they have if it is less; the words of a dictionary have this weight."""
     result = {}
+    whole = min(PAIRS, in_text.total() + in_words.total())
     for pair in in_text.keys() | in_words.keys():
         share = (1 - weight) * in_text[pair] / max(in_text.total(), 1) + weight * in_words[pair] / max(in_words.total(), 1)
-        if round(PAIRS * share):
-            result[pair] = round(PAIRS * share)
+        if round(whole * share):
+            result[pair] = round(whole * share)
     return result
 
 
@@ -202,10 +203,10 @@ def write_pairs(language, folders, dictionary, cache):
     weight = DICTIONARY_WEIGHT if text else 1.0
     weight = weight if words else 0.0
     pairs, starts = (merged(*both, weight) for both in zip(in_text, in_words))
-    lines = [header(LANGUAGES[language][0], f"which letter follows which one, in {PAIRS} pairs; _ is the edge of a word.",
+    lines = [header(LANGUAGES[language][0], f"which letter follows which one, in {sum(pairs.values())} pairs; _ is the edge of a word.",
                     sources, folders), f"language {language} {LANGUAGES[language][0]}"]
     lines += rows_of(pairs, [BOUNDARY, *sorted(letters)])
-    lines += [f"# The same at the start of words, in {PAIRS} words."]
+    lines += [f"# The same at the start of words, in {sum(starts.values())} words."]
     lines += rows_of(starts, sorted(letters), BOUNDARY)
     (DATA / f"{language}.txt").write_text("\n".join(lines) + "\n", encoding="utf-8")
     print(f"{language}: {len(text)} characters, {len(words)} words, {len(letters)} letters from {len(sources)} packages")
@@ -215,11 +216,11 @@ def write_pairs(language, folders, dictionary, cache):
 def write_characters(language, folders, cache):
     text, sources = collect(language, folders, cache)
     counts = Counter(character for character in text if ord(character) > 0x7F)
-    scale = PAIRS / counts.total()
+    scale = min(1.0, PAIRS / counts.total())
     rows = [(count, character) for character, count in counts.items() if count * scale >= 1]
     rows = sorted(rows, key=lambda one: (-one[0], one[1]))[:MOST_CHARACTERS]
     name = LANGUAGES[language][0]
-    lines = [header(name, f"how often each character occurs, in {PAIRS} that are not of ASCII.", sources, folders),
+    lines = [header(name, f"how often each character occurs, of those that are not of ASCII.", sources, folders),
              f"characters {language} {name}"]
     lines += [f"{written(character)} {round(count * scale)}" for count, character in rows]
     (DATA / f"{language}.txt").write_text("\n".join(lines) + "\n", encoding="utf-8")

@@ -9,7 +9,6 @@ FOLDER = "detect/src/tables"  # not kxstr's
 UNIT = 16          # costs are in sixteenths of a nat: -16 ln(probability)
 WORST = 255
 PRIOR = 8          # pairs that a row is thought to have seen before it was counted, spread as the letters are
-PAIRS = 400_000    # in a model
 UNDEFINED, CONTROL, SIGN, LETTER, SMALL, CAPITAL = 0, 1, 0x1000, 0x8000, 0x2000, 0x4000
 CODECS = {"ja": ("932", "cp932"), "zh-CN": ("936", "gbk"), "ko": ("949", "cp949"), "zh-TW": ("950", "cp950")}
 OPENING = "\u00ab\u201e\u201a\u2039\u00bf\u00a1"
@@ -128,7 +127,7 @@ def characters_of(data, code):
     """(character, cost) of a language with thousands of characters."""
     rows = (line.rsplit(" ", 1) for line in text_lines(data / f"{code}.txt") if not line.startswith("characters "))
     counts = {character(name): int(count) for name, count in rows}
-    total = sum(counts.values()) + 0.01 * PAIRS
+    total = 1.01 * sum(counts.values())  # the rest is for what was not seen
     return [(one, cost(count / total)) for one, count in counts.items() if ord(one) <= 0xFFFF]
 
 
@@ -162,7 +161,7 @@ def generate(data):
 
     def class_of(sign):
         for name, members in (("opening", OPENING), ("closing", CLOSING), ("quoting", QUOTING), ("joining", JOINING),
-                              ("upright", "\u2502\u2551")):
+                              ("upright", "\u2502\u2551"), ("level", "\u2500\u2550")):
             if sign in members:
                 return name
         return "box" if "\u2500" <= sign <= "\u259f" else "other"
