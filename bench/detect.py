@@ -462,7 +462,7 @@ DRIVER = ROOT / "build" / "release" / "detect_bench"
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("folder", nargs="?", type=Path, default=ROOT / "build" / "release" / "bench" / "detect")
-    parser.add_argument("--each", type=int, default=24, help="samples for each page, language and size")
+    parser.add_argument("--each", type=int, default=12, help="samples for each page, language and size")
     parser.add_argument("--peers", action="store_true", help="the other detectors, too")
     parser.add_argument("--wrong", type=int, default=0, help="print so many wrong answers for each page and language")
     parser.add_argument("--kind", help="of the wrong answers")

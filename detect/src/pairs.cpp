@@ -11,6 +11,9 @@ constexpr std::size_t kLongestLine = 1000; // of a text that has no line ends
 constexpr bool is_ascii_letter(unsigned byte) {
     return (byte | 0x20U) - 'a' < 26;
 }
+constexpr bool is_digit(unsigned byte) {
+    return byte - '0' < 10;
+}
 constexpr bool is_word(unsigned byte) {
     return byte >= 0x80 || is_ascii_letter(byte);
 }
@@ -97,6 +100,29 @@ void add_ascii(AsciiPairs &pairs, std::span<const std::uint8_t> word) {
     ++pairs[std::size_t{previous} * kAsciiSymbols];
 }
 
+void count_line(std::span<const std::uint8_t> line, bool has_upper, UpperWords &upper, TextPairs &result) {
+    std::size_t place = 0;
+    while (place < line.size()) {
+        if (!kIsWord[line[place]]) {
+            ++place;
+            continue;
+        }
+        std::size_t end = place;
+        std::uint8_t in_word = 0;
+        while (end < line.size() && kIsWord[line[end]])
+            in_word |= line[end++];
+        const std::span<const std::uint8_t> word = line.subspan(place, end - place);
+        if (in_word >= 0x80) {
+            upper.add(word, result.inside);
+            if (place > 0 && is_digit(line[place - 1])) ++result.beside_digit[word.front()];
+            if (end < line.size() && is_digit(line[end])) ++result.beside_digit[word.back()];
+        } else {
+            add_ascii(has_upper ? result.beside : result.apart, word);
+        }
+        place = end;
+    }
+}
+
 } // namespace
 
 TextPairs count_pairs(std::span<const std::uint8_t> text) {
@@ -116,24 +142,7 @@ TextPairs count_pairs(std::span<const std::uint8_t> text) {
         const bool has_upper = all >= 0x80;
         if (has_upper && !upper_seen) result.first_upper_line = begin;
         upper_seen = upper_seen || has_upper;
-
-        std::size_t place = 0;
-        while (place < line.size()) {
-            if (!kIsWord[line[place]]) {
-                ++place;
-                continue;
-            }
-            std::size_t end = place;
-            std::uint8_t in_word = 0;
-            while (end < line.size() && kIsWord[line[end]])
-                in_word |= line[end++];
-            const std::span<const std::uint8_t> word = line.subspan(place, end - place);
-            if (in_word >= 0x80)
-                upper.add(word, result.inside);
-            else
-                add_ascii(has_upper ? result.beside : result.apart, word);
-            place = end;
-        }
+        count_line(line, has_upper, upper, result);
         begin += line.size();
     }
     result.upper = upper.pairs.take();

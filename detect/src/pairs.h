@@ -24,12 +24,13 @@ struct TextPairs {
     // Of the words that have bytes from 80 on: they tell the page. The first two letters of a word are apart.
     std::vector<BytePair> upper;
     std::vector<BytePair> starts;
-    std::array<std::uint32_t, 256> inside{}; // how often each byte has other bytes of a word on both sides
-    AsciiPairs beside{};                     // of the other words in their lines
-    AsciiPairs apart{};                      // of the lines without such bytes
-    std::array<std::uint32_t, 256> bytes{};  // how often each byte occurs
-    std::size_t upper_bytes = 0;             // how many are 80 or above
-    std::size_t first_upper_line = 0;        // where the first line with such a byte begins
+    std::array<std::uint32_t, 256> inside{};       // how often each byte has other bytes of a word on both sides
+    std::array<std::uint32_t, 256> beside_digit{}; // how often each upper byte has a digit beside it
+    AsciiPairs beside{};                           // of the other words in their lines
+    AsciiPairs apart{};                            // of the lines without such bytes
+    std::array<std::uint32_t, 256> bytes{};        // how often each byte occurs
+    std::size_t upper_bytes = 0;                   // how many are 80 or above
+    std::size_t first_upper_line = 0;              // where the first line with such a byte begins
 };
 
 // A control that texts do not have: all but the bell, tabs, line ends, the old end of a text and the escape.

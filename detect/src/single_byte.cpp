@@ -21,6 +21,7 @@ constexpr Cost kFirstBoxSign = 4 * kNat;
 constexpr Cost kLoneBoxSign = 8 * kNat;
 // A sign where it does not stand: an opening quotation mark behind a letter, two letters with a star between them.
 constexpr Cost kMisplacedSign = 3 * kNat;
+constexpr Cost kLetterAtDigit = 3 * kNat;
 constexpr Cost kSignInside = 4 * kNat;
 // A word in another script than the text, and going over to it within a word.
 constexpr Cost kOtherScript = 6 * kNat;
@@ -172,8 +173,10 @@ Reading read(const TextPairs &text, const std::array<Code, 256> &codes) {
         reading.add(pair, codes, false);
     for (const BytePair &pair : text.starts)
         reading.add(pair, codes, true);
-    for (std::size_t byte = 0x80; byte < 256; ++byte)
+    for (std::size_t byte = 0x80; byte < 256; ++byte) {
         reading.cost += cost_inside(codes[byte]) * text.inside[byte];
+        if ((codes[byte] & kLetterBit) != 0) reading.cost += kLetterAtDigit * text.beside_digit[byte];
+    }
     reading.cost += std::min(reading.running, reading.capitals);
     return reading;
 }
@@ -217,7 +220,7 @@ class Language {
                    (letter_first ? 0 : kOtherScript / 2);
         }
         if (letter_second && second == 0) return first == 0 && letter_first ? kStrangePair : kStrangeLetter;
-        return second != 0 ? kOtherScript : kAfterStrange;
+        return second != 0 ? 2 * kAfterStrange : kAfterStrange;
     }
 
     const Model *model_;

@@ -153,8 +153,11 @@ def rows_of(pairs, letters, prefix=""):
         yield f"{prefix}{written(first)}: " + " ".join(f"{written(second)} {count}" for count, second in row)
 
 
-def letters_in(text):
-    return Counter({one: count for one, count in Counter(text).items() if is_letter(one)})
+def usual_letters(text, script):
+    counts = {one: count for one, count in Counter(text).items() if is_letter(one)}
+    least = max(sum(counts.values()) * RAREST_LETTER, 3)
+    return {letter for letter, count in counts.items() if count >= least and
+            (unicodedata.name(letter, "").startswith(script) or unicodedata.combining(letter))}
 
 
 def written(letter):
@@ -187,16 +190,11 @@ def write_pairs(language, folders, dictionary, cache):
     text, sources = collect(language, folders, cache)
     text = folded(text, language)
     script = script_of(language)
-    frequency = letters_in(text)
     words = []
     if dictionary in folders:
         words = [folded(word, language) for word in debian_text.dictionary_words(folders[dictionary])]
         sources.append(dictionary)
-        if not text:
-            frequency = letters_in("".join(words))
-    least = max(sum(frequency.values()) * RAREST_LETTER, 3)
-    letters = {letter for letter, count in frequency.items() if count >= least and is_letter(letter) and
-               (unicodedata.name(letter, "").startswith(script) or unicodedata.combining(letter))}
+    letters = usual_letters(text, script) | usual_letters("".join(words), script)
     if script == "LATIN":
         letters |= set("abcdefghijklmnopqrstuvwxyz")
     in_text, in_words = count_pairs(text, letters), count_pairs(" ".join(words), letters)

@@ -7,7 +7,7 @@ from . import _emit
 FOLDER = "detect/src/tables"  # not kxstr's
 
 UNIT = 16          # costs are in sixteenths of a nat: -16 ln(probability)
-WORST = 255
+WORST = 184     # a letter that a language lacks costs little less
 PRIOR = 8          # pairs that a row is thought to have seen before it was counted, spread as the letters are
 UNDEFINED, CONTROL, SIGN, LETTER, SMALL, CAPITAL = 0, 1, 0x1000, 0x8000, 0x2000, 0x4000
 CODECS = {"ja": ("932", "cp932"), "zh-CN": ("936", "gbk"), "ko": ("949", "cp949"), "zh-TW": ("950", "cp950")}
@@ -16,6 +16,7 @@ CLOSING = "\u00bb\u203a\u2026"
 QUOTING = "\u2018\u201c\u201d\u2013\u2014\u2015"
 JOINING = "\u2019\u00a0\u00ad\u00b7\u02bc"
 TYPOGRAPHIC = "\u2018\u2019\u201c\u201d\u201e\u2026\u2013\u2014"
+KNOWN = "\u00a2\u00a3\u00a5\u00b1\u00b2\u00b7\u00bd\u00bc\u00f7\u2248\u2116\u20ac"
 USUAL = "\u00a9\u00ae\u00b0\u00a7\u00ab\u00bb"
 
 
@@ -140,7 +141,7 @@ def generate(data):
         code, count = line.split()[:2]
         sign_costs[character(code)] = cost(int(count) / 1e6)
     # Much of today's text has them as ASCII; where a page has them they are used.
-    for signs, most in ((TYPOGRAPHIC, 5), (USUAL, 7)):
+    for signs, most in ((TYPOGRAPHIC, 5), (USUAL, 7), (KNOWN, 9)):
         sign_costs.update({sign: min(sign_costs.get(sign, WORST), most * UNIT) for sign in signs})
 
     in_pages = {one for _, _, characters in pages for one in characters if one}
