@@ -1,7 +1,8 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
 .PHONY: all build demo deps tables docs clean \
         test test-asan test-tsan test-clang test-windows test-32 test-be test-abi test-package torture \
-        windows abi-baseline package package-windows lint bench bench-tool bench-build
+        windows abi-baseline package package-windows lint bench bench-tool \
+        bench-detect bench-build
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 SIZE ?= 256
@@ -119,6 +120,10 @@ bench: bench-build
 # kx on large files beside iconv, uconv and sort; SIZE in MiB.
 bench-tool: bench-build
 	bench/tool.py --size $(SIZE) $(FILTER)
+
+# How often libkxdetect, uchardet, ICU, chardet and charset-normalizer find the page of a text, and how fast.
+bench-detect: bench-build
+	bench/detect.py --peers
 
 bench-build:
 	@tools/deps.sh default bench

@@ -25,6 +25,7 @@ packages_of() {
     bench)
         echo "libbenchmark-dev libicu-dev icu-devtools zlib1g wamerican wspanish wswedish hunspell-cs hunspell-he skkdic"
         echo "manpages-fr manpages-ru manpages-el manpages-ja manpages-zh locales"
+        echo "libuchardet-dev python3-chardet python3-charset-normalizer"
         ;;
     *) echo "deps.sh: no group '$1'" >&2 && exit 2 ;;
     esac

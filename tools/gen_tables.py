@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Turns the tables of data/ into the C++ of src/tables/.
+"""Turns the tables of data/ into the C++ of src/tables/ (a few: of another folder).
 
     gen_tables.py            writes the C++ files that have changed
     gen_tables.py --check    writes nothing; says where committed C++ and data differ, and exits with 1
 
 Each module in tools/families/ is one family of tables. It has a function generate(data), which gets the path of the
-data folder and returns a dictionary: path below src/tables/ -> text of the file.
+data folder and returns a dictionary: path below src/tables/ (or below its FOLDER, if it names one) -> text of the file.
 """
 import argparse
 import importlib
@@ -36,11 +36,10 @@ def main():
     parser.add_argument("--data", type=pathlib.Path, help="read this data folder instead of ROOT/data")
     parser.add_argument("--check", action="store_true", help="compare only")
     options = parser.parse_args()
-    tables = options.root / "src" / "tables"
     differences = 0
     for family in families():
         for name, text in family.generate(options.data or options.root / "data").items():
-            path = tables / name
+            path = options.root / getattr(family, "FOLDER", "src/tables") / name
             old = path.read_text(encoding="utf-8") if path.exists() else ""
             if old == text:
                 continue

@@ -8,6 +8,7 @@
 
 #include "command.h"
 #include "convert.h"
+#include "detect.h"
 #include "dump.h"
 #include "east_asian.h"
 #include "files.h"
@@ -21,6 +22,7 @@ namespace {
 // One line a command.
 constexpr kx::Command kCommands[] = {
     {"convert", "convert text between code pages, KX text and Unicode", kx::run_convert},
+    {"detect", "tell in which code page and language a text is", kx::run_detect},
     {"case", "make letters capital or small", kx::run_case},
     {"width", "change the width of characters, or their kana", kx::run_width},
     {"han", "change Traditional Chinese into Simplified, and back", kx::run_han},

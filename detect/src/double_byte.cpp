@@ -1,0 +1,129 @@
+#include <algorithm>
+#include <optional>
+#include <string_view>
+
+#include "score.h"
+
+namespace kxdetect {
+namespace {
+
+constexpr Cost kNat = 16;
+
+constexpr std::size_t kLargestWindow = std::size_t{1} << 17; // bytes, which tell as much as more
+constexpr Cost kRareCharacter = 13 * kNat;
+constexpr Cost kBrokenByte = 20 * kNat;
+constexpr Cost kHalfWidthKana = 5 * kNat;
+constexpr Cost kFirstHalfWidthKana = 10 * kNat;
+constexpr Cost kBehindLetter = 2 * kNat; // a letter of ASCII right before such a character
+constexpr Cost kAsciiLetter = 52;        // in a word with upper bytes, as the other pages count it
+constexpr Cost kPageCost = 2 * kNat;
+
+// The bytes of a character of two bytes.
+struct Shape {
+    const char *page;
+    bool (*leads)(unsigned byte);
+    bool (*trails)(unsigned lead, unsigned byte);
+    bool half_width_kana;
+};
+
+constexpr bool within(unsigned byte, unsigned first, unsigned last) {
+    return byte - first <= last - first;
+}
+
+constexpr Shape kShapes[] = {
+    {"932", [](unsigned byte) { return within(byte, 0x81, 0x9F) || within(byte, 0xE0, 0xFC); },
+     [](unsigned, unsigned byte) { return within(byte, 0x40, 0x7E) || within(byte, 0x80, 0xFC); }, true},
+    {"936", [](unsigned byte) { return within(byte, 0x81, 0xFE); },
+     [](unsigned, unsigned byte) { return within(byte, 0x40, 0x7E) || within(byte, 0x80, 0xFE); }, false},
+    {"949", [](unsigned byte) { return within(byte, 0x81, 0xFD); },
+     [](unsigned, unsigned byte) {
+         return within(byte, 0x41, 0x5A) || within(byte, 0x61, 0x7A) || within(byte, 0x81, 0xFE);
+     },
+     false},
+    {"950", [](unsigned byte) { return within(byte, 0x81, 0xFE); },
+     [](unsigned, unsigned byte) { return within(byte, 0x40, 0x7E) || within(byte, 0xA1, 0xFE); }, false},
+};
+
+Cost find_cost(std::span<const CharacterCost> costs, std::uint16_t character) {
+    const auto found = std::ranges::lower_bound(costs, character, {}, &CharacterCost::character);
+    return found != costs.end() && found->character == character ? Cost{found->cost} : kRareCharacter;
+}
+
+constexpr bool is_ascii_letter(unsigned byte) {
+    return (byte | 0x20U) - 'a' < 26;
+}
+
+struct DoubleByteReading {
+    Cost cost;
+    Cost trailing_letters; // letters of ASCII that are second bytes
+};
+
+// Nothing when too many bytes cannot be.
+std::optional<DoubleByteReading> read(std::span<const std::uint8_t> text, const Shape &shape,
+                                      const CharacterModel &model) {
+    DoubleByteReading reading{};
+    std::size_t broken = 0;
+    std::size_t characters = 0;
+    bool behind_letter = false;
+    bool behind_kana = false;
+    for (std::size_t place = 0; place < text.size(); ++place) {
+        const unsigned byte = text[place];
+        if (byte < 0x80) {
+            behind_letter = is_ascii_letter(byte);
+            behind_kana = false;
+            continue;
+        }
+        if (behind_letter) reading.cost += kBehindLetter;
+        behind_letter = false;
+        if (shape.leads(byte)) {
+            if (place + 1 == text.size()) break; // the text is cut off here
+            const unsigned trail = text[place + 1];
+            if (shape.trails(byte, trail)) {
+                reading.cost += find_cost(model.in_page, static_cast<std::uint16_t>(byte << 8 | trail));
+                if (is_ascii_letter(trail)) ++reading.trailing_letters;
+                ++characters;
+                behind_kana = false;
+                ++place;
+                continue;
+            }
+        } else if (shape.half_width_kana && within(byte, 0xA1, 0xDF)) {
+            reading.cost += behind_kana ? kHalfWidthKana : kFirstHalfWidthKana;
+            behind_kana = true;
+            ++characters;
+            continue;
+        }
+        reading.cost += kBrokenByte;
+        ++broken;
+    }
+    if (broken * 50 > characters) return std::nullopt;
+    return reading;
+}
+
+} // namespace
+
+std::vector<Candidate> score_double_byte(std::span<const std::uint8_t> text, const TextPairs &pairs,
+                                         const AsciiWords &ascii) {
+    const auto window = text.subspan(pairs.first_upper_line);
+    const auto part = window.first(std::min(window.size(), kLargestWindow));
+    const auto upper = static_cast<Cost>(std::ranges::count_if(part, [](std::uint8_t byte) { return byte >= 0x80; }));
+    const auto all = static_cast<Cost>(pairs.upper_bytes);
+    Cost letters = 0;
+    for (const auto *words : {&pairs.upper, &pairs.starts}) {
+        for (const BytePair &pair : *words)
+            letters += pair.second != kEdge && pair.second < 0x80 ? pair.count : 0;
+    }
+    std::vector<Candidate> candidates;
+    for (const CharacterModel &model : kCharacterModels) {
+        const auto *const shape =
+            std::ranges::find_if(kShapes, [&](const Shape &one) { return std::string_view(one.page) == model.page; });
+        if (const auto reading = read(part, *shape, model)) {
+            const auto whole = [&](Cost cost) { return cost * all / std::max<Cost>(upper, 1); };
+            const Cost others = std::max<Cost>(letters - whole(reading->trailing_letters), 0);
+            const Cost cost = whole(reading->cost) + kAsciiLetter * others + ascii.english_cost() + kPageCost;
+            candidates.push_back({model.page, model.code, cost, 0});
+        }
+    }
+    return candidates;
+}
+
+} // namespace kxdetect
