@@ -14,20 +14,15 @@
  *
  * Threads: re-entrant; a converter is for one thread at a time.
  *
- * Example, a file of page 852 to UTF-8:
+ * Example, a text of page 852 in UTF-8 (docs/guide.md converts a file, piece by piece):
  *
  *     const KxTextForm from = {KX_TEXT_CODE_PAGE, 852, 0}, to = {KX_TEXT_UTF8, 0, 0};
  *     KxTextConverter converter;
  *     KxTextResult result;
- *     if (!KxTextPrepare(&converter, &from, &to, 0)) return;
- *     size_t kept = 0, got;
- *     while ((got = fread(in + kept, 1, sizeof in - kept, file)) != 0) {
- *         // 3 bytes for each byte of a code page are always enough
- *         KxTextConvert(&converter, in, kept + got, out, 3 * sizeof in, &result);
- *         fwrite(out, 1, result.written, stdout);
- *         kept = kept + got - result.read;
- *         memmove(in, in + result.read, kept);
- *     }
+ *     char utf8[100];
+ *     KxTextPrepare(&converter, &from, &to, 0);
+ *     KxTextConvert(&converter, "\x9Fe\xE7tina", 7, 1, utf8, sizeof utf8, &result);
+ *     // KX_TEXT_DONE, result.read 7, result.written 9
  */
 #ifndef KXSTR_TEXT_H
 #define KXSTR_TEXT_H
@@ -101,7 +96,7 @@ KXSTR_API uint32_t KxTextSubstitute(KxTextConverter *converter, uint32_t charact
 /* Why a conversion ended. */
 #define KX_TEXT_DONE 0u          /**< all was read */
 #define KX_TEXT_FULL 1u          /**< what follows does not fit; more room, and it goes on */
-#define KX_TEXT_INCOMPLETE 2u    /**< the source ends inside a character: more of it, or the text is cut off here */
+#define KX_TEXT_INCOMPLETE 2u    /**< the source ends inside a character; not for the last piece */
 #define KX_TEXT_NO_EQUIVALENT 3u /**< the form that is written lacks this character */
 #define KX_TEXT_MALFORMED 4u     /**< these bytes are no character of the form that is read */
 
@@ -118,21 +113,24 @@ typedef struct KxTextResult {
  *
  * @param converter    Prepared.
  * @param source       `length` bytes, at any address. Not null unless `length` is 0.
- * @param destination  Room for `room` bytes, at any address, apart from the source. Nothing is written behind those
- *                     that the result counts, except within the room. May be null when `room` is 0.
+ * @param last         0: more of the text follows, and a character that is not all here is left for then. Else nothing
+ *                     follows, and the beginning of a character is a piece that is none.
+ * @param destination  Room for `room` bytes, at any address, apart from the source. Bytes of the room behind those that
+ *                     the result counts may change, too. May be null when `room` is 0.
  * @param result       Not null.
- * @return             KX_TEXT_DONE and so on. Going on behind a fault is the caller's choice: at
+ * @return             KX_TEXT_DONE and so on. To go on behind a fault is the caller's choice: at
  *                     source + read + fault.
  *
  * No mark is looked for, and none is written: U+FEFF is a character here. KxTextMark finds one.
- * A character of one byte takes at most 3 bytes of UTF-8 or 4 of UTF-16; two bytes of UTF-8 or of UTF-16 take at most 2
- * of a code page or KX text.
+ * A byte of a code page takes at most 3 bytes of any other form; a unit of UTF-16 or KX text at most 3 bytes, too. No
+ * character takes more than 4.
  */
-KXSTR_API uint32_t KxTextConvert(KxTextConverter *converter, const void *source, size_t length, void *destination,
-                                 size_t room, KxTextResult *result);
+KXSTR_API uint32_t KxTextConvert(KxTextConverter *converter, const void *source, size_t length, uint32_t last,
+                                 void *destination, size_t room, KxTextResult *result);
 
 /** As KxTextConvert with all the room there could be, writing nothing: `written` counts what it would be. */
-KXSTR_API uint32_t KxTextMeasure(KxTextConverter *converter, const void *source, size_t length, KxTextResult *result);
+KXSTR_API uint32_t KxTextMeasure(KxTextConverter *converter, const void *source, size_t length, uint32_t last,
+                                 KxTextResult *result);
 
 /**
  * @param form    KX_TEXT_UTF8 or one of UTF-16; others have no mark.

@@ -39,6 +39,9 @@ Translate16 translate16;
 Utf8OfUnits utf8_of_units;
 UnitsOfUtf8 units_of_utf8;
 Utf8OfUnits bytes_of_codes;
+Utf8OfBytes utf8_of_bytes;
+BytesOfUtf8 bytes_of_utf8;
+BytesOfMapped bytes_of_mapped;
 } // namespace plain
 
 namespace avx2 {
@@ -66,6 +69,9 @@ MismatchByCase16 mismatch_by_case16;
 Utf8OfUnits utf8_of_units;
 UnitsOfUtf8 units_of_utf8;
 Utf8OfUnits bytes_of_codes;
+Utf8OfBytes utf8_of_bytes;
+BytesOfUtf8 bytes_of_utf8;
+BytesOfMapped bytes_of_mapped;
 } // namespace avx2
 
 namespace avx512 {
@@ -98,6 +104,9 @@ Translate16 translate16;
 Utf8OfUnits utf8_of_units;
 UnitsOfUtf8 units_of_utf8;
 Utf8OfUnits bytes_of_codes;
+Utf8OfBytes utf8_of_bytes;
+BytesOfUtf8 bytes_of_utf8;
+BytesOfMapped bytes_of_mapped;
 } // namespace avx512
 
 } // namespace kxstr::simd

@@ -12,17 +12,20 @@ namespace {
 class Conversion {
   public:
     Conversion(const char *command, const TextRequest &request, const TextPages &pages, const Transform *transform,
-               std::span<const std::uint8_t> substitute, Output &output, std::unique_ptr<Decoder> decoder)
+               std::span<const std::uint8_t> substitute, Output &output, std::unique_ptr<Decoder> decoder,
+               std::unique_ptr<Converter> converter)
         : command_(command),
           request_(request),
           transform_(transform),
           substitute_(substitute),
           output_(output),
           decoder_(std::move(decoder)),
-          encoder_(make_encoder(*request.to, pages.text, pages.written)) {}
+          encoder_(make_encoder(*request.to, pages.text, pages.written)),
+          converter_(std::move(converter)) {}
 
     // False when the work must end; the reason has been told then.
     bool run(Input &input) {
+        if (converter_) return run_directly(input);
         Progress progress(input);
         for (;;) {
             const Chunk chunk = input.next();
@@ -47,6 +50,29 @@ class Conversion {
     }
 
   private:
+    // By the library's conversion of whole texts.
+    bool run_directly(Input &input) {
+        Progress progress(input);
+        for (;;) {
+            const Chunk chunk = input.next();
+            if (!input.good()) return false;
+            std::size_t done = 0;
+            for (bool more = true; more;) {
+                const auto result = converter_->convert({chunk.bytes.subspan(done), chunk.offset + done, chunk.last});
+                if (!output_.write(result.bytes)) return false;
+                done += result.consumed;
+                if (result.bad_length != 0) {
+                    tell(input, chunk, done, result.bad_length);
+                    return false;
+                }
+                more = result.more;
+            }
+            if (chunk.last && done == chunk.bytes.size()) return true;
+            input.consume(done);
+            progress.at(chunk.offset + done);
+        }
+    }
+
     Decoder::Result decode(const Chunk &chunk, bool placed) {
         units_.clear();
         units_.placed = placed || transform_ != nullptr;
@@ -85,10 +111,14 @@ class Conversion {
             bytes_.insert(bytes_.end(), substitute_.begin(), substitute_.end());
             return true;
         }
+        tell(input, chunk, place, length);
+        return false;
+    }
+
+    void tell(const Input &input, const Chunk &chunk, std::size_t place, std::size_t length) {
         report(command_, input.name() + ": byte " + std::to_string(chunk.offset + place) + ": " +
                              hex(chunk.bytes.subspan(place, length)) + " does not convert from " +
                              name_of(*request_.from) + " to " + name_of(*request_.to));
-        return false;
     }
 
     const char *command_;
@@ -98,6 +128,7 @@ class Conversion {
     Output &output_;
     std::unique_ptr<Decoder> decoder_;
     std::unique_ptr<Encoder> encoder_;
+    std::unique_ptr<Converter> converter_; // or null: by way of KX text
     DecodedText units_;
     std::vector<std::uint8_t> bytes_;
 };
@@ -152,14 +183,17 @@ TextPages pages_of(const TextRequest &request, const CodePage &otherwise) {
 int run_text(const Usage &usage, const TextRequest &request, const TextPages &pages, const Transform *transform,
              std::unique_ptr<Decoder> decoder) {
     if (request.drop && request.substitute) return usage_error(usage, "-c and --subst exclude each other");
-    std::vector<std::uint8_t> substitute;
+    std::unique_ptr<Converter> converter;
+    if (transform == nullptr && decoder == nullptr)
+        converter = Converter::make(*request.from, *request.to, pages.text, pages.written, request.drop);
+    std::optional<std::vector<std::uint8_t>> substitute(std::in_place);
     if (request.substitute) {
-        auto encoded = encode_substitute(request, pages.written);
-        if (!encoded) {
+        const bool taken = converter && converter->set_substitute(*request.substitute);
+        if (!converter) substitute = encode_substitute(request, pages.written);
+        if (converter ? !taken : !substitute) {
             return usage_error(usage, "'" + *request.substitute + "' is not one character that " +
                                           name_of(*request.to) + " has");
         }
-        substitute = std::move(*encoded);
     }
     if (is_one_of(request.output, request.inputs)) {
         report(usage.command,
@@ -170,7 +204,8 @@ int run_text(const Usage &usage, const TextRequest &request, const TextPages &pa
     Output output(usage.command, request.output);
     if (!output.good()) return kFailure;
     if (!decoder) decoder = make_decoder(*request.from, pages.text, is_kx_encoding(*request.to));
-    Conversion conversion(usage.command, request, pages, transform, substitute, output, std::move(decoder));
+    Conversion conversion(usage.command, request, pages, transform, *substitute, output, std::move(decoder),
+                          std::move(converter));
     for (const std::string &path : request.inputs) {
         Input input(usage.command, path);
         if (!input.good() || !conversion.run(input)) return kFailure;

@@ -5,6 +5,7 @@
 #include <charconv>
 
 #include "coders.h"
+#include "text/scalars.h"
 
 namespace kx {
 namespace {
@@ -221,6 +222,59 @@ std::unique_ptr<Encoder> make_encoder(const Encoding &form, const CodePage &text
     case EncodingKind::sio: return make_sio_encoder(text_page, written_page);
     }
     return nullptr;
+}
+
+namespace {
+
+// Three bytes for each of a chunk, which is what a code page in UTF-8 takes at most.
+constexpr std::size_t kRoom = std::size_t{3} * 64 * 1024;
+
+// Nothing for the forms that texts in pieces do not have.
+std::optional<KxTextForm> text_form(const Encoding &form, const CodePage &page) {
+    switch (form.kind) {
+    case EncodingKind::code_page: return KxTextForm{KX_TEXT_CODE_PAGE, form.page.kx_number, nullptr};
+    case EncodingKind::utf8: return KxTextForm{KX_TEXT_UTF8, 0, nullptr};
+    case EncodingKind::utf16le: return KxTextForm{KX_TEXT_UTF16LE, 0, nullptr};
+    case EncodingKind::utf16be: return KxTextForm{KX_TEXT_UTF16BE, 0, nullptr};
+    case EncodingKind::kx: return KxTextForm{KX_TEXT_KXLE, page.kx_number, nullptr};
+    default: return std::nullopt;
+    }
+}
+
+} // namespace
+
+std::unique_ptr<Converter> Converter::make(const Encoding &from, const Encoding &to, const CodePage &text_page,
+                                           const CodePage &written_page, bool drop) {
+    const auto source = text_form(from, text_page), target = text_form(to, written_page);
+    if (!source || !target) return nullptr;
+    std::unique_ptr<Converter> converter(new Converter(*source, *target));
+    if (!converter->prepare(drop ? KX_TEXT_DROP : 0)) return nullptr;
+    converter->room_.reset(new std::uint8_t[kRoom]); // not cleared
+    return converter;
+}
+
+bool Converter::set_substitute(std::string_view character) {
+    const std::span bytes(reinterpret_cast<const std::uint8_t *>(character.data()), character.size());
+    if (bytes.empty()) return false;
+    const kxstr::text::Scalar scalar = kxstr::text::read_utf8(bytes);
+    if (scalar.kind != kxstr::text::Scalar::character || scalar.length != bytes.size()) return false;
+    return KxTextSubstitute(&converter_, scalar.value) != 0;
+}
+
+Converter::Result Converter::convert(const Chunk &chunk) {
+    constexpr std::size_t longest_mark = 3;
+    std::size_t mark = 0;
+    if (chunk.offset == 0) {
+        if (chunk.bytes.size() < longest_mark && !chunk.last) return {{}, 0, 0, false, 0};
+        mark = KxTextMark(from_.form, chunk.bytes.data(), chunk.bytes.size());
+    }
+    const auto source = chunk.bytes.subspan(mark);
+    KxTextResult done;
+    const std::uint32_t status =
+        KxTextConvert(&converter_, source.data(), source.size(), chunk.last ? 1 : 0, room_.get(), kRoom, &done);
+    Result result{{room_.get(), done.written}, mark + done.read, 0, status == KX_TEXT_FULL, done.replaced};
+    if (status != KX_TEXT_INCOMPLETE) result.bad_length = done.fault;
+    return result;
 }
 
 } // namespace kx

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <kxstr/text.h>
 #include <memory>
 #include <optional>
 #include <span>
@@ -93,5 +94,36 @@ class Encoder {
 // only `with_codes`. An encoder for a KX form writes it as a text of `written_page`. Sio text is only written.
 std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes = false);
 std::unique_ptr<Encoder> make_encoder(const Encoding &form, const CodePage &text_page, const CodePage &written_page);
+
+// Bytes from one form to another by the library's own conversion of texts (kxstr/text.h), which keeps to the published
+// mappings where no KX form takes part. It has no streams and no sio text.
+class Converter {
+  public:
+    // The pages as of make_decoder and make_encoder.
+    static std::unique_ptr<Converter> make(const Encoding &from, const Encoding &to, const CodePage &text_page,
+                                           const CodePage &written_page, bool drop);
+
+    // One character in UTF-8 for what does not convert; false when it is not exactly one, or the output lacks it.
+    bool set_substitute(std::string_view character);
+
+    struct Result {
+        std::span<const std::uint8_t> bytes; // written; they stay until the next call
+        std::size_t consumed;
+        std::size_t bad_length; // as of Decoder::Result
+        bool more;              // there was no room: call again with the rest
+        std::uint64_t replaced; // characters
+    };
+    // A byte order mark that begins the file is skipped. A character that is not complete at the end of the chunk is
+    // left, unless the chunk is the last.
+    Result convert(const Chunk &chunk);
+
+  private:
+    Converter(KxTextForm from, KxTextForm to) : from_(from), to_(to) {}
+    bool prepare(std::uint32_t flags) { return KxTextPrepare(&converter_, &from_, &to_, flags) != 0; }
+
+    KxTextForm from_, to_;
+    KxTextConverter converter_;
+    std::unique_ptr<std::uint8_t[]> room_;
+};
 
 } // namespace kx
