@@ -423,6 +423,11 @@ std::span<const std::uint8_t> bytes_of(const void *bytes, std::size_t count) noe
 }
 
 } // namespace
+
+std::size_t size_of_first(const KxTextConverter &converter, std::span<const std::uint8_t> source) noexcept {
+    return read_one(*std::launder(reinterpret_cast<const Converter *>(&converter)), source).length;
+}
+
 } // namespace kxstr::text
 
 extern "C" {

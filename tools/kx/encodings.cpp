@@ -196,38 +196,7 @@ std::string list_of_encodings() {
     return text;
 }
 
-std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes) {
-    switch (form.kind) {
-    case EncodingKind::code_page: return make_page_decoder(form.page);
-    case EncodingKind::utf8: return make_utf8_decoder(text_page);
-    case EncodingKind::utf16le: return make_utf16_decoder(ByteOrder::little, text_page);
-    case EncodingKind::utf16be: return make_utf16_decoder(ByteOrder::big, text_page);
-    case EncodingKind::kx: return make_kx_decoder();
-    case EncodingKind::stream: return make_stream_decoder(with_codes);
-    case EncodingKind::stream5: return make_stream5_decoder(text_page, with_codes);
-    case EncodingKind::sio: return nullptr;
-    }
-    return nullptr;
-}
-
-std::unique_ptr<Encoder> make_encoder(const Encoding &form, const CodePage &text_page, const CodePage &written_page) {
-    switch (form.kind) {
-    case EncodingKind::code_page: return make_page_encoder(form.page, text_page);
-    case EncodingKind::utf8: return make_utf8_encoder(text_page);
-    case EncodingKind::utf16le: return make_utf16_encoder(ByteOrder::little, text_page);
-    case EncodingKind::utf16be: return make_utf16_encoder(ByteOrder::big, text_page);
-    case EncodingKind::kx: return make_kx_encoder(text_page, written_page);
-    case EncodingKind::stream: return make_stream_encoder(text_page, written_page);
-    case EncodingKind::stream5: return make_stream5_encoder(text_page, written_page);
-    case EncodingKind::sio: return make_sio_encoder(text_page, written_page);
-    }
-    return nullptr;
-}
-
 namespace {
-
-// Three bytes for each of a chunk, which is what a code page in UTF-8 takes at most.
-constexpr std::size_t kRoom = std::size_t{3} * 64 * 1024;
 
 // Nothing for the forms that texts in pieces do not have.
 std::optional<KxTextForm> text_form(const Encoding &form, const CodePage &page) {
@@ -240,6 +209,33 @@ std::optional<KxTextForm> text_form(const Encoding &form, const CodePage &page) 
     default: return std::nullopt;
     }
 }
+
+} // namespace
+
+std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes) {
+    switch (form.kind) {
+    case EncodingKind::stream: return make_stream_decoder(with_codes);
+    case EncodingKind::stream5: return make_stream5_decoder(text_page, with_codes);
+    case EncodingKind::sio: return nullptr;
+    default: break;
+    }
+    return make_text_decoder(*text_form(form, text_page), form.kind == EncodingKind::code_page ? form.page : text_page);
+}
+
+std::unique_ptr<Encoder> make_encoder(const Encoding &form, const CodePage &text_page, const CodePage &written_page) {
+    switch (form.kind) {
+    case EncodingKind::stream: return make_stream_encoder(text_page, written_page);
+    case EncodingKind::stream5: return make_stream5_encoder(text_page, written_page);
+    case EncodingKind::sio: return make_sio_encoder(text_page, written_page);
+    default: break;
+    }
+    return make_text_encoder(text_page, *text_form(form, written_page));
+}
+
+namespace {
+
+// Three bytes for each of a chunk, which is what a code page in UTF-8 takes at most.
+constexpr std::size_t kRoom = std::size_t{3} * 64 * 1024;
 
 } // namespace
 
@@ -262,12 +258,8 @@ bool Converter::set_substitute(std::string_view character) {
 }
 
 Converter::Result Converter::convert(const Chunk &chunk) {
-    constexpr std::size_t longest_mark = 3;
-    std::size_t mark = 0;
-    if (chunk.offset == 0) {
-        if (chunk.bytes.size() < longest_mark && !chunk.last) return {{}, 0, 0, false, 0};
-        mark = KxTextMark(from_.form, chunk.bytes.data(), chunk.bytes.size());
-    }
+    // Half of a mark waits for the rest as any character does.
+    const std::size_t mark = chunk.offset == 0 ? KxTextMark(from_.form, chunk.bytes.data(), chunk.bytes.size()) : 0;
     const auto source = chunk.bytes.subspan(mark);
     KxTextResult done;
     const std::uint32_t status =

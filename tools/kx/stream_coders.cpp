@@ -1,8 +1,9 @@
 // Document streams of both generations, and sio text. A stream has no terminator here: a file ends by itself. One at
 // the very end is skipped.
+#include <algorithm>
 #include <array>
-#include <functional>
 #include <kxstr/forms.h>
+#include <kxstr/text.h>
 
 #include "codepage/country.h"
 #include "coders.h"
@@ -217,14 +218,23 @@ class StreamEncoder final : public Encoder {
     using Write = bool(KxChar ch, const CodePage &page, Bytes &bytes);
 
     StreamEncoder(Write *write, const CodePage &text_page, const CodePage &written_page)
-        : write_(write),
-          written_page_(written_page),
-          characters_([=](KxChar ch) { return kx_of_kx(written_page, text_page, ch); }) {}
+        : write_(write), written_page_(written_page) {
+        const KxTextForm from{KX_TEXT_KX, text_page.kx_number, nullptr};
+        const KxTextForm to{KX_TEXT_KX, written_page.kx_number, nullptr};
+        KxTextPrepare(&characters_, &from, &to, 0);
+    }
 
     std::size_t encode(std::span<const KxChar> units, Bytes &bytes) override {
-        for (std::size_t at = 0; at < units.size(); ++at) {
-            const KxChar ch = characters_[units[at]];
-            if (ch == KX_NONE || !write_(ch, written_page_, bytes)) return at;
+        std::array<KxChar, 256> written;
+        for (std::size_t at = 0; at < units.size();) {
+            KxTextResult done;
+            const std::size_t count = std::min(units.size() - at, written.size());
+            KxTextConvert(&characters_, &units[at], count * sizeof(KxChar), 1, written.data(), sizeof written, &done);
+            for (const KxChar ch : std::span(written).first(done.written / sizeof(KxChar))) {
+                if (!write_(ch, written_page_, bytes)) return at;
+                ++at;
+            }
+            if (done.fault != 0) return at;
         }
         return units.size();
     }
@@ -232,7 +242,7 @@ class StreamEncoder final : public Encoder {
   private:
     Write *write_;
     CodePage written_page_;
-    CharMap characters_;
+    KxTextConverter characters_;
 };
 
 } // namespace
