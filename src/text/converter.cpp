@@ -12,7 +12,7 @@
 namespace kxstr::text {
 namespace {
 
-constexpr std::size_t kBlock = 1024; // units on the way; both buffers stay in the nearest cache
+constexpr std::size_t kBlock = 2048; // units on the way; both buffers stay in the nearest cache
 constexpr std::size_t kLongest = 4;  // bytes of a character
 constexpr std::uint16_t kVietnamese = 1258;
 // The lowest byte that can follow a lead byte. A lower one (a line end, a space, a digit) is a character of its own, so
