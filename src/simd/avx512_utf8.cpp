@@ -135,8 +135,8 @@ __m512i set(int value) noexcept {
 // The characters of a block of UTF-8 that begins with one: where they start, the bytes of their units in those places,
 // and where something stands that is no character up to U+FFFF or that is not all here.
 struct Decoded8 {
-    std::uint64_t starts, faults;
     __m512i low, high;
+    std::uint64_t starts, faults;
     std::size_t beyond; // bytes of the last character that lie behind the block
 };
 
@@ -157,7 +157,7 @@ struct Decoded8 {
         const __m512i low =
             _mm512_mask_mov_epi8(b0, long_forms, _mm512_or_si512(two_bits, _mm512_and_si512(b1, set(0x3F))));
         const __m512i high = _mm512_maskz_mov_epi8(long_forms, _mm512_and_si512(_mm512_srli_epi16(b0, 2), set(0x07)));
-        return {~continuation & here, faults & here, low, high, static_cast<std::size_t>(long_forms >> 63)};
+        return {low, high, ~continuation & here, faults & here, static_cast<std::size_t>(long_forms >> 63)};
     }
     const __m512i b2 =
         left > kBlock + 1 ? load(from + 2) : _mm512_maskz_loadu_epi8(left > 2 ? low_bits(left - 2) : 0, from + 2);
@@ -177,7 +177,7 @@ struct Decoded8 {
     const __m512i high_of_two = _mm512_maskz_mov_epi8(long_forms, _mm512_and_si512(middle, set(0x07)));
     const __m512i top = _mm512_and_si512(_mm512_slli_epi16(b0, 4), set(0xF0));
     const __m512i high = _mm512_mask_blend_epi8(from_three, high_of_two, _mm512_or_si512(top, middle));
-    return {~continuation & here, faults & here, low, high,
+    return {low, high, ~continuation & here, faults & here,
             static_cast<std::size_t>((long_forms >> 63) + (from_three >> 63) + ((from_three >> 62) & 1))};
 }
 

@@ -411,7 +411,7 @@ std::uint32_t convert(Converter &converter, std::span<const std::uint8_t> source
 
 namespace {
 
-static_assert(sizeof(Converter) <= sizeof(KxTextConverter) && alignof(Converter) <= alignof(KxTextConverter));
+static_assert(sizeof(Converter) <= sizeof(KxTextConverter) && alignof(KxTextConverter) % alignof(Converter) == 0);
 static_assert(std::is_trivially_copyable_v<Converter>);
 
 Converter &converter_in(KxTextConverter *place) noexcept {
