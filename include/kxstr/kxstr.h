@@ -10,6 +10,7 @@
 #include <kxstr/platform.h>
 #include <kxstr/prim.h>
 #include <kxstr/strops.h>
+#include <kxstr/text.h>
 #include <kxstr/types.h>
 #include <kxstr/unicode.h>
 

@@ -39,6 +39,9 @@ Translate16 translate16;
 Utf8OfUnits utf8_of_units;
 UnitsOfUtf8 units_of_utf8;
 Utf8OfUnits bytes_of_codes;
+Utf8OfBytes utf8_of_bytes;
+BytesOfUtf8 bytes_of_utf8;
+BytesOfMapped bytes_of_mapped;
 } // namespace plain
 
 namespace avx2 {
@@ -69,6 +72,9 @@ MismatchByCase16 mismatch_by_case16;
 Utf8OfUnits utf8_of_units;
 UnitsOfUtf8 units_of_utf8;
 Utf8OfUnits bytes_of_codes;
+Utf8OfBytes utf8_of_bytes;
+BytesOfUtf8 bytes_of_utf8;
+BytesOfMapped bytes_of_mapped;
 } // namespace avx2
 
 namespace avx512 {
@@ -102,6 +108,9 @@ Translate16 translate16;
 Utf8OfUnits utf8_of_units;
 UnitsOfUtf8 units_of_utf8;
 Utf8OfUnits bytes_of_codes;
+Utf8OfBytes utf8_of_bytes;
+BytesOfUtf8 bytes_of_utf8;
+BytesOfMapped bytes_of_mapped;
 } // namespace avx512
 
 } // namespace kxstr::simd

@@ -159,6 +159,31 @@ using Translate16 = std::size_t(const std::uint16_t *from, std::size_t count, st
                                 const MapPage *const *pages) noexcept;
 using Utf8OfUnits = Progress(const std::uint16_t *units, std::size_t count, std::uint8_t *bytes) noexcept;
 using UnitsOfUtf8 = Progress(const std::uint8_t *bytes, std::size_t count, std::uint16_t *units) noexcept;
+// The bytes 0x80..0xFF of a page in UTF-8, up to three bytes for each, in two layouts: together with their number,
+// which is 0 for a byte without a character; and the first, second and third ones apart, 0 where there is none. The
+// bytes below are themselves.
+struct Utf8OfHighBytes {
+    std::uint8_t entries[0x80][4];
+    std::uint8_t apart[3][0x80];
+};
+using Utf8OfBytes = Progress(const Utf8OfHighBytes &page, const std::uint8_t *from, std::size_t count,
+                             std::uint8_t *to) noexcept;
+// The byte that a page has for a unit, 0 for none, in tables of 256 for the high bytes that occur. Units below 0x80 are
+// themselves.
+struct ByteOfUnits {
+    static constexpr std::size_t kTables = 12;
+    std::uint8_t table_of[0x100]; // of a unit's high byte; 0, the table of the units below 0x100, for another: none
+    std::uint8_t bytes[kTables][0x100];
+
+    std::uint8_t operator[](std::uint16_t unit) const noexcept {
+        const std::uint8_t table = table_of[unit >> 8];
+        return table == 0 && unit > 0xFF ? std::uint8_t{0} : bytes[table][unit & 0xFF];
+    }
+};
+using BytesOfUtf8 = Progress(const ByteOfUnits &page, const std::uint8_t *from, std::size_t count,
+                             std::uint8_t *to) noexcept;
+using BytesOfMapped = Progress(const std::uint16_t *map, const std::uint16_t *units, std::size_t count,
+                               std::uint8_t *bytes) noexcept;
 
 struct Kernels {
     const char *name; // plain, avx2, avx512
@@ -235,6 +260,12 @@ struct Kernels {
     UnitsOfUtf8 *units_of_utf8;
     // Codes of one or two bytes, the lead byte high, to bytes, not 0xFFFF; room for 2 * count bytes.
     Utf8OfUnits *bytes_of_codes;
+    // A page of single bytes to UTF-8, up to a byte without a character; room for 3 * count bytes.
+    Utf8OfBytes *utf8_of_bytes;
+    // UTF-8 to such a page; room for `count` bytes. Characters beyond U+FFFF and incomplete ones stay unread.
+    BytesOfUtf8 *bytes_of_utf8;
+    // bytes_of_codes of the values that a map (two more may be read) has for units; those below 0x80 are themselves.
+    BytesOfMapped *bytes_of_mapped;
 };
 
 namespace plain {

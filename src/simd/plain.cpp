@@ -33,6 +33,9 @@ constinit const Kernels kKernels{
     .utf8_of_units = utf8_of_units,
     .units_of_utf8 = units_of_utf8,
     .bytes_of_codes = bytes_of_codes,
+    .utf8_of_bytes = utf8_of_bytes,
+    .bytes_of_utf8 = bytes_of_utf8,
+    .bytes_of_mapped = bytes_of_mapped,
 };
 
 } // namespace kxstr::simd::plain

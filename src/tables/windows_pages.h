@@ -1,6 +1,7 @@
 // The code pages that the portable platform layer converts, by the numbers that Windows gives them.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -32,10 +33,37 @@ struct WindowsPage {
 inline constexpr std::size_t kWindowsPageCount = 36;
 extern const std::array<WindowsPage, kWindowsPageCount> kWindowsPages; // ascending by number
 
+// The page of a number, or null.
+inline const WindowsPage *find_windows_page(std::uint32_t number) noexcept {
+    const auto *const found = std::ranges::lower_bound(kWindowsPages, number, {}, &WindowsPage::number);
+    return found != kWindowsPages.end() && found->number == number ? found : nullptr;
+}
+
+// Bytes for which the published mapping of a page has another unit than Windows.
+struct PublishedUnit {
+    std::uint16_t page;
+    std::uint8_t byte;
+    std::uint16_t unit;
+};
+inline constexpr std::size_t kPublishedUnitCount = 8;
+extern const std::array<PublishedUnit, kPublishedUnitCount> kPublishedUnits;
+
 // Rows of kTrailBytes units, one for each trail byte from kFirstTrailByte up.
 extern const std::uint16_t kWindowsRows[];
 
+// The units of a lead byte's pairs, from kFirstTrailByte up; null for other bytes.
+inline const std::uint16_t *find_row(const WindowsPage &page, std::uint8_t byte) noexcept {
+    if (page.rows() == nullptr || byte < kFirstHighByte) return nullptr;
+    const std::size_t row = page.rows()[byte - kFirstHighByte];
+    return row == 0 ? nullptr : kWindowsRows + (row - 1) * kTrailBytes;
+}
+
 // Blocks of 256 codes, one for each low byte of a unit; lead byte high; 0: the unit has none.
 extern const std::uint16_t kWindowsBlocks[];
+
+// The code of a unit from kFirstHighByte up, or 0.
+inline std::uint16_t find_code(const WindowsPage &page, std::uint16_t unit) noexcept {
+    return kWindowsBlocks[page.blocks()[unit >> 8] * std::size_t{0x100} + (unit & 0xFF)];
+}
 
 } // namespace kxstr::tables

@@ -33,13 +33,19 @@ class Converts(KxTest):
             ("line ends and tabs are codes of KX", "437", "kx", b"\t\n\f\r", units(0xF909, 0xF90A, 0xF90C, 0xF90D)),
             ("and from Unicode", "utf-8", "kx", b"\t\n\f\r", units(0xF909, 0xF90A, 0xF90C, 0xF90D)),
             ("and controls elsewhere", "kx", "utf-16le", units(0xF909, 0xF90A, 0xF90C, 0xF90D), b"\t\0\n\0\f\0\r\0"),
-            ("controls of a DOS page are glyphs", "437", "utf-8", b"\x01\x1b\x7f", "☺←⌂".encode()),
-            ("glyphs go back to them", "utf-8", "437", "☺←⌂".encode(), b"\x01\x1b\x7f"),
-            ("a byte that is only a glyph is better", "utf-8", "850", "¶§".encode(), b"\xf4\xf5"),
-            ("from a page, too", "1252", "850", b"\xb6\xa7", b"\xf4\xf5"),
-            ("a control's where there is no other", "1252", "437", b"\xa7", b"\x15"),
-            ("controls of other pages pass", "1252", "utf-8", b"\x01\x1b\x7f", b"\x01\x1b\x7f"),
-            ("controls pass to DOS", "utf-8", "437", b"\x01\x1b\x7f", b"\x01\x1b\x7f"),
+            ("controls are controls, in a DOS page, too", "437", "utf-8", b"\x01\x1b\x7f", b"\x01\x1b\x7f"),
+            ("and back", "utf-8", "437", b"\x01\x1b\x7f", b"\x01\x1b\x7f"),
+            ("they are glyphs in KX text", "437", "kx", b"\x01\x15\x7f", units(0x507, 0x406, 0x50C)),
+            ("glyphs go back to them", "kx", "437", units(0x507, 0x406, 0x50C), b"\x01\x15\x7f"),
+            ("and to Unicode", "kx", "utf-8", units(0x507, 0x406, 0x50C), "☺§⌂".encode()),
+            ("a byte that is only a glyph is better", "kx", "850", units(0x405, 0x406), b"\xf4\xf5"),
+            ("and with a page of other letters", "1252", "850", b"\xb6\xa7", b"\xf4\xf5"),
+            ("Vietnamese letters that 1258 lacks", "utf-8", "1258", "ệẾỳÃã".encode(), b"\xea\xf2\xca\xecy\xccA\xdea\xde"),
+            ("come out as letter and mark", "1258", "utf-8", b"\xea\xf2", "ê\u0323".encode()),
+            ("beyond U+FFFF", "utf-8", "utf-16be", "a🚢\uffff\ufeff".encode(), "a🚢\uffff\ufeff".encode("utf-16be")),
+            ("beyond U+FFFF", "utf-16le", "utf-8", "a🚢\uffff".encode("utf-16le"), "a🚢\uffff".encode()),
+            ("all of GBK", "936", "utf-8", b"\x81\x40\xfe\x4f", b"\x81\x40\xfe\x4f".decode("gbk").encode()),
+            ("all of UHC", "utf-8", "949", "갂".encode(), "갂".encode("cp949")),
             ("an undefined byte keeps its place", "1252", "kx", b"\x81", units(0xC81)),
             ("and comes back", "kx", "1252", units(0xC81), b"\x81"),
             ("the no-break space moves with its page", "1252", "437", b"\xa0", b"\xff"),
@@ -136,7 +142,7 @@ class Converts(KxTest):
             ("a unit that no code gives", "kx", "932", units(0x2BFC), "0: FC 2B", b"", b"", b"?"),
             ("lead byte at the end", "932", "utf-8", b"a\x82", "1: 82", b"a", b"a", b"a?"),
             ("a line end is no trail byte", "932", "utf-8", b"\x82\nb", "0: 82", b"", b"\nb", b"?\nb"),
-            ("a trail byte goes with its lead byte", "949", "utf-8", b"\xa1Ab", "0: A1 41", b"", b"b", b"?b"),
+            ("a trail byte goes with its lead byte", "949", "utf-8", b"\xa1\x40b", "0: A1 40", b"", b"b", b"?b"),
             ("Windows has only a mark for it", "932", "utf-8", b"a\x81\xadb", "1: 81 AD", b"a", b"ab", b"a?b"),
             ("undefined byte without a Unicode value", "8660", "utf-8", b"a\xffb", "1: FF", b"a", b"ab", b"a?b"),
         ):
@@ -180,7 +186,7 @@ class Converts(KxTest):
     def test_substitutes(self):
         for target, substitute, wanted in (("932", "〓", "〓".encode("cp932")), ("utf-16be", "é", b"\0\xe9"),
                                            ("kx", "é", units(0x129))):
-            self.assertEqual(self.convert("utf-8", target, "🚢".encode(), "--subst", substitute), wanted)
+            self.assertEqual(self.convert("utf-8", target, b"\xff", "--subst", substitute), wanted)
         for substitute in ("○", "??", "", "\udcff", "𝕏", "\ufeff?"):
             self.assert_fails("convert", "-f", "utf-8", "-t", "437", "--subst", substitute, status=2, data=b"a",
                               message="is not one character that 437 has")

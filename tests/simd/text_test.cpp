@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -18,17 +19,17 @@ struct Random {
 
 // All forms of a kernel against the plain one, which is tried by hand below: what is read and written, and no byte
 // more. Texts of several kinds of characters, some of them with one at a random place that stops the kernel.
-template <class From, class To, class Kernel, class Fill>
-void compare_forms(Kernel *simd::Kernels::*kernel, std::size_t room, Fill fill) {
+template <class From, class To, class Kernel, class Fill, class... Tables>
+void compare_forms(Kernel *simd::Kernels::*kernel, std::size_t room, Fill fill, const Tables &...tables) {
     test::Fenced source, target;
     Random random;
     source.for_every_place<From>([&](From *from, std::size_t count) {
         fill(random, from, count);
         std::vector<To> want(room * count);
-        const simd::Progress plain = (simd::available().front()->*kernel)(from, count, want.data());
+        const simd::Progress plain = (simd::available().front()->*kernel)(tables..., from, count, want.data());
         for (const simd::Kernels *family : simd::available().subspan(1)) {
             To *const to = reinterpret_cast<To *>(target.end()) - room * count;
-            const simd::Progress got = (family->*kernel)(from, count, to);
+            const simd::Progress got = (family->*kernel)(tables..., from, count, to);
             ASSERT_EQ(got.read, plain.read) << family->name << ' ' << count;
             ASSERT_EQ(got.written, plain.written) << family->name << ' ' << count;
             ASSERT_TRUE(std::equal(to, to + got.written, want.begin())) << family->name << ' ' << count;
@@ -108,6 +109,51 @@ TEST(TextKernels, FormsAgree) {
     compare_forms<std::uint16_t, std::uint8_t>(&simd::Kernels::utf8_of_units, 3, fill_units);
     compare_forms<std::uint8_t, std::uint16_t>(&simd::Kernels::units_of_utf8, 1, fill_utf8);
     compare_forms<std::uint16_t, std::uint8_t>(&simd::Kernels::bytes_of_codes, 2, fill_codes);
+}
+
+// Pages with characters of one to three bytes and some without any; most texts keep to a few of them.
+TEST(TextKernels, FormsByTablesAgree) {
+    Random random;
+    const auto map = std::make_unique<std::array<std::uint16_t, 0x10002>>();
+    for (std::size_t unit = 0; unit < map->size(); ++unit)
+        (*map)[unit] = static_cast<std::uint16_t>(unit < 0x80 ? unit : random(400) == 0 ? 0xFFFF : random(0xFFFF));
+    compare_forms<std::uint16_t, std::uint8_t>(&simd::Kernels::bytes_of_mapped, 2, fill_units, map->data());
+    for (const unsigned limit : {0x800u, 0x2600u}) {
+        simd::Utf8OfHighBytes utf8{};
+        simd::ByteOfUnits bytes{};
+        for (unsigned i = 0; i < 0x80; ++i) {
+            const auto unit = static_cast<std::uint16_t>(random(40) == 0 ? '-' : 0x80 + random(limit - 0x80));
+            std::uint8_t *const entry = utf8.entries[i];
+            if (i % 32 == 7) continue;
+            entry[3] = static_cast<std::uint8_t>(simd::available().front()->utf8_of_units(&unit, 1, entry).written);
+            for (std::size_t k = 0; k < entry[3]; ++k)
+                utf8.apart[k][i] = entry[k];
+        }
+        for (std::size_t table = 0; table < simd::ByteOfUnits::kTables; ++table) {
+            bytes.table_of[table * 2] = static_cast<std::uint8_t>(table);
+            for (unsigned index = table == 0 ? 0x80 : 0; index < 0x100; ++index)
+                bytes.bytes[table][index] = static_cast<std::uint8_t>(random(60) == 0 ? 0 : 0x80 + random(0x80));
+        }
+        const auto fill_bytes = [](Random &any, std::uint8_t *to, std::size_t count) {
+            const unsigned kind = any(3), none = any(4);
+            for (std::size_t i = 0; i < count; ++i) {
+                to[i] = static_cast<std::uint8_t>(any(kind == 0 ? 0x80 : 0x100));
+                if (none != 0 && to[i] % 32 == 7) --to[i];
+            }
+        };
+        const auto fill_text = [&](Random &any, std::uint8_t *to, std::size_t count) {
+            std::vector<std::uint16_t> units(count);
+            const unsigned step = any(2) == 0 ? 0x200 : 1;
+            for (std::uint16_t &unit : units)
+                unit = static_cast<std::uint16_t>(step == 1 ? any(limit) : step * any(4) + any(0x80));
+            std::vector<std::uint8_t> text(3 * count);
+            simd::available().front()->utf8_of_units(units.data(), count, text.data());
+            std::copy_n(text.begin(), count, to);
+            if (count != 0 && any(2) == 0) to[any(static_cast<unsigned>(count))] = static_cast<std::uint8_t>(any(256));
+        };
+        compare_forms<std::uint8_t, std::uint8_t>(&simd::Kernels::utf8_of_bytes, 3, fill_bytes, utf8);
+        compare_forms<std::uint8_t, std::uint8_t>(&simd::Kernels::bytes_of_utf8, 1, fill_text, bytes);
+    }
 }
 
 // Every sequence of up to three bytes from the edges of each range is taken by exactly the rule of the Unicode

@@ -17,6 +17,7 @@ class Page:
         self.leads = set()
         self.one_way = set()
         self.default = ord("?")
+        self.published = {}  # what the published mapping has for a byte where Windows has another unit
 
     def add(self, code, unit):
         if code in self.units:
@@ -37,6 +38,7 @@ def read_single_byte_page(data, fields):
     number, base, private, *exceptions = fields
     page = Page(int(number))
     units = read_bytes(data / "mappings" / f"{base}.txt") or read_bytes(data / "windows" / f"{base}.txt")
+    published = dict(units)
     for exception in exceptions:
         byte, _, unit = exception.partition("=")
         if unit:
@@ -51,6 +53,7 @@ def read_single_byte_page(data, fields):
         else:
             page.add(byte, int(private, 16))
             private = f"{int(private, 16) + 1:04X}"
+    page.published = {byte: unit for byte, unit in sorted(published.items()) if page.units[byte] != unit}
     return page
 
 
@@ -128,6 +131,9 @@ def pages_text(pages):
         index += f"    {{{page.number}, {_emit.hex16(page.default)}, {', '.join(map(str, places))}}},\n"
     text += f"const std::uint16_t kWindowsPageData[] = {{\n{data}}};\n\n"
     text += f"constinit const std::array<WindowsPage, kWindowsPageCount> kWindowsPages{{{{\n{index}}}}};\n\n"
+    published = "".join(f"    {{{page.number}, 0x{byte:X}, {_emit.hex16(unit)}}},\n"
+                        for page in pages for byte, unit in page.published.items())
+    text += f"constinit const std::array<PublishedUnit, kPublishedUnitCount> kPublishedUnits{{{{\n{published}}}}};\n\n"
     for name, kept in (("kWindowsRows", rows), ("kWindowsBlocks", blocks)):
         values = [value for block in kept.numbers for value in block]
         text += array("const std::uint16_t", name, values)

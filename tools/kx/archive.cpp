@@ -211,7 +211,7 @@ class Run {
   private:
     // What a job has to say and to write until those before it have ended.
     struct Waiting {
-        std::vector<std::uint8_t> bytes;
+        ByteBuffer bytes;
         JobResult result;
     };
 

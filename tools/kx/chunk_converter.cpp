@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "line_ends.h"
+
 namespace kx {
 namespace {
 
@@ -30,14 +32,44 @@ std::optional<char32_t> value_of_utf16(std::span<const std::uint8_t> bytes, bool
 ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const TextPages &pages,
                                const Transform *transform, std::unique_ptr<Decoder> decoder)
     : from_(from),
+      to_(to),
       text_page_(pages.text),
       transform_(transform),
+      direct_(transform == nullptr && !decoder && !is_kx_encoding(to)
+                  ? Converter::make(from, to, pages.text, pages.written)
+                  : nullptr),
       decoder_(decoder ? std::move(decoder) : make_decoder(from, pages.text, is_kx_encoding(to))),
-      encoder_(make_encoder(to, pages.text, pages.written)),
-      unicode_([page = pages.text](KxChar ch) { return unicode_of_kx(page, ch); }) {}
+      encoder_(make_encoder(to, pages.text, pages.written)) {
+    // What is KX text already has nothing to be united any more.
+    if (transform == nullptr && is_kx_encoding(to) && !is_kx_encoding(from))
+        back_ = make_encoder(from, pages.text, pages.text);
+}
 
-ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, std::vector<std::uint8_t> &bytes,
-                                               const OnChange &on_change) {
+ChunkConverter::Result ChunkConverter::convert_directly(const Chunk &chunk, ByteBuffer &bytes,
+                                                        const OnChange &on_change) {
+    Result result{0, 0, false};
+    while (result.consumed < chunk.bytes.size()) {
+        const Chunk rest{chunk.bytes.subspan(result.consumed), chunk.offset + result.consumed, chunk.last};
+        const std::size_t size = bytes.size();
+        const Decoder::Result done = direct_->convert(rest, bytes);
+        // The bytes of a single-byte page are counted, else whichever side is Unicode.
+        const bool by_input = from_.kind != EncodingKind::code_page || !is_double_byte(from_.page);
+        result.characters += by_input ? count_characters(from_, rest.bytes.first(done.consumed))
+                                      : count_characters(to_, std::span(bytes).subspan(size));
+        result.consumed += done.consumed;
+        if (done.bad_length == 0) break;
+        if (!on_change({Change::lost, result.consumed, done.bad_length})) {
+            result.stopped = true;
+            break;
+        }
+        result.consumed += done.bad_length;
+        ++result.characters;
+    }
+    return result;
+}
+
+ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, ByteBuffer &bytes, const OnChange &on_change) {
+    if (direct_) return convert_directly(chunk, bytes, on_change);
     Result result{0, 0, false};
     // Decoding without places goes by blocks, which is for nothing where a fault is in every one of them.
     constexpr std::size_t near = 256;
@@ -90,8 +122,8 @@ ChunkConverter::Piece ChunkConverter::decode(const Chunk &chunk, bool placed) {
     return {result, characters};
 }
 
-bool ChunkConverter::encode(const Chunk &chunk, std::size_t consumed, std::size_t offset,
-                            std::vector<std::uint8_t> &bytes, const OnChange &on_change, std::size_t &stopped_at) {
+bool ChunkConverter::encode(const Chunk &chunk, std::size_t consumed, std::size_t offset, ByteBuffer &bytes,
+                            const OnChange &on_change, std::size_t &stopped_at) {
     const std::span<const KxChar> units = units_.chars;
     auto united = united_.begin();
     for (std::size_t done = 0;;) {
@@ -115,11 +147,6 @@ std::size_t ChunkConverter::end_of(std::size_t unit, std::size_t consumed) const
     const auto begin = units_.places.begin() + static_cast<std::ptrdiff_t>(unit);
     const auto next = std::find_if(begin, units_.places.end(), [&](std::size_t other) { return other != *begin; });
     return next != units_.places.end() ? *next : consumed;
-}
-
-void ChunkConverter::find_united() {
-    // What is KX text already has nothing to be united any more.
-    if (transform_ == nullptr && !is_kx_encoding(from_)) back_ = make_encoder(from_, text_page_, text_page_);
 }
 
 bool ChunkConverter::comes_back(std::span<const std::uint8_t> bytes) {

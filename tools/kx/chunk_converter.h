@@ -36,9 +36,6 @@ class ChunkConverter {
     ChunkConverter(const Encoding &from, const Encoding &to, const TextPages &pages, const Transform *transform,
                    std::unique_ptr<Decoder> decoder = nullptr);
 
-    // Lets `convert` look for united characters, too, which takes time.
-    void find_united();
-
     struct Result {
         std::size_t consumed;     // bytes of whole characters
         std::uint64_t characters; // that these are
@@ -48,12 +45,13 @@ class ChunkConverter {
     // follows. Each change goes to `on_change`, in the order of the text; it may append what is written for a lost
     // character, and with false the work stops before this one.
     using OnChange = std::function<bool(const Change &change)>;
-    Result convert(const Chunk &chunk, std::vector<std::uint8_t> &bytes, const OnChange &on_change);
+    Result convert(const Chunk &chunk, ByteBuffer &bytes, const OnChange &on_change);
 
     // The Unicode value of the character of the input that these bytes are, if they are one.
     std::optional<char32_t> code_point(std::span<const std::uint8_t> bytes);
 
   private:
+    Result convert_directly(const Chunk &chunk, ByteBuffer &bytes, const OnChange &on_change);
     struct Piece {
         Decoder::Result decoded;
         std::uint64_t characters;
@@ -62,20 +60,20 @@ class ChunkConverter {
     std::size_t end_of(std::size_t unit, std::size_t consumed) const;
     bool comes_back(std::span<const std::uint8_t> bytes);
     void list_united(const Chunk &chunk, std::size_t consumed);
-    bool encode(const Chunk &chunk, std::size_t consumed, std::size_t offset, std::vector<std::uint8_t> &bytes,
+    bool encode(const Chunk &chunk, std::size_t consumed, std::size_t offset, ByteBuffer &bytes,
                 const OnChange &on_change, std::size_t &stopped_at);
 
-    Encoding from_;
+    Encoding from_, to_;
     CodePage text_page_;
-    const Transform *transform_; // or null
+    const Transform *transform_;        // or null
+    std::unique_ptr<Converter> direct_; // without KX text between; null: by the next two
     std::unique_ptr<Decoder> decoder_;
     std::unique_ptr<Encoder> encoder_;
-    std::unique_ptr<Encoder> back_; // to the form of the input; null: nobody wants to know
+    std::unique_ptr<Encoder> back_; // to the form of the input, where characters may be united; else null
     DecodedText units_;
     std::vector<std::size_t> united_; // which of them are
-    std::vector<std::uint8_t> came_back_;
+    ByteBuffer came_back_;
     DecodedText one_;
-    CharMap unicode_; // values
 };
 
 } // namespace kx

@@ -4,19 +4,27 @@
 #include <kxstr/codepage.h>
 
 #include "command.h"
+#include "line_ends.h"
 
 namespace kx {
 namespace {
 
 // The bytes of one UTF-8 character in the output's form; nothing when it is not exactly one, or does not convert.
-std::optional<std::vector<std::uint8_t>> encode_substitute(const TextRequest &request, const CodePage &page) {
+std::optional<ByteBuffer> encode_substitute(const TextRequest &request, const CodePage &page) {
     const auto *bytes = reinterpret_cast<const std::uint8_t *>(request.substitute->data());
     // Not at the start of a file, where a byte order mark would be skipped.
     const Chunk chunk{{bytes, request.substitute->size()}, 1, true};
+    if (auto direct = Converter::make({EncodingKind::utf8, {}}, *request.to, page, page);
+        direct && !is_kx_encoding(*request.to)) {
+        ByteBuffer encoded;
+        const auto result = direct->convert(chunk, encoded);
+        const bool is_one = count_characters({EncodingKind::utf8, {}}, chunk.bytes) == 1;
+        return is_one && result.bad_length == 0 ? std::optional(encoded) : std::nullopt;
+    }
     DecodedText units;
     const auto result = make_decoder({EncodingKind::utf8, {}}, page)->decode(chunk, units);
     if (result.bad_length != 0 || units.chars.size() != 1) return std::nullopt;
-    std::vector<std::uint8_t> encoded;
+    ByteBuffer encoded;
     if (make_encoder(*request.to, page, page)->encode(units.chars, encoded) != 1) return std::nullopt;
     return encoded;
 }
@@ -131,10 +139,8 @@ int run_text(const Usage &usage, const TextRequest &request, const TextPages &pa
     const Plan plan = plan_jobs(files, tell_as(usage.command));
     WtpiGetCountryID(); // the library asks the system once, and not in several threads
     const auto make_converter = [&] {
-        auto converter = std::make_unique<ChunkConverter>(choices.from, choices.to, pages, transform,
-                                                          make_decoder ? make_decoder() : nullptr);
-        if (choices.strict) converter->find_united();
-        return converter;
+        return std::make_unique<ChunkConverter>(choices.from, choices.to, pages, transform,
+                                                make_decoder ? make_decoder() : nullptr);
     };
     const RunChoices run{usage.command, request.threads, request.verbose, request.quiet};
     const bool done = run_plan(plan, choices, run, files.output, make_converter);

@@ -16,14 +16,14 @@ constexpr auto kOptions = with_text_options({
 
 constexpr Usage kUsageText{
     "kx convert", "-f FROM -t TO [-o OUT | -i | -O DIR] [OPTION]... [FILE...]",
-    "Converts text from one form to another, by way of KX text. Reads standard input when no\n"
-    "FILE is given, or when FILE is -.",
+    "Converts text from one form to another. Reads standard input when no FILE is given, or when\n"
+    "FILE is -.",
     kOptions,
     "A character that does not convert ends the work on its file: its line and column, and its place\n"
     "in bytes from 0, are told. What came before it is written to standard output; a file stays what\n"
     "it was. The other files are done, and the exit status is 1.\n"
     "Tab, line feed, form feed and carriage return are the same in all forms. The other control\n"
-    "characters are kept, too, but in a DOS code page their bytes stand for glyphs.\n"
+    "characters are kept, too; in KX text those of a DOS code page are glyphs.\n"
     "A byte order mark at the start of a file is skipped; none is written.\n"
     "KX text does not say which code page its East Asian characters and the bytes without a KX\n"
     "character belong to. It is PAGE; else the code page on the other side; else the ANSI code\n"

@@ -99,7 +99,7 @@ class Listing {
         meaning += columns;
         const bool control = unicode < 0x20 || (0x7F <= unicode && unicode < 0xA0);
         if (control) return meaning;
-        std::vector<std::uint8_t> bytes;
+        ByteBuffer bytes;
         utf8_->encode({&ch, 1}, bytes);
         const std::string name = name_of_character(ch, unicode);
         return meaning + "  " + std::string(bytes.begin(), bytes.end()) + (name.empty() ? "" : "  " + name);

@@ -195,32 +195,62 @@ std::string list_of_encodings() {
     return text;
 }
 
+namespace {
+
+// Nothing for the forms that texts in pieces do not have.
+std::optional<KxTextForm> text_form(const Encoding &form, const CodePage &page) {
+    switch (form.kind) {
+    case EncodingKind::code_page: return KxTextForm{KX_TEXT_CODE_PAGE, form.page.kx_number, nullptr};
+    case EncodingKind::utf8: return KxTextForm{KX_TEXT_UTF8, 0, nullptr};
+    case EncodingKind::utf16le: return KxTextForm{KX_TEXT_UTF16LE, 0, nullptr};
+    case EncodingKind::utf16be: return KxTextForm{KX_TEXT_UTF16BE, 0, nullptr};
+    case EncodingKind::kx: return KxTextForm{KX_TEXT_KXLE, page.kx_number, nullptr};
+    default: return std::nullopt;
+    }
+}
+
+} // namespace
+
 std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes) {
     switch (form.kind) {
-    case EncodingKind::code_page: return make_page_decoder(form.page);
-    case EncodingKind::utf8: return make_utf8_decoder(text_page);
-    case EncodingKind::utf16le: return make_utf16_decoder(ByteOrder::little, text_page);
-    case EncodingKind::utf16be: return make_utf16_decoder(ByteOrder::big, text_page);
-    case EncodingKind::kx: return make_kx_decoder();
     case EncodingKind::stream: return make_stream_decoder(with_codes);
     case EncodingKind::stream5: return make_stream5_decoder(text_page, with_codes);
     case EncodingKind::sio: return nullptr;
+    default: break;
     }
-    return nullptr;
+    return make_text_decoder(*text_form(form, text_page), form.kind == EncodingKind::code_page ? form.page : text_page);
 }
 
 std::unique_ptr<Encoder> make_encoder(const Encoding &form, const CodePage &text_page, const CodePage &written_page) {
     switch (form.kind) {
-    case EncodingKind::code_page: return make_page_encoder(form.page, text_page);
-    case EncodingKind::utf8: return make_utf8_encoder(text_page);
-    case EncodingKind::utf16le: return make_utf16_encoder(ByteOrder::little, text_page);
-    case EncodingKind::utf16be: return make_utf16_encoder(ByteOrder::big, text_page);
-    case EncodingKind::kx: return make_kx_encoder(text_page, written_page);
     case EncodingKind::stream: return make_stream_encoder(text_page, written_page);
     case EncodingKind::stream5: return make_stream5_encoder(text_page, written_page);
     case EncodingKind::sio: return make_sio_encoder(text_page, written_page);
+    default: break;
     }
-    return nullptr;
+    return make_text_encoder(text_page, *text_form(form, written_page));
+}
+
+std::unique_ptr<Converter> Converter::make(const Encoding &from, const Encoding &to, const CodePage &text_page,
+                                           const CodePage &written_page) {
+    const auto source = text_form(from, text_page), target = text_form(to, written_page);
+    if (!source || !target) return nullptr;
+    std::unique_ptr<Converter> converter(new Converter(source->form));
+    return KxTextPrepare(&converter->converter_, &*source, &*target, 0) != 0 ? std::move(converter) : nullptr;
+}
+
+Decoder::Result Converter::convert(const Chunk &chunk, ByteBuffer &bytes) {
+    constexpr std::size_t most = 3; // bytes of a byte
+    // Half of a mark waits for the rest as any character does.
+    const std::size_t mark = chunk.offset == 0 ? KxTextMark(from_, chunk.bytes.data(), chunk.bytes.size()) : 0;
+    const auto source = chunk.bytes.subspan(mark);
+    const std::size_t size = bytes.size();
+    bytes.resize(size + most * source.size());
+    KxTextResult done;
+    const std::uint32_t status = KxTextConvert(&converter_, source.data(), source.size(), chunk.last ? 1 : 0,
+                                               bytes.data() + size, most * source.size(), &done);
+    bytes.resize(size + done.written);
+    return {mark + done.read, status != KX_TEXT_INCOMPLETE ? done.fault : 0};
 }
 
 } // namespace kx

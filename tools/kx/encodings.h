@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <kxstr/text.h>
 #include <memory>
 #include <optional>
 #include <span>
@@ -36,7 +37,7 @@ std::string list_of_encodings();
 
 // KX units, and for each, when they are wanted, the place of its first byte in the chunk that it came from.
 struct DecodedText {
-    std::vector<KxChar> chars;
+    std::vector<KxChar, Uncleared<KxChar>> chars;
     std::vector<std::uint32_t> places;
     bool placed = true;
 
@@ -86,12 +87,32 @@ class Encoder {
     Encoder &operator=(const Encoder &) = delete;
 
     // Appends the bytes of the units, up to the first one that does not convert. Returns the number of units done.
-    virtual std::size_t encode(std::span<const KxChar> units, std::vector<std::uint8_t> &bytes) = 0;
+    virtual std::size_t encode(std::span<const KxChar> units, ByteBuffer &bytes) = 0;
 };
 
 // Both take the page of the KX text between them (see text.h). A decoder of streams gives codes that are no characters
 // only `with_codes`. An encoder for a KX form writes it as a text of `written_page`. Sio text is only written.
 std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes = false);
 std::unique_ptr<Encoder> make_encoder(const Encoding &form, const CodePage &text_page, const CodePage &written_page);
+
+// Bytes from one form to another by the library's own conversion of texts (kxstr/text.h), which keeps to the published
+// mappings where no KX form takes part. It has no streams and no sio text.
+class Converter {
+  public:
+    // The pages as of make_decoder and make_encoder.
+    static std::unique_ptr<Converter> make(const Encoding &from, const Encoding &to, const CodePage &text_page,
+                                           const CodePage &written_page);
+
+    // Appends the bytes of the chunk's characters, up to the first one that does not convert. A byte order mark that
+    // begins the file is skipped. A character that is not complete at the end of the chunk is left, or bad when the
+    // chunk is the last.
+    Decoder::Result convert(const Chunk &chunk, ByteBuffer &bytes);
+
+  private:
+    explicit Converter(std::uint32_t from) : from_(from) {}
+
+    std::uint32_t from_;
+    KxTextConverter converter_;
+};
 
 } // namespace kx

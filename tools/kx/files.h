@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "bytes.h"
+
 namespace kx {
 
 // Takes what is to be said about a file, and the `errno` value that is the reason for it, or 0.
@@ -47,7 +49,7 @@ class Input {
     int descriptor_ = -1;
     bool good_ = false;
     bool ended_ = false;
-    std::vector<std::uint8_t> buffer_;
+    ByteBuffer buffer_;
     std::size_t begin_ = 0; // the bytes that wait are begin_..end_ of the buffer
     std::size_t end_ = 0;
     std::uint64_t offset_ = 0; // of begin_ in the file

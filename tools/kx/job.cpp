@@ -17,7 +17,7 @@ std::string name_of(char32_t character) {
     return text;
 }
 
-void append_unicode(char32_t character, EncodingKind form, std::vector<std::uint8_t> &bytes) {
+void append_unicode(char32_t character, EncodingKind form, ByteBuffer &bytes) {
     const auto put = [&](char32_t byte) { bytes.push_back(static_cast<std::uint8_t>(byte)); };
     if (form == EncodingKind::utf8) {
         const int more = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
@@ -172,7 +172,8 @@ class Work {
     // KX text does not say whose an East Asian character is; the option that does, where that is what is missing.
     std::string other_page_for(char32_t character) const {
         const auto has = [&](const CodePage &page) {
-            return character <= 0xFFFF && kx_of_unicode(page, static_cast<std::uint16_t>(character)) != KX_NONE;
+            return character <= 0xFFFF &&
+                   kxstr::text::kx_of_unicode(page, static_cast<std::uint16_t>(character)) != KX_NONE;
         };
         const bool is_native = choices_.from.kind == EncodingKind::code_page || is_kx_encoding(choices_.from);
         if (is_native || choices_.to.kind == EncodingKind::code_page || has(choices_.pages.text)) return "";
@@ -190,7 +191,7 @@ class Work {
     LineEndFilter line_ends_;
     std::optional<TextPlace> place_;
     bool can_be_read_again_ = false;
-    std::vector<std::uint8_t> bytes_;
+    ByteBuffer bytes_;
     std::error_code error_;
     JobResult result_;
 };
@@ -232,7 +233,7 @@ std::string Tally::list() const {
     std::string text;
     for (std::size_t at = 0; at < std::min(all.size(), most); ++at) {
         const auto [key, count] = all[at];
-        std::vector<std::uint8_t> bytes;
+        ByteBuffer bytes;
         for (unsigned i = 0; (key & kIsBytes) != 0 && i < ((key >> (8 * kMostBytes)) & 0xFF); ++i)
             bytes.push_back(static_cast<std::uint8_t>(key >> (8 * i)));
         text += (at == 0 ? "" : ", ") + (bytes.empty() ? name_of(static_cast<char32_t>(key)) : hex(bytes)) + " (" +

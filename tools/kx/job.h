@@ -17,7 +17,7 @@ struct Choices {
     TextPages pages;
     const Transform *transform = nullptr;
     enum { stop, drop, substitute } lost = stop; // what becomes of characters that do not convert
-    std::vector<std::uint8_t> substitute_bytes{};
+    ByteBuffer substitute_bytes{};
     bool passes_unknown = false; // characters that KX text lacks pass by the transform, from Unicode to Unicode
     bool strict = false;         // a character that is united with another ends the work
     LineEnds line_ends = LineEnds::keep;

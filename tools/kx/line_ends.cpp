@@ -10,7 +10,7 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 // Of a line end; no other form has lines.
-std::vector<std::uint8_t> bytes_of(KxChar ch, EncodingKind form) {
+ByteBuffer bytes_of(KxChar ch, EncodingKind form) {
     const auto control = static_cast<std::uint8_t>(kxstr::control_of_code(ch));
     switch (form) {
     case EncodingKind::utf16le: return {control, 0};
@@ -54,7 +54,7 @@ bool has_lines(const Encoding &form) {
     return !is_kx_encoding(form) || form.kind == EncodingKind::kx;
 }
 
-std::vector<std::uint8_t> byte_order_mark(const Encoding &form) {
+ByteBuffer byte_order_mark(const Encoding &form) {
     switch (form.kind) {
     case EncodingKind::utf8: return {0xEF, 0xBB, 0xBF};
     case EncodingKind::utf16le: return {0xFF, 0xFE};
@@ -68,7 +68,7 @@ LineEndFilter::LineEndFilter(LineEnds wanted, const Encoding &form)
       carriage_return_(bytes_of(KX_CARRIAGE_RETURN, form.kind)),
       line_feed_(bytes_of(KX_LINE_FEED, form.kind)) {}
 
-void LineEndFilter::pass(std::vector<std::uint8_t> &bytes, bool last) {
+void LineEndFilter::pass(ByteBuffer &bytes, bool last) {
     if (wanted_ == LineEnds::keep) return;
     const auto add = [&](Bytes unit) { passed_.insert(passed_.end(), unit.begin(), unit.end()); };
     passed_.clear();
@@ -89,8 +89,11 @@ void LineEndFilter::pass(std::vector<std::uint8_t> &bytes, bool last) {
 }
 
 TextPlace::TextPlace(const Encoding &form)
-    : kind_(form.kind), line_feed_(bytes_of(KX_LINE_FEED, form.kind)), mark_(byte_order_mark(form)) {
-    for (unsigned byte = 0x80; byte <= 0xFF && kind_ == EncodingKind::code_page; ++byte)
+    : form_(form),
+      line_feed_(bytes_of(KX_LINE_FEED, form.kind)),
+      mark_(byte_order_mark(form)),
+      is_double_byte_(form.kind == EncodingKind::code_page && is_double_byte(form.page)) {
+    for (unsigned byte = 0x80; byte <= 0xFF && is_double_byte_; ++byte)
         is_lead_[byte] = is_lead_byte(form.page, static_cast<std::uint8_t>(byte));
 }
 
@@ -122,25 +125,34 @@ void TextPlace::pass(Bytes bytes) {
 }
 
 std::size_t TextPlace::characters_in(Bytes bytes) {
+    if (!is_double_byte_) return count_characters(form_, bytes);
     std::size_t count = 0;
-    switch (kind_) {
+    for (const std::uint8_t byte : bytes) { // a lead byte may have been the last one
+        count += after_lead_ ? 0 : 1;
+        after_lead_ = !after_lead_ && is_lead_[byte];
+    }
+    return count;
+}
+
+std::size_t count_characters(const Encoding &form, Bytes bytes) {
+    std::size_t count = 0;
+    switch (form.kind) {
     case EncodingKind::utf8:
         return static_cast<std::size_t>(
             std::ranges::count_if(bytes, [](std::uint8_t byte) { return (byte & 0xC0u) != 0x80; }));
     case EncodingKind::utf16le:
     case EncodingKind::utf16be: {
-        const std::size_t high = kind_ == EncodingKind::utf16be ? 0 : 1;
+        const std::size_t high = form.kind == EncodingKind::utf16be ? 0 : 1;
         for (std::size_t at = 0; at < bytes.size(); at += 2)
             count += at + high < bytes.size() && (bytes[at + high] & 0xFCu) == 0xDC ? 0 : 1; // the second of a pair
         return count;
     }
     case EncodingKind::code_page:
-        for (const std::uint8_t byte : bytes) {
-            count += after_lead_ ? 0 : 1;
-            after_lead_ = !after_lead_ && is_lead_[byte];
-        }
+        if (!is_double_byte(form.page)) return bytes.size();
+        for (std::size_t at = 0; at < bytes.size(); ++count)
+            at += is_lead_byte(form.page, bytes[at]) ? 2 : 1;
         return count;
-    default: return bytes.size() / line_feed_.size();
+    default: return bytes.size() / bytes_of(KX_LINE_FEED, form.kind).size();
     }
 }
 

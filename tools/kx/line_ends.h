@@ -16,7 +16,7 @@ std::optional<LineEnds> find_line_ends(const std::string &name);
 bool has_lines(const Encoding &form);
 
 // U+FEFF as it begins a file of this form; empty where no file begins with one.
-std::vector<std::uint8_t> byte_order_mark(const Encoding &form);
+ByteBuffer byte_order_mark(const Encoding &form);
 
 // Makes the line ends of a text all alike while it passes, in pieces of whole characters. A carriage return alone is
 // none and stays.
@@ -24,15 +24,18 @@ class LineEndFilter {
   public:
     LineEndFilter(LineEnds wanted, const Encoding &form);
 
-    void pass(std::vector<std::uint8_t> &bytes, bool last);
+    void pass(ByteBuffer &bytes, bool last);
 
   private:
     LineEnds wanted_;
-    std::vector<std::uint8_t> carriage_return_;
-    std::vector<std::uint8_t> line_feed_;
+    ByteBuffer carriage_return_;
+    ByteBuffer line_feed_;
     bool after_return_ = false; // the unit before was one; for `lf` it still waits to be written
-    std::vector<std::uint8_t> passed_;
+    ByteBuffer passed_;
 };
+
+// The characters in whole ones of a form that has lines.
+std::size_t count_characters(const Encoding &form, std::span<const std::uint8_t> bytes);
 
 // Counts where in a text a byte is, as an editor does: lines and characters from 1.
 class TextPlace {
@@ -48,9 +51,10 @@ class TextPlace {
   private:
     std::size_t characters_in(std::span<const std::uint8_t> bytes);
 
-    EncodingKind kind_;
-    std::vector<std::uint8_t> line_feed_;
-    std::vector<std::uint8_t> mark_;
+    Encoding form_;
+    ByteBuffer line_feed_;
+    ByteBuffer mark_;
+    bool is_double_byte_;
     std::array<bool, 256> is_lead_{}; // of two bytes
     bool begins_ = true;
     bool after_lead_ = false; // the second of two bytes comes next

@@ -66,7 +66,7 @@ class LineReader {
 
     LineForm form_;
     std::unique_ptr<Decoder> decoder_;
-    std::vector<std::uint8_t> line_end_;
+    ByteBuffer line_end_;
     KxChar end_unit_;
     DecodedText units_;
     bool has_zeros_ = false;

@@ -1,8 +1,9 @@
 // Document streams of both generations, and sio text. A stream has no terminator here: a file ends by itself. One at
 // the very end is skipped.
+#include <algorithm>
 #include <array>
-#include <functional>
 #include <kxstr/forms.h>
+#include <kxstr/text.h>
 
 #include "codepage/country.h"
 #include "coders.h"
@@ -141,9 +142,7 @@ class Stream5Decoder final : public Decoder {
 
 // ---- Writing ----
 
-using Bytes = std::vector<std::uint8_t>;
-
-void put(Bytes &bytes, std::initializer_list<unsigned> values) {
+void put(ByteBuffer &bytes, std::initializer_list<unsigned> values) {
     for (const unsigned value : values)
         bytes.push_back(static_cast<std::uint8_t>(value));
 }
@@ -154,7 +153,7 @@ constexpr bool is_attribute_off(KxChar ch) {
 
 // The three write one unit each, or nothing and false when their form lacks it.
 
-bool write_stream(KxChar ch, const CodePage &, Bytes &bytes) {
+bool write_stream(KxChar ch, const CodePage &, ByteBuffer &bytes) {
     const unsigned index = index_of(ch), set = set_of(ch);
     if (ch == KX_LINE_FEED) {
         put(bytes, {forms::kHardLineEnd});
@@ -174,7 +173,7 @@ bool write_stream(KxChar ch, const CodePage &, Bytes &bytes) {
     return true;
 }
 
-bool write_stream5(KxChar ch, const CodePage &page, Bytes &bytes) {
+bool write_stream5(KxChar ch, const CodePage &page, ByteBuffer &bytes) {
     const unsigned index = index_of(ch), set = set_of(ch);
     if (ch == KX_LINE_FEED || ch == KX_FORM_FEED || ch == KX_CARRIAGE_RETURN) {
         put(bytes, {index});
@@ -200,7 +199,7 @@ bool write_stream5(KxChar ch, const CodePage &page, Bytes &bytes) {
     return true;
 }
 
-bool write_sio(KxChar ch, const CodePage &, Bytes &bytes) {
+bool write_sio(KxChar ch, const CodePage &, ByteBuffer &bytes) {
     constexpr std::uint32_t flags =
         KX_KEEP_ATTRIBUTES | KX_KEEP_HARD_ENDS | KX_KEEP_SOFT_ENDS | KX_HYPHENS_AS_TEXT | KX_KEEP_TABS;
     const KxChar text[]{ch, 0};
@@ -214,17 +213,26 @@ bool write_sio(KxChar ch, const CodePage &, Bytes &bytes) {
 
 class StreamEncoder final : public Encoder {
   public:
-    using Write = bool(KxChar ch, const CodePage &page, Bytes &bytes);
+    using Write = bool(KxChar ch, const CodePage &page, ByteBuffer &bytes);
 
     StreamEncoder(Write *write, const CodePage &text_page, const CodePage &written_page)
-        : write_(write),
-          written_page_(written_page),
-          characters_([=](KxChar ch) { return kx_of_kx(written_page, text_page, ch); }) {}
+        : write_(write), written_page_(written_page) {
+        const KxTextForm from{KX_TEXT_KX, text_page.kx_number, nullptr};
+        const KxTextForm to{KX_TEXT_KX, written_page.kx_number, nullptr};
+        KxTextPrepare(&characters_, &from, &to, 0);
+    }
 
-    std::size_t encode(std::span<const KxChar> units, Bytes &bytes) override {
-        for (std::size_t at = 0; at < units.size(); ++at) {
-            const KxChar ch = characters_[units[at]];
-            if (ch == KX_NONE || !write_(ch, written_page_, bytes)) return at;
+    std::size_t encode(std::span<const KxChar> units, ByteBuffer &bytes) override {
+        std::array<KxChar, 256> written;
+        for (std::size_t at = 0; at < units.size();) {
+            KxTextResult done;
+            const std::size_t count = std::min(units.size() - at, written.size());
+            KxTextConvert(&characters_, &units[at], count * sizeof(KxChar), 1, written.data(), sizeof written, &done);
+            for (const KxChar ch : std::span(written).first(done.written / sizeof(KxChar))) {
+                if (!write_(ch, written_page_, bytes)) return at;
+                ++at;
+            }
+            if (done.fault != 0) return at;
         }
         return units.size();
     }
@@ -232,7 +240,7 @@ class StreamEncoder final : public Encoder {
   private:
     Write *write_;
     CodePage written_page_;
-    CharMap characters_;
+    KxTextConverter characters_;
 };
 
 } // namespace

@@ -1,5 +1,5 @@
-// The codes of a KX document stream that comes from outside. The library trusts its streams; here every code is held
-// against the bytes there are, and one that lies counts as a single byte.
+// The codes of a KX document stream that comes from outside, by the library's checked walk (KxStreamNext): a code that
+// lies counts as a single byte.
 #pragma once
 
 #include <cstdint>

@@ -78,7 +78,7 @@ class StripDecoder final : public Decoder {
 
     std::uint32_t flags_;
     bool with_codes_;
-    std::vector<std::uint8_t> code_;
+    ByteBuffer code_;
 };
 
 std::string take_keep(std::uint32_t &flags, const std::string &list) {

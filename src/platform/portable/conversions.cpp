@@ -1,25 +1,7 @@
-#include <algorithm>
-
 #include "platform/system.h"
 #include "tables/windows_pages.h"
 
 namespace kxstr::platform {
-namespace {
-
-const tables::WindowsPage *find_page(std::uint32_t number) noexcept {
-    const auto &pages = tables::kWindowsPages;
-    const auto *const found = std::ranges::lower_bound(pages, number, {}, &tables::WindowsPage::number);
-    return found != pages.end() && found->number == number ? found : nullptr;
-}
-
-// The units of a lead byte's pairs, from tables::kFirstTrailByte up; null for other bytes.
-const std::uint16_t *find_row(const tables::WindowsPage &page, std::uint8_t byte) noexcept {
-    if (page.rows() == nullptr || byte < tables::kFirstHighByte) return nullptr;
-    const std::size_t row = page.rows()[byte - tables::kFirstHighByte];
-    return row == 0 ? nullptr : tables::kWindowsRows + (row - 1) * tables::kTrailBytes;
-}
-
-} // namespace
 
 bool is_lead_byte(std::uint8_t byte) noexcept {
     return is_lead_byte_of(ansi_code_page(), byte);
@@ -27,12 +9,12 @@ bool is_lead_byte(std::uint8_t byte) noexcept {
 
 bool is_lead_byte_of(std::uint32_t code_page, std::uint8_t byte) noexcept {
     if (byte < tables::kFirstHighByte) return false;
-    const auto *const page = find_page(code_page);
-    return page != nullptr && find_row(*page, byte) != nullptr;
+    const auto *const page = tables::find_windows_page(code_page);
+    return page != nullptr && tables::find_row(*page, byte) != nullptr;
 }
 
 std::optional<std::uint16_t> to_wide(std::uint32_t code_page, std::span<const std::uint8_t> bytes) noexcept {
-    const auto *const page = find_page(code_page);
+    const auto *const page = tables::find_windows_page(code_page);
     if (page == nullptr || bytes.empty() || bytes.size() > 2) return std::nullopt;
     const std::uint8_t first = bytes[0];
     if (bytes.size() == 1)
@@ -40,16 +22,16 @@ std::optional<std::uint16_t> to_wide(std::uint32_t code_page, std::span<const st
 
     // A zero is no trail byte: like two single bytes it comes to two units, for which there is no room.
     const std::uint8_t second = bytes[1];
-    const std::uint16_t *const row = find_row(*page, first);
+    const std::uint16_t *const row = tables::find_row(*page, first);
     if (row == nullptr || second == 0) return std::nullopt;
     return second < tables::kFirstTrailByte ? page->default_unit : row[second - tables::kFirstTrailByte];
 }
 
 NativeBytes from_wide(std::uint32_t code_page, std::uint16_t unit) noexcept {
-    const auto *const page = find_page(code_page);
+    const auto *const page = tables::find_windows_page(code_page);
     if (page == nullptr) return {{0, 0}, 0};
     if (unit < tables::kFirstHighByte) return {{static_cast<std::uint8_t>(unit), 0}, 1};
-    const std::uint16_t code = tables::kWindowsBlocks[page->blocks()[unit >> 8] * std::size_t{0x100} + (unit & 0xFF)];
+    const std::uint16_t code = tables::find_code(*page, unit);
     if (code == 0) return {{0, 0}, 0};
     if (code <= 0xFF) return {{static_cast<std::uint8_t>(code), 0}, 1};
     return {{static_cast<std::uint8_t>(code >> 8), static_cast<std::uint8_t>(code)}, 2};

@@ -1,6 +1,0 @@
-file(READ ${ROOT}/README.md readme)
-file(READ ${ROOT}/examples/ansi_to_kx.c example)
-string(FIND "${readme}" "```c\n${example}```" place)
-if(place EQUAL -1)
-    message(FATAL_ERROR "README.md does not show examples/ansi_to_kx.c as it is")
-endif()

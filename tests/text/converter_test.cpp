@@ -1,0 +1,193 @@
+#include <gtest/gtest.h>
+
+#include <kxstr/codepage.h>
+#include <kxstr/text.h>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/fenced.h"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr KxTextForm kForms[] = {
+    {KX_TEXT_CODE_PAGE, 852, nullptr}, {KX_TEXT_CODE_PAGE, 1258, nullptr}, {KX_TEXT_CODE_PAGE, 18857, nullptr},
+    {KX_TEXT_CODE_PAGE, 932, nullptr}, {KX_TEXT_CODE_PAGE, 895, nullptr},  {KX_TEXT_UTF8, 0, nullptr},
+    {KX_TEXT_UTF16LE, 0, nullptr},     {KX_TEXT_UTF16BE, 0, nullptr},      {KX_TEXT_KX, 932, nullptr},
+    {KX_TEXT_KXLE, 852, nullptr},
+};
+
+struct Converted {
+    Bytes bytes;
+    std::size_t replaced = 0;
+};
+
+KxTextConverter prepared(const KxTextForm &from, const KxTextForm &to, std::uint32_t flags = 0) {
+    KxTextConverter converter;
+    EXPECT_EQ(KxTextPrepare(&converter, &from, &to, flags), 1u);
+    return converter;
+}
+
+// Text of every length of character, with a few random bytes in it.
+Bytes some_text(std::mt19937 &random, const KxTextForm &form) {
+    std::u16string text;
+    const unsigned kind = random() % 4;
+    for (std::size_t left = random() % 3000; left != 0; --left) {
+        static constexpr char16_t starts[] = {0x20, 0xC0, 0x390, 0x4E00, 0x1EA0, 0x2550};
+        const char16_t start = starts[kind == 0 || random() % 8 == 0 ? random() % 6 : kind];
+        text += static_cast<char16_t>(start + random() % 0x40);
+        if (random() % 200 == 0) text += u"\U0001F6A2\u00A0\uFFFF\n";
+    }
+    const KxTextForm unicode{KX_TEXT_UTF16, 0, nullptr};
+    KxTextConverter converter = prepared(unicode, form, KX_TEXT_DROP);
+    Bytes bytes(4 * text.size());
+    KxTextResult result;
+    KxTextConvert(&converter, text.data(), 2 * text.size(), 1, bytes.data(), bytes.size(), &result);
+    bytes.resize(result.written);
+    for (std::size_t faults = random() % 4; faults != 0 && !bytes.empty(); --faults)
+        bytes[random() % bytes.size()] = static_cast<std::uint8_t>(random());
+    return bytes;
+}
+
+// In pieces and with room as `next` says, the source right before an unreadable page and so is the room.
+template <class Next>
+Converted convert(KxTextConverter &converter, const Bytes &source, kxstr::test::Fenced &from, kxstr::test::Fenced &to,
+                  Next next) {
+    Converted all;
+    std::size_t read = 0, most = 0;
+    for (;;) {
+        most = std::max(most, std::size_t{next()});
+        const std::size_t length = std::min(most, source.size() - read), room = next();
+        std::uint8_t *const piece = from.end() - length;
+        std::copy_n(source.data() + read, length, piece);
+        const bool last = read + length == source.size();
+        KxTextResult result{};
+        const std::uint32_t status =
+            KxTextConvert(&converter, piece, length, last ? 1 : 0, to.end() - room, room, &result);
+        EXPECT_LE(result.read, length);
+        EXPECT_LE(result.written, room);
+        all.bytes.insert(all.bytes.end(), to.end() - room, to.end() - room + result.written);
+        all.replaced += result.replaced;
+        read += result.read;
+        most = status == KX_TEXT_DONE ? 0 : length - result.read; // more than was not enough
+        if (status == KX_TEXT_DONE && last) return all;
+        EXPECT_LE(status, KX_TEXT_INCOMPLETE);
+        EXPECT_EQ(result.fault != 0, status == KX_TEXT_INCOMPLETE);
+        if (testing::Test::HasFailure()) return all;
+    }
+}
+
+TEST(TextConverter, PiecesOfAnySizeGiveTheSameText) {
+    std::mt19937 random{1};
+    kxstr::test::Fenced source, target;
+    constexpr std::size_t all = 0x10000;
+    for (const KxTextForm &from : kForms)
+        for (const KxTextForm &to : kForms) {
+            KxTextConverter converter = prepared(from, to);
+            ASSERT_EQ(KxTextSubstitute(&converter, '?'), 1u);
+            for (int turn = 0; turn < 6; ++turn) {
+                const Bytes text = some_text(random, from);
+                const auto bytewise = convert(converter, text, source, target, [] { return std::size_t{4}; });
+                const auto whole = convert(converter, text, source, target, [=] { return all; });
+                const auto pieces = convert(converter, text, source, target,
+                                            [&] { return std::size_t{random() % (random() % 3 == 0 ? 3000 : 9)}; });
+                ASSERT_EQ(whole.bytes, bytewise.bytes) << from.form << ' ' << from.code_page << " to " << to.form;
+                ASSERT_EQ(pieces.bytes, bytewise.bytes) << from.form << ' ' << from.code_page << " to " << to.form;
+                ASSERT_EQ(pieces.replaced, whole.replaced);
+                KxTextResult measured;
+                ASSERT_EQ(KxTextMeasure(&converter, text.data(), text.size(), 1, &measured), KX_TEXT_DONE);
+                ASSERT_EQ(measured.written, whole.bytes.size());
+                ASSERT_EQ(measured.replaced, whole.replaced);
+            }
+        }
+}
+
+TEST(TextConverter, TellsWhyItEnds) {
+    constexpr struct {
+        KxTextForm from, to;
+        const char *source;
+        std::uint32_t last, room, status;
+        std::size_t read, written, fault;
+    } cases[] = {
+        {kForms[0], kForms[5], "ab\xA5", 1, 9, KX_TEXT_DONE, 3, 4, 0},
+        {kForms[0], kForms[5], "ab\xA5", 1, 3, KX_TEXT_FULL, 2, 2, 0},
+        {kForms[5], kForms[0], "a\xC4", 0, 9, KX_TEXT_INCOMPLETE, 1, 1, 1},
+        {kForms[5], kForms[0], "a\xC4", 1, 9, KX_TEXT_MALFORMED, 1, 1, 1},
+        {kForms[5], kForms[0], "a\xE2\x82\xAC", 1, 9, KX_TEXT_NO_EQUIVALENT, 1, 1, 3},
+        {kForms[5], kForms[7], "\xF0\x9F\x9A\xA2", 1, 3, KX_TEXT_FULL, 0, 0, 0},
+        {kForms[5], kForms[8], "\xF0\x9F\x9A\xA2", 1, 9, KX_TEXT_NO_EQUIVALENT, 0, 0, 4},
+        {kForms[3], kForms[5], "a\x81\xAD", 1, 9, KX_TEXT_MALFORMED, 1, 1, 2},
+        {kForms[3], kForms[5], "a\x81\n", 1, 9, KX_TEXT_MALFORMED, 1, 1, 1},
+    };
+    for (const auto &c : cases) {
+        KxTextConverter converter = prepared(c.from, c.to);
+        std::uint8_t room[16];
+        KxTextResult result;
+        EXPECT_EQ(KxTextConvert(&converter, c.source, std::char_traits<char>::length(c.source), c.last, room, c.room,
+                                &result),
+                  c.status);
+        EXPECT_EQ(result.read, c.read) << c.source;
+        EXPECT_EQ(result.written, c.written) << c.source;
+        EXPECT_EQ(result.fault, c.fault) << c.source;
+    }
+}
+
+TEST(TextConverter, KnowsItsFormsPagesAndSubstitutes) {
+    KxTextConverter converter;
+    const KxTextForm utf8{KX_TEXT_UTF8, 0, nullptr};
+    for (const KxTextForm unknown : {KxTextForm{0, 852, nullptr}, KxTextForm{KX_TEXT_KXLE + 1, 852, nullptr},
+                                     KxTextForm{KX_TEXT_CODE_PAGE, 1, nullptr}, KxTextForm{KX_TEXT_KX, 1, nullptr}}) {
+        EXPECT_EQ(KxTextPrepare(&converter, &unknown, &utf8, 0), 0u);
+        EXPECT_EQ(KxTextPrepare(&converter, &utf8, &unknown, 0), 0u);
+    }
+    for (const std::uint32_t number : {932u, 934u, 938u, 28591u, 18851u, 10001u}) {
+        const KxTextForm known{KX_TEXT_CODE_PAGE, number, nullptr};
+        EXPECT_EQ(KxTextPrepare(&converter, &known, &utf8, 0), 1u) << number;
+    }
+    converter = prepared(utf8, kForms[0]);
+    for (const std::uint32_t character : {0x20ACu, 0xD800u, 0x1F6A2u, 0x110000u})
+        EXPECT_EQ(KxTextSubstitute(&converter, character), 0u) << character;
+    EXPECT_EQ(KxTextMark(KX_TEXT_UTF8, "\xEF\xBB\xBF", 3), 3u);
+    EXPECT_EQ(KxTextMark(KX_TEXT_UTF8, "\xEF\xBB\xBF", 2), 0u);
+    EXPECT_EQ(KxTextMark(KX_TEXT_UTF16BE, "\xFE\xFFx", 3), 2u);
+    EXPECT_EQ(KxTextMark(KX_TEXT_UTF16LE, "\xFE\xFF", 2), 0u);
+}
+
+// A descriptor that the library filled is as good as its number; one with other tables goes by those.
+TEST(TextConverter, TakesDescriptors) {
+    KxCodePage ours{};
+    WcvtSetCodepage(852, KX_BOTH_DIRECTIONS, &ours);
+    static constexpr std::uint8_t high[] = {0x80, 0x81, 0x29, 0x01, 0x0C, 0x01}; // é and another letter
+    KxCodePage own{};
+    own.input_code_page = 60000;
+    own.high_table = high;
+    const KxTextForm utf8{KX_TEXT_UTF8, 0, nullptr}, kx{KX_TEXT_KX, 0, nullptr};
+    const auto converted = [](const KxTextForm &from, const KxTextForm &to) {
+        KxTextConverter converter = prepared(from, to);
+        std::uint16_t room[8]{};
+        KxTextResult result;
+        EXPECT_EQ(KxTextConvert(&converter, "\x80\n", 2, 1, room, sizeof room, &result), KX_TEXT_DONE);
+        return std::pair(std::vector(room, room + 8), result.written);
+    };
+    const KxTextForm by_descriptor{KX_TEXT_CODE_PAGE, 0, &ours}, by_own{KX_TEXT_CODE_PAGE, 0, &own};
+    EXPECT_EQ(converted(by_descriptor, utf8), converted(kForms[0], utf8));
+    EXPECT_EQ(converted(by_own, kx).first[0], 0x129);
+    EXPECT_EQ(converted(by_own, kx).first[1], KX_LINE_FEED);
+    EXPECT_EQ(converted(by_own, utf8).second, 3u);
+
+    // Line ends as the glyphs of DOS.
+    KxTextConverter glyphs = prepared(kForms[0], kx, KX_TEXT_GLYPHS);
+    KxTextConverter back = prepared(kx, kForms[0], KX_TEXT_GLYPHS);
+    KxChar room[4]{};
+    std::uint8_t bytes[4]{};
+    KxTextResult result;
+    KxTextConvert(&glyphs, "\t\n\f\r", 4, 1, room, sizeof room, &result);
+    for (const KxChar ch : room)
+        EXPECT_LT(ch, KX_FIRST_CODE);
+    KxTextConvert(&back, room, sizeof room, 1, bytes, sizeof bytes, &result);
+    EXPECT_EQ(std::string(bytes, bytes + 4), "\t\n\f\r");
+}
+
+} // namespace
