@@ -118,9 +118,7 @@ simd::Progress read_units(const Converter &converter, std::span<const std::uint8
     }
     case Kind::double_byte: {
         if (converter.units_of_codes == nullptr) return read_codes(converter, bytes, units);
-        const simd::Decoded done =
-            kernels.decode_pairs(converter.units_of_codes, converter.leads, bytes.data(), bytes.size(), units);
-        return {done.read, done.written};
+        return kernels.decode_pairs(converter.units_of_codes, converter.leads, bytes.data(), bytes.size(), units);
     }
     case Kind::utf8: return kernels.units_of_utf8(bytes.data(), bytes.size(), units);
     case Kind::utf16:

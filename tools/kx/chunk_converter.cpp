@@ -176,7 +176,7 @@ std::optional<char32_t> ChunkConverter::code_point(std::span<const std::uint8_t>
     one_.clear();
     const auto result = decoder_->decode({bytes, 1, true}, one_);
     if (result.bad_length != 0 || one_.chars.size() != 1) return std::nullopt;
-    const std::uint16_t unit = unicode_[one_.chars[0]];
+    const std::uint16_t unit = unicode_of_kx(text_page_, one_.chars[0]);
     const bool is_private = unit >= 0xE000 && unit <= 0xF8FF; // which says less than the bytes
     return unit != KX_NONE && !is_private ? std::optional<char32_t>(unit) : std::nullopt;
 }

@@ -5,6 +5,7 @@
 
 #include "core/kx_char.h"
 #include "platform/system.h"
+#include "simd/kernels.h"
 
 namespace kx {
 namespace {
