@@ -50,6 +50,8 @@ class Work {
 
     JobResult run() {
         result_.done = run_to_end();
+        for (Tally *tally : {&result_.left_out, &result_.replaced, &result_.united})
+            tally->pack();
         return std::move(result_);
     }
 
@@ -221,11 +223,15 @@ void Tally::add(std::optional<char32_t> character, std::span<const std::uint8_t>
     ++others_[character ? *character : key];
 }
 
+void Tally::pack() {
+    for (std::size_t value = 0; value < counts_.size(); ++value)
+        if (counts_[value] != 0) others_.emplace(value, counts_[value]);
+    counts_ = {};
+}
+
 std::string Tally::list() const {
     constexpr std::size_t most = 8;
     std::vector<std::pair<std::uint64_t, std::uint64_t>> all(others_.begin(), others_.end());
-    for (std::size_t value = 0; value < counts_.size(); ++value)
-        if (counts_[value] != 0) all.emplace_back(value, counts_[value]);
     std::ranges::sort(all, [](const auto &a, const auto &b) {
         return a.second != b.second ? a.second > b.second : a.first < b.first;
     });
