@@ -65,7 +65,8 @@ class Archives(Folder):
                                   ("-O in/deep in/a.txt in/deep/a.txt", "in/deep/a.txt is an input"),
                                   ("--files-from none", "none: No such file"),
                                   ("-O list in/a.txt", "list/a.txt: Not a directory"),
-                                  ("-i in", "in: not a regular file"), ("-i none", "none: No such file")):
+                                  ("-i in", "in: Is a directory; -r takes the files in it"),
+                                  ("-i /dev/null", "/dev/null: not a regular file"), ("-i none", "none: No such file")):
             with self.subTest(arguments):
                 self.assert_fails("convert -f 852 -t 1250 " + arguments, message=wanted, output=None)
         self.assertEqual(pathlib.Path("in/deep/a.txt").read_bytes(), b"x")

@@ -1,7 +1,6 @@
 #include "job.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 
@@ -61,9 +60,12 @@ class Work {
     }
 
     bool run_to_end() {
-        if (job_.in_place && !os::regular_file(job_.input.c_str())) {
-            const bool special = os::is_special(job_.input.c_str());
-            tell()(job_.input + (special ? ": not a regular file" : ""), special ? 0 : ENOENT);
+        if (std::filesystem::is_directory(path_of(job_.input), error_)) {
+            tell()(job_.input + ": Is a directory; -r takes the files in it", 0);
+            return false;
+        }
+        if (job_.in_place && os::is_special(job_.input.c_str())) {
+            tell()(job_.input + ": not a regular file", 0);
             return false;
         }
         std::optional<Input> input(std::in_place, tell(), job_.input);
