@@ -88,6 +88,9 @@ class Archives(Folder):
         self.assertEqual(tree("in"), before | {name: text for name, text in self.good.items() if name != "a.txt"} |
                          {f"{name}.old": before[name] for name in self.good if name != "a.txt"})
         self.assertEqual(pathlib.Path("twin").read_bytes(), before["deep/c d.txt"])
+        os.link("twin", "twin too")
+        self.output("convert", "-f", "852", "-t", "1250", "-i", "twin", "./twin", "twin too")
+        self.assertEqual({pathlib.Path(name).read_bytes() for name in ("twin", "twin too")}, {self.good["deep/c d.txt"]})
         before = tree()
         self.assert_fails("convert -f 1250 -t 852 -i.old -r in/deep", message="File exists")
         self.assertEqual(tree(), before, "an old file that was kept is not lost to the next run")

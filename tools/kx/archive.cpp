@@ -133,12 +133,15 @@ Plan plan_jobs(const FileChoices &files, const Tell &tell) {
         const auto identity = have_folder ? identity_of(file.path) : std::nullopt;
         if (identity) inputs.insert(*identity);
     }
+    std::set<fs::path> places;
     std::map<std::string, std::string> outputs; // by name, what they are made of
     for (const Found &file : finder.found) {
         Job job{file.path, std::nullopt};
         if (files.in_place) {
-            const auto identity = identity_of(file.path);
-            if (identity && !inputs.insert(*identity).second) continue; // named twice, to be converted once
+            // Named twice, to be converted once. Two names of one file become two files.
+            std::error_code error;
+            const fs::path place = fs::weakly_canonical(path_of(file.path), error);
+            if (!error && !places.insert(place).second) continue;
             job.in_place = true;
             job.output = file.path;
             job.how.keeps_times = true;
