@@ -65,7 +65,8 @@ class Archives(Folder):
                                   ("-O in/deep in/a.txt in/deep/a.txt", "in/deep/a.txt is an input"),
                                   ("--files-from none", "none: No such file"),
                                   ("-O list in/a.txt", "list/a.txt: Not a directory"),
-                                  ("-i in", "in: not a regular file"), ("-i none", "none: No such file")):
+                                  ("-i in", "in: Is a directory; -r takes the files in it"),
+                                  ("-i /dev/null", "/dev/null: not a regular file"), ("-i none", "none: No such file")):
             with self.subTest(arguments):
                 self.assert_fails("convert -f 852 -t 1250 " + arguments, message=wanted, output=None)
         self.assertEqual(pathlib.Path("in/deep/a.txt").read_bytes(), b"x")
@@ -87,6 +88,9 @@ class Archives(Folder):
         self.assertEqual(tree("in"), before | {name: text for name, text in self.good.items() if name != "a.txt"} |
                          {f"{name}.old": before[name] for name in self.good if name != "a.txt"})
         self.assertEqual(pathlib.Path("twin").read_bytes(), before["deep/c d.txt"])
+        os.link("twin", "twin too")
+        self.output("convert", "-f", "852", "-t", "1250", "-i", "twin", "./twin", "twin too")
+        self.assertEqual({pathlib.Path(name).read_bytes() for name in ("twin", "twin too")}, {self.good["deep/c d.txt"]})
         before = tree()
         self.assert_fails("convert -f 1250 -t 852 -i.old -r in/deep", message="File exists")
         self.assertEqual(tree(), before, "an old file that was kept is not lost to the next run")

@@ -133,12 +133,15 @@ Plan plan_jobs(const FileChoices &files, const Tell &tell) {
         const auto identity = have_folder ? identity_of(file.path) : std::nullopt;
         if (identity) inputs.insert(*identity);
     }
+    std::set<fs::path> places;
     std::map<std::string, std::string> outputs; // by name, what they are made of
     for (const Found &file : finder.found) {
         Job job{file.path, std::nullopt};
         if (files.in_place) {
-            const auto identity = identity_of(file.path);
-            if (identity && !inputs.insert(*identity).second) continue; // named twice, to be converted once
+            // Named twice, to be converted once. Two names of one file become two files.
+            std::error_code error;
+            const fs::path place = fs::weakly_canonical(path_of(file.path), error);
+            if (!error && !places.insert(place).second) continue;
             job.in_place = true;
             job.output = file.path;
             job.how.keeps_times = true;
@@ -238,10 +241,11 @@ class Run {
     }
 
     bool write(std::size_t number, Waiting &waiting, std::span<const std::uint8_t> bytes) {
-        constexpr std::size_t most = std::size_t{8} << 20; // that waits for each thread
+        constexpr std::size_t most = std::size_t{64} << 20; // that waits, of all jobs
         std::unique_lock lock(mutex_);
-        if (number != next_ && waiting.bytes.size() + bytes.size() <= most) {
+        if (number != next_ && bytes_waiting_ + bytes.size() <= most) {
             waiting.bytes.insert(waiting.bytes.end(), bytes.begin(), bytes.end());
+            bytes_waiting_ += bytes.size();
             return !ended_;
         }
         turn_.wait(lock, [&] { return number == next_ || ended_; });
@@ -250,6 +254,7 @@ class Run {
 
     bool write_waiting(Waiting &waiting) {
         const bool written = put(waiting.bytes);
+        bytes_waiting_ -= waiting.bytes.size();
         waiting.bytes.clear();
         return written;
     }
@@ -331,6 +336,7 @@ class Run {
     bool output_lost_ = false; // which has been told, or is nobody's concern
     std::size_t next_ = 0;     // the first job that has not ended
     std::map<std::size_t, Waiting> waiting_;
+    std::size_t bytes_waiting_ = 0;
     std::size_t failed_;
     std::uint64_t characters_ = 0;
     std::uint64_t replaced_ = 0;

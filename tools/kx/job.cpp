@@ -1,7 +1,6 @@
 #include "job.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 
@@ -50,6 +49,8 @@ class Work {
 
     JobResult run() {
         result_.done = run_to_end();
+        for (Tally *tally : {&result_.left_out, &result_.replaced, &result_.united})
+            tally->pack();
         return std::move(result_);
     }
 
@@ -59,9 +60,12 @@ class Work {
     }
 
     bool run_to_end() {
-        if (job_.in_place && !os::regular_file(job_.input.c_str())) {
-            const bool special = os::is_special(job_.input.c_str());
-            tell()(job_.input + (special ? ": not a regular file" : ""), special ? 0 : ENOENT);
+        if (std::filesystem::is_directory(path_of(job_.input), error_)) {
+            tell()(job_.input + ": Is a directory; -r takes the files in it", 0);
+            return false;
+        }
+        if (job_.in_place && os::is_special(job_.input.c_str())) {
+            tell()(job_.input + ": not a regular file", 0);
             return false;
         }
         std::optional<Input> input(std::in_place, tell(), job_.input);
@@ -222,11 +226,15 @@ void Tally::add(std::optional<char32_t> character, std::span<const std::uint8_t>
     ++others_[character ? *character : key];
 }
 
+void Tally::pack() {
+    for (std::size_t value = 0; value < counts_.size(); ++value)
+        if (counts_[value] != 0) others_.emplace(value, counts_[value]);
+    counts_ = {};
+}
+
 std::string Tally::list() const {
     constexpr std::size_t most = 8;
     std::vector<std::pair<std::uint64_t, std::uint64_t>> all(others_.begin(), others_.end());
-    for (std::size_t value = 0; value < counts_.size(); ++value)
-        if (counts_[value] != 0) all.emplace_back(value, counts_[value]);
     std::ranges::sort(all, [](const auto &a, const auto &b) {
         return a.second != b.second ? a.second > b.second : a.first < b.first;
     });

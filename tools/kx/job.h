@@ -40,10 +40,12 @@ class Tally {
     std::uint64_t total() const noexcept { return total_; }
     // "U+20AC (2), 81 (1)": the most frequent first.
     std::string list() const;
+    // When all is counted, and before list(): takes no more room than it needs.
+    void pack();
 
   private:
-    std::vector<std::uint64_t> counts_;                       // of the values up to U+FFFF; empty: there are none
-    std::unordered_map<std::uint64_t, std::uint64_t> others_; // higher values, and bytes with a mark
+    std::vector<std::uint64_t> counts_;                       // of the values up to U+FFFF while they are counted
+    std::unordered_map<std::uint64_t, std::uint64_t> others_; // of all others: higher values, and bytes with a mark
     std::uint64_t total_ = 0;
 };
 

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <iterator>
 #include <string>
 
@@ -72,7 +73,12 @@ int run(int argc, char **argv) {
 
 int main(int argc, char **argv) {
     kx::os::prepare(argc, argv);
-    const int status = run(argc, argv);
+    int status = kx::kFailure;
+    try {
+        status = run(argc, argv);
+    } catch (const std::exception &fault) { // no memory; on Windows a name that is no Unicode
+        kx::report("kx", fault.what());
+    }
     // What was printed may still meet a full disk, or a pipe that nobody reads.
     const bool flushed = std::fflush(stdout) == 0;
     if (flushed && std::ferror(stdout) == 0) return status;
