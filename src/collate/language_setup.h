@@ -19,11 +19,15 @@ inline std::array<std::uint8_t, 4> &language_set_up() noexcept {
 // Gives coltbl the values of a language (zero-terminated), unless it was the last one set up.
 void set_up_language(const char *language) noexcept;
 
+// False, too, for a language that is set up every time.
+inline bool is_current_language_set_up() noexcept {
+    // With the first bytes the same, the terminators are, too.
+    return std::memcmp(core::language(), last_language.data(), last_language.size()) == 0;
+}
+
 // The same for the current language; what every comparison by coltbl begins with.
 inline void set_up_current_language() noexcept {
-    // With the first bytes the same, the terminators are, too.
-    if (std::memcmp(core::language(), last_language.data(), last_language.size()) != 0)
-        set_up_language(core::language());
+    if (!is_current_language_set_up()) set_up_language(core::language());
 }
 
 } // namespace kxstr::collate
