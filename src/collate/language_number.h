@@ -8,7 +8,7 @@ namespace kxstr::collate {
 
 // By the two letters of a code, both from 0x40 to 0x5F; 0, where no code is, for what cannot be one. Reads nothing
 // behind a terminator.
-inline constexpr std::size_t kCodePlaces = 32 * 32;
+inline constexpr std::size_t kCodePlaces = 0x400; // 32 times 32
 constexpr std::size_t place_of_code(const char *code) noexcept {
     const unsigned first = static_cast<unsigned char>(code[0]);
     if (first == 0) [[unlikely]]

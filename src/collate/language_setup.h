@@ -29,12 +29,17 @@ inline void keep_language_set_up(LanguageStart start) noexcept {
 // for one language: values that are right are not written.
 void set_up_language(const char *language) noexcept;
 
-// The same for the current language; what every comparison by coltbl begins with.
-inline void set_up_current_language() noexcept {
+// False, too, for a language that is set up every time.
+inline bool is_current_language_set_up() noexcept {
     LanguageStart start{};
     std::memcpy(start.data(), core::language(), start.size());
     // With the first bytes the same, the terminators are, too.
-    if (start != language_set_up()) set_up_language(core::language());
+    return start == language_set_up();
+}
+
+// The same for the current language; what every comparison by coltbl begins with.
+inline void set_up_current_language() noexcept {
+    if (!is_current_language_set_up()) set_up_language(core::language());
 }
 
 } // namespace kxstr::collate

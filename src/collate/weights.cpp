@@ -86,13 +86,14 @@ Weights::Weights(const LanguageRules &rules) noexcept : rules_(rules), way_(way_
                       traits_of(ch, rules.first_state, later) | ignored};
     }
     order_values_.has_traits = rules.first_state != 0;
-    for (KxChar ch = 0; ch < std::size(order_values_.ascii); ++ch) {
+    for (unsigned index = 0; index < std::size(order_values_.ascii); ++index) {
+        const auto ch = static_cast<KxChar>(index);
         order_values_.ascii[ch] = order_value(ch);
         order_values_.ascii_traits[ch] = (table_[ch].is(Weight::kStarts) ? simd::OrderValues::kBegins : 0) |
                                          (table_[ch].is(Weight::kFollows) ? simd::OrderValues::kFollows : 0);
     }
-    for (KxChar ch = 0; ch < std::size(order_values_.latin); ++ch)
-        order_values_.latin[ch] = order_value(make_char(kLatinSet, ch));
+    for (unsigned index = 0; index < std::size(order_values_.latin); ++index)
+        order_values_.latin[index] = order_value(make_char(kLatinSet, index));
 }
 
 std::uint8_t Weights::order_value(KxChar ch) const noexcept {

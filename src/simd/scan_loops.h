@@ -271,21 +271,26 @@ std::size_t mismatch_from(std::size_t i, const typename Lanes::Unit *a, const ty
     return limit;
 }
 
-// The same from the start on. Most strings are short, so the first block has a form of its own, which calls nothing:
-// whether the place is found in it.
+inline constexpr std::size_t kNear = 64; // bytes at the start of a string within which most strings end
+
+// The same from the start on. Most strings are short, so the nearest blocks have a form of their own, which calls
+// nothing: whether the place is found in them.
 template <class Lanes, class Apart = AsTheyAre>
 bool mismatch_near(const typename Lanes::Unit *a, const typename Lanes::Unit *b, std::size_t limit, std::size_t &place,
                    Apart apart = {}) noexcept {
-    constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
+    constexpr std::size_t kOne = kUnits<Lanes>, kSize = sizeof(typename Lanes::Unit);
     place = limit;
     if (limit == 0) return true;
-    if (!fits_in_page<kBlock>(a) || !fits_in_page<kBlock>(b)) return false;
-    const auto units = Lanes::load_anywhere(a);
-    const std::uint64_t hits = Lanes::ends(apart(units, Lanes::load_anywhere(b)), units);
-    if (hits == 0) return limit <= kOne;
-    const std::size_t first = first_of<Lanes>(hits);
-    if (first < limit) place = first;
-    return true;
+    if (!fits_in_page<kNear>(a) || !fits_in_page<kNear>(b)) return false;
+    for (std::size_t i = 0; i < kNear / kSize; i += kOne) {
+        const auto units = Lanes::load_anywhere(a + i);
+        const std::uint64_t hits = Lanes::ends(apart(units, Lanes::load_anywhere(b + i)), units);
+        if (hits == 0) continue;
+        const std::size_t first = i + first_of<Lanes>(hits);
+        if (first < limit) place = first;
+        return true;
+    }
+    return limit <= kNear / kSize;
 }
 
 // Where it was not. What can be begins with a block of `a`, some units once more: every second reading across two lines
@@ -293,9 +298,9 @@ bool mismatch_near(const typename Lanes::Unit *a, const typename Lanes::Unit *b,
 template <class Lanes, class Apart = AsTheyAre>
 std::size_t mismatch_far(const typename Lanes::Unit *a, const typename Lanes::Unit *b, std::size_t limit,
                          Apart apart = {}) noexcept {
-    constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
-    const bool is_begun = fits_in_page<kBlock>(a) && fits_in_page<kBlock>(b);
-    return mismatch_from<Lanes>(is_begun ? kOne - address(a) % kBlock / sizeof *a : 0, a, b, limit, apart);
+    constexpr std::size_t kBlock = sizeof(typename Lanes::Vector);
+    const bool is_begun = fits_in_page<kNear>(a) && fits_in_page<kNear>(b);
+    return mismatch_from<Lanes>(is_begun ? (kNear - address(a) % kBlock) / sizeof *a : 0, a, b, limit, apart);
 }
 
 template <class Lanes, class Apart = AsTheyAre>

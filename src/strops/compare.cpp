@@ -115,21 +115,34 @@ template <class Question, Case letter_case>
     }
 }
 
-// What is the same in both texts is stepped over at once: being the same, the codes in it are codes of both. Most
-// comparisons end at the first difference.
+template <template <Case> class Question, Case letter_case>
+std::int32_t compare_at(const KxChar *p, const KxChar *q) noexcept {
+    const std::int32_t result = Question<letter_case>::decide_quickly(*p, *q);
+    return result != kUndecided ? result : compare_on<Question<letter_case>, letter_case>(p, q);
+}
+
+// What is the same in both texts is stepped over at once: being the same, the codes in it are codes of both.
+template <template <Case> class Question, Case letter_case>
+[[gnu::noinline]] std::int32_t compare_alike(const KxChar *a, const KxChar *b) noexcept {
+    const std::size_t same = simd::kernels().mismatch16(a, b, kUnlimited);
+    return compare_at<Question, letter_case>(a + same, b + same);
+}
+
+// Most comparisons end at the first difference; one at the start takes no room on the stack.
 template <template <Case> class Question, Case letter_case>
 std::int32_t compare_texts(const KxChar *a, const KxChar *b) noexcept {
-    if (*a == *b) {
-        const std::size_t same = simd::kernels().mismatch16(a, b, kUnlimited);
-        a += same;
-        b += same;
-    }
-    const std::int32_t result = Question<letter_case>::decide_quickly(*a, *b);
-    return result != kUndecided ? result : compare_on<Question<letter_case>, letter_case>(a, b);
+    if (*a == *b) return compare_alike<Question, letter_case>(a, b);
+    return compare_at<Question, letter_case>(a, b);
+}
+
+template <Case letter_case>
+[[gnu::noinline]] std::int32_t order_in_new_language(const KxChar *a, const KxChar *b) noexcept {
+    collate::set_up_current_language();
+    return compare_texts<Order, letter_case>(a, b);
 }
 
 template <Case letter_case> std::int32_t order(const KxChar *a, const KxChar *b, Unbounded) noexcept {
-    collate::set_up_current_language();
+    if (!collate::is_current_language_set_up()) return order_in_new_language<letter_case>(a, b);
     return compare_texts<Order, letter_case>(a, b);
 }
 
