@@ -386,7 +386,7 @@ std::string_view end_of_line_in(std::string_view text) {
 
 // The path with the keys that exist already spelled as they are in the file.
 std::u16string known_spelling(const RegistryFile &file, std::u16string_view path) {
-    const std::u16string full = joined(split_path(path));
+    std::u16string full = joined(split_path(path));
     const std::u16string upper = upper_case(full);
     for (std::size_t length = upper.size(); length != std::u16string::npos && length != 0;
          length = upper.rfind(u'\\', length - 1)) {
@@ -414,6 +414,7 @@ std::optional<std::string> with_section(const RegistryFile &file, std::u16string
 // In the order of their lines.
 template <class Entry> std::vector<const Entry *> by_line(const std::map<std::u16string, Entry> &entries) {
     std::vector<const Entry *> sorted;
+    sorted.reserve(entries.size());
     for (const auto &entry : entries)
         sorted.push_back(&entry.second);
     std::ranges::sort(sorted, {}, &Entry::line);
