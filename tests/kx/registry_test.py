@@ -42,6 +42,59 @@ class Registry(KxTest):
         self.kx("registry", "-f", other, "set", "HKEY_USERS", "", "other")
         self.assertEqual(self.kx("registry", "-f", other, "get", "HKEY_USERS", ""), "other\n")
 
+    def test_known_values_have_a_type_of_their_own_and_roots_short_names(self):
+        short = FRENCH.replace("HKEY_CURRENT_USER", "hkcu")
+        for key, name, value, stored in (
+            (short, "dos code page", "852", '"dos code page"=hex(80000002):54,03'),
+            (short, "Other", "852", '"Other"="852"'), (short + "\\k", "DOS Code Page", "1", '"DOS Code Page"="1"'),
+            ("HKU\\K", "DOS Code Page", "1", '"DOS Code Page"="1"'),
+            ("HKLM", "v", "x", "[HKEY_LOCAL_MACHINE]\n\"v\"=\"x\""),
+            ("HKCR\\a", "v", "x", "[HKEY_CLASSES_ROOT\\a]\n"), ("HKCC", "v", "x", "[HKEY_CURRENT_CONFIG]\n"),
+        ):
+            self.kx("registry", "set", key, name, value)
+            self.assertIn(stored, self.file.read_text(encoding="utf-8"))
+            self.assertEqual(self.kx("registry", "get", key, name), value + "\n")
+        self.refused("registry", "set", short, "Windows Code Page", "latin", status=2, message="is no codepage")
+
+    def test_keys_are_deleted_with_what_is_below(self):
+        self.write('; 1\r\n[HKEY_USERS\\K]\r\n"v"=hex:01\r\n; in\r\n"w"=hex:01\r\n; 2\r\n[HKEY_USERS\\Kx]\r\n'
+                   '[HKEY_USERS\\k\\below\\deep]\r\n"v"="x"\r\n; 3\r\n[HKEY_USERS\\K]\r\n"later"="x"\r\n')
+        self.kx("registry", "delete", "hku\\K")
+        rest = HEADER + "; 1\r\n; 2\r\n[HKEY_USERS\\Kx]\r\n; 3\r\n"
+        self.assertEqual(self.file.read_bytes().decode(), rest)
+        self.refused("registry", "delete", "HKU\\K", message="HKU\\K: not found")
+        self.write('[HKEY_USERS\\K\\below]\r\n"v"=hex(40000003):00\r\n')
+        self.refused("registry", "delete", "HKU\\K", message="write-protected")
+
+    def test_what_is_exported_is_imported(self):
+        self.write('; mine\r\n[HKEY_USERS\\k]\r\n"V"=hex:01 ; one\r\n"gone"="x"\r\n"stays"="x"\r\n'
+                   '[HKEY_USERS\\old\\below]\r\n"v"="x"')
+        other = pathlib.Path(self.settings["XDG_CONFIG_HOME"]) / "other.reg"
+        other.write_text(HEADER + '[-HKEY_USERS\\OLD]\n[HKEY_USERS\\K]\n"gone"=-\n"v"="new"\n"more"=dword:1\n'
+                         '[HKEY_USERS\\K\\New]\n@="x"\n[HKEY_USERS\\none]\n"l"=hex(80000008):3c,00,61,00,3e,00\n',
+                         encoding="utf-8")
+        for _ in range(2):  # the second time nothing changes
+            self.kx("registry", "import", str(other))
+            self.assertEqual(self.file.read_bytes().decode(), HEADER + '; mine\r\n[HKEY_USERS\\k]\r\n"V"="new" ; one\r\n'
+                             '"stays"="x"\r\n"more"=dword:00000001\r\n\r\n[HKEY_USERS\\k\\New]\r\n@="x"\r\n\r\n'
+                             '[HKEY_USERS\\none]\r\n"l"=hex(80000008):3c,00,61,00,3e,00\r\n')
+        exported = self.kx("registry", "export")
+        self.assertNotIn(";", exported)
+        other.write_text(exported, encoding="utf-8")
+        self.kx("registry", "-f", str(other) + ".2", "import", str(other))
+        self.assertEqual(self.kx("registry", "-f", str(other) + ".2", "export"), exported)
+        self.assertNotIn("none", self.kx("registry", "export", "HKU\\k"))
+        before = self.file.read_bytes()
+        for text, message in (("x", "damaged"), (HEADER + "[HKEY_USERS\\" + 256 * "k" + "]\n", "cannot hold")):
+            other.write_text(text, encoding="utf-8")
+            self.refused("registry", "import", str(other), message=message)
+        self.refused("registry", "import", str(other) + ".3", message="other.reg.3: not found")
+        self.assertEqual(self.file.read_bytes(), before)
+        self.write('[HKEY_USERS\\K]\r\n"v"=hex(40000003):00\r\n')
+        for text in ('[HKEY_USERS\\K]\n"v"="new"\n', "[-HKEY_USERS\\K]\n", '[HKEY_USERS\\K]\n"v"=-\n'):
+            other.write_text(HEADER + text, encoding="utf-8")
+            self.refused("registry", "import", str(other), message="write-protected")
+
     def test_only_what_is_named_is_shown_and_changes(self):
         before = '; mine\r\n[HKEY_USERS\\K]\r\n"v" = hex:01 ; one\r\n"a"="x"\r\n[HKEY_USERS\\Kx]\r\n"b"="y"\r\n'
         self.write(before)
@@ -73,13 +126,17 @@ class Registry(KxTest):
     def test_what_is_refused(self):
         for arguments, message in (
             ("", "say what to do"), ("list", "no 'list' here"), ("get HKEY_USERS", "other operands"),
-            ("show a b", "other operands"), ("get HKCU v", "does not start with a root's name"),
+            ("show a b", "other operands"), ("get HKXX v", "does not start with a root's name"),
             ("set -t word HKEY_USERS v 1", "no type 'word'"), ("set -t hex HKEY_USERS v 1", "'1' is no hex"),
             ("set -t codepage HKEY_USERS v 65536", "is no codepage"),
         ):
             with self.subTest(message):
                 self.refused("registry", *arguments.split(), status=2, message=message)
         self.refused("registry", "-f", "", "show", status=2, message="-f needs the name of a file")
+        self.refused("registry", "-f", 4096 * "f", "show", status=2, message="the path is too long")
+        for command in ("show", "get HKU v", "export", "unset HKU v", "delete HKU\\k"):
+            self.refused("registry", "-f", str(self.file), *command.split(), message="registry.reg: not found")
+        self.assertEqual(self.kx("registry", "show"), HEADER.replace("\r", ""), "the library's own is empty at first")
         self.refused("registry", "set", "HKEY_USERS\\" + 256 * "k", "v", "1", message="a name that the file cannot")
         self.refused("registry", "get", "HKEY_USERS", "v", message="not found")
         self.refused("registry", "show", "HKEY_USERS", message="not found")
@@ -108,6 +165,33 @@ class Registry(KxTest):
         japan = "932, default of the country"
         self.assertEqual(self.in_force("-l", "DE", KX_SYSTEM_LANGID="0411")[0], f"EN {japan} {japan}")
         self.assertNotIn("DE", self.file.read_text(encoding="utf-8"), "nor in a file that is there")
+
+    def test_code_pages_are_set_by_their_names(self):
+        self.kx("codepages", "set", "FR", "--dos", "852", "--windows", "1250")
+        self.kx("codepages", "set", "fr", "--dos=850")
+        self.assertEqual(self.in_force(), ["EN 437, the system's 1252, the system's", "FR 850, stored 1250, stored"])
+        self.kx("registry", "set", "-t", "link", FRENCH, "DOS Code Page", "<\\HKEY_USERS\\K\\v>")
+        self.kx("codepages", "set", "FR", "--dos", "866")
+        self.assertEqual(self.kx("registry", "get", "-t", "hex", "HKU\\K", "v"), "866\n")
+        self.write("[" + FRENCH + ']\r\n"DOS Code Page"=hex(c0000002):54,03\r\n')
+        self.refused("codepages", "set", "FR", "--dos", "850", message="cannot be stored (status 5)")
+        for arguments, message in (
+            ("set", "a language"), ("set FR", "--dos or"), ("set LANGUAGES --dos 852", "at most 7"), ("852 850", "one page"),
+            ("set FR --dos 999", "no code page '999'"), ("85x", "no code page '85x'"), ("--dos 852", "go with set"),
+        ):
+            self.refused("codepages", *arguments.split(), status=2, message=message)
+
+    def test_a_page_as_a_table(self):
+        for page in (437, 852, 866, 1251):
+            rows = [line for line in self.kx("codepages", str(page)).splitlines() if line]
+            self.assertEqual(len(rows), 17)
+            for byte in range(0x20, 0x100):
+                cell = rows[1 + byte // 16].ljust(40)[4 + 2 * (byte % 16)]
+                character = bytes([byte]).decode(f"cp{page}", errors="replace")
+                if byte not in (0x7F, 0xA0, 0xA6, 0xAD, 0x98, 0xFF, 0xF0):  # without a shape, or united with another
+                    self.assertEqual(cell, character, (page, hex(byte)))
+            self.assertEqual(rows[1][6:9], "" if page == 1251 else "☺ ☻")
+        self.assertIn("by a rule", self.kx("codepages", "950"))
 
     def test_table_sizes(self):
         lines = [" ".join(line.split()) for line in self.kx("codepages", "-l", "EN").splitlines()]

@@ -6,13 +6,16 @@
 #include <kxstr/platform.h>
 #include <vector>
 
+#include "codepage/selection.h"
 #include "command.h"
 #include "files.h"
 #include "options.h"
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
 #include "platform/portable/registry_store.h"
+#include "platform/portable/settings_file.h"
 #include "platform/portable/utf8.h"
+#include "platform/roots.h"
 #include "platform/system.h"
 #include "registry/link_engine.h"
 #include "registry/values.h"
@@ -29,25 +32,31 @@ constexpr std::uint32_t kBinaryType = 3;
 constexpr std::uint32_t kNumberType = 4;
 
 constexpr Option kOptions[] = {
-    {'t', "type", "TYPE", "what VALUE is: text (default), dword, codepage, link or hex"},
+    {'t', "type", "TYPE", "what VALUE is: text, dword, codepage, link or hex"},
     {'f', "file", "FILE", "the settings file; default: that of the library"},
 };
 
 constexpr Usage kUsageText{
-    "kx registry", "[-f FILE] show [KEY] | get KEY NAME | set [-t TYPE] KEY NAME VALUE | unset KEY NAME",
+    "kx registry", "[-f FILE] COMMAND [OPERAND...]",
     "Reads and writes the registry of the library, a text file. KEY is a full path such as\n"
-    "'HKEY_CURRENT_USER\\Software\\Norvane'; letter case does not count. The NAME '' is the key's\n"
-    "default value.\n\n"
-    "  show    print a key and all below it, or everything, in the format of the file; behind a link\n"
-    "          that reads one value and writes another, a remark tells which it writes\n"
-    "  get     print one value: a text or a link as it is, a dword or a code page in decimal, other\n"
-    "          data in hexadecimal\n"
-    "  set     write one value; nothing else in the file changes\n"
-    "  unset   remove one value",
+    "'HKEY_CURRENT_USER\\Software\\Norvane', or 'HKCU\\Software\\Norvane'; letter case does not count.\n"
+    "The NAME '' is the key's default value.\n\n"
+    "  show [KEY]                      print a key and all below it, or everything, in the format of the\n"
+    "                                  file; behind a link that reads one value and writes another, a\n"
+    "                                  remark tells which it writes\n"
+    "  get KEY NAME                    print one value: a text or a link as it is, a dword or a code page\n"
+    "                                  in decimal, other data in hexadecimal\n"
+    "  set [-t TYPE] KEY NAME VALUE    write one value; nothing else in the file changes\n"
+    "  unset KEY NAME                  remove one value\n"
+    "  delete KEY                      remove a key and all below it\n"
+    "  export [KEY]                    print as show does, for another registry to import\n"
+    "  import FILE                     take over what FILE sets and removes",
     kOptions,
     "TYPE dword is 32 bits, codepage 16 bits under the type of the code page settings, link an\n"
-    "expression such as '<Key\\Value>', hex pairs of digits such as '01 ff'.\n"
-    "set and unset change the value itself, also where it is a link, and leave write-protected ones\n"
+    "expression such as '<Key\\Value>', hex pairs of digits such as '01 ff'. Without a TYPE the code\n"
+    "pages of the library's settings are codepage, everything else is text.\n"
+    "Short roots: HKCR, HKCU, HKLM, HKU, HKCC.\n"
+    "Changes are made to the value itself, also where it is a link; write-protected ones are left\n"
     "alone. Names and texts are UTF-8.\n"
     "Exit status: 0 done, 1 the value is not there or the file said no, 2 the command line is wrong."};
 
@@ -91,19 +100,26 @@ std::string remark_on(const RegistryValue &value) {
     return "; writing through it sets HKEY_CURRENT_USER\\" + platform::to_utf8(target_path) + "\n";
 }
 
-int show(const RegistryFile &file, const std::u16string &path) {
+enum class Remarks : bool { none, on_links };
+
+// Paths in upper case; the empty one is above all.
+bool is_at_or_below(const std::u16string &path, const std::u16string &top) {
+    return top.empty() || path == top || path.starts_with(top + u'\\');
+}
+
+int print(const RegistryFile &file, const std::u16string &path, Remarks remarks) {
     std::fputs(platform::empty_registry().text.c_str(), stdout);
     const std::u16string top = platform::upper_case(path);
     for (const auto &[upper, key] : file.keys) {
-        const bool inside = path.empty() || upper == top || upper.starts_with(top + u'\\');
-        if (!inside || !key.insert_at) continue;
+        if (!is_at_or_below(upper, top) || !key.insert_at) continue;
         std::printf("\n[%s]\n", platform::to_utf8(key.path).c_str());
         std::vector<const RegistryValue *> values;
         for (const auto &entry : key.values)
             values.push_back(&entry.second);
         std::ranges::sort(values, {}, &RegistryValue::line);
         for (const RegistryValue *value : values)
-            std::printf("%s\n%s", platform::value_line(*value).c_str(), remark_on(*value).c_str());
+            std::printf("%s\n%s", platform::value_line(*value).c_str(),
+                        remarks == Remarks::on_links ? remark_on(*value).c_str() : "");
     }
     return kSuccess;
 }
@@ -186,50 +202,126 @@ Typed typed_value(const std::string &type, const std::string &text) {
     return {0, {}};
 }
 
+// What a value is that nobody gives a type for.
+std::string usual_type(const ValuePath &value_path) {
+    const std::u16string key = platform::upper_case(value_path.key);
+    const std::u16string name = platform::upper_case(value_path.name);
+    const auto is = [&name](const char *setting) {
+        return name == platform::upper_case(platform::ansi_to_wide(setting));
+    };
+    const std::u16string code_pages = platform::upper_case(platform::ansi_to_wide(kxstr::codepage::kCodePageSettings));
+    const bool is_setting = key.starts_with(code_pages) && key.find(u'\\', code_pages.size()) == key.npos;
+    return is_setting && (is(kxstr::codepage::kDosValue) || is(kxstr::codepage::kWindowsValue)) ? "codepage" : "text";
+}
+
 bool is_protected(const RegistryFile &file, const ValuePath &value_path) {
     const RegistryValue *value = file.find_value(value_path.key, value_path.name);
     return value != nullptr && (value->type & registry::kWriteProtected) != 0;
 }
 
-std::uint32_t set(const ValuePath &value_path, const Typed &value) {
-    return platform::change_registry([&](const RegistryFile &file) -> platform::RegistryChange {
-        if (is_protected(file, value_path)) return {platform::kAccessDenied, {}};
-        auto text = platform::with_value(file, value_path.key, value_path.name, value.type, *value.data);
-        if (!text) return {platform::kBadParameter, {}};
-        return {platform::kSuccess, std::move(*text)};
-    });
+using Change = platform::RegistryChange;
+
+Change changed(std::optional<std::string> text) {
+    return text ? Change{platform::kSuccess, std::move(*text)} : Change{platform::kBadParameter, {}};
 }
 
-std::uint32_t unset(const ValuePath &value_path) {
-    return platform::change_registry([&](const RegistryFile &file) -> platform::RegistryChange {
-        if (file.find_value(value_path.key, value_path.name) == nullptr) return {platform::kNotFound, {}};
-        if (is_protected(file, value_path)) return {platform::kAccessDenied, {}};
-        return {platform::kSuccess, platform::without_value(file, value_path.key, value_path.name)};
+Change set(const RegistryFile &file, const ValuePath &value_path, const Typed &value) {
+    if (is_protected(file, value_path)) return {platform::kAccessDenied, {}};
+    return changed(platform::with_value(file, value_path.key, value_path.name, value.type, *value.data));
+}
+
+Change unset(const RegistryFile &file, const ValuePath &value_path) {
+    if (file.find_value(value_path.key, value_path.name) == nullptr) return {platform::kNotFound, {}};
+    if (is_protected(file, value_path)) return {platform::kAccessDenied, {}};
+    return {platform::kSuccess, platform::without_value(file, value_path.key, value_path.name)};
+}
+
+// Whether the change leaves each write-protected value as it is.
+bool keeps_protected(const RegistryFile &file, const RegistryFile &after) {
+    for (const auto &[path, key] : file.keys) {
+        for (const auto &[name, value] : key.values) {
+            if ((value.type & registry::kWriteProtected) == 0) continue;
+            const RegistryValue *const now = after.find_value(path, name);
+            if (now == nullptr || now->type != value.type || now->data != value.data) return false;
+        }
+    }
+    return true;
+}
+
+Change without_touching_protected(const RegistryFile &file, std::optional<std::string> text) {
+    const auto after = text ? platform::parse_registry(*text) : std::nullopt;
+    if (!after) return {platform::kBadParameter, {}};
+    if (!keeps_protected(file, *after)) return {platform::kAccessDenied, {}};
+    return {platform::kSuccess, std::move(*text)};
+}
+
+Change remove(const RegistryFile &file, const std::u16string &key) {
+    if (file.find_key(key) == nullptr) return {platform::kNotFound, {}};
+    return without_touching_protected(file, platform::without_key(file, key));
+}
+
+// The full path of a key, where HKCU and the like stand for their roots.
+std::optional<std::u16string> key_path_of(const std::string &given) {
+    static constexpr struct {
+        std::string_view name;
+        platform::KeyHandle root;
+    } kShortRoots[] = {{"HKCR", platform::kClassesRoot},
+                       {"HKCU", platform::kCurrentUser},
+                       {"HKLM", platform::kLocalMachine},
+                       {"HKU", platform::kUsers},
+                       {"HKCC", platform::kCurrentConfig}};
+    auto path = platform::from_utf8(given);
+    if (!path) return std::nullopt;
+    const std::size_t length = std::min(path->find(u'\\'), path->size());
+    const std::u16string first = platform::upper_case(path->substr(0, length));
+    for (const auto &[name, key] : kShortRoots) {
+        if (!std::ranges::equal(first, name)) continue;
+        const auto root = std::ranges::find(platform::kRoots, key, &platform::Root::key);
+        path->replace(0, length, std::u16string(root->name.begin(), root->name.end()));
+        break;
+    }
+    return platform::full_key_path(*path);
+}
+
+struct Operands {
+    const char *command;
+    std::size_t least, most;
+};
+constexpr Operands kCommands[] = {{"show", 0, 1},   {"get", 2, 2},    {"set", 3, 3},   {"unset", 2, 2},
+                                  {"delete", 1, 1}, {"export", 0, 1}, {"import", 1, 1}};
+
+int import_file(const std::string &path, const std::string &settings_path) {
+    platform::FileContent content;
+    std::uint32_t status = platform::read_file(path, content);
+    const auto other = status == platform::kSuccess ? platform::parse_registry(std::move(content.bytes)) : std::nullopt;
+    if (!other) return fail(path, status == platform::kSuccess ? std::uint32_t{platform::kDamaged} : status);
+    status = platform::change_registry([&](const RegistryFile &file) {
+        return without_touching_protected(file, platform::with_all_of(file, *other));
     });
+    return status == platform::kSuccess ? kSuccess : fail(settings_path, status);
 }
 
 } // namespace
 
 int run_registry(int argc, char **argv) {
-    std::string type = "text";
+    std::string type;
     std::string file;
     const Parsed parsed =
         parse_options(argc, argv, kUsageText, [&](int id, const std::string &argument) -> std::string {
             if (id == 'f') file = argument;
             if (id == 't') type = argument;
             if (id == 'f' && file.empty()) return "-f needs the name of a file";
-            if (typed_value(type, "").type == 0) return "no type '" + type + "'";
+            if (id == 't' && typed_value(type, "").type == 0) return "no type '" + type + "'";
             return file.size() < KX_REGISTRY_PATH_SIZE ? "" : "the path is too long";
         });
     if (parsed.stop) return parsed.status;
-    const std::vector<std::string> operands(argv + parsed.first_operand, argv + argc);
-    const std::string command = operands.empty() ? "" : operands[0];
-    const std::size_t least = command == "show" ? 1 : command == "set" ? 4 : 3;
-    const std::size_t most = command == "show" ? 2 : least;
-    if (command != "show" && command != "get" && command != "set" && command != "unset") {
-        return usage_error(kUsageText, command.empty() ? "say what to do" : "no '" + command + "' here");
-    }
-    if (operands.size() < least || operands.size() > most) {
+    std::vector<std::string> operands(argv + parsed.first_operand, argv + argc);
+    if (operands.empty()) return usage_error(kUsageText, "say what to do");
+    const std::string command = operands[0];
+    operands.erase(operands.begin());
+    const auto *const known = std::ranges::find(kCommands, command, &Operands::command);
+    if (known == std::end(kCommands)) return usage_error(kUsageText, "no '" + command + "' here");
+    if (operands.size() < known->least || operands.size() > known->most) {
         return usage_error(kUsageText, command + " takes other operands");
     }
 
@@ -239,44 +331,55 @@ int run_registry(int argc, char **argv) {
         std::snprintf(settings.registry_path, sizeof settings.registry_path, "%s", file.c_str());
         KxPlatformSet(&settings);
     }
-    if (*settings.registry_path == 0) return fail("no settings file (KX_REGISTRY)", platform::kNotFound);
+    const std::string settings_path = settings.registry_path;
+    if (settings_path.empty()) return fail("no settings file (KX_REGISTRY)", platform::kNotFound);
+    if (command == "import") return import_file(operands[0], settings_path);
 
     ValuePath value_path;
-    if (operands.size() > 1) {
-        const auto given = platform::from_utf8(operands[1]);
-        const auto path = given ? platform::full_key_path(*given) : std::nullopt;
-        if (!path) return usage_error(kUsageText, "'" + operands[1] + "' does not start with a root's name");
+    if (!operands.empty()) {
+        const auto path = key_path_of(operands[0]);
+        if (!path) return usage_error(kUsageText, "'" + operands[0] + "' does not start with a root's name");
         value_path.key = *path;
     }
-    if (operands.size() > 2) {
-        const auto name = platform::from_utf8(operands[2]);
+    if (operands.size() > 1) {
+        const auto name = platform::from_utf8(operands[1]);
         if (!name) return usage_error(kUsageText, "the name is not UTF-8");
         value_path.name = *name;
     }
 
     if (command == "set") {
-        const Typed value = typed_value(type, operands[3]);
-        if (!value.data) return usage_error(kUsageText, "'" + operands[3] + "' is no " + type);
-        const std::uint32_t status = set(value_path, value);
-        return status == platform::kSuccess ? kSuccess : fail(settings.registry_path, status);
+        if (type.empty()) type = usual_type(value_path);
+        const Typed value = typed_value(type, operands[2]);
+        if (!value.data) return usage_error(kUsageText, "'" + operands[2] + "' is no " + type);
+        const std::uint32_t status =
+            platform::change_registry([&](const RegistryFile &now) { return set(now, value_path, value); });
+        return status == platform::kSuccess ? kSuccess : fail(settings_path, status);
     }
-    if (command == "unset") {
-        const std::uint32_t status = unset(value_path);
-        return status == platform::kSuccess ? kSuccess : fail(operands[2], status);
+    // Only what writes something new makes a file.
+    platform::FileIdentity identity;
+    if (const std::uint32_t status = platform::identify_file(settings_path.c_str(), identity);
+        !file.empty() && status != platform::kSuccess) {
+        return fail(settings_path, status);
+    }
+    if (command == "unset" || command == "delete") {
+        const std::uint32_t status = platform::change_registry([&](const RegistryFile &now) {
+            return command == "unset" ? unset(now, value_path) : remove(now, value_path.key);
+        });
+        return status == platform::kSuccess ? kSuccess : fail(operands.back(), status);
     }
     std::shared_ptr<const RegistryFile> contents;
     const std::uint32_t status = platform::read_registry(contents);
-    if (status != platform::kSuccess) return fail(settings.registry_path, status);
-    if (command == "show") {
-        if (!value_path.key.empty() && contents->find_key(value_path.key) == nullptr) {
-            return fail(operands[1], platform::kNotFound);
-        }
-        return show(*contents, value_path.key);
+    if (status != platform::kSuccess) return fail(settings_path, status);
+    if (command == "get") {
+        const RegistryValue *value = contents->find_value(value_path.key, value_path.name);
+        if (value == nullptr) return fail(operands[1], platform::kNotFound);
+        std::printf("%s\n", readable(*value).c_str());
+        return kSuccess;
     }
-    const RegistryValue *value = contents->find_value(value_path.key, value_path.name);
-    if (value == nullptr) return fail(operands[2], platform::kNotFound);
-    std::printf("%s\n", readable(*value).c_str());
-    return kSuccess;
+    if (!value_path.key.empty() && contents->find_key(value_path.key) == nullptr) {
+        return fail(operands[0], platform::kNotFound);
+    }
+    return print(*contents, value_path.key, command == "show" ? Remarks::on_links : Remarks::none);
 }
 
 std::vector<std::string> keys_below(const std::string &path) {

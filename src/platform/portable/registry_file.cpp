@@ -119,12 +119,16 @@ class Parser {
         const auto parts = split_path(*path);
         if (parts.empty() || parts.size() > kMaxDepth) return false;
         key_ = nullptr;
+        section_ = nullptr;
         in_section_ = true;
         if (!is_root_name(parts[0])) return true;
         if (removed) {
             remove_key(joined(parts));
+            file_.removals.push_back({joined(parts), std::nullopt});
         } else {
             key_ = &add_key(joined(parts));
+            file_.sections.push_back({upper_case(joined(parts)), line_, at_});
+            section_ = &file_.sections.back();
             key_->insert_at = at_;
         }
         return true;
@@ -171,9 +175,11 @@ class Parser {
         if (!rest_is_blank(true)) return false;
         if (key_ == nullptr) return true;
         key_->insert_at = at_;
+        section_->end = at_;
         std::u16string name = upper_case(value.name);
         if (removed) {
             key_->values.erase(name);
+            file_.removals.push_back({key_->path, value.name});
         } else if (const auto [earlier, is_new] = key_->values.try_emplace(std::move(name), std::move(value));
                    !is_new) {
             value.hidden = std::move(earlier->second.hidden);
@@ -304,6 +310,7 @@ class Parser {
     std::size_t at_ = 0;
     std::size_t line_ = 0;       // start of the line at hand
     RegistryKey *key_ = nullptr; // null in a section that means nothing
+    RegistrySection *section_ = nullptr;
     bool in_section_ = false;
 };
 
@@ -379,7 +386,7 @@ std::string_view end_of_line_in(std::string_view text) {
 
 // The path with the keys that exist already spelled as they are in the file.
 std::u16string known_spelling(const RegistryFile &file, std::u16string_view path) {
-    const std::u16string full = joined(split_path(path));
+    std::u16string full = joined(split_path(path));
     const std::u16string upper = upper_case(full);
     for (std::size_t length = upper.size(); length != std::u16string::npos && length != 0;
          length = upper.rfind(u'\\', length - 1)) {
@@ -389,16 +396,29 @@ std::u16string known_spelling(const RegistryFile &file, std::u16string_view path
     return full;
 }
 
+bool is_too_long(std::u16string_view path) {
+    return std::ranges::any_of(split_path(path), [](std::u16string_view part) { return part.size() > kMaxKeyName; });
+}
+
 // The text with lines for a new key at its end; `insert_at` is behind them. Nothing for a name that keys cannot have.
 std::optional<std::string> with_section(const RegistryFile &file, std::u16string_view path, std::size_t &insert_at) {
-    const auto is_too_long = [](std::u16string_view part) { return part.size() > kMaxKeyName; };
-    if (std::ranges::any_of(split_path(path), is_too_long)) return std::nullopt;
+    if (is_too_long(path)) return std::nullopt;
     const std::string_view end_of_line = end_of_line_in(file.text);
     std::string text = file.text;
     if (!text.ends_with('\n')) text += end_of_line;
     text.append(end_of_line).append("[").append(to_utf8(known_spelling(file, path))).append("]").append(end_of_line);
     insert_at = text.size();
     return text;
+}
+
+// In the order of their lines.
+template <class Entry> std::vector<const Entry *> by_line(const std::map<std::u16string, Entry> &entries) {
+    std::vector<const Entry *> sorted;
+    sorted.reserve(entries.size());
+    for (const auto &entry : entries)
+        sorted.push_back(&entry.second);
+    std::ranges::sort(sorted, {}, &Entry::line);
+    return sorted;
 }
 
 } // namespace
@@ -434,7 +454,9 @@ std::optional<std::u16string> full_key_path(std::u16string_view path) {
 }
 
 RegistryFile empty_registry() {
-    return {std::string(kHeader) + '\n', {}};
+    RegistryFile file;
+    file.text = std::string(kHeader) + '\n';
+    return file;
 }
 
 std::optional<RegistryFile> parse_registry(std::string bytes) {
@@ -505,6 +527,83 @@ std::string without_value(const RegistryFile &file, std::u16string_view path, st
         at = std::min(file.text.find('\n', data_end), file.text.size() - 1) + 1;
     }
     return text.append(file.text, at);
+}
+
+std::string without_key(const RegistryFile &file, std::u16string_view path) {
+    const std::u16string upper = upper_case(path);
+    const std::u16string below = upper + u'\\';
+    std::string text;
+    std::size_t at = 0;
+    for (const RegistrySection &section : file.sections) {
+        if (section.path != upper && !section.path.starts_with(below)) continue;
+        text.append(file.text, at, section.begin - at);
+        at = section.end;
+    }
+    return text.append(file.text, at);
+}
+
+std::optional<std::string> with_all_of(const RegistryFile &file, const RegistryFile &other) {
+    RegistryFile base = file;
+    for (const RegistryRemoval &removal : other.removals) {
+        auto parsed = parse_registry(removal.name ? without_value(base, removal.path, *removal.name)
+                                                  : without_key(base, removal.path));
+        if (!parsed) return std::nullopt;
+        base = std::move(*parsed);
+    }
+    // All changes are places of one text: it is parsed once, however many there are.
+    struct Change {
+        std::size_t at, size;
+        std::string text;
+    };
+    std::vector<Change> changes;
+    const std::string_view end_of_line = end_of_line_in(base.text);
+    std::string at_end = base.text.ends_with('\n') ? "" : std::string(end_of_line);
+    for (const RegistryKey *key : by_line<RegistryKey>(other.keys)) {
+        if (!key->insert_at) continue;
+        const RegistryKey *const own = base.find_key(key->path);
+        const bool has_lines = own != nullptr && own->insert_at.has_value();
+        std::string lines;
+        if (!has_lines) {
+            const std::u16string path = known_spelling(base, key->path);
+            if (is_too_long(path)) return std::nullopt;
+            lines.append(end_of_line).append("[").append(to_utf8(path)).append("]").append(end_of_line);
+        }
+        for (const RegistryValue *value : by_line<RegistryValue>(key->values)) {
+            if (const RegistryValue *old = own != nullptr ? own->find_value(value->name) : nullptr) {
+                changes.push_back({old->begin, old->end - old->begin,
+                                   data_text(value->type, value->data, old->begin - old->line, end_of_line)});
+            } else {
+                lines.append(value_line(*value, end_of_line)).append(end_of_line);
+            }
+        }
+        if (!has_lines) {
+            at_end += lines;
+        } else if (!lines.empty()) {
+            const std::size_t insert_at = own->insert_at.value_or(0);
+            const bool whole_line = base.text[insert_at - 1] == '\n';
+            changes.push_back({insert_at, 0, whole_line ? lines : std::string(end_of_line).append(lines)});
+        }
+    }
+    std::ranges::sort(changes, {}, &Change::at);
+    std::string text;
+    std::size_t at = 0;
+    for (const Change &change : changes) {
+        text.append(base.text, at, change.at - at).append(change.text);
+        at = change.at + change.size;
+    }
+    text.append(base.text, at).append(at_end);
+    const auto parsed = parse_registry(text);
+    if (!parsed) return std::nullopt;
+    for (const auto &[upper, key] : other.keys) {
+        const RegistryKey *const own = parsed->find_upper_case_key(upper);
+        if (key.insert_at && own == nullptr) return std::nullopt;
+        for (const auto &[name, value] : key.values) {
+            const RegistryValue *const read_back = own->find_value(name);
+            if (read_back == nullptr || read_back->type != value.type || read_back->data != value.data)
+                return std::nullopt;
+        }
+    }
+    return text;
 }
 
 std::string value_line(const RegistryValue &value, std::string_view end_of_line) {

@@ -34,9 +34,23 @@ struct RegistryKey {
     const RegistryValue *find_value(std::u16string_view name) const;
 };
 
+// The lines of a key and its values, in one place of a file.
+struct RegistrySection {
+    std::u16string path; // in upper case
+    std::size_t begin, end;
+};
+
+// `[-key]` or, with a name, `"name"=-`.
+struct RegistryRemoval {
+    std::u16string path;
+    std::optional<std::u16string> name;
+};
+
 struct RegistryFile {
     std::string text;                           // UTF-8
     std::map<std::u16string, RegistryKey> keys; // by path in upper case; without keys that only lead to others
+    std::vector<RegistrySection> sections;
+    std::vector<RegistryRemoval> removals;
 
     // Null for no such key. One that only leads to others is an empty key.
     const RegistryKey *find_key(std::u16string_view path) const;
@@ -62,6 +76,11 @@ std::optional<std::string> with_value(const RegistryFile &file, std::u16string_v
                                       std::uint32_t type, std::span<const std::uint8_t> data);
 // The value's line goes; a file without the value comes back as it is.
 std::string without_value(const RegistryFile &file, std::u16string_view path, std::u16string_view name);
+
+// The lines of a key and of all below it go, with the remarks between them; remarks behind the last value stay.
+std::string without_key(const RegistryFile &file, std::u16string_view path);
+// With the removals, keys and values of another file. Nothing when the text cannot hold them.
+std::optional<std::string> with_all_of(const RegistryFile &file, const RegistryFile &other);
 
 // A value as it stands in a line: `"name"=dword:00000001`. Long data goes on over several lines.
 std::string value_line(const RegistryValue &value, std::string_view end_of_line = "\n");
