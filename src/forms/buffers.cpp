@@ -79,28 +79,21 @@ std::uint32_t native_to_stream(Native which, std::uint8_t *destination, const ch
     return static_cast<std::uint32_t>(to.written + out.finish() + 1);
 }
 
-bool has_extended(const std::uint8_t *stream) noexcept {
-    for (;;) {
-        const std::uint8_t *const end = simd::kernels().skip_characters(stream);
-        const auto run = static_cast<std::size_t>(end - stream);
-        if (length_within(stream, run, kExtended) < run) return true;
-        if (*end == 0) return false;
-        stream = end + step(end);
-    }
-}
-
 // In place: no code grows, so the output never overtakes what is still to be read, and the room for the stripped stream
-// is room enough. As long as the descriptors are not filled, extended characters go one by one: only one that is
-// converted asks for a descriptor.
+// is room enough. As long as the descriptors are not filled, only a stripped stream with extended characters asks for
+// one.
 std::uint32_t stream_to_native(Native which, char *destination, const std::uint8_t *source,
                                std::uint16_t count) noexcept {
     if (count == 0) return 0;
     std::uint8_t *const stream = bytes_of(destination);
     const std::size_t room = count - 1u;
     NativePage page(which);
-    if (!NativePage::is_filled() && !has_extended(source))
-        return static_cast<std::uint32_t>(strip_stream(stream, source, room, kLineEnds) + 1);
-    if (const std::uint16_t *const map = NativePage::is_filled() ? page.from_kx_map() : nullptr; map != nullptr)
+    if (!NativePage::is_filled()) {
+        const std::size_t length = strip_stream(stream, source, room, kLineEnds);
+        if (length_within(stream, length, kExtended) == length) return static_cast<std::uint32_t>(length + 1);
+        source = stream;
+    }
+    if (const std::uint16_t *const map = page.from_kx_map(); map != nullptr)
         return static_cast<std::uint32_t>(strip_to_native(stream, source, room, map) + 1);
 
     ByteWriter out(stream, room);

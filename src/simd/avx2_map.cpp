@@ -36,7 +36,7 @@ bool has_zero(__m256i units) noexcept {
     return _mm256_movemask_epi8(_mm256_cmpeq_epi16(units, _mm256_setzero_si256())) != 0;
 }
 
-__m256i look_up16(const std::uint16_t *map, const std::uint16_t *units) noexcept {
+template <class Unit> __m256i look_up16(const std::uint16_t *map, const Unit *units) noexcept {
     return _mm256_inserti128_si256(_mm256_castsi128_si256(look_up8(map, units)), look_up8(map, units + kGroup), 1);
 }
 
@@ -56,9 +56,7 @@ void map_block(const std::uint16_t *map, const std::uint8_t *source, std::uint16
         store(destination, units);
         return;
     }
-    alignas(32) std::uint16_t copy[kUnits];
-    store(copy, units);
-    store(destination, look_up16(map, copy));
+    store(destination, look_up16(map, source));
 }
 
 } // namespace

@@ -120,7 +120,7 @@ Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std
                       std::size_t room) noexcept {
     Progress done{};
     // 0xF0, index, set, 0xF0; a byte alone stands at the place of the index.
-    const auto codes_of = [](__m256i units) {
+    const auto stream_codes = [](__m256i units) {
         return _mm512_or_si512(_mm512_slli_epi32(_mm512_cvtepu16_epi32(units), 8),
                                _mm512_set1_epi32(static_cast<int>(0xF00000F0)));
     };
@@ -132,7 +132,7 @@ Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std
              done.read += kUnits) {
             const __m256i units = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(characters + done.read));
             const std::uint64_t stay = bits_of_four(_mm256_cmpgt_epu16_mask(units, last_single)) | kSingles;
-            _mm512_storeu_si512(stream + done.written, _mm512_maskz_compress_epi8(stay, codes_of(units)));
+            _mm512_storeu_si512(stream + done.written, _mm512_maskz_compress_epi8(stay, stream_codes(units)));
             done.written += count_of(stay);
         }
     }
@@ -149,7 +149,7 @@ Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std
             return {done.read + rest.read, done.written + rest.written};
         }
         done.read += size;
-        done.written += store_some(stream + done.written, codes_of(units), stay);
+        done.written += store_some(stream + done.written, stream_codes(units), stay);
     }
     return done;
 }

@@ -9,18 +9,27 @@
 namespace kxstr::simd {
 namespace {
 
+// The values of the four units of so many bits that a word has lowest.
+template <unsigned Bits>
+[[gnu::always_inline]] inline __m128i look_up4(const std::uint16_t *map, std::uint64_t units) noexcept {
+    constexpr std::uint64_t kUnit = (std::uint64_t{1} << Bits) - 1;
+    __m128i values = _mm_cvtsi32_si128(map[units & kUnit]);
+    values = _mm_insert_epi16(values, map[units >> Bits & kUnit], 1);
+    values = _mm_insert_epi16(values, map[units >> 2 * Bits & kUnit], 2);
+    return _mm_insert_epi16(values, map[units >> 3 * Bits & kUnit], 3);
+}
+
 // The values of eight units, by one load each: on many processors a gather takes longer.
 [[gnu::always_inline]] inline __m128i look_up8(const std::uint16_t *map, const std::uint16_t *units) noexcept {
     std::uint64_t first = 0, second = 0;
     __builtin_memcpy(&first, units, sizeof first);
     __builtin_memcpy(&second, units + 4, sizeof second);
-    const auto four = [map](std::uint64_t of) {
-        __m128i values = _mm_cvtsi32_si128(map[of & 0xFFFF]);
-        values = _mm_insert_epi16(values, map[of >> 16 & 0xFFFF], 1);
-        values = _mm_insert_epi16(values, map[of >> 32 & 0xFFFF], 2);
-        return _mm_insert_epi16(values, map[of >> 48], 3);
-    };
-    return _mm_unpacklo_epi64(four(first), four(second));
+    return _mm_unpacklo_epi64(look_up4<16>(map, first), look_up4<16>(map, second));
+}
+[[gnu::always_inline]] inline __m128i look_up8(const std::uint16_t *map, const std::uint8_t *bytes) noexcept {
+    std::uint64_t all = 0;
+    __builtin_memcpy(&all, bytes, sizeof all);
+    return _mm_unpacklo_epi64(look_up4<8>(map, all), look_up4<8>(map, all >> 32));
 }
 
 } // namespace

@@ -65,6 +65,14 @@ std::size_t convert_units(const std::uint16_t *map, const std::uint16_t *source,
 }
 
 using ConvertUnit = std::uint16_t(std::uint16_t, std::uint32_t) noexcept;
+using ConvertText = std::size_t(const std::uint16_t *, std::size_t, std::uint16_t *) noexcept;
+
+// The exported functions count the 0, and have two limits.
+std::uint32_t convert_within(ConvertText convert, const std::uint16_t *source, std::size_t source_limit,
+                             std::uint16_t *destination, std::size_t destination_limit) noexcept {
+    const std::size_t limit = std::min(source_limit, destination_limit);
+    return static_cast<std::uint32_t>(std::min(convert(source, limit, destination) + 1, limit));
+}
 
 } // namespace
 
@@ -105,14 +113,6 @@ std::size_t from_kx(const KxChar *source, std::size_t limit, std::uint16_t *dest
     const std::uint32_t ansi_code_page = platform::ansi_code_page();
     return convert_units(find_map(maps_from_kx, ansi_code_page, convert), source, limit, destination, ansi_code_page,
                          convert);
-}
-
-// The same for the exported functions: they count the 0, and two limits.
-using ConvertText = std::size_t(const std::uint16_t *, std::size_t, std::uint16_t *) noexcept;
-static std::uint32_t convert_within(ConvertText convert, const std::uint16_t *source, std::size_t source_limit,
-                                    std::uint16_t *destination, std::size_t destination_limit) noexcept {
-    const std::size_t limit = std::min(source_limit, destination_limit);
-    return static_cast<std::uint32_t>(std::min(convert(source, limit, destination) + 1, limit));
 }
 
 } // namespace kxstr::unicode
