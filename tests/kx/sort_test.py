@@ -238,13 +238,20 @@ class Sorts(KxTest):
             file.write(lines)
             file.flush()
             results = []
-            for why, limit, status in (("six times the input is enough for keys", 6 * len(lines) + PROGRAM, 0),
-                                       ("without keys three times is", 3 * len(lines), 0),
-                                       ("twice, with the program in it, is not", 2 * len(lines), 1)):
-                result = kx("sort", "-l", "CZ", file.name,
+            long = 20 << 20
+            with open(file.name + ".long", "wb") as line:
+                line.write(b"b" * long)
+            self.addCleanup(os.remove, line.name)
+            too_large = b"not enough memory: the input is sorted as a whole"
+            for why, options, name, limit, fault in (
+                    ("six times the input is enough for keys", [], file.name, 6 * len(lines) + PROGRAM, b""),
+                    ("without keys three times is", [], file.name, 3 * len(lines), b""),
+                    ("twice, with the program in it, is not", [], file.name, 2 * len(lines), too_large),
+                    ("keys are written with four times the longest line", ["--keys"], line.name, 4 * long + PROGRAM, b""),
+                    ("but not with twice", ["--keys"], line.name, 2 * long, b"not enough memory for the longest line")):
+                result = kx("sort", "-l", "CZ", *options, name,
                             preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
-                self.assertEqual(result.returncode, status, why)
-                self.assertIn(b"not enough memory" if status else b"", result.stderr)
+                self.assertEqual((result.returncode, fault in result.stderr), (1 if fault else 0, True), why)
                 results.append(result.stdout)
             self.assertEqual(results[0], results[1], "keys order as the comparison does")
 
