@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <exception>
 #include <functional>
@@ -83,6 +84,8 @@ class Lines {
         const ByteSpan rest = ByteSpan(bytes_).subspan(place);
         return rest.first(reader_.first_line(rest).value_or(rest.size()));
     }
+
+    void prefetch(std::size_t place) const { __builtin_prefetch(bytes_.data() + place); }
 
     // Some whole lines from a place on.
     ByteSpan block_at(std::size_t place, std::size_t end) const {
@@ -293,14 +296,8 @@ std::uint64_t start_of(ByteSpan key) {
     return start;
 }
 
-// By the starts, one byte after another, in place; what few lines have in common is left to `less`, which is a total
-// order that begins with the starts.
-template <class Line, class Less> void radix_sort(std::span<Line> lines, unsigned shift, const Less &less) {
-    constexpr std::size_t few = 64;
-    if (lines.size() <= few) {
-        std::ranges::sort(lines, less);
-        return;
-    }
+// Puts the lines that have the same byte of the start together, in place. Where each group ends.
+template <class Line> std::array<std::size_t, 256> group_by_byte(std::span<Line> lines, int shift) {
     const auto byte_of = [shift](const Line &line) { return static_cast<std::uint8_t>(line.start >> shift); };
     std::array<std::size_t, 256> ends{};
     for (const Line &line : lines)
@@ -311,7 +308,6 @@ template <class Line, class Less> void radix_sort(std::span<Line> lines, unsigne
         ends[byte] += ends[byte - 1];
     }
     for (std::size_t byte = 0; byte < ends.size(); ++byte) {
-        const std::size_t first = byte == 0 ? 0 : ends[byte - 1];
         while (next[byte] != ends[byte]) {
             Line &line = lines[next[byte]];
             if (const std::uint8_t group = byte_of(line); group != byte) {
@@ -320,12 +316,43 @@ template <class Line, class Less> void radix_sort(std::span<Line> lines, unsigne
                 ++next[byte];
             }
         }
-        const std::span<Line> group = lines.subspan(first, ends[byte] - first);
-        if (shift != 0) {
-            radix_sort(group, shift - 8, less);
-        } else {
-            std::ranges::sort(group, less);
-        }
+    }
+    return ends;
+}
+
+constexpr int kFirstByte = 56;
+
+// By the starts, one byte after another from `shift` down; what few lines have in common is left to `less`, which is a
+// total order that begins with the starts.
+template <class Line, class Less> void radix_sort(std::span<Line> lines, int shift, const Less &less) {
+    constexpr std::size_t few = 64;
+    if (shift < 0 || lines.size() <= few) {
+        std::ranges::sort(lines, less);
+        return;
+    }
+    std::size_t begin = 0;
+    for (const std::size_t end : group_by_byte(lines, shift)) {
+        radix_sort(lines.subspan(begin, end - begin), shift - 8, less);
+        begin = end;
+    }
+}
+
+// What is left of the same work when all groups are small enough to be given to threads.
+template <class Line> struct Group {
+    std::span<Line> lines;
+    int shift;
+};
+
+template <class Line>
+void add_groups(std::span<Line> lines, int shift, std::size_t largest, std::vector<Group<Line>> &groups) {
+    if (shift < 0 || lines.size() <= largest) {
+        if (lines.size() > 1) groups.push_back({lines, shift});
+        return;
+    }
+    std::size_t begin = 0;
+    for (const std::size_t end : group_by_byte(lines, shift)) {
+        add_groups(lines.subspan(begin, end - begin), shift - 8, largest, groups);
+        begin = end;
     }
 }
 
@@ -361,9 +388,12 @@ template <class Place> class KeyedLines {
 
     void sort() {
         if (size_ < 2) return;
-        if (!is_total_ || request_.jobs > 1) spare_ = std::make_unique_for_overwrite<Item[]>(size_ / 2);
-        sort(items(), {spare_.get(), spare_ != nullptr ? size_ / 2 : 0}, request_.jobs);
-        spare_.reset();
+        if (is_total_) {
+            sort_groups();
+        } else {
+            const auto spare = std::make_unique_for_overwrite<Item[]>(size_ / 2);
+            sort_halves(items(), {spare.get(), size_ / 2}, request_.jobs);
+        }
     }
 
     std::span<Item> items() { return {items_.get(), size_}; }
@@ -427,72 +457,91 @@ template <class Place> class KeyedLines {
         return all;
     }
 
-    // The halves are those of merge_sort, so that with orders that are none the result does not hang on the threads.
-    void sort(std::span<Item> items, std::span<Item> spare, unsigned jobs) {
-        Order order(*this);
-        if (jobs > 1 && items.size() > 1) {
-            const std::size_t half = items.size() / 2;
-            in_threads(2, [&](unsigned side) {
-                const unsigned own = side == 0 ? jobs / 2 : jobs - jobs / 2;
-                if (side == 0) {
-                    sort(items.first(half), spare.first(half / 2), own);
-                } else {
-                    sort(items.subspan(half), spare.subspan(half / 2, (items.size() - half) / 2), own);
-                }
-            });
-            merge_halves(items, spare, order);
-        } else if (is_total_) {
+    void sort_groups() {
+        const unsigned jobs = request_.jobs;
+        std::vector<Group<Item>> groups;
+        add_groups(items(), kFirstByte, jobs > 1 ? size_ / jobs / 8 + 1 : size_, groups);
+        std::atomic<std::size_t> next = 0;
+        in_threads(jobs, [&](unsigned) {
+            Order order(*this);
             const auto less = [&order](const Item &a, const Item &b) {
                 const int result = order(a, b);
                 return result != 0 ? result < 0 : a.place < b.place;
             };
-            constexpr unsigned first_byte = 56;
-            radix_sort(items, first_byte, less);
-        } else {
+            for (std::size_t number = next++; number < groups.size(); number = next++)
+                radix_sort(groups[number].lines, groups[number].shift, less);
+        });
+    }
+
+    // The halves are those of merge_sort, so that with orders that are none the result does not hang on the threads.
+    void sort_halves(std::span<Item> items, std::span<Item> spare, unsigned jobs) {
+        Order order(*this);
+        if (jobs == 1 || items.size() < 2) {
             merge_sort(items, spare, order);
+            return;
         }
+        const std::size_t half = items.size() / 2;
+        in_threads(2, [&](unsigned side) {
+            if (side == 0) {
+                sort_halves(items.first(half), spare.first(half / 2), jobs / 2);
+            } else {
+                sort_halves(items.subspan(half), spare.subspan(half / 2, (items.size() - half) / 2), jobs - jobs / 2);
+            }
+        });
+        merge_halves(items, spare, order);
     }
 
     const SortRequest &request_;
     const Lines &lines_;
     KeyStore keys_;
     std::unique_ptr<Item[]> items_;
-    std::unique_ptr<Item[]> spare_;
     std::size_t size_ = 0;
     bool is_total_ = true; // all lines have keys: then the order is none of those that are none (see merge_sort.h)
 };
 
 // ---- Writing ----
 
-// Writes the lines of some items, of which `place_of` gives the places and `compare` the order.
-template <class Item, class PlaceOf, class Compare>
-bool write(const SortRequest &request, const Lines &lines, std::span<const Item> items, PlaceOf place_of,
-           Compare compare) {
+// Gathers the lines of some items, of which `place_of` gives the places.
+template <class Item, class PlaceOf>
+void gather(const Lines &lines, std::span<const Item> items, PlaceOf place_of, Bytes &out) {
+    constexpr std::size_t ahead = 8; // lines lie anywhere, and memory is slow to answer
+    out.clear();
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (i + ahead < items.size()) lines.prefetch(place_of(items[i + ahead]));
+        const ByteSpan line = lines.line_at(place_of(items[i]));
+        out.insert(out.end(), line.begin(), line.end());
+    }
+}
+
+// Leaves the first ones of equal items.
+template <class Item, class Compare> std::span<Item> first_of_equals(std::span<Item> items, Compare compare) {
+    const auto behind = std::unique(items.begin(), items.end(),
+                                    [&compare](const Item &a, const Item &b) { return compare(a, b) == 0; });
+    return {items.begin(), behind};
+}
+
+// Writes the lines of all items: some of each job's, in turn.
+template <class Item, class PlaceOf>
+bool write(const SortRequest &request, const Lines &lines, std::span<const Item> items, PlaceOf place_of) {
     // Only now: the output may be one of the inputs.
     Output output(kSortCommand, request.output);
     Progress progress(lines.size());
-    constexpr std::size_t piece = std::size_t{64} * 1024;
-    Bytes waiting;
-    waiting.reserve(2 * piece);
+    const std::size_t slice = std::clamp<std::size_t>(items.size() / 64, 1, 16384);
+    std::vector<Bytes> gathered(request.jobs);
     std::uint64_t done = 0;
-    const Item *written = nullptr;
-    for (const Item &item : items) {
-        if (request.unique && written != nullptr && compare(*written, item) == 0) continue;
-        written = &item;
-        const ByteSpan line = lines.line_at(place_of(item));
-        if (waiting.size() + line.size() > waiting.capacity()) {
-            if (!output.write(waiting)) return false;
-            done += waiting.size();
-            progress.at(done, "output");
-            waiting.clear();
+    while (!items.empty()) {
+        in_threads(request.jobs, [&](unsigned job) {
+            const std::size_t first = std::min(job * slice, items.size());
+            gather(lines, items.subspan(first, std::min(slice, items.size() - first)), place_of, gathered[job]);
+        });
+        items = items.subspan(std::min(request.jobs * slice, items.size()));
+        for (const Bytes &bytes : gathered) {
+            if (!output.write(bytes)) return false;
+            done += bytes.size();
         }
-        if (line.size() > piece) {
-            if (!output.write(line)) return false;
-        } else {
-            waiting.insert(waiting.end(), line.begin(), line.end());
-        }
+        progress.at(done, "output");
     }
-    return output.write(waiting) && output.close();
+    return output.close();
 }
 
 template <class Place> bool sort_by_texts(const SortRequest &request, const Lines &lines) {
@@ -513,8 +562,9 @@ template <class Place> bool sort_by_texts(const SortRequest &request, const Line
     std::vector<Place> spare(places.size() / 2);
     TextOrder order(request, lines);
     merge_sort<Place>(places, spare, order);
-    const bool written = write<Place>(
-        request, lines, places, [](Place place) { return place; }, [&order](Place a, Place b) { return order(a, b); });
+    std::span<Place> sorted = places;
+    if (request.unique) sorted = first_of_equals(sorted, std::ref(order));
+    const bool written = write<Place>(request, lines, sorted, [](Place place) { return place; });
     report.tell();
     return written;
 }
@@ -531,10 +581,12 @@ template <class Place> bool sort(const SortRequest &request, const Lines &lines)
         return sort_by_texts<Place>(request, lines);
     }
     using Item = KeyedLine<Place>;
-    typename KeyedLines<Place>::Order order(*keyed);
-    const bool written = write<Item>(
-        request, lines, keyed->items(), [](const Item &item) { return item.place; },
-        [&order](const Item &a, const Item &b) { return order(a, b); });
+    std::span<Item> sorted = keyed->items();
+    if (request.unique) {
+        typename KeyedLines<Place>::Order order(*keyed);
+        sorted = first_of_equals(sorted, std::ref(order));
+    }
+    const bool written = write<Item>(request, lines, sorted, [](const Item &item) { return item.place; });
     report.tell();
     return written;
 }
