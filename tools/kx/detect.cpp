@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdio>
 #include <kxdetect/detect.h>
+#include <new>
 
 #include "command.h"
 #include "files.h"
@@ -124,6 +125,7 @@ bool detect(const std::string &path, const Request &request) {
 std::vector<Guess> guess(std::span<const std::uint8_t> bytes, std::size_t most) {
     std::vector<KxDetectGuess> answers(std::min(most, kMostAnswers));
     answers.resize(KxDetect(bytes.data(), bytes.size(), answers.data(), answers.size()));
+    if (answers.empty()) throw std::bad_alloc();
     std::vector<Guess> guesses;
     for (const KxDetectGuess &answer : answers) {
         Guess one{answer.page, answer.language, answer.share / 1000.0, answer.broken, {}};
