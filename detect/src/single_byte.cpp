@@ -14,6 +14,7 @@ constexpr Cost kNat = 16;
 constexpr Cost kStrangeLetter = 10 * kNat;
 constexpr Cost kStrangePair = 7 * kNat;
 constexpr Cost kAfterStrange = 2 * kNat;
+constexpr Cost kNoLimit = std::numeric_limits<Cost>::max() / 2;
 constexpr Cost kHopeless = 100 * kNat; // worse than the best by so much
 constexpr Cost kUndefinedByte = 20 * kNat;
 constexpr Cost kControlByte = 14 * kNat;
@@ -90,7 +91,7 @@ Cost cost_of_itself(Code code, Code before) {
 }
 
 // What the neighbours of a sign say.
-Cost cost_of_place(Code first, Code second, const BytePair &pair, bool at_start) {
+Cost cost_of_place(Code first, Code second, const BytePair &pair) {
     if (pair.second >= 0x80 && (first & kLetterBit) != 0) {
         const Sign *sign = sign_of(second);
         if (sign == nullptr) return 0;
@@ -100,7 +101,7 @@ Cost cost_of_place(Code first, Code second, const BytePair &pair, bool at_start)
     if (pair.first >= 0x80 && (second & kLetterBit) != 0) {
         const Sign *sign = sign_of(first);
         if (sign == nullptr) return 0;
-        const bool behind = sign->kind == SignClass::closing || (at_start && sign->kind == SignClass::joining);
+        const bool behind = sign->kind == SignClass::closing || (pair.at_start && sign->kind == SignClass::joining);
         if (behind || sign->kind == SignClass::other) return kMisplacedSign;
         return is_box(*sign) ? kMisplacedSign / 2 : 0;
     }
@@ -153,10 +154,10 @@ struct Reading {
     Cost running = 0;
     Cost capitals = kAllCapitals;
 
-    void add(const BytePair &pair, const std::array<Code, 256> &codes, bool at_start) {
+    void add(const BytePair &pair, const std::array<Code, 256> &codes) {
         const Code first = pair.first == kEdge ? kUndefined : codes[pair.first];
         const Code second = pair.second == kEdge ? kUndefined : codes[pair.second];
-        Cost own = cost_of_place(first, second, pair, at_start);
+        Cost own = cost_of_place(first, second, pair);
         if (pair.second >= 0x80) own += cost_of_itself(second, first);
         cost += own * pair.count;
         const auto from = static_cast<std::size_t>(kind_of(first));
@@ -164,17 +165,26 @@ struct Reading {
         running += Cost{kRunningText[from][to]} * pair.count;
         capitals += Cost{kCapitals[from][to]} * pair.count;
         if (((first | second) & kLetterBit) != 0)
-            pairs.push_back({first, second, pair.first < 0x80 && pair.second < 0x80, at_start, pair.count});
+            pairs.push_back({first, second, pair.is_ascii(), pair.at_start, pair.count});
     }
 };
 
-Reading read(const TextPairs &text, const std::array<Code, 256> &codes) {
+// What all pages read alike.
+Reading read_within(const TextPairs &text, const std::array<Code, 256> &codes) {
     Reading reading;
-    reading.pairs.reserve(text.upper.size() + text.starts.size());
+    for (const BytePair &pair : text.within)
+        reading.add(pair, codes);
+    return reading;
+}
+
+// The rest; the cost is that of both.
+Reading read_upper(const TextPairs &text, const std::array<Code, 256> &codes, const Reading &within) {
+    Reading reading;
+    reading.running = within.running;
+    reading.capitals = within.capitals;
+    reading.pairs.reserve(text.upper.size());
     for (const BytePair &pair : text.upper)
-        reading.add(pair, codes, false);
-    for (const BytePair &pair : text.starts)
-        reading.add(pair, codes, true);
+        reading.add(pair, codes);
     for (std::size_t byte = 0x80; byte < 256; ++byte) {
         reading.cost += cost_inside(codes[byte]) * text.inside[byte];
         if ((codes[byte] & kLetterBit) != 0) reading.cost += kLetterAtDigit * text.beside_digit[byte];
@@ -296,13 +306,17 @@ std::vector<Candidate> score_ascii(const TextPairs &pairs) {
 std::vector<Candidate> score_single_byte(const TextPairs &pairs, const AsciiWords &ascii) {
     const std::array<Code, 128> lower = ascii_codes();
     const std::vector<std::size_t> bytes = upper_bytes_of(pairs);
+    const Reading within = read_within(pairs, codes_of(kPages[0], lower));
     std::vector<Language> languages;
-    for (const Model &model : kModels)
-        languages.emplace_back(model);
+    std::vector<Cost> ascii_costs; // of the words, and of what is in ASCII within those that tell the page
+    for (std::size_t index = 0; index < kModels.size(); ++index) {
+        languages.emplace_back(kModels[index]);
+        ascii_costs.push_back(ascii.cost(index) + languages[index].cost(within, languages[0], kNoLimit));
+    }
 
     std::vector<Candidate> candidates;
     std::vector<bool> done(kPages.size());
-    Cost best = std::numeric_limits<Cost>::max() / 2;
+    Cost best = kNoLimit;
     for (std::size_t number = 0; number < kPages.size(); ++number) {
         const Page &page = kPages[number];
         std::uint64_t same = 0;
@@ -322,13 +336,13 @@ std::vector<Candidate> score_single_byte(const TextPairs &pairs, const AsciiWord
             same |= std::uint64_t{1} << other;
             page_cost = std::min(page_cost, Cost{kPages[other].cost});
         }
-        const Reading reading = read(pairs, codes_of(page, lower));
+        const Reading reading = read_upper(pairs, codes_of(page, lower), within);
         for (std::size_t index = 0; index < kModels.size(); ++index) {
             written = kModels[index].pages & same;
             if (written == 0) continue;
             // The most usual of the pages in which the language was written gives its name.
             const auto name = static_cast<std::size_t>(std::countr_zero(written));
-            const Cost others = reading.cost + page_cost + ascii.cost(index);
+            const Cost others = reading.cost + page_cost + ascii_costs[index];
             const Cost cost = others + languages[index].cost(reading, languages[0], best + kHopeless - others);
             best = std::min(best, cost);
             candidates.push_back({kPages[name].name, kModels[index].code, cost, same});
