@@ -28,7 +28,7 @@ std::string by_kxdetect(Sample sample) {
 }
 
 std::string by_uchardet(Sample sample) {
-    const uchardet_t detector = uchardet_new();
+    uchardet_t detector = uchardet_new();
     uchardet_handle_data(detector, reinterpret_cast<const char *>(sample.data()), sample.size());
     uchardet_data_end(detector);
     const std::string name = uchardet_get_charset(detector);

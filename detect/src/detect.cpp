@@ -15,8 +15,8 @@ namespace kxdetect {
 namespace {
 
 constexpr std::size_t kUnitsRead = std::size_t{1} << 15; // of a Unicode text, for its language
-constexpr Cost kUnitAtMost = 9 * 16;                     // of a text in UTF-16, on the average
-constexpr Cost kUnmarkedUtf16 = 4 * 16;
+constexpr Cost kUnitAtMost = Cost{9} * 16;               // of a text in UTF-16, on the average
+constexpr Cost kUnmarkedUtf16 = Cost{4} * 16;
 // Letters are no independent draws, so the odds of two readings are less than their costs say.
 constexpr double kCostOfE = 24.0;
 

@@ -108,7 +108,7 @@ std::vector<Candidate> score_double_byte(std::span<const std::uint8_t> text, con
     const auto upper = static_cast<Cost>(std::ranges::count_if(part, [](std::uint8_t byte) { return byte >= 0x80; }));
     const auto all = static_cast<Cost>(pairs.upper_bytes);
     Cost letters = 0;
-    for (const auto *words : {&pairs.upper, &pairs.starts}) {
+    for (const auto *words : {&pairs.upper, &pairs.within}) {
         for (const BytePair &pair : *words)
             letters += pair.second != kEdge && pair.second < 0x80 ? pair.count : 0;
     }

@@ -41,10 +41,11 @@ class PairCounter {
         if (list_.size() == kLongestList) begin_square();
     }
 
-    std::vector<BytePair> take() {
-        std::vector<BytePair> pairs;
-        const auto add_to_result = [&](std::size_t pair, std::uint32_t count) {
-            pairs.push_back({static_cast<std::uint8_t>(pair >> 8), static_cast<std::uint8_t>(pair & 0xFFU), count});
+    void move_to(TextPairs &result, bool at_start) {
+        const auto add_to_result = [&](std::size_t index, std::uint32_t count) {
+            const BytePair pair{static_cast<std::uint8_t>(index >> 8), static_cast<std::uint8_t>(index & 0xFFU),
+                                at_start, count};
+            (pair.is_ascii() ? result.within : result.upper).push_back(pair);
         };
         for (std::size_t pair = 0; square_ != nullptr && pair < kPairs; ++pair) {
             if (square_[pair] != 0) add_to_result(pair, square_[pair]);
@@ -55,7 +56,6 @@ class PairCounter {
             add_to_result(*next, static_cast<std::uint32_t>(end - next));
             next = end;
         }
-        return pairs;
     }
 
   private:
@@ -145,8 +145,8 @@ TextPairs count_pairs(std::span<const std::uint8_t> text) {
         count_line(line, has_upper, upper, result);
         begin += line.size();
     }
-    result.upper = upper.pairs.take();
-    result.starts = upper.starts.take();
+    upper.pairs.move_to(result, false);
+    upper.starts.move_to(result, true);
     for (unsigned byte = 0x80; byte < 256; ++byte)
         result.upper_bytes += result.bytes[byte];
     return result;

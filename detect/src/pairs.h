@@ -11,7 +11,10 @@ namespace kxdetect {
 struct BytePair {
     std::uint8_t first;  // 0 for the edge of a word
     std::uint8_t second; // 0 for the edge of a word
+    bool at_start;       // of a word: its first two letters
     std::uint32_t count;
+
+    bool is_ascii() const { return first < 0x80 && second < 0x80; }
 };
 
 inline constexpr unsigned kEdge = 0;
@@ -21,9 +24,9 @@ inline constexpr unsigned kAsciiSymbols = 27; // the edge, a to z
 using AsciiPairs = std::array<std::uint32_t, std::size_t{kAsciiSymbols} * kAsciiSymbols>;
 
 struct TextPairs {
-    // Of the words that have bytes from 80 on: they tell the page. The first two letters of a word are apart.
+    // Of the words that have bytes from 80 on, which tell the page: the pairs with such a byte, and the others.
     std::vector<BytePair> upper;
-    std::vector<BytePair> starts;
+    std::vector<BytePair> within;
     std::array<std::uint32_t, 256> inside{};       // how often each byte has other bytes of a word on both sides
     std::array<std::uint32_t, 256> beside_digit{}; // how often each upper byte has a digit beside it
     AsciiPairs beside{};                           // of the other words in their lines

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <limits>
 
 #include "score.h"
 
@@ -13,6 +14,8 @@ constexpr Cost kNat = 16;
 constexpr Cost kStrangeLetter = 10 * kNat;
 constexpr Cost kStrangePair = 7 * kNat;
 constexpr Cost kAfterStrange = 2 * kNat;
+constexpr Cost kNoLimit = std::numeric_limits<Cost>::max() / 2;
+constexpr Cost kHopeless = 100 * kNat; // worse than the best by so much
 constexpr Cost kUndefinedByte = 20 * kNat;
 constexpr Cost kControlByte = 14 * kNat;
 constexpr Cost kBoxSign = 5 * kNat / 2;
@@ -88,7 +91,7 @@ Cost cost_of_itself(Code code, Code before) {
 }
 
 // What the neighbours of a sign say.
-Cost cost_of_place(Code first, Code second, const BytePair &pair, bool at_start) {
+Cost cost_of_place(Code first, Code second, const BytePair &pair) {
     if (pair.second >= 0x80 && (first & kLetterBit) != 0) {
         const Sign *sign = sign_of(second);
         if (sign == nullptr) return 0;
@@ -98,7 +101,7 @@ Cost cost_of_place(Code first, Code second, const BytePair &pair, bool at_start)
     if (pair.first >= 0x80 && (second & kLetterBit) != 0) {
         const Sign *sign = sign_of(first);
         if (sign == nullptr) return 0;
-        const bool behind = sign->kind == SignClass::closing || (at_start && sign->kind == SignClass::joining);
+        const bool behind = sign->kind == SignClass::closing || (pair.at_start && sign->kind == SignClass::joining);
         if (behind || sign->kind == SignClass::other) return kMisplacedSign;
         return is_box(*sign) ? kMisplacedSign / 2 : 0;
     }
@@ -151,10 +154,10 @@ struct Reading {
     Cost running = 0;
     Cost capitals = kAllCapitals;
 
-    void add(const BytePair &pair, const std::array<Code, 256> &codes, bool at_start) {
+    void add(const BytePair &pair, const std::array<Code, 256> &codes) {
         const Code first = pair.first == kEdge ? kUndefined : codes[pair.first];
         const Code second = pair.second == kEdge ? kUndefined : codes[pair.second];
-        Cost own = cost_of_place(first, second, pair, at_start);
+        Cost own = cost_of_place(first, second, pair);
         if (pair.second >= 0x80) own += cost_of_itself(second, first);
         cost += own * pair.count;
         const auto from = static_cast<std::size_t>(kind_of(first));
@@ -162,17 +165,26 @@ struct Reading {
         running += Cost{kRunningText[from][to]} * pair.count;
         capitals += Cost{kCapitals[from][to]} * pair.count;
         if (((first | second) & kLetterBit) != 0)
-            pairs.push_back({first, second, pair.first < 0x80 && pair.second < 0x80, at_start, pair.count});
+            pairs.push_back({first, second, pair.is_ascii(), pair.at_start, pair.count});
     }
 };
 
-Reading read(const TextPairs &text, const std::array<Code, 256> &codes) {
+// What all pages read alike.
+Reading read_within(const TextPairs &text, const std::array<Code, 256> &codes) {
     Reading reading;
-    reading.pairs.reserve(text.upper.size() + text.starts.size());
+    for (const BytePair &pair : text.within)
+        reading.add(pair, codes);
+    return reading;
+}
+
+// The rest; the cost is that of both.
+Reading read_upper(const TextPairs &text, const std::array<Code, 256> &codes, const Reading &within) {
+    Reading reading;
+    reading.running = within.running;
+    reading.capitals = within.capitals;
+    reading.pairs.reserve(text.upper.size());
     for (const BytePair &pair : text.upper)
-        reading.add(pair, codes, false);
-    for (const BytePair &pair : text.starts)
-        reading.add(pair, codes, true);
+        reading.add(pair, codes);
     for (std::size_t byte = 0x80; byte < 256; ++byte) {
         reading.cost += cost_inside(codes[byte]) * text.inside[byte];
         if ((codes[byte] & kLetterBit) != 0) reading.cost += kLetterAtDigit * text.beside_digit[byte];
@@ -194,11 +206,13 @@ class Language {
     explicit Language(const Model &model)
         : model_(&model), symbols_(symbols_of(model)), latin_(is_latin(model)), width_(model.letters.size() + 1) {}
 
-    // `english` costs what is in ASCII where the language is in another script.
-    Cost cost(const Reading &reading, const Language &english) const {
+    // `english` costs what is in ASCII where the language is in another script. A sum beyond the limit is not finished.
+    Cost cost(const Reading &reading, const Language &english, Cost limit) const {
         Cost sum = 0;
-        for (const Pair &pair : reading.pairs)
+        for (const Pair &pair : reading.pairs) {
             sum += cost(pair, english) * pair.count;
+            if (sum > limit) break;
+        }
         return sum;
     }
 
@@ -229,16 +243,35 @@ class Language {
     std::size_t width_;
 };
 
-Cost cost_of_ascii(const AsciiPairs &pairs, const Model &model) {
+struct AsciiPair {
+    std::size_t first;
+    std::size_t second;
+    std::uint32_t count;
+};
+
+std::vector<AsciiPair> list_of(const AsciiPairs &pairs) {
+    std::vector<AsciiPair> list;
+    for (std::size_t index = 0; index < pairs.size(); ++index) {
+        if (pairs[index] != 0) list.push_back({index / kAsciiSymbols, index % kAsciiSymbols, pairs[index]});
+    }
+    return list;
+}
+
+Cost cost_of_ascii(std::span<const AsciiPair> pairs, const Model &model) {
     const std::size_t width = model.letters.size() + 1;
     Cost sum = 0;
-    for (std::size_t first = 0; first < kAsciiSymbols; ++first) {
-        for (std::size_t second = 0; second < kAsciiSymbols; ++second) {
-            const std::uint32_t count = pairs[first * kAsciiSymbols + second];
-            if (count != 0) sum += Cost{model.costs[first * width + second]} * count;
-        }
-    }
+    for (const AsciiPair &pair : pairs)
+        sum += Cost{model.costs[pair.first * width + pair.second]} * pair.count;
     return sum;
+}
+
+// The bytes from 80 on that a text has.
+std::vector<std::size_t> upper_bytes_of(const TextPairs &pairs) {
+    std::vector<std::size_t> bytes;
+    for (std::size_t byte = 0x80; byte < 256; ++byte) {
+        if (pairs.bytes[byte] != 0) bytes.push_back(byte);
+    }
+    return bytes;
 }
 
 } // namespace
@@ -249,44 +282,51 @@ bool is_latin(const Model &model) {
 }
 
 AsciiWords::AsciiWords(const TextPairs &pairs) {
-    const Cost beside = cost_of_ascii(pairs.beside, kModels[0]) + kEnglishWords;
-    const Cost apart = cost_of_ascii(pairs.apart, kModels[0]) + kEnglishWords;
+    const std::vector<AsciiPair> words_beside = list_of(pairs.beside);
+    const std::vector<AsciiPair> words_apart = list_of(pairs.apart);
+    const Cost beside = cost_of_ascii(words_beside, kModels[0]) + kEnglishWords;
+    const Cost apart = cost_of_ascii(words_apart, kModels[0]) + kEnglishWords;
     for (const Model &model : kModels) {
         const bool latin = is_latin(model);
-        costs_.push_back((latin ? std::min(beside, cost_of_ascii(pairs.beside, model)) : beside) +
-                         (latin ? std::min(apart, cost_of_ascii(pairs.apart, model)) : apart));
+        costs_.push_back((latin ? std::min(beside, cost_of_ascii(words_beside, model)) : beside) +
+                         (latin ? std::min(apart, cost_of_ascii(words_apart, model)) : apart));
     }
 }
 
 std::vector<Candidate> score_ascii(const TextPairs &pairs) {
-    if (std::ranges::all_of(pairs.apart, [](std::uint32_t count) { return count == 0; })) return {{"ascii", "", 0, 0}};
+    const std::vector<AsciiPair> words = list_of(pairs.apart);
+    if (words.empty()) return {{"ascii", "", 0, 0}};
     std::vector<Candidate> candidates;
     for (const Model &model : kModels) {
-        if (is_latin(model)) candidates.push_back({"ascii", model.code, cost_of_ascii(pairs.apart, model), 0});
+        if (is_latin(model)) candidates.push_back({"ascii", model.code, cost_of_ascii(words, model), 0});
     }
     return candidates;
 }
 
 std::vector<Candidate> score_single_byte(const TextPairs &pairs, const AsciiWords &ascii) {
     const std::array<Code, 128> lower = ascii_codes();
+    const std::vector<std::size_t> bytes = upper_bytes_of(pairs);
+    const Reading within = read_within(pairs, codes_of(kPages[0], lower));
     std::vector<Language> languages;
-    for (const Model &model : kModels)
-        languages.emplace_back(model);
+    std::vector<Cost> ascii_costs; // of the words, and of what is in ASCII within those that tell the page
+    for (std::size_t index = 0; index < kModels.size(); ++index) {
+        languages.emplace_back(kModels[index]);
+        ascii_costs.push_back(ascii.cost(index) + languages[index].cost(within, languages[0], kNoLimit));
+    }
 
     std::vector<Candidate> candidates;
     std::vector<bool> done(kPages.size());
+    Cost best = kNoLimit;
     for (std::size_t number = 0; number < kPages.size(); ++number) {
         const Page &page = kPages[number];
         std::uint64_t same = 0;
         std::uint32_t undefined = 0;
         const auto reads_alike = [&](const Page &other) {
-            for (std::size_t byte = 0; byte < 128; ++byte) {
-                if (pairs.bytes[byte + 128] != 0 && page.upper[byte] != other.upper[byte]) return false;
-            }
-            return true;
+            return std::ranges::all_of(
+                bytes, [&](std::size_t byte) { return page.upper[byte - 0x80] == other.upper[byte - 0x80]; });
         };
-        for (std::size_t byte = 0; byte < 128; ++byte)
-            undefined += page.upper[byte] == kUndefined ? pairs.bytes[byte + 128] : 0;
+        for (const std::size_t byte : bytes)
+            undefined += page.upper[byte - 0x80] == kUndefined ? pairs.bytes[byte] : 0;
         if (done[number] || std::size_t{undefined} * 20 > pairs.upper_bytes) continue;
         Cost page_cost = page.cost;
         std::uint64_t written = 0;
@@ -296,14 +336,15 @@ std::vector<Candidate> score_single_byte(const TextPairs &pairs, const AsciiWord
             same |= std::uint64_t{1} << other;
             page_cost = std::min(page_cost, Cost{kPages[other].cost});
         }
-        const Reading reading = read(pairs, codes_of(page, lower));
+        const Reading reading = read_upper(pairs, codes_of(page, lower), within);
         for (std::size_t index = 0; index < kModels.size(); ++index) {
             written = kModels[index].pages & same;
             if (written == 0) continue;
             // The most usual of the pages in which the language was written gives its name.
             const auto name = static_cast<std::size_t>(std::countr_zero(written));
-            const Cost cost =
-                reading.cost + page_cost + languages[index].cost(reading, languages[0]) + ascii.cost(index);
+            const Cost others = reading.cost + page_cost + ascii_costs[index];
+            const Cost cost = others + languages[index].cost(reading, languages[0], best + kHopeless - others);
+            best = std::min(best, cost);
             candidates.push_back({kPages[name].name, kModels[index].code, cost, same});
         }
     }

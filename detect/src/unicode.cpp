@@ -170,7 +170,7 @@ std::vector<std::uint16_t> units_of_utf16(std::span<const std::uint8_t> text, bo
 }
 
 bool is_likely_unicode(std::span<const std::uint16_t> text) {
-    constexpr std::size_t kLooked = 200;
+    constexpr std::size_t kLooked = 64;
     const auto start = text.first(std::min(text.size(), kLooked));
     const auto known = std::ranges::count_if(start, [](std::uint16_t unit) {
         return symbols_of(unit).first != kStrange ||

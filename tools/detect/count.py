@@ -201,8 +201,9 @@ def write_pairs(language, folders, dictionary, cache):
     weight = DICTIONARY_WEIGHT if text else 1.0
     weight = weight if words else 0.0
     pairs, starts = (merged(*both, weight) for both in zip(in_text, in_words))
-    lines = [header(LANGUAGES[language][0], f"which letter follows which one, in {sum(pairs.values())} pairs; _ is the edge of a word.",
-                    sources, folders), f"language {language} {LANGUAGES[language][0]}"]
+    name = LANGUAGES[language][0]
+    what = f"which letter follows which one, in {sum(pairs.values())} pairs; _ is the edge of a word."
+    lines = [header(name, what, sources, folders), f"language {language} {name}"]
     lines += rows_of(pairs, [BOUNDARY, *sorted(letters)])
     lines += [f"# The same at the start of words, in {sum(starts.values())} words."]
     lines += rows_of(starts, sorted(letters), BOUNDARY)
@@ -218,7 +219,7 @@ def write_characters(language, folders, cache):
     rows = [(count, character) for character, count in counts.items() if count * scale >= 1]
     rows = sorted(rows, key=lambda one: (-one[0], one[1]))[:MOST_CHARACTERS]
     name = LANGUAGES[language][0]
-    lines = [header(name, f"how often each character occurs, of those that are not of ASCII.", sources, folders),
+    lines = [header(name, "how often each character occurs, of those that are not of ASCII.", sources, folders),
              f"characters {language} {name}"]
     lines += [f"{written(character)} {round(count * scale)}" for count, character in rows]
     (DATA / f"{language}.txt").write_text("\n".join(lines) + "\n", encoding="utf-8")

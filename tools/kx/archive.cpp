@@ -183,7 +183,8 @@ class Run {
         if (!output_->good() || (choices.writes_mark && !output_->write(byte_order_mark(choices.to)))) lose_output();
     }
 
-    void work(ChunkConverter &converter) {
+    void work(const FormOf &form_of, const MakeLane &make_lane) {
+        std::vector<Lane> lanes; // of this thread
         for (;;) {
             const std::size_t number = begun_++;
             if (number >= plan_.jobs.size() || ended_) return;
@@ -191,7 +192,18 @@ class Run {
             Waiting waiting;
             surroundings.write = [&](std::span<const std::uint8_t> bytes) { return write(number, waiting, bytes); };
             surroundings.progress = [&](std::uint64_t more) { show_progress(number, more); };
-            waiting.result = convert(plan_.jobs[number], choices_, converter, surroundings);
+            const Job &job = plan_.jobs[number];
+            std::vector<JobResult::Message> messages;
+            const auto form = form_of(job, [&](const std::string &what, int error) {
+                messages.push_back({what, error});
+            });
+            if (form) {
+                auto lane = std::ranges::find(lanes, form, [](const Lane &known) { return known.choices.from; });
+                if (lane == lanes.end()) lane = lanes.insert(lane, make_lane(*form));
+                waiting.result = convert(job, lane->choices, *lane->converter, surroundings);
+            }
+            auto &told = waiting.result.messages;
+            told.insert(told.begin(), messages.begin(), messages.end());
             end(number, std::move(waiting));
         }
     }
@@ -294,7 +306,7 @@ class Run {
         }
         const std::string name = job.input == "-" ? "(standard input)" : job.input;
         if (run_.verbose) {
-            tell(name + ": " + name_of(choices_.from) + ", " +
+            tell(name + ": " + result.form + ", " +
                      counts_of(result.characters, result.left_out.total(), result.replaced.total(),
                                result.united.total()),
                  0);
@@ -347,19 +359,16 @@ class Run {
 } // namespace
 
 bool run_plan(const Plan &plan, const Choices &choices, const RunChoices &run, const std::string &output,
-              const MakeConverter &make_converter) {
+              const FormOf &form_of, const MakeLane &make_lane) {
     constexpr std::size_t most = 64;
     const std::size_t wanted = run.threads != 0 ? run.threads : std::thread::hardware_concurrency();
     const std::size_t threads = std::clamp(std::min(wanted, plan.jobs.size()), std::size_t{1}, most);
-    std::vector<std::unique_ptr<ChunkConverter>> converters;
-    for (std::size_t i = 0; i < threads; ++i)
-        converters.push_back(make_converter());
     Run work(plan, choices, run, output);
     {
         std::vector<std::jthread> others;
         for (std::size_t i = 1; i < threads; ++i)
-            others.emplace_back([&work, &converter = *converters[i]] { work.work(converter); });
-        work.work(*converters[0]);
+            others.emplace_back([&] { work.work(form_of, make_lane); });
+        work.work(form_of, make_lane);
     }
     return work.close();
 }

@@ -33,12 +33,18 @@ struct RunChoices {
     bool quiet;       // no word about characters that came out as others
 };
 
-// Makes a converter for a thread; all are made before the first thread starts.
-using MakeConverter = std::function<std::unique_ptr<ChunkConverter>()>;
+// What a thread converts by, for one form of the inputs.
+struct Lane {
+    Choices choices;
+    std::unique_ptr<ChunkConverter> converter;
+};
+// Both are called by several threads.
+using MakeLane = std::function<Lane(const Encoding &from)>;
+using FormOf = std::function<std::optional<Encoding>(const Job &job, const Tell &tell)>; // nothing: that has been told
 
 // Does the work, with what joins written to `output` and all messages told in the order of the jobs. Returns whether
 // all was done.
 bool run_plan(const Plan &plan, const Choices &choices, const RunChoices &run, const std::string &output,
-              const MakeConverter &make_converter);
+              const FormOf &form_of, const MakeLane &make_lane);
 
 } // namespace kx

@@ -101,7 +101,7 @@ std::string fault_of(const TextRequest &request) {
         return name_of(*request.to) + " begins with no byte order mark";
     if (request.line_ends != LineEnds::keep && !has_lines(*request.to))
         return "--eol has no say in " + name_of(*request.to);
-    if (request.control_z_ends && is_kx_encoding(*request.from))
+    if (request.control_z_ends && request.from && is_kx_encoding(*request.from))
         return "a text in " + name_of(*request.from) + " ends with no Ctrl-Z";
     return fault_of(request.files);
 }
@@ -111,7 +111,7 @@ std::string fault_of(const TextRequest &request) {
 int run_text(const Usage &usage, const TextRequest &request, const TextPages &pages, const Transform *transform,
              const MakeDecoder &make_decoder) {
     if (const std::string fault = fault_of(request); !fault.empty()) return usage_error(usage, fault);
-    Choices choices{*request.from, *request.to, pages, transform};
+    Choices choices{request.from, *request.to, pages, transform};
     if (request.substitute) {
         auto encoded = encode_substitute(request, pages.written);
         if (!encoded) {
@@ -124,7 +124,6 @@ int run_text(const Usage &usage, const TextRequest &request, const TextPages &pa
         choices.lost = Choices::drop;
     }
     choices.strict = request.strict;
-    choices.passes_unknown = transform != nullptr && is_unicode(*request.from) && is_unicode(*request.to);
     choices.line_ends = request.line_ends;
     choices.control_z_ends = request.control_z_ends;
     choices.writes_mark = request.writes_mark;
@@ -138,12 +137,22 @@ int run_text(const Usage &usage, const TextRequest &request, const TextPages &pa
     }
     const Plan plan = plan_jobs(files, tell_as(usage.command));
     WtpiGetCountryID(); // the library asks the system once, and not in several threads
-    const auto make_converter = [&] {
-        return std::make_unique<ChunkConverter>(choices.from, choices.to, pages, transform,
-                                                make_decoder ? make_decoder() : nullptr);
+    const FormOf form_of = [&](const Job &job, const Tell &tell) {
+        return request.from ? request.from : detect_encoding(job.input, *request.automatic, tell);
+    };
+    const MakeLane make_lane = [&](const Encoding &from) {
+        TextRequest own = request;
+        own.from = from;
+        Lane lane{choices, nullptr};
+        lane.choices.from = from;
+        if (!request.from) lane.choices.pages = pages_of(own, pages.text);
+        lane.choices.passes_unknown = transform != nullptr && is_unicode(from) && is_unicode(choices.to);
+        lane.converter = std::make_unique<ChunkConverter>(from, choices.to, lane.choices.pages, transform,
+                                                          make_decoder ? make_decoder() : nullptr);
+        return lane;
     };
     const RunChoices run{usage.command, request.threads, request.verbose, request.quiet};
-    const bool done = run_plan(plan, choices, run, files.output, make_converter);
+    const bool done = run_plan(plan, choices, run, files.output, form_of, make_lane);
     return done ? kSuccess : kFailure;
 }
 

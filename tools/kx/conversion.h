@@ -9,6 +9,7 @@
 
 #include "archive.h"
 #include "chunk_converter.h"
+#include "detect.h"
 #include "encodings.h"
 #include "options.h"
 
@@ -58,6 +59,7 @@ template <std::size_t Own> constexpr auto with_text_options(const Option (&own)[
 
 struct TextRequest {
     std::optional<Encoding> from;
+    std::optional<AutoOptions> automatic; // the form of each input is what its bytes tell; `from` is unset then
     std::optional<Encoding> to;
     std::optional<CodePage> ansi;
     std::optional<std::string> substitute;

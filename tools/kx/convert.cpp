@@ -4,14 +4,18 @@
 
 #include "command.h"
 #include "conversion.h"
+#include "detect.h"
 #include "files.h"
 
 namespace kx {
 namespace {
 
+constexpr int kYesId = kFirstOwnId;
+
 constexpr auto kOptions = with_text_options({
     kFromOption,
     {'l', "list", nullptr, "list the forms and the code pages"},
+    {kYesId, "yes", nullptr, "with -f auto: take the best answer, though others are close"},
 });
 
 constexpr Usage kUsageText{
@@ -22,6 +26,7 @@ constexpr Usage kUsageText{
     "A character that does not convert ends the work on its file: its line and column, and its place\n"
     "in bytes from 0, are told. What came before it is written to standard output; a file stays what\n"
     "it was. The other files are done, and the exit status is 1.\n"
+    "-f auto takes the form that `kx detect` tells for each FILE, and fails when two answers are close.\n"
     "Tab, line feed, form feed and carriage return are the same in all forms. The other control\n"
     "characters are kept, too; in KX text those of a DOS code page are glyphs.\n"
     "A byte order mark at the start of a file is skipped; none is written.\n"
@@ -39,9 +44,17 @@ constexpr Usage kUsageText{
 
 int run_convert(int argc, char **argv) {
     TextRequest request;
+    bool yes = false;
     bool list = false;
     const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const std::string &argument) {
         list = list || id == 'l';
+        yes = yes || id == kYesId;
+        if (id == 'f' && argument == "auto") {
+            request.from.reset();
+            request.automatic = AutoOptions{};
+            return std::string();
+        }
+        if (id == 'f') request.automatic.reset();
         return take_text_option(request, id, argument);
     });
     if (parsed.stop) return parsed.status;
@@ -49,7 +62,9 @@ int run_convert(int argc, char **argv) {
         std::fputs(list_of_encodings().c_str(), stdout);
         return kSuccess;
     }
-    if (!request.from || !request.to) return usage_error(kUsageText, "-f FROM and -t TO are both needed");
+    if (request.automatic) request.automatic->yes = yes;
+    if ((!request.from && !request.automatic) || !request.to)
+        return usage_error(kUsageText, "-f FROM and -t TO are both needed");
     request.files.operands = {argv + parsed.first_operand, argv + argc};
     return run_text(kUsageText, request, pages_of(request, system_page()));
 }

@@ -42,12 +42,13 @@ class Work {
           converter_(converter),
           surroundings_(surroundings),
           line_ends_(choices.line_ends, choices.to) {
-        if (!has_lines(choices.from)) return;
-        place_.emplace(choices.from);
+        if (!has_lines(*choices.from)) return;
+        place_.emplace(*choices.from);
         can_be_read_again_ = os::regular_file(job.input.c_str()).has_value();
     }
 
     JobResult run() {
+        result_.form = kx::name_of(*choices_.from);
         result_.done = run_to_end();
         for (Tally *tally : {&result_.left_out, &result_.replaced, &result_.united})
             tally->pack();
@@ -107,9 +108,9 @@ class Work {
     // DOS programs filled a file up behind it.
     void end_at_control_z(Chunk &chunk) const {
         constexpr std::uint8_t control_z = 0x1A;
-        const bool wide = choices_.from.kind == EncodingKind::utf16le || choices_.from.kind == EncodingKind::utf16be;
+        const bool wide = choices_.from->kind == EncodingKind::utf16le || choices_.from->kind == EncodingKind::utf16be;
         const std::size_t unit = wide ? 2 : 1;
-        const std::size_t low = choices_.from.kind == EncodingKind::utf16be ? 1 : 0;
+        const std::size_t low = choices_.from->kind == EncodingKind::utf16be ? 1 : 0;
         for (std::size_t at = 0; at + unit <= chunk.bytes.size(); at += unit) {
             if (chunk.bytes[at + low] != control_z || (wide && chunk.bytes[at + 1 - low] != 0)) continue;
             chunk.bytes = chunk.bytes.first(at);
@@ -122,7 +123,7 @@ class Work {
         const std::span<const std::uint8_t> bytes = chunk.bytes.subspan(change.place, change.length);
         std::optional<char32_t> character = converter_.code_point(bytes);
         // What a byte of a page was before KX text united it is not known any more.
-        if (change.kind == Change::united && choices_.from.kind == EncodingKind::code_page) character.reset();
+        if (change.kind == Change::united && choices_.from->kind == EncodingKind::code_page) character.reset();
         if (change.kind == Change::united) {
             if (choices_.strict) return tell_fault(input, chunk, change, character, "becomes another character");
             result_.united.add(character, bytes);
@@ -166,7 +167,7 @@ class Work {
         text += ": byte " + std::to_string(chunk.offset + change.place) + ": ";
         text += character ? name_of(*character) + " (" + bytes + ")" : bytes;
         text.append(" ").append(what);
-        text += " from " + kx::name_of(choices_.from) + " to " + kx::name_of(choices_.to);
+        text += " from " + kx::name_of(*choices_.from) + " to " + kx::name_of(choices_.to);
         const std::string help = character ? other_page_for(*character) : "";
         if (!help.empty()) text += "; " + help + " may help";
         tell()(text, 0);
@@ -179,7 +180,7 @@ class Work {
             return character <= 0xFFFF &&
                    kxstr::text::kx_of_unicode(page, static_cast<std::uint16_t>(character)) != KX_NONE;
         };
-        const bool is_native = choices_.from.kind == EncodingKind::code_page || is_kx_encoding(choices_.from);
+        const bool is_native = choices_.from->kind == EncodingKind::code_page || is_kx_encoding(*choices_.from);
         if (is_native || choices_.to.kind == EncodingKind::code_page || has(choices_.pages.text)) return "";
         std::string list;
         for (const std::uint32_t number : {932u, 936u, 949u, 950u})

@@ -12,7 +12,7 @@ namespace kx {
 
 // What all jobs of a command have in common.
 struct Choices {
-    Encoding from;
+    std::optional<Encoding> from; // of a job it is set
     Encoding to;
     TextPages pages;
     const Transform *transform = nullptr;
@@ -51,6 +51,7 @@ class Tally {
 
 struct JobResult {
     bool done = false;
+    std::string form{}; // of the input
     std::uint64_t characters = 0;
     Tally left_out{};
     Tally replaced{};
