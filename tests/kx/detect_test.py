@@ -72,6 +72,21 @@ class Detect(KxTest):
             self.assert_fails("detect", *paths, message="missing", output=None)
         self.assert_fails("detect --top 0", message="not a number", status=2)
 
+    def test_convert_from_auto(self):
+        with tempfile.TemporaryDirectory() as folder:
+            texts = {"cs": CZECH.encode("cp852"), "ru": RUSSIAN.encode("cp866"), "close": "ABC À DEF".encode("cp850"),
+                     "program": b"\x7fELF\0\0"}
+            path = {name: str(pathlib.Path(folder) / name) for name in texts}
+            for name, data in texts.items():
+                pathlib.Path(path[name]).write_bytes(data)
+            convert = "convert", "-f", "auto", "-t", "utf-8"
+            self.assertEqual(self.output(*convert, path["cs"], path["cs"]).decode(), 2 * CZECH)
+            self.assert_fails(*convert, path["cs"], path["ru"], message="ru: is not in 852")
+            self.assert_fails(*convert, path["close"], message="take the first one by --yes")
+            self.assertNotEqual(self.output(*convert, "--yes", path["close"]), b"")
+            self.assert_fails(*convert, path["program"], message="does not convert from binary")
+            self.assert_fails(*convert, message="standard input will not do", data=CZECH.encode())
+
     def test_pages_are_those_of_convert(self):
         # Each byte that is a letter in the detector's table is that letter in the converter's, by way of KX text, too,
         # which unites these with others.

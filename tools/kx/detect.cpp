@@ -17,6 +17,7 @@ const std::size_t kBytesToGuessBy = KXDETECT_LARGEST;
 namespace {
 
 constexpr std::size_t kMostAnswers = 100; // more than there are pages
+constexpr double kSure = 0.75;            // the share from which on an answer stands alone
 constexpr int kJsonId = 256;
 
 constexpr Option kOptions[] = {
@@ -85,17 +86,19 @@ void print_json(const std::string &file, const std::vector<Guess> &guesses) {
     std::printf("%s]}\n", line.c_str());
 }
 
+// "852 cs 97.3%"
+std::string told(const Guess &one) {
+    if (one.page == "binary") return one.page;
+    char share[16];
+    std::snprintf(share, sizeof share, "%.1f%%", 100 * one.share);
+    std::string text = one.page + ' ' + (one.language.empty() ? "-" : one.language) + ' ' + share;
+    if (one.broken != 0) text += " (" + std::to_string(one.broken) + " bytes are not UTF-8)";
+    return text;
+}
+
 void print_lines(const std::string &file, const std::vector<Guess> &guesses) {
-    for (const Guess &one : guesses) {
-        if (one.page == "binary") {
-            std::printf("%s: binary\n", file.c_str());
-            continue;
-        }
-        std::printf("%s: %s %s %.1f%%", file.c_str(), one.page.c_str(),
-                    one.language.empty() ? "-" : one.language.c_str(), 100 * one.share);
-        if (one.broken != 0) std::printf(" (%lu bytes are not UTF-8)", static_cast<unsigned long>(one.broken));
-        std::printf("\n");
-    }
+    for (const Guess &one : guesses)
+        std::printf("%s: %s\n", file.c_str(), told(one).c_str());
 }
 
 // The start of a file, in the memory of the input; the chunk is empty also when nothing can be read.
@@ -135,6 +138,30 @@ std::vector<Guess> guess(std::span<const std::uint8_t> bytes, std::size_t most) 
         guesses.push_back(std::move(one));
     }
     return guesses;
+}
+
+std::optional<Encoding> detect_encoding(const char *command, const std::string &path, const AutoOptions &options) {
+    if (path == "-") {
+        report(command, "-f auto reads a file twice, so standard input will not do");
+        return std::nullopt;
+    }
+    Input input(command, path);
+    if (!input.good()) return std::nullopt;
+    const Chunk chunk = read_start(input);
+    if (!input.good()) return std::nullopt;
+    const std::vector<Guess> guesses = guess(chunk.bytes);
+    const bool close = !options.yes && guesses[0].share < kSure;
+    // What is in ASCII reads the same in UTF-8.
+    const auto form = find_encoding(guesses[0].page == "ascii" ? "utf-8" : guesses[0].page);
+    for (const Guess &one : std::span(guesses).first(close ? guesses.size() : 1)) {
+        if (close || options.verbose || !form) report(command, path + ": " + told(one));
+    }
+    if (close) {
+        report(command, path + ": no answer stands alone; name the form, or take the first one by --yes");
+        return std::nullopt;
+    }
+    if (!form) report(command, path + ": does not convert from " + guesses[0].page);
+    return form;
 }
 
 int run_detect(int argc, char **argv) {

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
+
+#include "encodings.h"
 
 namespace kx {
 
@@ -21,6 +24,14 @@ extern const std::size_t kBytesToGuessBy;
 
 // The best guess first, and no more than this many of them.
 std::vector<Guess> guess(std::span<const std::uint8_t> bytes, std::size_t most = 3);
+
+// The form of a file for `-f auto`. Nothing when it is none that can be read, or when two answers are close and the
+// user has not said --yes; what the answers are has been told then, as it is when `verbose`.
+struct AutoOptions {
+    bool yes = false;
+    bool verbose = false;
+};
+std::optional<Encoding> detect_encoding(const char *command, const std::string &path, const AutoOptions &options);
 
 int run_detect(int argc, char **argv);
 
