@@ -245,8 +245,8 @@ class Sorts(KxTest):
             too_large = b"not enough memory: the input is sorted as a whole"
             for why, options, name, limit, fault in (
                     ("six times the input is enough for keys", [], file.name, 6 * len(lines) + PROGRAM, b""),
-                    ("without keys three times is", [], file.name, 3 * len(lines), b""),
-                    ("twice, with the program in it, is not", [], file.name, 2 * len(lines), too_large),
+                    ("without keys twice is", [], file.name, 2 * len(lines) + PROGRAM, b""),
+                    ("once is not", [], file.name, len(lines) + PROGRAM, too_large),
                     ("keys are written with four times the longest line", ["--keys"], line.name, 4 * long + PROGRAM, b""),
                     ("but not with twice", ["--keys"], line.name, 2 * long, b"not enough memory for the longest line")):
                 result = kx("sort", "-l", "CZ", *options, name,
