@@ -8,12 +8,14 @@
 #include <type_traits>
 
 #include "codepage/descriptor.h"
+#include "tables/compositions.h"
 
 namespace kxstr::text {
 namespace {
 
-constexpr std::size_t kBlock = 2048; // units on the way; both buffers stay in the nearest cache
-constexpr std::size_t kLongest = 4;  // bytes of a character
+constexpr std::size_t kBlock = 2048;         // units on the way; both buffers stay in the nearest cache
+constexpr std::size_t kBlockBehindStop = 32; // where one character went by itself the next such is often near
+constexpr std::size_t kLongest = 4;          // bytes of a character
 constexpr std::uint16_t kVietnamese = 1258;
 // The lowest byte that can follow a lead byte. A lower one (a line end, a space, a digit) is a character of its own, so
 // that a stray lead byte does not take it along.
@@ -178,6 +180,34 @@ simd::Progress write_units(const Converter &converter, std::span<const std::uint
     return {done, 2 * done};
 }
 
+// ---- Letters and marks ----
+
+bool is_mark(std::uint32_t unit) noexcept {
+    return (0x0300 <= unit && unit <= 0x036F) || (0x0653 <= unit && unit <= 0x0655);
+}
+
+// A letter that may take a mark.
+bool is_base(std::uint32_t unit) noexcept {
+    const auto &all = tables::kCompositions;
+    const auto *const found = std::ranges::lower_bound(all, unit, {}, &tables::Composition::letter);
+    return found != all.end() && found->letter == unit;
+}
+
+// The character that they are, or 0.
+std::uint16_t compose(std::uint16_t letter, std::uint16_t mark) noexcept {
+    const tables::Composition wanted{letter, mark, 0};
+    const auto &all = tables::kCompositions;
+    const auto *const found = std::ranges::lower_bound(all, wanted.key(), {}, &tables::Composition::key);
+    return found != all.end() && found->key() == wanted.key() ? found->character : std::uint16_t{0};
+}
+
+// How many of the units are plain: up to a letter with a mark, or one that what follows may give a mark.
+std::size_t count_plain(std::span<const std::uint16_t> units, bool more_follows) noexcept {
+    const auto before = static_cast<std::size_t>(std::ranges::find_if(units, is_mark) - units.begin());
+    if (before < units.size()) return before == 0 ? 0 : before - 1;
+    return more_follows && !units.empty() && is_base(units.back()) ? units.size() - 1 : units.size();
+}
+
 // The bytes that so many units were read from.
 std::size_t bytes_of_units(const Converter &converter, std::span<const std::uint8_t> bytes,
                            std::size_t units) noexcept {
@@ -198,9 +228,10 @@ std::size_t bytes_of_units(const Converter &converter, std::span<const std::uint
     return at;
 }
 
-// Blocks of plain units, as far as they go and surely fit.
-simd::Progress convert_blocks(Converter &converter, std::span<const std::uint8_t> source,
-                              std::span<std::uint8_t> destination) noexcept {
+// Blocks of plain units, as far as they go and surely fit. The first one has `block` bytes at most, and as long as they
+// are plain they grow.
+simd::Progress convert_blocks(Converter &converter, std::span<const std::uint8_t> source, bool last,
+                              std::span<std::uint8_t> destination, std::size_t block) noexcept {
     const std::size_t most = most_bytes(converter.to.kind);
     const bool from_single = converter.from.kind == Kind::single_byte;
     if (converter.exact && from_single && converter.to.kind == Kind::utf8) {
@@ -215,8 +246,13 @@ simd::Progress convert_blocks(Converter &converter, std::span<const std::uint8_t
     simd::Progress done{0, 0};
     for (;;) {
         const auto bytes = source.subspan(
-            done.read, std::min({kBlock, source.size() - done.read, (destination.size() - done.written) / most}));
-        const simd::Progress read = read_units(converter, bytes, units);
+            done.read, std::min({block, source.size() - done.read, (destination.size() - done.written) / most}));
+        simd::Progress read = read_units(converter, bytes, units);
+        if (converter.composes) {
+            const bool more_follows = !last || read.read < source.size() - done.read;
+            const std::size_t plain = count_plain(std::span(units).first(read.written), more_follows);
+            if (plain < read.written) read = {bytes_of_units(converter, bytes, plain), plain};
+        }
         const std::size_t good = translate(converter, units, read.written);
         const simd::Progress written =
             write_units(converter, std::span(units).first(good), destination.data() + done.written);
@@ -226,7 +262,9 @@ simd::Progress convert_blocks(Converter &converter, std::span<const std::uint8_t
             return done;
         }
         done.read += read.read;
-        if (read.read == 0 || read.read + kLongest <= bytes.size()) return done;
+        const bool cut_short = read.read + kLongest <= bytes.size();
+        if (read.read == 0 || cut_short) return done;
+        block = std::min(2 * block, kBlock);
     }
 }
 
@@ -253,6 +291,23 @@ Scalar read_one(const Converter &converter, std::span<const std::uint8_t> bytes)
     }
     if (bytes.size() < 2) return {Scalar::incomplete, 1, 0};
     return {Scalar::character, 2, load_unit(bytes.data(), converter.from.order)};
+}
+
+// The same with the marks behind it. One that may get some from what follows is incomplete.
+Scalar read_with_marks(const Converter &converter, std::span<const std::uint8_t> bytes, bool last) noexcept {
+    Scalar one = read_one(converter, bytes);
+    while (converter.composes && one.kind == Scalar::character && is_base(one.value)) {
+        const auto rest = bytes.subspan(one.length);
+        const Scalar next = rest.empty() ? Scalar{Scalar::incomplete, 0, 0} : read_one(converter, rest);
+        if (next.kind == Scalar::incomplete && !last) return {Scalar::incomplete, bytes.size(), 0};
+        if (next.kind != Scalar::character || !is_mark(next.value)) break;
+        const std::uint16_t both =
+            compose(static_cast<std::uint16_t>(one.value), static_cast<std::uint16_t>(next.value));
+        if (both == 0) break;
+        one.value = both;
+        one.length += next.length;
+    }
+    return one;
 }
 
 std::size_t write_code(std::uint16_t code, std::uint8_t *bytes) noexcept {
@@ -317,6 +372,7 @@ bool prepare(Converter &converter, const KxTextForm &from, const KxTextForm &to,
     converter.to = written;
     converter.exact = read.kind != Kind::kx && written.kind != Kind::kx;
     converter.same = read.kind == Kind::kx && written.kind == Kind::kx && read.page == written.page;
+    converter.composes = (read.kind == Kind::utf8 || read.kind == Kind::utf16) && written.kind == Kind::kx;
     converter.replaces = (flags & KX_TEXT_DROP) != 0;
     const LineEnds ends = (flags & KX_TEXT_GLYPHS) != 0 ? LineEnds::glyphs : LineEnds::codes;
     converter.rule = rule_of(read, written, ends);
@@ -374,14 +430,14 @@ bool set_substitute(Converter &converter, std::uint32_t character) noexcept {
 std::uint32_t convert(Converter &converter, std::span<const std::uint8_t> source, bool last,
                       std::span<std::uint8_t> destination, KxTextResult &result) noexcept {
     result = {};
-    while (result.read < source.size()) {
+    for (std::size_t block = kBlock; result.read < source.size(); block = kBlockBehindStop) {
         const simd::Progress done =
-            convert_blocks(converter, source.subspan(result.read), destination.subspan(result.written));
+            convert_blocks(converter, source.subspan(result.read), last, destination.subspan(result.written), block);
         result.read += done.read;
         result.written += done.written;
         if (result.read == source.size()) break;
 
-        const Scalar one = read_one(converter, source.subspan(result.read));
+        const Scalar one = read_with_marks(converter, source.subspan(result.read), last);
         if (one.kind == Scalar::incomplete && !last) {
             result.fault = one.length;
             return KX_TEXT_INCOMPLETE;
@@ -423,7 +479,8 @@ std::span<const std::uint8_t> bytes_of(const void *bytes, std::size_t count) noe
 } // namespace
 
 std::size_t size_of_first(const KxTextConverter &converter, std::span<const std::uint8_t> source) noexcept {
-    return read_one(*std::launder(reinterpret_cast<const Converter *>(&converter)), source).length;
+    constexpr bool last = true;
+    return read_with_marks(*std::launder(reinterpret_cast<const Converter *>(&converter)), source, last).length;
 }
 
 } // namespace kxstr::text

@@ -29,6 +29,7 @@ struct Converter {
     Side from, to;
     bool exact;    // no KX: the units are UTF-16
     bool same;     // the units stay whatever they are: KX text to KX text of the same page
+    bool composes; // Unicode to KX text: a letter and its marks are one character where KX has it
     bool replaces; // what does not convert gives way to `substitute`, which may be empty
     std::uint8_t substitute_size;
     std::uint8_t substitute[4];

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/fenced.h"
+#include "tables/compositions.h"
 
 namespace {
 
@@ -38,6 +39,7 @@ Bytes some_text(std::mt19937 &random, const KxTextForm &form) {
         static constexpr char16_t starts[] = {0x20, 0xC0, 0x390, 0x4E00, 0x1EA0, 0x2550};
         const char16_t start = starts[kind == 0 || random() % 8 == 0 ? random() % 6 : kind];
         text += static_cast<char16_t>(start + random() % 0x40);
+        if (random() % (kind == 1 ? 20 : 300) == 0) text += static_cast<char16_t>(0x300 + random() % 0x30);
         if (random() % 200 == 0) text += u"\U0001F6A2\u00A0\uFFFF\n";
     }
     const KxTextForm unicode{KX_TEXT_UTF16, 0, nullptr};
@@ -71,7 +73,7 @@ Converted convert(KxTextConverter &converter, const Bytes &source, kxstr::test::
         all.bytes.insert(all.bytes.end(), to.end() - room, to.end() - room + result.written);
         all.replaced += result.replaced;
         read += result.read;
-        most = status == KX_TEXT_DONE ? 0 : length - result.read; // more than was not enough
+        most = status == KX_TEXT_DONE ? 0 : length - result.read + 1; // more than was not enough
         if (status == KX_TEXT_DONE && last) return all;
         EXPECT_LE(status, KX_TEXT_INCOMPLETE);
         EXPECT_EQ(result.fault != 0, status == KX_TEXT_INCOMPLETE);
@@ -153,6 +155,25 @@ TEST(TextConverter, KnowsItsFormsPagesAndSubstitutes) {
     EXPECT_EQ(KxTextMark(KX_TEXT_UTF8, "\xEF\xBB\xBF", 2), 0u);
     EXPECT_EQ(KxTextMark(KX_TEXT_UTF16BE, "\xFE\xFFx", 3), 2u);
     EXPECT_EQ(KxTextMark(KX_TEXT_UTF16LE, "\xFE\xFF", 2), 0u);
+}
+
+// Every character of the KX set comes from its parts as it comes from itself; other marks stay by themselves.
+TEST(TextConverter, ComposesForKxText) {
+    const KxTextForm utf16{KX_TEXT_UTF16, 0, nullptr}, kx{KX_TEXT_KX, 0, nullptr};
+    KxTextConverter converter = prepared(utf16, kx);
+    const auto converted = [&](std::u16string_view text) {
+        KxChar room[8]{};
+        KxTextResult result;
+        EXPECT_EQ(KxTextConvert(&converter, text.data(), 2 * text.size(), 1, room, sizeof room, &result), KX_TEXT_DONE);
+        return std::vector(room, room + result.written / sizeof(KxChar));
+    };
+    for (const auto &[letter, mark, character] : kxstr::tables::kCompositions) {
+        const char16_t parts[]{letter, mark}, whole[]{character};
+        ASSERT_EQ(converted({parts, 2}), converted({whole, 1})) << character;
+        ASSERT_EQ(converted({whole, 1}).size(), 1u) << character;
+    }
+    EXPECT_EQ(converted(u"e\u0302\u0323"), (std::vector<KxChar>{0x12B, 0x221}));
+    EXPECT_EQ(converted(u"x\u0301"), (std::vector<KxChar>{'x', 0x106}));
 }
 
 // A descriptor that the library filled is as good as its number; one with other tables goes by those.

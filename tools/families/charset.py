@@ -52,6 +52,22 @@ def unicode_map(characters, pairs):
     return text + "}};\n\n} // namespace kxstr::tables\n"
 
 
+def read_compositions(data, pairs):
+    """(letter, mark, character), in Unicode."""
+    rows = [tuple(int(field, 16) for field in row[:3]) for row in _emit.read_rows(data / "charset" / "compositions.txt")]
+    if rows != sorted(set(rows)) or any(character not in pairs for _, _, character in rows):
+        raise ValueError("compositions.txt: a row does not ascend, or makes no character of the KX set")
+    return rows
+
+
+def compositions(rows):
+    text = _emit.header("data/charset/compositions.txt")
+    text += '#include "tables/compositions.h"\n\nnamespace kxstr::tables {\n\n'
+    text += f"constinit const std::array<Composition, {len(rows)}> kCompositions{{{{\n"
+    items = [f"{{{', '.join(map(_emit.hex16, row))}}}" for row in rows]
+    return text + _emit.lines_of(items, 4) + "}};\n\n} // namespace kxstr::tables\n"
+
+
 def kx_names(characters):
     """The names lie in one string for each set, in the order of the characters, each up to the next one's offset."""
     names = [name for _, name in characters.values()]
@@ -76,8 +92,9 @@ def kx_names(characters):
 
 
 def generate(data):
-    characters = read_characters(data)
+    characters, pairs = read_characters(data), read_pairs(data)
     return {
-        "unicode_map.cpp": unicode_map(characters, read_pairs(data)),
+        "unicode_map.cpp": unicode_map(characters, pairs),
+        "compositions.cpp": compositions(read_compositions(data, pairs)),
         "kx_names.cpp": kx_names(characters),
     }
