@@ -140,9 +140,8 @@ KXSTR_API uint16_t WcvtGetWinCodepage(void);
  *
  * Where the value is a link, the value that it names is written instead, and the result is that of this write. A link
  * with a root, `<\HKEY_CURRENT_USER\Software\Key\Page>`, is written where it is read. One without, `<Key\Page>`, is
- * written below HKEY_CURRENT_USER but read below `HKEY_CURRENT_USER\Software`, so that the next process does not find the
- * number.
- * The library's own descriptors, once filled, keep their code page.
+ * written below HKEY_CURRENT_USER but read below `HKEY_CURRENT_USER\Software`, so that the next process does not find
+ * the number. The library's own descriptors, once filled, keep their code page.
  *
  * Outside Windows this call may wait, while another process is writing the settings: half a minute at most for a key
  * that is missing and as long for the value; then it gives 0. No other function of the library waits. Threads:

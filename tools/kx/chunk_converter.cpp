@@ -54,8 +54,10 @@ ChunkConverter::Result ChunkConverter::convert_directly(const Chunk &chunk, Byte
         const Decoder::Result done = direct_->convert(rest, bytes);
         // The bytes of a single-byte page are counted, else whichever side is Unicode.
         const bool by_input = from_.kind != EncodingKind::code_page || !is_double_byte(from_.page);
-        result.characters += by_input ? count_characters(from_, rest.bytes.first(done.consumed))
-                                      : count_characters(to_, std::span(bytes).subspan(size));
+        if (counts_) {
+            result.characters += by_input ? kx::count_characters(from_, rest.bytes.first(done.consumed))
+                                          : kx::count_characters(to_, std::span(bytes).subspan(size));
+        }
         result.consumed += done.consumed;
         if (done.bad_length == 0) break;
         if (!on_change({Change::lost, result.consumed, done.bad_length})) {
@@ -158,6 +160,8 @@ void ChunkConverter::list_united(const Chunk &chunk, std::size_t consumed) {
     for (std::size_t at = 0; at < units_.chars.size(); ++at) {
         const std::size_t place = units_.places[at];
         const auto bytes = chunk.bytes.subspan(place, end_of(at, consumed) - place);
+        if (is_unicode(from_) && kx::count_characters(from_, bytes) > 1)
+            continue; // a letter and its marks are the same
         came_back_.clear();
         const bool same =
             back_->encode({&units_.chars[at], 1}, came_back_) == 1 && std::ranges::equal(came_back_, bytes);

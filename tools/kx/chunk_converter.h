@@ -36,9 +36,12 @@ class ChunkConverter {
     ChunkConverter(const Encoding &from, const Encoding &to, const TextPages &pages, const Transform *transform,
                    std::unique_ptr<Decoder> decoder = nullptr);
 
+    // Lets `convert` count what it converts, which takes time.
+    void count_characters() { counts_ = true; }
+
     struct Result {
         std::size_t consumed;     // bytes of whole characters
-        std::uint64_t characters; // that these are
+        std::uint64_t characters; // that these are, if they are counted
         bool stopped;             // by `on_change`
     };
     // Appends what the characters of the chunk become. One that is cut off by its end is left, or lost when nothing
@@ -70,6 +73,7 @@ class ChunkConverter {
     std::unique_ptr<Decoder> decoder_;
     std::unique_ptr<Encoder> encoder_;
     std::unique_ptr<Encoder> back_; // to the form of the input, where characters may be united; else null
+    bool counts_ = false;
     DecodedText units_;
     std::vector<std::size_t> united_; // which of them are
     ByteBuffer came_back_;

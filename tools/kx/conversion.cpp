@@ -89,10 +89,6 @@ TextPages pages_of(const TextRequest &request, const CodePage &otherwise) {
 
 namespace {
 
-bool is_unicode(const Encoding &form) {
-    return !byte_order_mark(form).empty();
-}
-
 // What is wrong with the options taken together, or an empty string.
 std::string fault_of(const TextRequest &request) {
     if (request.drop && request.substitute) return "-c and --subst exclude each other";
@@ -149,6 +145,7 @@ int run_text(const Usage &usage, const TextRequest &request, const TextPages &pa
         lane.choices.passes_unknown = transform != nullptr && is_unicode(from) && is_unicode(choices.to);
         lane.converter = std::make_unique<ChunkConverter>(from, choices.to, lane.choices.pages, transform,
                                                           make_decoder ? make_decoder() : nullptr);
+        if (request.verbose) lane.converter->count_characters();
         return lane;
     };
     const RunChoices run{usage.command, request.threads, request.verbose, request.quiet};

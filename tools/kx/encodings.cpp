@@ -163,6 +163,10 @@ std::string take_page(std::optional<CodePage> &page, const std::string &name) {
     return "";
 }
 
+bool is_unicode(const Encoding &form) {
+    return form.kind == EncodingKind::utf8 || form.kind == EncodingKind::utf16le || form.kind == EncodingKind::utf16be;
+}
+
 bool is_kx_encoding(const Encoding &form) {
     switch (form.kind) {
     case EncodingKind::kx:

@@ -32,6 +32,7 @@ std::string take_page(std::optional<CodePage> &page, const std::string &name);
 // Whether the form is one of the library's own: it names no code page, and holds attributes and other codes that are no
 // characters.
 bool is_kx_encoding(const Encoding &form);
+bool is_unicode(const Encoding &form);
 // All forms with their names, for people.
 std::string list_of_encodings();
 
