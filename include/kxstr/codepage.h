@@ -100,7 +100,7 @@ KXSTR_API uint8_t WtpiGetCountryID(void);
  *          "HKEY_CURRENT_USER\Software\Norvane\Conversions\21\CodePageData\EN" for the language EN.
  *          Zero-terminated, in the library's own buffer; do not write.
  *
- * The path is rebuilt at every call, in the same buffer: it follows the language.
+ * The path is worked out at every call, in the same buffer: it follows the language.
  * Threads: several may ask at once; the buffer changes at the first call after a change of the language.
  */
 KXSTR_API const char *WcvtGetRegistryLoc(void);
@@ -141,7 +141,8 @@ KXSTR_API uint16_t WcvtGetWinCodepage(void);
  * Where the value is a link, the value that it names is written instead, and the result is that of this write. A link
  * with a root, `<\HKEY_CURRENT_USER\Software\Key\Page>`, is written where it is read. One without, `<Key\Page>`, is
  * written below HKEY_CURRENT_USER but read below `HKEY_CURRENT_USER\Software`, so that the next process does not find
- * the number. The library's own descriptors, once filled, keep their code page.
+ * the number. The library's own descriptors, once filled, keep their code page. A link that resolves more than 4,096
+ * references, directly or through other links, or nests more than 256 deep, is not followed: the result is 0.
  *
  * Outside Windows this call may wait, while another process is writing the settings: half a minute at most for a key
  * that is missing and as long for the value; then it gives 0. No other function of the library waits. Threads:

@@ -25,9 +25,6 @@ constinit CodePageState state{};
 
 using KeyPath = std::array<char, 100>;
 constinit KeyPath last_key_path{}; // for the callers that hold its address, and for nobody else
-// The language store that it was built from; at first one that cannot be, since a store ends with a zero.
-constinit std::atomic<std::uint64_t> last_key_language{~std::uint64_t{0}};
-static_assert(sizeof core::language_store == sizeof last_key_language);
 
 constexpr std::string_view kRoot = "HKEY_CURRENT_USER\\";
 static_assert(std::string_view(kCodePageSettings).starts_with(kRoot));
@@ -76,13 +73,10 @@ void forget_code_pages() noexcept {
 }
 
 const char *settings_key() noexcept {
-    std::uint64_t language = 0;
-    std::memcpy(&language, core::language_store.data(), sizeof language);
-    if (last_key_language.load(std::memory_order_acquire) != language) {
-        const platform::FirstUse guard;
-        if (last_key_language.load(std::memory_order_relaxed) != language) last_key_path = key_path();
-        last_key_language.store(language, std::memory_order_release);
-    }
+    const KeyPath path = key_path();
+    // A path that is right is not written, so that threads may read the one that they hold.
+    const platform::FirstUse guard;
+    if (last_key_path != path) last_key_path = path;
     return last_key_path.data();
 }
 

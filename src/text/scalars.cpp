@@ -1,24 +1,14 @@
 #include "text/scalars.h"
 
+#include "platform/utf8.h"
+
 namespace kxstr::text {
 
-// Not written shorter, not a surrogate, not above U+10FFFF: the range of the second byte sees to that.
 Scalar read_utf8(std::span<const std::uint8_t> bytes) noexcept {
-    const std::uint8_t first = bytes[0];
-    if (first < 0x80) return {Scalar::character, 1, first};
-    if (first < 0xC2 || first > 0xF4) return {Scalar::malformed, 1, 0};
-    const std::size_t length = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    std::uint8_t low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
-    std::uint8_t high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
-    std::uint32_t value = first & (0x7Fu >> length);
-    for (std::size_t at = 1; at < length; ++at) {
-        if (at == bytes.size()) return {Scalar::incomplete, at, 0};
-        if (bytes[at] < low || bytes[at] > high) return {Scalar::malformed, at, 0};
-        value = (value << 6) | (bytes[at] & 0x3Fu);
-        low = 0x80;
-        high = 0xBF;
-    }
-    return {Scalar::character, length, value};
+    const Utf8Sequence sequence = kxstr::read_utf8(bytes);
+    constexpr Scalar::Kind kinds[] = {Scalar::character, Scalar::malformed, Scalar::incomplete};
+    static_assert(Utf8Sequence::character == 0 && Utf8Sequence::malformed == 1 && Utf8Sequence::incomplete == 2);
+    return {kinds[sequence.kind], sequence.length, sequence.code_point};
 }
 
 Scalar read_utf16(std::span<const std::uint8_t> bytes, ByteOrder order) noexcept {
@@ -33,16 +23,7 @@ Scalar read_utf16(std::span<const std::uint8_t> bytes, ByteOrder order) noexcept
 }
 
 std::size_t write_utf8(std::uint32_t character, std::uint8_t *bytes) noexcept {
-    const auto byte = [](std::uint32_t value) { return static_cast<std::uint8_t>(value); };
-    if (character < 0x80) {
-        bytes[0] = byte(character);
-        return 1;
-    }
-    const std::size_t length = character < 0x800 ? 2 : character < 0x10000 ? 3 : 4;
-    for (std::size_t at = length; --at > 0; character >>= 6)
-        bytes[at] = byte(0x80u | (character & 0x3Fu));
-    bytes[0] = byte((0xF00u >> length) | character);
-    return length;
+    return kxstr::write_utf8(character, bytes);
 }
 
 std::size_t write_utf16(std::uint32_t character, std::uint8_t *bytes, ByteOrder order) noexcept {

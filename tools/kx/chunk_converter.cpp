@@ -3,28 +3,15 @@
 #include <algorithm>
 
 #include "line_ends.h"
+#include "text/scalars.h"
 
 namespace kx {
 namespace {
 
-// Of a whole character; pieces of one are shorter than their first byte says.
-std::optional<char32_t> value_of_utf8(std::span<const std::uint8_t> bytes) {
-    const std::uint8_t first = bytes[0];
-    const std::size_t length = first < 0x80 ? 1 : first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    if (bytes.size() != length) return std::nullopt;
-    char32_t value = length == 1 ? first : first & (0x7Fu >> length);
-    for (const std::uint8_t byte : bytes.subspan(1))
-        value = (value << 6) | (byte & 0x3Fu);
-    return value;
-}
-
-std::optional<char32_t> value_of_utf16(std::span<const std::uint8_t> bytes, bool low_first) {
-    const auto unit = [&](std::size_t at) -> char32_t {
-        return low_first ? bytes[at] | (char32_t{bytes[at + 1]} << 8) : bytes[at + 1] | (char32_t{bytes[at]} << 8);
-    };
-    if (bytes.size() == 4) return 0x10000u + ((unit(0) & 0x3FFu) << 10) + (unit(2) & 0x3FFu);
-    const bool is_character = bytes.size() == 2 && (unit(0) < 0xD800 || unit(0) > 0xDFFF);
-    return is_character ? std::optional(unit(0)) : std::nullopt;
+// Nothing for a piece of a character, and for more than one.
+std::optional<char32_t> value_of(const kxstr::text::Scalar &scalar, std::span<const std::uint8_t> bytes) {
+    if (scalar.kind != kxstr::text::Scalar::character || scalar.length != bytes.size()) return std::nullopt;
+    return scalar.value;
 }
 
 } // namespace
@@ -37,6 +24,9 @@ ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const T
       transform_(transform),
       direct_(transform == nullptr && !decoder && !is_kx_encoding(to)
                   ? Converter::make(from, to, pages.text, pages.written)
+                  : nullptr),
+      naming_(direct_ && from.kind == EncodingKind::code_page
+                  ? Converter::make(from, {EncodingKind::utf8, {}}, pages.text, pages.written)
                   : nullptr),
       decoder_(decoder ? std::move(decoder) : make_decoder(from, pages.text, is_kx_encoding(to))),
       encoder_(make_encoder(to, pages.text, pages.written)) {
@@ -171,18 +161,29 @@ void ChunkConverter::list_united(const Chunk &chunk, std::size_t consumed) {
 
 std::optional<char32_t> ChunkConverter::code_point(std::span<const std::uint8_t> bytes) {
     switch (from_.kind) {
-    case EncodingKind::utf8: return value_of_utf8(bytes);
-    case EncodingKind::utf16le: return value_of_utf16(bytes, true);
-    case EncodingKind::utf16be: return value_of_utf16(bytes, false);
+    case EncodingKind::utf8: return value_of(kxstr::text::read_utf8(bytes), bytes);
+    case EncodingKind::utf16le:
+        return value_of(kxstr::text::read_utf16(bytes, kxstr::text::ByteOrder::low_first), bytes);
+    case EncodingKind::utf16be:
+        return value_of(kxstr::text::read_utf16(bytes, kxstr::text::ByteOrder::high_first), bytes);
     default: break;
+    }
+    const auto told = [](char32_t value) { // a private-use value says less than the bytes
+        return value >= 0xE000 && value <= 0xF8FF ? std::optional<char32_t>() : value;
+    };
+    if (naming_) {
+        ByteBuffer utf8;
+        const auto done = naming_->convert({bytes, 1, true}, utf8);
+        const auto value =
+            done.bad_length == 0 && !utf8.empty() ? value_of(kxstr::text::read_utf8(utf8), utf8) : std::nullopt;
+        return value ? told(*value) : std::nullopt;
     }
     // Not in units_: this is asked about a change, while they are being written. Nor at the start of a file.
     one_.clear();
     const auto result = decoder_->decode({bytes, 1, true}, one_);
     if (result.bad_length != 0 || one_.chars.size() != 1) return std::nullopt;
     const std::uint16_t unit = unicode_of_kx(text_page_, one_.chars[0]);
-    const bool is_private = unit >= 0xE000 && unit <= 0xF8FF; // which says less than the bytes
-    return unit != KX_NONE && !is_private ? std::optional<char32_t>(unit) : std::nullopt;
+    return unit != KX_NONE ? told(unit) : std::nullopt;
 }
 
 } // namespace kx

@@ -29,7 +29,7 @@ constexpr Usage kUsageText{
     "-f auto takes the form that `kx detect` tells for each FILE, and fails when two answers are close.\n"
     "Tab, line feed, form feed and carriage return are the same in all forms. The other control\n"
     "characters are kept, too; in KX text those of a DOS code page are glyphs.\n"
-    "A byte order mark at the start of a file is skipped; none is written.\n"
+    "A byte order mark at the start of a file is skipped; none is written without --bom.\n"
     "KX text does not say which code page its East Asian characters and the bytes without a KX\n"
     "character belong to. It is PAGE; else the code page on the other side; else the ANSI code\n"
     "page of the locale.\n"

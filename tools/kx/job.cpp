@@ -6,6 +6,7 @@
 
 #include "os.h"
 #include "paths.h"
+#include "text/scalars.h"
 
 namespace kx {
 namespace {
@@ -17,21 +18,12 @@ std::string name_of(char32_t character) {
 }
 
 void append_unicode(char32_t character, EncodingKind form, ByteBuffer &bytes) {
-    const auto put = [&](char32_t byte) { bytes.push_back(static_cast<std::uint8_t>(byte)); };
-    if (form == EncodingKind::utf8) {
-        const int more = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
-        constexpr std::uint8_t first[] = {0x00, 0xC0, 0xE0, 0xF0};
-        put(first[more] | (character >> (6 * more)));
-        for (int i = more; i-- > 0;)
-            put(0x80 | ((character >> (6 * i)) & 0x3F));
-        return;
-    }
-    const auto put_unit = [&](char32_t unit) {
-        put(form == EncodingKind::utf16le ? unit & 0xFF : unit >> 8);
-        put(form == EncodingKind::utf16le ? unit >> 8 : unit & 0xFF);
-    };
-    if (character >= 0x10000) put_unit(0xD800 + ((character - 0x10000) >> 10));
-    put_unit(character >= 0x10000 ? 0xDC00 + (character & 0x3FF) : character);
+    std::uint8_t written[4];
+    const auto order =
+        form == EncodingKind::utf16be ? kxstr::text::ByteOrder::high_first : kxstr::text::ByteOrder::low_first;
+    const std::size_t size = form == EncodingKind::utf8 ? kxstr::text::write_utf8(character, written)
+                                                        : kxstr::text::write_utf16(character, written, order);
+    bytes.insert(bytes.end(), written, written + size);
 }
 
 class Work {

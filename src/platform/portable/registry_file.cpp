@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <unordered_set>
 
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
@@ -514,42 +515,74 @@ std::optional<std::string> with_value(const RegistryFile &file, std::u16string_v
     return text;
 }
 
-std::string without_value(const RegistryFile &file, std::u16string_view path, std::u16string_view name) {
+namespace {
+
+// Parts of the text, each from its first byte to behind its last.
+using Parts = std::vector<std::pair<std::size_t, std::size_t>>;
+
+void add_lines_of_value(const RegistryFile &file, std::u16string_view path, std::u16string_view name, Parts &parts) {
     const RegistryValue *value = file.find_value(path, name);
-    if (value == nullptr) return file.text;
+    if (value == nullptr) return;
     // Earlier lines, too: they would come to light when the last one goes.
     auto lines = value->hidden;
     lines.emplace_back(value->line, value->end);
-    std::string text;
+    for (const auto &[line, data_end] : lines)
+        parts.emplace_back(line, std::min(file.text.find('\n', data_end), file.text.size() - 1) + 1);
+}
+
+// Of the keys with these paths, in capitals, and of those below them.
+void add_sections_of_keys(const RegistryFile &file, const std::unordered_set<std::u16string> &paths, Parts &parts) {
+    const auto goes = [&](const std::u16string &path) {
+        for (std::size_t end = path.size(); end != std::u16string::npos; end = path.rfind(u'\\', end - 1)) {
+            if (paths.contains(path.substr(0, end))) return true;
+            if (end == 0) break;
+        }
+        return false;
+    };
+    for (const RegistrySection &section : file.sections)
+        if (goes(section.path)) parts.emplace_back(section.begin, section.end);
+}
+
+// They may overlap.
+std::string without(const std::string &text, Parts parts) {
+    std::ranges::sort(parts);
+    std::string left;
     std::size_t at = 0;
-    for (const auto &[line, data_end] : lines) {
-        text.append(file.text, at, line - at);
-        at = std::min(file.text.find('\n', data_end), file.text.size() - 1) + 1;
+    for (const auto &[begin, end] : parts) {
+        if (begin > at) left.append(text, at, begin - at);
+        at = std::max(at, end);
     }
-    return text.append(file.text, at);
+    return left.append(text, at);
+}
+
+} // namespace
+
+std::string without_value(const RegistryFile &file, std::u16string_view path, std::u16string_view name) {
+    Parts parts;
+    add_lines_of_value(file, path, name, parts);
+    return without(file.text, std::move(parts));
 }
 
 std::string without_key(const RegistryFile &file, std::u16string_view path) {
-    const std::u16string upper = upper_case(path);
-    const std::u16string below = upper + u'\\';
-    std::string text;
-    std::size_t at = 0;
-    for (const RegistrySection &section : file.sections) {
-        if (section.path != upper && !section.path.starts_with(below)) continue;
-        text.append(file.text, at, section.begin - at);
-        at = section.end;
-    }
-    return text.append(file.text, at);
+    Parts parts;
+    add_sections_of_keys(file, {upper_case(path)}, parts);
+    return without(file.text, std::move(parts));
 }
 
 std::optional<std::string> with_all_of(const RegistryFile &file, const RegistryFile &other) {
-    RegistryFile base = file;
+    Parts removed;
+    std::unordered_set<std::u16string> removed_keys;
     for (const RegistryRemoval &removal : other.removals) {
-        auto parsed = parse_registry(removal.name ? without_value(base, removal.path, *removal.name)
-                                                  : without_key(base, removal.path));
-        if (!parsed) return std::nullopt;
-        base = std::move(*parsed);
+        if (removal.name) {
+            add_lines_of_value(file, removal.path, *removal.name, removed);
+        } else {
+            removed_keys.insert(upper_case(removal.path));
+        }
     }
+    add_sections_of_keys(file, removed_keys, removed);
+    const auto left = parse_registry(without(file.text, std::move(removed)));
+    if (!left) return std::nullopt;
+    const RegistryFile &base = *left;
     // All changes are places of one text: it is parsed once, however many there are.
     struct Change {
         std::size_t at, size;

@@ -228,13 +228,18 @@ std::uint32_t FileReplacer::write_temporary(const std::string &bytes) {
 
     struct stat old {};
     bool has_mode = false; // to take over
+    mode_t kept = 07777;   // of it
     if (::fstatat(folder_, name_.c_str(), &old, 0) == 0) {
         // A file that its owner made read-only is not ours to replace, though the folder would allow it.
         if (::faccessat(folder_, name_.c_str(), W_OK, AT_EACCESS) != 0) return status_of(errno);
         // Only a privileged process can keep a foreign owner; the group alone may be one of our own.
-        if (::fchown(file.number(), old.st_uid, old.st_gid) != 0 &&
-            ::fchown(file.number(), static_cast<uid_t>(-1), old.st_gid) != 0 && errno != EPERM) {
-            return status_of(errno);
+        if (::fchown(file.number(), old.st_uid, old.st_gid) != 0) {
+            // What a file may do as its owner or group is nothing to hand on to others.
+            kept &= ~static_cast<mode_t>(S_ISUID);
+            if (::fchown(file.number(), static_cast<uid_t>(-1), old.st_gid) != 0) {
+                if (errno != EPERM) return status_of(errno);
+                kept &= ~static_cast<mode_t>(S_ISGID);
+            }
         }
         has_mode = true;
     } else if (errno != ENOENT) {
@@ -242,7 +247,7 @@ std::uint32_t FileReplacer::write_temporary(const std::string &bytes) {
     }
     if (!write_all(file.number(), bytes)) return status_of(errno);
     // Last: a change of the owner takes mode bits away, and so does writing.
-    if (has_mode && ::fchmod(file.number(), old.st_mode & 07777) != 0) return status_of(errno);
+    if (has_mode && ::fchmod(file.number(), old.st_mode & kept) != 0) return status_of(errno);
     if (::fsync(file.number()) != 0) return status_of(errno);
     return kSuccess;
 }
