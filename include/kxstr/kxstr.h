@@ -1,4 +1,8 @@
-/** Umbrella header of kxstr: all subsystems. */
+/**
+ * Umbrella header of kxstr: all subsystems.
+ *
+ * Example: VaskSetLanguage("DE"); // core.h; then W6wstrcmp(a, b), strops.h, compares two KX strings in German
+ */
 #ifndef KXSTR_KXSTR_H
 #define KXSTR_KXSTR_H
 

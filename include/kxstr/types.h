@@ -1,5 +1,10 @@
 /**
  * Types and constants shared by all headers of kxstr. Usable from C99 and C++.
+ *
+ * Example, the KX character of set 1 with index 0x29 (e with acute):
+ *
+ *     const KxChar ch = 1 << 8 | 0x29;
+ *     if (ch != KX_NONE) printf("set %u, index %02X\n", ch >> 8, ch & 0xFF); // set 1, index 29
  */
 #ifndef KXSTR_TYPES_H
 #define KXSTR_TYPES_H

@@ -13,7 +13,8 @@ constexpr std::size_t place_of_code(const char *code) noexcept {
     const unsigned first = static_cast<unsigned char>(code[0]);
     if (first == 0) [[unlikely]]
         return 0;
-    const unsigned letters = (first | static_cast<unsigned char>(code[1]) << 8) ^ 0x4040;
+    const unsigned second = static_cast<unsigned char>(code[1]);
+    const unsigned letters = (first | second << 8) ^ 0x4040;
     if ((letters & 0xE0E0) != 0) [[unlikely]]
         return 0;
     return (letters * 0x2001 >> 8) % kCodePlaces; // the first times 32, and the second

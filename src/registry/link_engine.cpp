@@ -17,7 +17,7 @@
 namespace kxstr::registry {
 namespace {
 
-constexpr const char *kSettingsPath = "Software\\Norvane\\Yarrowind\\21\\LogicalCharacters";
+constexpr const char *kLinkSettingsKey = "Software\\Norvane\\Yarrowind\\21\\LogicalCharacters";
 constexpr const char *kSettingsValue = "Yarrowind Logical Syntax Characters";
 constexpr const char *kBaseSubkey = "Software";
 constexpr std::array<std::uint16_t, 5> kDefaultSyntax{u'"', u'*', u'<', u'>', u'|'};
@@ -412,7 +412,7 @@ bool open_keys_and_area(LinkEngine &engine, std::uint16_t *characters, Missing m
         open_key(kCurrentUser, path, kReadAndWrite, key);
         return true;
     };
-    if (!open(kSettingsPath, engine.settings_key)) return fail(kCannotOpen);
+    if (!open(kLinkSettingsKey, engine.settings_key)) return fail(kCannotOpen);
     if (!read_syntax(engine.settings_key, std::span<std::uint16_t, kSyntaxRoom>(characters, kSyntaxRoom))) {
         free_syntax(engine);
         // For people to see and change. Where nothing can be written the default serves all the same.

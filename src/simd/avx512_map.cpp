@@ -203,7 +203,7 @@ Page split(const std::uint16_t *values) noexcept {
         return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi16_epi8(a)), _mm512_cvtepi16_epi8(b), 1);
     };
     Page page;
-    for (int i = 0; i < 4; ++i) {
+    for (std::size_t i = 0; i < 4; ++i) {
         const __m512i a = load(values + kBlock * i), b = load(values + kBlock * i + kHalf);
         page.low[i] = join(a, b);
         page.high[i] = join(_mm512_srli_epi16(a, 8), _mm512_srli_epi16(b, 8));

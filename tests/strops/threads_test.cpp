@@ -108,7 +108,7 @@ void start_cold(const System &system, const char *language, const std::string &a
                 EXPECT_EQ(result[job], alone) << "job " << job;
         }
         std::string seen;
-        for (const std::size_t job : {0, 1, 2, 4, 5})
+        for (const std::size_t job : {0u, 1u, 2u, 4u, 5u})
             seen += results[0][job] + ' ';
         EXPECT_EQ(seen, anchor);
     }

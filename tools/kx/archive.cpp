@@ -171,7 +171,6 @@ class Run {
   public:
     Run(const Plan &plan, const Choices &choices, const RunChoices &run, const std::string &output)
         : plan_(plan),
-          choices_(choices),
           run_(run),
           tell_([this](const std::string &what, int error) { this->tell(what, error); }),
           progress_(total_of(plan)),
@@ -333,7 +332,6 @@ class Run {
     }
 
     const Plan &plan_;
-    const Choices &choices_;
     const RunChoices &run_;
     Tell tell_;
     std::atomic<std::size_t> begun_ = 0;

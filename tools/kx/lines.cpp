@@ -6,19 +6,13 @@
 #include "core/kx_char.h"
 #include "platform/system.h"
 #include "simd/kernels.h"
+#include "text/scalars.h"
 
 namespace kx {
 namespace {
 
 constexpr KxChar kDotlessCapital = 0x01EE;
 constexpr KxChar kCapitalWithDot = 0x0182;
-
-std::uint32_t code_point_of_utf8(std::span<const std::uint8_t> bytes) {
-    std::uint32_t value = bytes[0] & (0x7Fu >> bytes.size());
-    for (const std::uint8_t byte : bytes.subspan(1))
-        value = value << 6 | (byte & 0x3Fu);
-    return value;
-}
 
 // How many bytes a character of UTF-8 has by its first one.
 std::size_t size_by_first(std::uint8_t byte) {
@@ -112,14 +106,13 @@ std::size_t LineReader::count_characters(std::span<const std::uint8_t> bytes) {
 }
 
 std::uint32_t LineReader::value_of(std::span<const std::uint8_t> bytes) const {
-    const auto is_little = [&] { return form_.form.kind == EncodingKind::utf16le; };
-    const auto unit_at = [&](std::size_t at) -> std::uint32_t {
-        return is_little() ? bytes[at] | bytes[at + 1] << 8 : bytes[at] << 8 | bytes[at + 1];
-    };
+    const auto order = form_.form.kind == EncodingKind::utf16le ? kxstr::text::ByteOrder::low_first
+                                                                : kxstr::text::ByteOrder::high_first;
+    const auto unit_at = [&](std::size_t at) -> std::uint32_t { return kxstr::text::load_unit(&bytes[at], order); };
     switch (form_.form.kind) {
     case EncodingKind::utf8:
         // Malformed bytes never have the size that the first one asks for, but for single ones.
-        if (bytes.size() > 1 && bytes.size() == size_by_first(bytes[0])) return code_point_of_utf8(bytes);
+        if (bytes.size() > 1 && bytes.size() == size_by_first(bytes[0])) return kxstr::text::read_utf8(bytes).value;
         break;
     case EncodingKind::utf16le:
     case EncodingKind::utf16be:

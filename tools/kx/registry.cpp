@@ -80,7 +80,7 @@ int fail(const std::string &what, std::uint32_t status) {
 }
 
 // Where a value is: its key's full path and its own name.
-struct ValuePath {
+struct NamedValue {
     std::u16string key;
     std::u16string name;
 };
@@ -203,7 +203,7 @@ Typed typed_value(const std::string &type, const std::string &text) {
 }
 
 // What a value is that nobody gives a type for.
-std::string usual_type(const ValuePath &value_path) {
+std::string usual_type(const NamedValue &value_path) {
     const std::u16string key = platform::upper_case(value_path.key);
     const std::u16string name = platform::upper_case(value_path.name);
     const auto is = [&name](const char *setting) {
@@ -214,7 +214,7 @@ std::string usual_type(const ValuePath &value_path) {
     return is_setting && (is(kxstr::codepage::kDosValue) || is(kxstr::codepage::kWindowsValue)) ? "codepage" : "text";
 }
 
-bool is_protected(const RegistryFile &file, const ValuePath &value_path) {
+bool is_protected(const RegistryFile &file, const NamedValue &value_path) {
     const RegistryValue *value = file.find_value(value_path.key, value_path.name);
     return value != nullptr && (value->type & registry::kWriteProtected) != 0;
 }
@@ -225,12 +225,12 @@ Change changed(std::optional<std::string> text) {
     return text ? Change{platform::kSuccess, std::move(*text)} : Change{platform::kBadParameter, {}};
 }
 
-Change set(const RegistryFile &file, const ValuePath &value_path, const Typed &value) {
+Change set(const RegistryFile &file, const NamedValue &value_path, const Typed &value) {
     if (is_protected(file, value_path)) return {platform::kAccessDenied, {}};
     return changed(platform::with_value(file, value_path.key, value_path.name, value.type, *value.data));
 }
 
-Change unset(const RegistryFile &file, const ValuePath &value_path) {
+Change unset(const RegistryFile &file, const NamedValue &value_path) {
     if (file.find_value(value_path.key, value_path.name) == nullptr) return {platform::kNotFound, {}};
     if (is_protected(file, value_path)) return {platform::kAccessDenied, {}};
     return {platform::kSuccess, platform::without_value(file, value_path.key, value_path.name)};
@@ -335,7 +335,7 @@ int run_registry(int argc, char **argv) {
     if (settings_path.empty()) return fail("no settings file (KX_REGISTRY)", platform::kNotFound);
     if (command == "import") return import_file(operands[0], settings_path);
 
-    ValuePath value_path;
+    NamedValue value_path;
     if (!operands.empty()) {
         const auto path = key_path_of(operands[0]);
         if (!path) return usage_error(kUsageText, "'" + operands[0] + "' does not start with a root's name");

@@ -263,8 +263,10 @@ void add_number(const LineText &text, const NumberMarks &marks, std::vector<std:
     if (at != end && *at == marks.point) {
         for (++at; at != end && is_digit(*at); ++at)
             key.push_back(static_cast<std::uint8_t>(*at));
-        const std::size_t whole =
-            digits + (key[digits - 4] << 24 | key[digits - 3] << 16 | key[digits - 2] << 8 | key[digits - 1]);
+        std::size_t count = 0;
+        for (std::size_t i = digits - 4; i < digits; ++i)
+            count = count << 8 | key[i];
+        const std::size_t whole = digits + count;
         while (key.size() > whole && key.back() == '0')
             key.pop_back();
     }
