@@ -8,7 +8,8 @@ from pathlib import Path
 library, header = map(Path, sys.argv[1:])
 wanted = set(re.findall(r"^KXDETECT_API .*?(\w+)\(", header.read_text(encoding="utf-8"), flags=re.M))
 listed = subprocess.run(["nm", "-D", "--defined-only", library], capture_output=True, text=True, check=True).stdout
-exported = {line.split()[2] for line in listed.splitlines()}
+symbols = (line.split() for line in listed.splitlines())
+exported = {name.split("@")[0] for _, kind, name in symbols if kind != "A"}  # which is the version itself
 needed = subprocess.run(["readelf", "-d", library], capture_output=True, text=True, check=True).stdout
 size = library.resolve().stat().st_size
 faults = [f"missing: {name}" for name in sorted(wanted - exported)] + [f"too many: {name}" for name in
