@@ -10,6 +10,7 @@
 namespace kxstr::simd {
 
 namespace plain {
+extern const Kernels kKernels;
 FindZero16 find_zero16;
 Find16 find16;
 Find16 find_last16;

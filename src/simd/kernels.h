@@ -268,12 +268,11 @@ struct Kernels {
     BytesOfMapped *bytes_of_mapped;
 };
 
-namespace plain {
-extern const Kernels kKernels;
-}
-
-// Defined where all see it: so the way to a kernel is two loads and a jump.
-inline constinit const Kernels *chosen_kernels = &plain::kKernels;
+// Hidden, so that the way to a kernel is two loads and a jump. Defined beside what chooses: whoever links the static
+// library gets that only together with something that is needed.
+#pragma GCC visibility push(hidden)
+extern constinit const Kernels *chosen_kernels;
+#pragma GCC visibility pop
 
 // The best family that the processor can run. KXSTR_KERNELS in the environment names another one (one of available())
 // for the whole process; a name that is none of them counts as unset. Before the library's initialisers have run these
