@@ -38,6 +38,21 @@ struct NativeBytes {
 };
 NativeBytes from_wide(std::uint32_t code_page, std::uint16_t unit) noexcept;
 
+// ---- Where the settings came from ----
+
+// A variable's name, "default", "KxPlatformSet", what it follows ("the ANSI code page"), or "Windows".
+struct Origins {
+    const char *ansi_code_page;
+    const char *oem_code_page;
+    const char *double_byte;
+    const char *system_language;
+    const char *keyboard_language;
+    const char *settings_store;
+};
+Origins origins() noexcept;
+// The path of the settings file, empty for none; on Windows "the registry".
+const char *settings_store() noexcept;
+
 // ---- Memory: counts in bytes; null when there is no room; freeing null does nothing ----
 
 void *process_heap() noexcept;                                 // GetProcessHeap: never null, always the same

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <charconv>
+#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <kxstr/codepage.h>
@@ -17,7 +18,7 @@
 #include "command.h"
 #include "core/kx_char.h"
 #include "files.h"
-#include "options.h"
+#include "option_list.h"
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
 #include "platform/system.h"
@@ -36,23 +37,30 @@ namespace platform = kxstr::platform;
 
 constexpr std::size_t kMaxLanguage = 7; // bytes that the library keeps
 
-constexpr int kDosOption = 256;
-constexpr int kWindowsOption = 257;
-constexpr Option kOptions[] = {
-    {'l', "language", "LANG", "tell what is in force for LANG too, such as FR"},
-    {kDosOption, "dos", "PAGE", "with set: the DOS code page"},
-    {kWindowsOption, "windows", "PAGE", "with set: the Windows code page"},
+constexpr Option kOptions[] = {option::kLanguage, option::kDos, option::kWindows, option::kOutput};
+
+constexpr Action kActions[] = {{"set", "LANG", "store the code pages of a language"}};
+
+constexpr Example kExamples[] = {
+    {"kx codepages 852", "the characters of a page, by their bytes"},
+    {"kx codepages set FR --dos 850 --windows 1252", "the code pages of French texts"},
 };
 
 constexpr Usage kUsageText{
-    "kx codepages", "[-l LANG]... | PAGE | set LANG [--dos PAGE] [--windows PAGE]",
+    "kx codepages",
+    "[-l LANG]... [-o OUT] | PAGE [-o OUT] | set LANG [--dos PAGE] [--windows PAGE]",
     "Lists the code pages that have tables, and the DOS and Windows code pages that are in force:\n"
     "for the language EN, for the languages that have settings, and for each LANG.\n"
     "With a PAGE, such as 852, shows its characters by their bytes. set stores the code pages of a\n"
     "language, as programs that use the library do, where links lead.",
     kOptions,
     "A table's size is in bytes; the reverse table also tells how many characters it holds. What is\n"
-    "in force is a stored value, else the default of the country, else the system's code page."};
+    "in force is a stored value, else the default of the country, else the system's code page.",
+    kExamples,
+    "done",
+    "the settings cannot be read or written, or the output not be written",
+    kActions,
+};
 
 // Nothing for text that names no code page of the library.
 std::optional<std::uint16_t> parse_page(const std::string &text) {
@@ -78,7 +86,7 @@ std::string character_of(const KxCodePage &page, std::uint8_t byte) {
     return {bytes, kxstr::write_utf8(unit, bytes)};
 }
 
-int print_page(std::uint16_t number) {
+std::string characters_of(std::uint16_t number) {
     KxCodePage page{};
     codepage::set_code_page(page, number, codepage::kTowardsKx);
     std::string text = "   ";
@@ -92,11 +100,10 @@ int print_page(std::uint16_t number) {
     }
     while (text.find(" \n") != std::string::npos)
         text.erase(text.find(" \n"), 1);
-    std::printf("%s\n", text.erase(text.find_last_not_of(' ') + 1).c_str());
-    if (codepage::has_double_byte_rule(number)) {
-        std::printf("\nIts double-byte characters go by a rule: `kx dump` and `kx convert` show them.\n");
-    }
-    return kSuccess;
+    text.erase(text.find_last_not_of(' ') + 1) += '\n';
+    if (codepage::has_double_byte_rule(number))
+        text += "\nIts double-byte characters go by a rule: `kx dump` and `kx convert` show them.\n";
+    return text;
 }
 
 int set_pages(const std::string &language, const std::optional<std::uint16_t> &dos,
@@ -125,17 +132,27 @@ std::string range_of(const std::uint8_t *table) {
     return text;
 }
 
-void print_tables() {
-    std::printf("%-6s %-8s %-11s %-11s %s\n", "page", "Windows", "low table", "high table", "reverse table");
+// As printf, behind the text.
+[[gnu::format(printf, 2, 3)]] void print(std::string &text, const char *format, ...) {
+    char line[256];
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(line, sizeof line, format, arguments);
+    va_end(arguments);
+    text += line;
+}
+
+void print_tables(std::string &text) {
+    print(text, "%-6s %-8s %-11s %-11s %s\n", "page", "Windows", "low table", "high table", "reverse table");
     for (const auto &page : kxstr::tables::kCodePages) {
         const unsigned entries = kxstr::load_u16le(page.reverse());
-        std::printf("%-6u %-8u %-11s %-11s %u in %u\n", page.kx_number, page.windows_number,
-                    range_of(page.low()).c_str(), range_of(page.high()).c_str(), entries, 2 + 3 * entries);
+        print(text, "%-6u %-8u %-11s %-11s %u in %u\n", page.kx_number, page.windows_number,
+              range_of(page.low()).c_str(), range_of(page.high()).c_str(), entries, 2 + 3 * entries);
     }
-    std::printf("\nBy rule, for their double-byte characters:");
+    print(text, "\nBy rule, for their double-byte characters:");
     for (std::uint32_t number = 0; number <= 0xFFFF; ++number)
-        if (codepage::has_double_byte_rule(number)) std::printf(" %u", number);
-    std::printf("\n\n");
+        if (codepage::has_double_byte_rule(number)) print(text, " %u", number);
+    print(text, "\n\n");
 }
 
 // The languages that have a key of settings, as their keys spell them.
@@ -157,42 +174,55 @@ std::uint16_t stored(const char *value_name) {
     return codepage::stored_code_page(value_name);
 }
 
-std::string in_force(const char *value_name, const codepage::DefaultCodePage &otherwise) {
-    if (const std::uint16_t number = stored(value_name); number != 0) return std::to_string(number) + ", stored";
-    return std::to_string(otherwise.number) + (otherwise.by_country ? ", default of the country" : ", the system's");
+struct InForce {
+    std::string page, origin;
+};
+InForce in_force(const char *value_name, const codepage::DefaultCodePage &otherwise) {
+    if (const std::uint16_t number = stored(value_name); number != 0) return {std::to_string(number), "stored"};
+    return {std::to_string(otherwise.number), otherwise.by_country ? "default of the country" : "the system's"};
 }
 
-void print_in_force(const std::vector<std::string> &languages) {
+void print_in_force(std::string &text, const std::vector<std::string> &languages) {
     static constexpr const char *kCountries[] = {"none of the special ones", "Japan",  "Korea", "Taiwan and Hong Kong",
                                                  "China and Singapore",      "Arabic", "Israel"};
-    std::printf("Country: %u (%s). Language identifier of the system: 0x%04X.\n\n", codepage::country_id(),
-                kCountries[codepage::country_id()], platform::system_language());
-    std::printf("%-9s %-32s %s\n", "language", "DOS code page", "Windows code page");
+    print(text, "Country: %u (%s). Language identifier of the system: 0x%04X.\n\n", codepage::country_id(),
+          kCountries[codepage::country_id()], platform::system_language());
+    print(text, "%-9s %-32s %s\n", "language", "DOS code page", "Windows code page");
     for (const std::string &language : languages) {
-        VaskSetLanguage(language.c_str());
-        std::printf("%-9s %-32s %s\n", language.c_str(),
-                    in_force(codepage::kDosValue, codepage::default_dos_code_page()).c_str(),
-                    in_force(codepage::kWindowsValue, codepage::default_windows_code_page()).c_str());
+        const PagesInForce pages = pages_in_force(language.c_str());
+        print(text, "%-9s %-32s %s\n", language.c_str(), (pages.dos + ", " + pages.dos_origin).c_str(),
+              (pages.windows + ", " + pages.windows_origin).c_str());
     }
     if (platform::is_double_byte_system()) {
-        std::printf("\nOn this double-byte system OEM strings are in the Windows code page, too.\n");
+        print(text, "\nOn this double-byte system OEM strings are in the Windows code page, too.\n");
     }
 }
 
 } // namespace
 
+PagesInForce pages_in_force(const char *language) {
+    VaskSetLanguage(language);
+    const InForce dos = in_force(codepage::kDosValue, codepage::default_dos_code_page());
+    const InForce windows = in_force(codepage::kWindowsValue, codepage::default_windows_code_page());
+    return {dos.page, dos.origin, windows.page, windows.origin};
+}
+
 int run_codepages(int argc, char **argv) {
     std::vector<std::string> languages{"EN"};
+    std::string output;
     std::optional<std::uint16_t> dos, windows;
-    const Parsed parsed =
-        parse_options(argc, argv, kUsageText, [&](int id, const std::string &argument) -> std::string {
-            if (id == kDosOption || id == kWindowsOption) {
-                const auto page = (id == kDosOption ? dos : windows) = parse_page(argument);
-                return page ? "" : no_page(argument);
-            }
-            languages.push_back(argument);
-            return argument.size() <= kMaxLanguage ? "" : "a language has at most 7 bytes";
-        });
+    const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const Argument &argument) -> std::string {
+        if (id == 'o') {
+            output = argument;
+            return "";
+        }
+        if (id == kDosId || id == kWindowsId) {
+            const auto page = (id == kDosId ? dos : windows) = parse_page(argument.text);
+            return page ? "" : no_page(argument.text);
+        }
+        languages.push_back(argument.text);
+        return argument.text.size() <= kMaxLanguage ? "" : "a language has at most 7 bytes";
+    });
     if (parsed.stop) return parsed.status;
     const std::vector<std::string> operands(argv + parsed.first_operand, argv + argc);
     if (!operands.empty() && operands[0] == "set") {
@@ -205,7 +235,8 @@ int run_codepages(int argc, char **argv) {
     if (operands.size() > 1) return usage_error(kUsageText, "one page at a time");
     if (operands.size() == 1) {
         const auto page = parse_page(operands[0]);
-        return page ? print_page(*page) : usage_error(kUsageText, no_page(operands[0]));
+        if (!page) return usage_error(kUsageText, no_page(operands[0]));
+        return write_text(kUsageText.command, output, characters_of(*page)) ? kSuccess : kFailure;
     }
     std::ranges::copy(languages_with_settings(), std::back_inserter(languages));
     // A key and a name on the command line may differ in case: that is one language.
@@ -218,8 +249,10 @@ int run_codepages(int argc, char **argv) {
             once.push_back(language);
         }
     }
-    print_tables();
-    print_in_force(once);
+    std::string text;
+    print_tables(text);
+    print_in_force(text, once);
+    if (!write_text(kUsageText.command, output, text)) return kFailure;
     const std::uint32_t status = settings_status();
     if (status == platform::kDamaged || status == platform::kAccessDenied) {
         report(kUsageText.command,

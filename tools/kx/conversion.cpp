@@ -1,6 +1,5 @@
 #include "conversion.h"
 
-#include <charconv>
 #include <kxstr/codepage.h>
 
 #include "command.h"
@@ -31,41 +30,29 @@ std::optional<ByteBuffer> encode_substitute(const TextRequest &request, const Co
 
 } // namespace
 
-std::string take_text_option(TextRequest &request, int id, const std::string &argument) {
-    const auto take_encoding = [&](std::optional<Encoding> &form) -> std::string {
-        form = find_encoding(argument);
-        return form ? "" : "no form or code page '" + argument + "'; `kx convert -l` lists them";
-    };
+std::string take_text_option(TextRequest &request, int id, const Argument &argument) {
+    const std::string &text = argument.text;
     FileChoices &files = request.files;
     switch (id) {
-    case 'f': {
-        const std::string fault = take_encoding(request.from);
-        return fault.empty() && request.from->kind == EncodingKind::sio ? "sio text is only written" : fault;
-    }
-    case 't': return take_encoding(request.to);
-    case 'o': files.output = argument; return "";
+    case 'f':
+        request.from = argument.form;
+        return request.from->kind == EncodingKind::sio ? "sio text is only written" : "";
+    case 't': request.to = argument.form; return "";
+    case 'o': files.output = text; return "";
     case 'i':
         files.in_place = true;
-        files.backup_suffix = argument;
-        return argument.find('/') == std::string::npos ? "" : "'" + argument + "' would be in another folder";
-    case 'O': files.folder = argument; return argument.empty() ? "-O needs a folder" : "";
+        files.backup_suffix = text;
+        return text.find('/') == std::string::npos ? "" : "'" + text + "' would be in another folder";
+    case 'O': files.folder = text; return text.empty() ? "-O needs a folder" : "";
     case 'r': files.walks_folders = true; return "";
-    case kFilesFromId: files.list = argument; return "";
+    case kFilesFromId: files.list = text; return "";
     case '0': files.list_has_zeros = true; return "";
-    case 'j': {
-        const char *const end = argument.data() + argument.size();
-        const auto [read, error] = std::from_chars(argument.data(), end, request.threads);
-        return error == std::errc{} && read == end ? "" : "'" + argument + "' is no number of files";
-    }
+    case 'j': request.threads = argument.number; return "";
     case 'c': request.drop = true; return "";
-    case kSubstId: request.substitute = argument; return "";
+    case kSubstId: request.substitute = text; return "";
     case kStrictId: request.strict = true; return "";
-    case kAnsiId: return take_page(request.ansi, argument);
-    case kEolId: {
-        const auto ends = find_line_ends(argument);
-        request.line_ends = ends.value_or(LineEnds::keep);
-        return ends ? "" : "no line ends '" + argument + "'; there are keep, lf and crlf";
-    }
+    case kAnsiId: request.ansi = argument.page; return "";
+    case kEolId: request.line_ends = *find_line_ends(text); return "";
     case kEofId: request.control_z_ends = true; return "";
     case kBomId: request.writes_mark = true; return "";
     case 'v': request.verbose = true; return "";

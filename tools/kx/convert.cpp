@@ -1,7 +1,5 @@
 #include "convert.h"
 
-#include <cstdio>
-
 #include "command.h"
 #include "conversion.h"
 #include "detect.h"
@@ -10,16 +8,19 @@
 namespace kx {
 namespace {
 
-constexpr int kYesId = kFirstOwnId;
-
 constexpr auto kOptions = with_text_options({
-    kFromOption,
-    {'l', "list", nullptr, "list the forms and the code pages"},
-    {kYesId, "yes", nullptr, "with -f auto: take the best answer, though others are close"},
+    with_words(option::kFrom, "auto", "the form of the input; auto: what `kx detect` tells"), option::kYes,
+    option::kList, hidden('l', nullptr, option::kList), // as in iconv(1)
 });
 
+constexpr Example kExamples[] = {
+    {"kx convert -f 852 -t utf-8 old.txt -o new.txt", "one file"},
+    {"kx convert -f auto -t utf-8 --eol=lf -r old -O new", "a folder, each file by what its bytes tell"},
+};
+
 constexpr Usage kUsageText{
-    "kx convert", "-f FROM -t TO [-o OUT | -i | -O DIR] [OPTION]... [FILE...]",
+    "kx convert",
+    "-f FROM -t TO [-o OUT | -i | -O DIR] [OPTION]... [FILE...]",
     "Converts text from one form to another. Reads standard input when no FILE is given, or when\n"
     "FILE is -.",
     kOptions,
@@ -36,9 +37,11 @@ constexpr Usage kUsageText{
     "In a document stream the line ends, spaces, hyphens and characters are text. Attributes go to\n"
     "the KX forms only; the other codes are left out. A code that lies about its size does not\n"
     "convert; `kx dump` tells more. Streams are written without a terminator; one at the end of the\n"
-    "input is skipped.\n"
-    "Exit status: 0 all was converted, 1 something was not or could not be read or written, 2 the\n"
-    "command line is wrong."};
+    "input is skipped.",
+    kExamples,
+    "all was converted",
+    "something was not, or could not be read or written",
+};
 
 } // namespace
 
@@ -46,10 +49,10 @@ int run_convert(int argc, char **argv) {
     TextRequest request;
     bool yes = false;
     bool list = false;
-    const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const std::string &argument) {
-        list = list || id == 'l';
+    const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const Argument &argument) {
+        list = list || id == kListId;
         yes = yes || id == kYesId;
-        if (id == 'f' && argument == "auto") {
+        if (id == 'f' && argument.text == "auto") {
             request.from.reset();
             request.automatic = AutoOptions{};
             return std::string();
@@ -58,10 +61,7 @@ int run_convert(int argc, char **argv) {
         return take_text_option(request, id, argument);
     });
     if (parsed.stop) return parsed.status;
-    if (list) {
-        std::fputs(list_of_encodings().c_str(), stdout);
-        return kSuccess;
-    }
+    if (list) return write_text(kUsageText.command, request.files.output, list_of_encodings()) ? kSuccess : kFailure;
     if (request.automatic) request.automatic->yes = yes;
     if ((!request.from && !request.automatic) || !request.to)
         return usage_error(kUsageText, "-f FROM and -t TO are both needed");

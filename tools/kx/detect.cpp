@@ -1,14 +1,13 @@
 #include "detect.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <kxdetect/detect.h>
 #include <new>
 
 #include "command.h"
 #include "files.h"
-#include "options.h"
+#include "option_list.h"
 
 namespace kx {
 
@@ -18,35 +17,34 @@ namespace {
 
 constexpr std::size_t kMostAnswers = 100; // more than there are pages
 constexpr double kSure = 0.75;            // the share from which on an answer stands alone
-constexpr int kJsonId = 256;
 
-constexpr Option kOptions[] = {
-    {'n', "top", "N", "tell the N best answers for each file, not only the best"},
-    {kJsonId, "json", nullptr, "write an object of JSON for each file, with the pages that decode it alike"},
+constexpr Option kOptions[] = {option::kTop, option::kJson, option::kOutput, hidden('n', nullptr, option::kTop)};
+
+constexpr Example kExamples[] = {
+    {"kx detect --top=3 old.txt", "the three likeliest pages, with how likely each is"},
+    {"kx convert -f auto -t utf-8 old.txt", "converts by the answer"},
 };
 
 constexpr Usage kUsageText{
-    "kx detect", "[--top=N] [--json] [FILE...]",
+    "kx detect",
+    "[--top=N] [--json] [-o OUT] [FILE...]",
     "Tells in which code page a text is, and in which language. Reads standard input when no FILE is\n"
     "given, or when FILE is -.",
     kOptions,
     "One line an answer, the best first: FILE: PAGE LANGUAGE SHARE. The page is named as `kx convert\n"
-    "-l` has it; `ascii` is a text without bytes from 80 up, and `binary` what is no text. The share is\n"
+    "--list` has it; `ascii` is a text without bytes from 80 up, and `binary` what is no text. The share is\n"
     "how likely this answer is among all. Of the pages that decode the file to the same text the most\n"
-    "usual one is told. No more than the first MiB of a file is looked at.\n"
-    "Exit status: 0 all files were read, 1 something could not be read or written, 2 the command line\n"
-    "is wrong."};
+    "usual one is told. No more than the first MiB of a file is looked at.",
+    kExamples,
+    "all files were read",
+    "something could not be read or written",
+};
 
 struct Request {
     std::size_t top = 1;
     bool json = false;
+    std::string output;
 };
-
-std::string take_number(std::size_t &number, const std::string &text) {
-    const char *const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    return error != std::errc{} || stop != end || number == 0 ? "not a number from 1 up: '" + text + "'" : "";
-}
 
 std::string quoted(const std::string &text) {
     std::string result = "\"";
@@ -64,7 +62,7 @@ std::string quoted(const std::string &text) {
     return result + '"';
 }
 
-void print_json(const std::string &file, const std::vector<Guess> &guesses) {
+std::string json_of(const std::string &file, const std::vector<Guess> &guesses) {
     std::string line = "{\"file\": " + quoted(file) + ", \"answers\": [";
     const char *between = "";
     for (const Guess &one : guesses) {
@@ -83,7 +81,7 @@ void print_json(const std::string &file, const std::vector<Guess> &guesses) {
         line += "]}";
         between = ", ";
     }
-    std::printf("%s]}\n", line.c_str());
+    return line + "]}\n";
 }
 
 // "852 cs 97.3%"
@@ -96,9 +94,11 @@ std::string told(const Guess &one) {
     return text;
 }
 
-void print_lines(const std::string &file, const std::vector<Guess> &guesses) {
+std::string lines_of(const std::string &file, const std::vector<Guess> &guesses) {
+    std::string lines;
     for (const Guess &one : guesses)
-        std::printf("%s: %s\n", file.c_str(), told(one).c_str());
+        lines += file + ": " + told(one) + "\n";
+    return lines;
 }
 
 // The start of a file, in the memory of the input; the chunk is empty also when nothing can be read.
@@ -110,17 +110,16 @@ Chunk read_start(Input &input) {
     return chunk;
 }
 
-bool detect(const std::string &path, const Request &request) {
+enum class Done : std::uint8_t { yes, unread, unwritten };
+
+Done detect(const std::string &path, const Request &request, Output &output) {
     Input input(tell_as(kUsageText.command), path);
-    if (!input.good()) return false;
+    if (!input.good()) return Done::unread;
     const Chunk chunk = read_start(input);
-    if (!input.good()) return false;
+    if (!input.good()) return Done::unread;
     const std::vector<Guess> guesses = guess(chunk.bytes, request.top);
-    if (request.json)
-        print_json(input.name(), guesses);
-    else
-        print_lines(input.name(), guesses);
-    return true;
+    const std::string text = request.json ? json_of(input.name(), guesses) : lines_of(input.name(), guesses);
+    return output.write(text) ? Done::yes : Done::unwritten;
 }
 
 } // namespace
@@ -164,17 +163,24 @@ std::optional<Encoding> detect_encoding(const std::string &path, const AutoOptio
 
 int run_detect(int argc, char **argv) {
     Request request;
-    const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const std::string &argument) {
-        if (id == 'n') return take_number(request.top, argument);
-        request.json = true;
+    const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const Argument &argument) {
+        switch (id) {
+        case kTopId: request.top = argument.number; break;
+        case 'o': request.output = argument; break;
+        default: request.json = true;
+        }
         return std::string();
     });
     if (parsed.stop) return parsed.status;
+    Output output(kUsageText.command, request.output);
+    if (!output.good()) return kFailure;
     int status = kSuccess;
     for (const std::string &path : operands_or_standard_input(argc, argv, parsed.first_operand)) {
-        if (!detect(path, request)) status = kFailure;
+        const Done done = detect(path, request, output);
+        if (done == Done::unwritten) return kFailure;
+        if (done == Done::unread) status = kFailure;
     }
-    return status;
+    return output.close() ? status : kFailure;
 }
 
 } // namespace kx

@@ -8,6 +8,7 @@
 #include "forms/code_size.h"
 #include "forms/strip.h"
 #include "names.h"
+#include "os.h"
 #include "stream_codes.h"
 
 namespace kx {
@@ -15,18 +16,24 @@ namespace {
 
 namespace forms = kxstr::forms;
 
-constexpr Option kOptions[] = {kAnsiOption};
+constexpr Option kOptions[] = {option::kAnsi, option::kOutput};
+
+constexpr Example kExamples[] = {{"kx dump document.kx | less", "what is in a document stream"}};
 
 constexpr Usage kUsageText{
-    "kx dump", "[--ansi=PAGE] [FILE...]",
+    "kx dump",
+    "[--ansi=PAGE] [-o OUT] [FILE...]",
     "Lists document streams code by code: offset, size, bytes, kind, and for a character its KX\n"
     "code, its Unicode value, itself and its name. Reads standard input when no FILE is given, or\n"
     "when FILE is -.",
     kOptions,
     "Offsets and bytes are hexadecimal, sizes decimal. A code that lies about its size is marked and\n"
     "counts as one byte. The list goes on behind an end of the stream.\n"
-    "Exit status: 0 every code is sound, 1 some lie or a file cannot be read, 2 the command line is\n"
-    "wrong."};
+    "On a terminal what lies is red, and places and bytes are dim.",
+    kExamples,
+    "every code is sound",
+    "some lie, or a file could not be read or written",
+};
 
 constexpr std::size_t kBytesInRow = 8;
 
@@ -54,7 +61,8 @@ constexpr bool is_character(std::uint8_t first) {
 
 class Listing {
   public:
-    explicit Listing(const CodePage &page) : page_(page), utf8_(make_encoder({EncodingKind::utf8, {}}, page, page)) {}
+    Listing(const CodePage &page, bool coloured)
+        : page_(page), coloured_(coloured), utf8_(make_encoder({EncodingKind::utf8, {}}, page, page)) {}
 
     void add(std::uint64_t offset, std::span<const std::uint8_t> code, const char *fault) {
         for (std::size_t row = 0; row < code.size(); row += kBytesInRow) {
@@ -63,24 +71,27 @@ class Listing {
             if (row == 0) {
                 std::snprintf(columns, sizeof columns, "%08" PRIX64 " %5zu  %-*s", offset, code.size(), kBytesWidth,
                               bytes.c_str());
-                text_ += columns;
-                text_ += "  " + (fault != nullptr ? lie_of(code[0], fault) : meaning_of(code));
+                add(columns, kDim);
+                text_ += "  ";
+                add(fault != nullptr ? lie_of(code[0], fault) : meaning_of(code), fault != nullptr ? kRed : "");
             } else {
                 std::snprintf(columns, sizeof columns, "%*s  %s", kSizeEnd, "", bytes.c_str());
-                text_ += columns;
+                add(columns, kDim);
             }
             text_ += '\n';
         }
     }
 
-    std::span<const std::uint8_t> bytes() const {
-        return {reinterpret_cast<const std::uint8_t *>(text_.data()), text_.size()};
-    }
+    const std::string &text() const { return text_; }
     void clear() { text_.clear(); }
 
   private:
     static constexpr int kSizeEnd = 8 + 1 + 5;
     static constexpr int kBytesWidth = 3 * kBytesInRow - 1;
+
+    void add(const std::string &part, const char *colour) {
+        text_ += coloured_ && *colour != 0 ? colour + part + kPlain : part;
+    }
 
     static std::string lie_of(std::uint8_t first, const char *fault) {
         return std::string("LIES: ") + (forms::is_group(first) ? "group " : "fixed-length code ") + fault;
@@ -106,6 +117,7 @@ class Listing {
     }
 
     CodePage page_;
+    bool coloured_;
     std::unique_ptr<Encoder> utf8_;
     std::string text_;
 };
@@ -126,7 +138,7 @@ bool list(Input &input, Listing &listing, Output &output, bool &lies) {
             at += code->size;
         }
         input.consume(at);
-        if (!output.write(listing.bytes())) return false;
+        if (!output.write(listing.text())) return false;
         listing.clear();
         if (chunk.last) break;
     }
@@ -142,11 +154,19 @@ bool list(Input &input, Listing &listing, Output &output, bool &lies) {
 
 int run_dump(int argc, char **argv) {
     std::optional<CodePage> ansi;
-    const Parsed parsed = parse_options(argc, argv, kUsageText,
-                                        [&](int, const std::string &argument) { return take_page(ansi, argument); });
+    std::string path_written;
+    const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const Argument &argument) {
+        if (id == 'o') {
+            path_written = argument;
+        } else {
+            ansi = argument.page;
+        }
+        return std::string();
+    });
     if (parsed.stop) return parsed.status;
-    Output output(kUsageText.command, "");
-    Listing listing(ansi.value_or(system_page()));
+    Output output(kUsageText.command, path_written);
+    if (!output.good()) return kFailure;
+    Listing listing(ansi.value_or(system_page()), is_standard(path_written) && has_colours(os::kStandardOutput));
     bool lies = false;
     for (const std::string &path : operands_or_standard_input(argc, argv, parsed.first_operand)) {
         Input input(kUsageText.command, path);

@@ -15,10 +15,6 @@ namespace {
 
 // ---- the country ----
 
-constexpr int kCountryId = kFirstOwnId;
-constexpr Option kCountryOption{kCountryId, "country", "NAME",
-                                "japanese, korean, traditional-chinese, simplified-chinese or none"};
-
 struct Country {
     const char *name;
     std::uint8_t id;         // as WtpiGetCountryID gives it
@@ -63,18 +59,18 @@ const Country &set_country(const Country *named, const TextRequest &request) {
 
 // ---- the command line ----
 
-struct Action {
+struct Request {
     std::string name; // the first operand
     const Country *named_country = nullptr;
     TextRequest text;
 };
 
 // Reads the command line, `-f` and `-t` left out included. Parsed::stop as in parse_options.
-Parsed parse(int argc, char **argv, const Usage &usage, Action &action) {
-    Parsed parsed = parse_options(argc, argv, usage, [&](int id, const std::string &argument) -> std::string {
+Parsed parse(int argc, char **argv, const Usage &usage, Request &action) {
+    Parsed parsed = parse_options(argc, argv, usage, [&](int id, const Argument &argument) -> std::string {
         if (id != kCountryId) return take_text_option(action.text, id, argument);
-        action.named_country = find_country([&](const Country &country) { return argument == country.name; });
-        return action.named_country != nullptr ? "" : "no country '" + argument + "'";
+        action.named_country = find_country([&](const Country &country) { return argument.text == country.name; });
+        return "";
     });
     if (parsed.stop) return parsed;
     if (parsed.first_operand == argc) return {true, usage_error(usage, "nothing to do is named"), argc};
@@ -84,7 +80,7 @@ Parsed parse(int argc, char **argv, const Usage &usage, Action &action) {
     return parsed;
 }
 
-int unknown_action(const Usage &usage, const Action &action) {
+int unknown_action(const Usage &usage, const Request &action) {
     return usage_error(usage, "does not know '" + action.name + "'");
 }
 
@@ -173,21 +169,46 @@ std::optional<Transform> width_transform(const std::string &action, const Countr
 
 // ---- the help ----
 
-constexpr auto kOptions = with_text_options({kFromOption, kCountryOption});
-constexpr auto kHanOptions = with_text_options({kFromOption});
+constexpr auto kOptions = with_text_options({option::kFrom, option::kCountry});
+constexpr auto kHanOptions = with_text_options({option::kFrom});
+
+constexpr const char *kDone = "all was changed";
+constexpr const char *kFailed = "something does not convert, or could not be read or written";
+
+constexpr Action kCaseActions[] = {{"upper", "", "make letters capital"}, {"lower", "", "make letters small"}};
+constexpr Action kWidthActions[] = {{"single", "", "narrow what has a single-width form"},
+                                    {"double", "", "widen what has a double-width form"},
+                                    {"hiragana", "", "katakana become hiragana"},
+                                    {"katakana", "", "hiragana become katakana"}};
+constexpr Action kHanActions[] = {{"big5", "", "Simplified becomes Traditional"},
+                                  {"gb", "", "Traditional becomes Simplified"}};
+
+constexpr Example kCaseExamples[] = {
+    {"kx case upper -f 852 -i.old names.txt", "the file itself; the old one stays as names.txt.old"}};
+constexpr Example kWidthExamples[] = {
+    {"kx width double -f 932 -t utf-8 half.txt -o full.txt", "half-width katakana become full-width ones"}};
+constexpr Example kHanExamples[] = {
+    {"kx han gb -f big5 taiwan.txt -o china.txt", "Traditional Chinese in Big5 becomes Simplified in GBK"}};
 
 constexpr Usage kCaseUsage{
-    "kx case", "upper|lower [-f FROM] [-t TO] [OPTION]... [FILE...]",
+    "kx case",
+    "upper|lower [-f FROM] [-t TO] [OPTION]... [FILE...]",
     "Makes the letters of a text capital or small. The forms are those of `kx convert`; FROM is\n"
     "utf-8 and TO is FROM unless they are named.",
     kOptions,
     "Double-width letters have case in the East Asian countries only. The country is the one named;\n"
     "else that of the code page of FROM, of TO or of --ansi; else that of the locale.\n"
     "The tables keep some odd rows that documents rely on: in Japanese 雨, 卯, 鵜, 窺 and 丑 pass\n"
-    "for Cyrillic capitals."};
+    "for Cyrillic capitals.",
+    kCaseExamples,
+    kDone,
+    kFailed,
+    kCaseActions,
+};
 
 constexpr Usage kWidthUsage{
-    "kx width", "single|double|hiragana|katakana [-f FROM] [-t TO] [OPTION]... [FILE...]",
+    "kx width",
+    "single|double|hiragana|katakana [-f FROM] [-t TO] [OPTION]... [FILE...]",
     "Changes the width of the characters of a text, or its kana. The forms are those of\n"
     "`kx convert`; FROM is utf-8 and TO is FROM unless they are named.",
     kOptions,
@@ -197,23 +218,34 @@ constexpr Usage kWidthUsage{
     "character, and the other way round. hiragana takes half-width katakana, too, and widens the\n"
     "half-width punctuation; katakana leaves half-width characters alone.\n"
     "The tables keep some odd rows that documents rely on: in Japanese single turns 雨, 卯, 鵜, 窺\n"
-    "and 丑 into Cyrillic capitals, in Korean double turns accents into Greek letters."};
+    "and 丑 into Cyrillic capitals, in Korean double turns accents into Greek letters.",
+    kWidthExamples,
+    kDone,
+    kFailed,
+    kWidthActions,
+};
 
 constexpr Usage kHanUsage{
-    "kx han", "big5|gb [-f FROM] [-t TO] [OPTION]... [FILE...]",
+    "kx han",
+    "big5|gb [-f FROM] [-t TO] [OPTION]... [FILE...]",
     "Makes Traditional Chinese (big5) of Simplified Chinese, or Simplified (gb) of Traditional,\n"
     "character by character. The forms are those of `kx convert`. FROM is utf-8 unless it is named;\n"
     "TO is FROM, or the other code page where FROM is the code page of the source.",
     kHanOptions,
     "Characters without a counterpart stay. Of several traditional forms a simplified one gets the\n"
-    "same everywhere, right or wrong."};
+    "same everywhere, right or wrong.",
+    kHanExamples,
+    kDone,
+    kFailed,
+    kHanActions,
+};
 
 // ---- the commands ----
 
 using MakeTransform = std::optional<Transform> (*)(const std::string &action, const Country &country);
 
 int run_by_country(int argc, char **argv, const Usage &usage, bool needs_country, MakeTransform make_transform) {
-    Action action;
+    Request action;
     const Parsed parsed = parse(argc, argv, usage, action);
     if (parsed.stop) return parsed.status;
     if (!action.text.to) action.text.to = action.text.from;
@@ -238,7 +270,7 @@ int run_width(int argc, char **argv) {
 }
 
 int run_han(int argc, char **argv) {
-    Action action;
+    Request action;
     const Parsed parsed = parse(argc, argv, kHanUsage, action);
     if (parsed.stop) return parsed.status;
     const bool to_big5 = action.name == "big5";

@@ -155,14 +155,6 @@ std::string name_of(const Encoding &form) {
     return std::to_string(form.page.windows_number);
 }
 
-std::string take_page(std::optional<CodePage> &page, const std::string &name) {
-    const std::optional<Encoding> form = find_encoding(name);
-    if (!form || form->kind != EncodingKind::code_page)
-        return "no code page '" + name + "'; `kx convert -l` lists them";
-    page = form->page;
-    return "";
-}
-
 bool is_unicode(const Encoding &form) {
     return form.kind == EncodingKind::utf8 || form.kind == EncodingKind::utf16le || form.kind == EncodingKind::utf16be;
 }

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cinttypes>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <utility>
@@ -27,11 +28,19 @@ std::int64_t now_in_milliseconds() {
 } // namespace
 
 void report(const char *command, const std::string &what, int error) {
-    if (error == 0) {
-        std::fprintf(stderr, "%s: %s\n", command, what.c_str());
-    } else {
-        std::fprintf(stderr, "%s: %s: %s\n", command, what.c_str(), std::strerror(error));
-    }
+    std::string line = command;
+    if (has_colours(os::kStandardError)) line = kBold + line + kPlain;
+    line += ": " + what;
+    if (error != 0) line += std::string(": ") + std::strerror(error);
+    std::fprintf(stderr, "%s\n", line.c_str());
+}
+
+bool has_colours(int descriptor) {
+    const auto is = [](const char *name, const char *value) {
+        const char *const found = std::getenv(name);
+        return found != nullptr && (value != nullptr ? std::strcmp(found, value) == 0 : *found != 0);
+    };
+    return !is("NO_COLOR", nullptr) && !is("TERM", "dumb") && os::is_terminal(descriptor);
 }
 
 Tell tell_as(const char *command) {
@@ -233,6 +242,11 @@ bool is_one_of(const std::string &output, std::span<const std::string> inputs) {
                const auto source = regular_file(input, os::kStandardInput);
                return source && source->is_same_as(*target);
            });
+}
+
+bool write_text(const char *command, const std::string &path, const std::string &text) {
+    Output output(command, path);
+    return output.good() && output.write(text) && output.close();
 }
 
 // ---- Progress ----

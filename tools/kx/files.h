@@ -80,6 +80,9 @@ class Output {
     // Both tell a fault and return false: a full disk, a pipe that nobody reads. The end of such a pipe at standard
     // output goes without a word: who reads it has seen enough.
     bool write(std::span<const std::uint8_t> bytes);
+    bool write(const std::string &text) {
+        return write({reinterpret_cast<const std::uint8_t *>(text.data()), text.size()});
+    }
     bool close();
 
   private:
@@ -97,6 +100,9 @@ class Output {
     int descriptor_ = -1;
     bool good_ = false;
 };
+
+// A whole output.
+bool write_text(const char *command, const std::string &path, const std::string &text);
 
 // Whether a name is one that Output gives a file that is not complete.
 bool is_temporary(const std::string &path);
@@ -127,6 +133,13 @@ class Progress {
     bool shown_ = false;
     std::int64_t due_; // when the line is written next, in milliseconds of a clock that only runs forward
 };
+
+// Whether what is written there is coloured: on a terminal, unless NO_COLOR or TERM=dumb are set.
+bool has_colours(int descriptor);
+inline constexpr const char *kRed = "\033[31m";
+inline constexpr const char *kBold = "\033[1m";
+inline constexpr const char *kDim = "\033[2m";
+inline constexpr const char *kPlain = "\033[0m";
 
 // "COMMAND: WHAT" and, for `errno` values other than 0, what the system says about it, on standard error.
 void report(const char *command, const std::string &what, int error = 0);

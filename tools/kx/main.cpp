@@ -13,10 +13,12 @@
 #include "dump.h"
 #include "east_asian.h"
 #include "files.h"
+#include "help.h"
 #include "os.h"
 #include "registry.h"
 #include "sort.h"
 #include "strip.h"
+#include "version.h"
 
 namespace {
 
@@ -35,36 +37,52 @@ constexpr kx::Command kCommands[] = {
     {"help", "show this text, or that of a command", nullptr},
 };
 
-void print_help(std::FILE *out) {
-    std::fputs("usage: kx COMMAND [OPTION]... [FILE]...\n\n", out);
-    for (const kx::Command &command : kCommands)
-        std::fprintf(out, "  %-10s %s\n", command.name, command.summary);
-    std::fputs("\n`kx COMMAND --help` tells about one command.\n", out);
-}
+constexpr kx::Example kExamples[] = {
+    {"kx convert -f 852 -t utf-8 old.txt -o new.txt", "a text in code page 852 becomes UTF-8"},
+    {"kx detect old.txt", "tells what old.txt is in"},
+};
+
+constexpr kx::Usage kUsageText{
+    "kx",
+    "COMMAND [OPTION]... [FILE]...",
+    "Converts, compares and sorts text in old code pages and in KX text.",
+    {},
+    "`kx COMMAND --help` tells about one command. --help=man writes its manual page; `kx --help=bash`\n"
+    "and `kx --help=zsh` write the completion for a shell.",
+    kExamples,
+    "done",
+    "something could not be done, read or written",
+};
 
 int run_command(char *name, int argc, char **argv) {
     const auto *const command = std::ranges::find_if(
         kCommands, [&](const kx::Command &one) { return one.run != nullptr && std::strcmp(name, one.name) == 0; });
     if (command != std::end(kCommands)) return command->run(argc, argv);
-    std::fprintf(stderr, "kx: no command '%s'; `kx --help` lists them\n", name);
+    kx::report("kx", std::string("no command '") + name + "'; `kx --help` lists them");
     return kx::kUsage;
 }
 
 int run(int argc, char **argv) {
     if (argc < 2) {
-        print_help(stderr);
+        std::fputs("usage: kx COMMAND [OPTION]... [FILE]...\n`kx --help` lists the commands\n", stderr);
         return kx::kUsage;
     }
     char *const name = argv[1];
-    const bool help = std::strcmp(name, "help") == 0;
-    if (help && argc > 2) {
+    const std::string word = name;
+    if (word == "help" && argc > 2 && argv[2][0] != '-') {
         char option[] = "--help";
         char *arguments[] = {argv[2], option, nullptr};
         return run_command(argv[2], 2, arguments);
     }
-    if (help || std::strcmp(name, "--help") == 0 || std::strcmp(name, "-h") == 0) {
-        print_help(stdout);
+    if (word == "--version") {
+        kx::print_version();
         return kx::kSuccess;
+    }
+    const bool has_format = word.starts_with("--help=");
+    if (word == "help" || word == "--help" || word == "-h" || has_format) {
+        const std::string format = has_format ? word.substr(std::strlen("--help=")) : "";
+        if (kx::print_help_of_all(kUsageText, kCommands, format)) return kx::kSuccess;
+        return kx::usage_error(kUsageText, "--help: no '" + format + "'; there are text, man, bash and zsh");
     }
     return run_command(name, argc - 1, argv + 1);
 }

@@ -1,16 +1,25 @@
 #include "options.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
+#include <cstring>
 #include <getopt.h>
 #include <vector>
 
 #include "command.h"
+#include "files.h"
+#include "help.h"
+#include "version.h"
 
 namespace kx {
 namespace {
 
 constexpr int kFirstLongOnly = 256;
+constexpr int kVersionId = 'V' + kFirstLongOnly * 256; // no command's own
+constexpr int kHelpId = 'h';
+constexpr Option kHelpOption{kHelpId, "help", "[FORMAT]", nullptr};
+constexpr Option kVersionOption{kVersionId, "version", nullptr, nullptr};
 
 // As getopt_long counts arguments.
 int arguments_of(const Option &option) {
@@ -18,72 +27,127 @@ int arguments_of(const Option &option) {
     return option.argument[0] == '[' ? optional_argument : required_argument;
 }
 
-// "-o, --output=FILE", the left column of the help.
-std::string spelling(const Option &option) {
-    std::string text = option.id < kFirstLongOnly ? std::string("-") + static_cast<char>(option.id) : "   ";
-    if (option.name != nullptr) {
-        text += option.id < kFirstLongOnly ? ", --" : " --";
-        text += option.name;
+bool has_word(const char *words, const std::string &word) {
+    for (const char *at = words; at != nullptr && *at != 0;) {
+        const std::size_t length = std::strcspn(at, " ");
+        if (word == std::string(at, length)) return true;
+        at += length + std::strspn(at + length, " ");
     }
-    if (option.argument == nullptr) return text;
-    const bool optional = arguments_of(option) == optional_argument;
-    text += optional ? "[=" : option.name != nullptr ? "=" : " ";
-    text += option.argument + (optional ? 1 : 0);
+    return false;
+}
+
+// "keep, lf and crlf"
+std::string in_words(const char *words) {
+    std::string text = words;
+    for (std::size_t at = 0; (at = text.find(' ', at)) != text.npos; at += 2)
+        text.replace(at, 1, ", ");
+    if (const std::size_t last = text.rfind(", "); last != text.npos) text.replace(last, 2, " and ");
     return text;
 }
 
-void print_help(const Usage &usage) {
-    std::printf("usage: %s %s\n%s\n\n", usage.command, usage.synopsis, usage.about);
-    std::size_t width = 0;
-    for (const Option &option : usage.options)
-        width = std::max(width, option.help != nullptr ? spelling(option).size() : 0);
-    for (const Option &option : usage.options) {
-        if (option.help == nullptr) continue;
-        std::printf("  %-*s  %s\n", static_cast<int>(width), spelling(option).c_str(), option.help);
+// As people know it: the long name, or the letter.
+std::string name_of(const Option &option) {
+    return option.name != nullptr ? std::string("--") + option.name : std::string{'-', static_cast<char>(option.id)};
+}
+
+// What is wrong with the argument, or an empty string.
+std::string read(const Option &option, Argument &argument) {
+    const std::string &text = argument.text;
+    if (option.kind == Kind::foreign)
+        return (option.id < kFirstLongOnly ? std::string{'-', static_cast<char>(option.id)} + ", " : "") +
+               name_of(option);
+    if (option.argument == nullptr || has_word(option.words, text)) return "";
+    if (text.empty() && arguments_of(option) == optional_argument) return "";
+    switch (option.kind) {
+    case Kind::form:
+    case Kind::page: {
+        const auto form = find_encoding(text);
+        const bool is_page = form && form->kind == EncodingKind::code_page;
+        if (option.kind == Kind::page && !is_page) return "no code page '" + text + "'; `kx convert --list` lists them";
+        if (!form) return "no form or code page '" + text + "'; `kx convert --list` lists them";
+        argument.form = *form;
+        argument.page = form->page;
+        return "";
     }
-    std::printf("  %-*s  %s\n", static_cast<int>(width), "-h, --help", "show this text");
-    if (*usage.notes != 0) std::printf("\n%s\n", usage.notes);
+    case Kind::number: {
+        const char *const end = text.data() + text.size();
+        const auto [stop, error] = std::from_chars(text.data(), end, argument.number);
+        if (error == std::errc{} && stop == end && argument.number >= option.least) return "";
+        return name_of(option) + ": '" + text + "' is no number from " + std::to_string(option.least) + " up";
+    }
+    case Kind::word: return name_of(option) + ": no '" + text + "'; there are " + in_words(option.words);
+    case Kind::file:
+    case Kind::folder:
+    case Kind::foreign:
+    case Kind::text: break;
+    }
+    return "";
+}
+
+// What getopt_long has met that it does not know: what to say about it.
+std::string fault_of(std::span<const Option> options, const char *word, bool lacks_argument) {
+    // Of an option that it knows getopt_long tells the id, and of a letter that it does not know the letter.
+    const auto known = std::ranges::find(options, optopt, &Option::id);
+    if (lacks_argument && known != options.end()) return name_of(*known) + " needs " + known->argument;
+    if (known != options.end()) return name_of(*known) + " takes no argument";
+    if (optopt != 0) return std::string("no option '-") + static_cast<char>(optopt) + "'";
+    const std::string name(word, std::strcspn(word, "="));
+    std::string meant;
+    for (const Option &option : options) {
+        if (option.name != nullptr && std::string(option.name).starts_with(name.substr(2)))
+            meant += (meant.empty() ? "" : " or --") + std::string(option.name);
+    }
+    return meant.empty() ? "no option '" + name + "'" : "'" + name + "' may be --" + meant;
 }
 
 } // namespace
 
 Parsed parse_options(int argc, char **argv, const Usage &usage,
-                     const std::function<std::string(int id, const std::string &argument)> &take) {
-    std::string letters;
+                     const std::function<std::string(int id, const Argument &argument)> &take) {
+    std::vector<Option> options(usage.options.begin(), usage.options.end());
+    options.insert(options.end(), {kHelpOption, kVersionOption});
+    std::string letters = ":"; // faults are told here
     std::vector<option> names;
-    for (const Option &option : usage.options) {
+    for (const Option &option : options) {
         const int arguments = arguments_of(option);
-        if (option.id < kFirstLongOnly) {
+        if (option.id < kFirstLongOnly && option.id != kHelpId) {
             letters += static_cast<char>(option.id);
             letters += arguments == no_argument ? "" : arguments == required_argument ? ":" : "::";
         }
         if (option.name != nullptr) names.push_back({option.name, arguments, nullptr, option.id});
     }
-    letters += 'h';
-    names.push_back({"help", no_argument, nullptr, 'h'});
+    letters += kHelpId;
     names.push_back({});
 
-    // getopt_long begins its messages with argv[0].
-    std::string command = usage.command;
-    argv[0] = command.data();
+    optind = 0; // from the start, also for the second command of a process
     for (;;) {
+        optopt = 0;
         const int id = getopt_long(argc, argv, letters.c_str(), names.data(), nullptr);
         if (id == -1) return {false, kSuccess, optind};
-        if (id == 'h') {
-            print_help(usage);
+        Argument argument;
+        if (optarg != nullptr) argument.text = optarg;
+        if (id == '?' || id == ':')
+            return {true, usage_error(usage, fault_of(options, argv[optind - 1], id == ':')), argc};
+        if (id == kHelpId) {
+            if (print_help(usage, argument)) return {true, kSuccess, argc};
+            return {true, usage_error(usage, "--help: no '" + argument.text + "'; there are text, man, bash and zsh"),
+                    argc};
+        }
+        if (id == kVersionId) {
+            print_version();
             return {true, kSuccess, argc};
         }
-        if (id == '?') {
-            std::fprintf(stderr, "`%s --help` tells how to use it\n", usage.command);
-            return {true, kUsage, argc};
-        }
-        const std::string fault = take(id, optarg != nullptr ? optarg : "");
+        const Option &option = *std::ranges::find(options, id, &Option::id);
+        std::string fault = read(option, argument);
+        if (!fault.empty() && option.hint != nullptr) fault += option.hint;
+        if (fault.empty()) fault = take(option.means != 0 ? option.means : id, argument);
         if (!fault.empty()) return {true, usage_error(usage, fault), argc};
     }
 }
 
 int usage_error(const Usage &usage, const std::string &what) {
-    std::fprintf(stderr, "%s: %s\n`%s --help` tells how to use it\n", usage.command, what.c_str(), usage.command);
+    report(usage.command, what);
+    std::fprintf(stderr, "`%s --help` tells how to use it\n", usage.command);
     return kUsage;
 }
 

@@ -9,7 +9,7 @@
 #include "codepage/selection.h"
 #include "command.h"
 #include "files.h"
-#include "options.h"
+#include "option_list.h"
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
 #include "platform/portable/registry_store.h"
@@ -32,33 +32,51 @@ constexpr std::uint32_t kBinaryType = 3;
 constexpr std::uint32_t kNumberType = 4;
 
 constexpr Option kOptions[] = {
-    {'t', "type", "TYPE", "what VALUE is: text, dword, codepage, link or hex"},
-    {'f', "file", "FILE", "the settings file; default: that of the library"},
+    option::kType,
+    option::kFile,
+    option::kOutput,
+    hidden('t', nullptr, option::kType),
+    hidden('f', nullptr, option::kFile),
+};
+
+constexpr Action kActions[] = {
+    {"show", "[KEY]",
+     "print a key and all below it, or everything, in the format of the\n"
+     "file; behind a link that reads one value and writes another, a\n"
+     "remark tells which it writes"},
+    {"get", "KEY NAME",
+     "print one value: a text or a link as it is, a dword or a code page\n"
+     "in decimal, other data in hexadecimal"},
+    {"set", "[--type=TYPE] KEY NAME VALUE", "write one value; nothing else in the file changes"},
+    {"unset", "KEY NAME", "remove one value"},
+    {"delete", "KEY", "remove a key and all below it"},
+    {"export", "[KEY]", "print as show does, for another registry to import"},
+    {"import", "FILE", "take over what FILE sets and removes; - is standard input"},
+};
+
+constexpr Example kExamples[] = {
+    {"kx registry show 'HKCU\\Software\\Norvane'", "a key and all below it"},
+    {"kx registry export | kx registry --file other.reg import -", "into another settings file"},
 };
 
 constexpr Usage kUsageText{
-    "kx registry", "[-f FILE] COMMAND [OPERAND...]",
+    "kx registry",
+    "[--file=FILE] [-o OUT] COMMAND [OPERAND...]",
     "Reads and writes the registry of the library, a text file. KEY is a full path such as\n"
     "'HKEY_CURRENT_USER\\Software\\Norvane', or 'HKCU\\Software\\Norvane'; letter case does not count.\n"
-    "The NAME '' is the key's default value.\n\n"
-    "  show [KEY]                      print a key and all below it, or everything, in the format of the\n"
-    "                                  file; behind a link that reads one value and writes another, a\n"
-    "                                  remark tells which it writes\n"
-    "  get KEY NAME                    print one value: a text or a link as it is, a dword or a code page\n"
-    "                                  in decimal, other data in hexadecimal\n"
-    "  set [-t TYPE] KEY NAME VALUE    write one value; nothing else in the file changes\n"
-    "  unset KEY NAME                  remove one value\n"
-    "  delete KEY                      remove a key and all below it\n"
-    "  export [KEY]                    print as show does, for another registry to import\n"
-    "  import FILE                     take over what FILE sets and removes",
+    "The NAME '' is the key's default value.",
     kOptions,
     "TYPE dword is 32 bits, codepage 16 bits under the type of the code page settings, link an\n"
     "expression such as '<Key\\Value>', hex pairs of digits such as '01 ff'. Without a TYPE the code\n"
     "pages of the library's settings are codepage, everything else is text.\n"
     "Short roots: HKCR, HKCU, HKLM, HKU, HKCC.\n"
     "Changes are made to the value itself, also where it is a link; write-protected ones are left\n"
-    "alone. Names and texts are UTF-8.\n"
-    "Exit status: 0 done, 1 the value is not there or the file said no, 2 the command line is wrong."};
+    "alone. Names and texts are UTF-8.",
+    kExamples,
+    "done",
+    "the value is not there, or a file said no",
+    kActions,
+};
 
 std::string meaning_of(std::uint32_t status) {
     switch (status) {
@@ -107,21 +125,20 @@ bool is_at_or_below(const std::u16string &path, const std::u16string &top) {
     return top.empty() || path == top || path.starts_with(top + u'\\');
 }
 
-int print(const RegistryFile &file, const std::u16string &path, Remarks remarks) {
-    std::fputs(platform::empty_registry().text.c_str(), stdout);
+std::string listing(const RegistryFile &file, const std::u16string &path, Remarks remarks) {
+    std::string text = platform::empty_registry().text;
     const std::u16string top = platform::upper_case(path);
     for (const auto &[upper, key] : file.keys) {
         if (!is_at_or_below(upper, top) || !key.insert_at) continue;
-        std::printf("\n[%s]\n", platform::to_utf8(key.path).c_str());
+        text += "\n[" + platform::to_utf8(key.path) + "]\n";
         std::vector<const RegistryValue *> values;
         for (const auto &entry : key.values)
             values.push_back(&entry.second);
         std::ranges::sort(values, {}, &RegistryValue::line);
         for (const RegistryValue *value : values)
-            std::printf("%s\n%s", platform::value_line(*value).c_str(),
-                        remarks == Remarks::on_links ? remark_on(*value).c_str() : "");
+            text += platform::value_line(*value) + "\n" + (remarks == Remarks::on_links ? remark_on(*value) : "");
     }
-    return kSuccess;
+    return text;
 }
 
 std::string readable(const RegistryValue &value) {
@@ -290,9 +307,20 @@ struct Operands {
 constexpr Operands kCommands[] = {{"show", 0, 1},   {"get", 2, 2},    {"set", 3, 3},   {"unset", 2, 2},
                                   {"delete", 1, 1}, {"export", 0, 1}, {"import", 1, 1}};
 
+std::uint32_t read_standard_input(std::string &bytes) {
+    Input input(kUsageText.command, "-");
+    for (bool last = false; input.good() && !last;) {
+        const Chunk chunk = input.next();
+        bytes.append(chunk.bytes.begin(), chunk.bytes.end());
+        input.consume(chunk.bytes.size());
+        last = chunk.last;
+    }
+    return input.good() ? platform::kSuccess : platform::kInputOutputError;
+}
+
 int import_file(const std::string &path, const std::string &settings_path) {
     platform::FileContent content;
-    std::uint32_t status = platform::read_file(path, content);
+    std::uint32_t status = path == "-" ? read_standard_input(content.bytes) : platform::read_file(path, content);
     const auto other = status == platform::kSuccess ? platform::parse_registry(std::move(content.bytes)) : std::nullopt;
     if (!other) return fail(path, status == platform::kSuccess ? std::uint32_t{platform::kDamaged} : status);
     status = platform::change_registry([&](const RegistryFile &file) {
@@ -306,14 +334,12 @@ int import_file(const std::string &path, const std::string &settings_path) {
 int run_registry(int argc, char **argv) {
     std::string type;
     std::string file;
-    const Parsed parsed =
-        parse_options(argc, argv, kUsageText, [&](int id, const std::string &argument) -> std::string {
-            if (id == 'f') file = argument;
-            if (id == 't') type = argument;
-            if (id == 'f' && file.empty()) return "-f needs the name of a file";
-            if (id == 't' && typed_value(type, "").type == 0) return "no type '" + type + "'";
-            return file.size() < KX_REGISTRY_PATH_SIZE ? "" : "the path is too long";
-        });
+    std::string output;
+    const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const Argument &argument) -> std::string {
+        (id == kFileId ? file : id == kTypeId ? type : output) = argument.text;
+        if (id == kFileId && file.empty()) return "--file needs the name of a file";
+        return file.size() < KX_REGISTRY_PATH_SIZE ? "" : "the path is too long";
+    });
     if (parsed.stop) return parsed.status;
     std::vector<std::string> operands(argv + parsed.first_operand, argv + argc);
     if (operands.empty()) return usage_error(kUsageText, "say what to do");
@@ -373,13 +399,13 @@ int run_registry(int argc, char **argv) {
     if (command == "get") {
         const RegistryValue *value = contents->find_value(value_path.key, value_path.name);
         if (value == nullptr) return fail(operands[1], platform::kNotFound);
-        std::printf("%s\n", readable(*value).c_str());
-        return kSuccess;
+        return write_text(kUsageText.command, output, readable(*value) + "\n") ? kSuccess : kFailure;
     }
     if (!value_path.key.empty() && contents->find_key(value_path.key) == nullptr) {
         return fail(operands[0], platform::kNotFound);
     }
-    return print(*contents, value_path.key, command == "show" ? Remarks::on_links : Remarks::none);
+    const std::string text = listing(*contents, value_path.key, command == "show" ? Remarks::on_links : Remarks::none);
+    return write_text(kUsageText.command, output, text) ? kSuccess : kFailure;
 }
 
 std::vector<std::string> keys_below(const std::string &path) {

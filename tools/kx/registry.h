@@ -15,4 +15,10 @@ std::vector<std::string> keys_below(const std::string &path);
 // Whether the settings can be read, as a status of the registry.
 std::uint32_t settings_status();
 
+// The code pages in force for a language, and why: "stored", "default of the country", "the system's".
+struct PagesInForce {
+    std::string dos, dos_origin, windows, windows_origin;
+};
+PagesInForce pages_in_force(const char *language);
+
 } // namespace kx

@@ -1,16 +1,34 @@
 // Windows keeps the settings itself and has its own editors for them.
-#include <cstdio>
-#include <cstring>
 
 #include "command.h"
+#include "files.h"
+#include "options.h"
 #include "platform/system.h"
 #include "platform/windows/windows.h"
 #include "registry.h"
 
 namespace kx {
 
-int run_registry(int, char **) {
-    std::fputs("kx registry: on Windows, use reg or regedit\n", stderr);
+namespace {
+
+constexpr Example kExamples[] = {{"reg query HKCU\\Software\\Norvane /s", "what the library has stored"}};
+constexpr Usage kUsageText{
+    "kx registry",
+    "--help",
+    "Tells what to use on Windows, which keeps the settings itself: reg or regedit.",
+    {},
+    "",
+    kExamples,
+    "help was shown",
+    "anything else",
+};
+
+} // namespace
+
+int run_registry(int argc, char **argv) {
+    const Parsed parsed = parse_options(argc, argv, kUsageText, [](int, const Argument &) { return std::string(); });
+    if (parsed.stop) return parsed.status;
+    report(kUsageText.command, "on Windows, use reg or regedit");
     return kFailure;
 }
 

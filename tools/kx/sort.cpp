@@ -1,79 +1,80 @@
 #include "sort.h"
 
 #include <algorithm>
-#include <charconv>
 #include <clocale>
-#include <cstdio>
 #include <new>
 #include <stdexcept>
+#include <thread>
 
 #include "command.h"
 #include "languages.h"
-#include "options.h"
+#include "option_list.h"
 #include "sort_memory.h"
 #include "sort_stream.h"
 
 namespace kx {
 namespace {
 
-enum LongOption {
-    kIgnoreCase = 256,
-    kKana,
-    kKeys,
-    kList,
-    kStrict,
-    kCheck,
-    kHumanNumeric,
-    kBatchSize,
-    kCompressProgram,
-    kDebug,
-    kFiles0From,
-    kRandomSource,
-    kSortBy,
-};
+// Told to those who know it from there.
+constexpr Option foreign(int id, const char *name, const char *argument = nullptr) {
+    return {
+        id, name, argument, nullptr, Kind::foreign, nullptr, 0, " is an option of sort(1) that kx sort does not have"};
+}
+
+constexpr Option form() {
+    Option option = said(option::kFrom, "the form of the input and the output; utf-8 when not given");
+    option.hint = " (-f is the form: what it is to sort(1) is --ignore-case)";
+    return option;
+}
 
 constexpr Option kOptions[] = {
-    {'l', "language", "NAME", "the language: cs, cs_CZ.UTF-8, czech, CZ; that of the locale when not given"},
-    {kList, "list", nullptr, "list the languages, with their names and rules"},
-    {'f', "from", "FORM", "the form of the input and the output; utf-8 when not given (case: --ignore-case)"},
-    {kIgnoreCase, "ignore-case", nullptr, "lines that differ only in case are equal"},
-    {kKana, "kana", nullptr, "hiragana before katakana (East Asian languages)"},
-    {'k', "key", "KEY", "sort by a part of the lines: FIELD[.CHARACTER][bfnr][,FIELD[.CHARACTER][bfnr]]"},
-    {'t', "field-separator", "CHARACTER", "what lies between fields; without it they begin with blanks"},
-    {'b', "ignore-leading-blanks", nullptr, "blanks before a line or key do not count"},
-    {'n', "numeric-sort", nullptr, "by the number that a line or key begins with"},
-    {'r', "reverse", nullptr, "the other way round"},
-    {'s', "stable", nullptr, "lines with equal keys keep their order; else whole lines decide"},
-    {'u', "unique", nullptr, "write only the first of equal lines"},
-    {'c', nullptr, nullptr, "do not sort: say the first line that is not in order"},
-    {'C', nullptr, nullptr, "the same by the exit status alone"},
-    {kCheck, "check", "[quiet]", "as -c; with quiet as -C"},
-    {'m', "merge", nullptr, "do not sort: merge files that are in order"},
-    {'z', "zero-terminated", nullptr, "lines end in a zero, not in a line feed"},
-    {'o', "output", "FILE", "write to FILE, which may be an input, not to standard output"},
-    {'j', "parallel", "N", "sort in N threads, with the same result; 1 when not given"},
-    {kStrict, "strict", nullptr, "a character that KX lacks ends the work"},
-    {kKeys, "keys", nullptr, "do not sort: write each line behind its sort key and a tab"},
-    // Of sort(1) alone.
-    {'d', "dictionary-order", nullptr, nullptr},
-    {'g', "general-numeric-sort", nullptr, nullptr},
-    {kHumanNumeric, "human-numeric-sort", nullptr, nullptr},
-    {'i', "ignore-nonprinting", nullptr, nullptr},
-    {'M', "month-sort", nullptr, nullptr},
-    {'R', "random-sort", nullptr, nullptr},
-    {'V', "version-sort", nullptr, nullptr},
-    {'S', "buffer-size", "SIZE", nullptr},
-    {'T', "temporary-directory", "FOLDER", nullptr},
-    {kBatchSize, "batch-size", "N", nullptr},
-    {kCompressProgram, "compress-program", "PROGRAM", nullptr},
-    {kDebug, "debug", nullptr, nullptr},
-    {kFiles0From, "files0-from", "FILE", nullptr},
-    {kRandomSource, "random-source", "FILE", nullptr},
-    {kSortBy, "sort", "WORD", nullptr},
+    said(option::kLanguage, "the language: cs, cs_CZ.UTF-8, czech, CZ; that of the locale when not given"),
+    said(option::kList, "list the languages, with their names and rules"),
+    form(),
+    option::kIgnoreCase,
+    option::kKana,
+    option::kKey,
+    option::kFieldSeparator,
+    option::kBlanks,
+    option::kNumeric,
+    option::kReverse,
+    option::kStable,
+    option::kUnique,
+    option::kCheckFirst,
+    option::kCheckQuietly,
+    option::kCheck,
+    option::kMerge,
+    option::kZeroEnds,
+    option::kOutput,
+    option::kJobs,
+    option::kStrict,
+    option::kKeys,
+    hidden(kParallelId, "parallel", option::kJobs),
+    foreign('d', "dictionary-order"),
+    foreign('g', "general-numeric-sort"),
+    foreign(kForeignId, "human-numeric-sort"),
+    foreign('i', "ignore-nonprinting"),
+    foreign('M', "month-sort"),
+    foreign('R', "random-sort"),
+    foreign('V', "version-sort"),
+    foreign('S', "buffer-size", "SIZE"),
+    foreign('T', "temporary-directory", "FOLDER"),
+    foreign(kForeignId + 2, "batch-size", "N"),
+    foreign(kForeignId + 3, "compress-program", "PROGRAM"),
+    foreign(kForeignId + 4, "debug"),
+    foreign(kForeignId + 5, "files0-from", "FILE"),
+    foreign(kForeignId + 6, "random-source", "FILE"),
+    foreign(kForeignId + 7, "sort", "WORD"),
+};
+
+constexpr Example kExamples[] = {
+    {"kx sort -l czech -f 852 names.txt -o sorted.txt", "lines in code page 852, in Czech order"},
+    {"kx sort -l de -t , -k 2,2 -u table.csv", "by the second field, each only once"},
 };
 
 constexpr Usage kUsageText{
-    kSortCommand, "[-l NAME] [OPTION]... [FILE...]",
+    kSortCommand,
+    "[-l NAME] [OPTION]... [FILE...]",
     "Sorts lines in the order of a language: by letters, then diacritics, then case. Reads\n"
     "standard input when no FILE is given, or when FILE is -.",
     kOptions,
@@ -82,11 +83,14 @@ constexpr Usage kUsageText{
     "read; a last line without a line end gets one. A carriage return before the line end does not\n"
     "count, nor does what follows a zero character. A character that KX lacks sorts behind all others,\n"
     "by its code point.\n"
+    "The letters of sort(1) mean the same here as there; -f, -l, -o and -j are those of the other commands.\n"
     "The input is held in memory. What does not fit can be sorted by its keys, which compare as\n"
     "bytes: kx sort -l NAME --keys FILE | LC_ALL=C sort -s -t TAB -k 1,1 | cut -f 2-\n"
-    "docs/sorting.md tells where that order differs.\n"
-    "Exit status: 0 all was sorted, or is in order, 1 it is not, something does not fit or could not be\n"
-    "read or written, 2 the command line is wrong."};
+    "docs/sorting.md tells where that order differs.",
+    kExamples,
+    "all was sorted, or is in order",
+    "it is not, or something does not fit or could not be read or written",
+};
 
 struct Key {
     SortPart part;
@@ -112,14 +116,6 @@ struct Arguments {
 
 using Work = Arguments::Work;
 
-std::string fault_of_foreign(int id) {
-    const auto *option = std::ranges::find(kOptions, id, &Option::id);
-    if (option == std::end(kOptions)) return "";
-    std::string text = std::string("--") + option->name;
-    if (id < kIgnoreCase) text = std::string{'-', static_cast<char>(id), ','} + ' ' + text;
-    return text + " is an option of sort(1) that kx sort does not have";
-}
-
 std::string take_work(Arguments &arguments, Work work) {
     const auto is_check = [](Work one) { return one == Work::check || one == Work::check_quietly; };
     const bool first = arguments.work == Work::sort || arguments.work == work;
@@ -129,62 +125,52 @@ std::string take_work(Arguments &arguments, Work work) {
     return "";
 }
 
-std::string take_form(Arguments &arguments, const std::string &name) {
-    const auto form = find_encoding(name);
-    if (!form)
-        return "no form or code page '" + name +
-               "'; `kx convert -l` lists them (-f is the form: what it is to sort(1) is "
-               "--ignore-case)";
+std::string take_form(Arguments &arguments, const Argument &name) {
     // A line end of the streams may also stand inside their other codes.
-    if (is_kx_encoding(*form) && form->kind != EncodingKind::kx) return "'" + name + "' has no lines; convert it first";
-    arguments.form = *form;
+    if (is_kx_encoding(name.form) && name.form.kind != EncodingKind::kx)
+        return "'" + name.text + "' has no lines; convert it first";
+    arguments.form = name.form;
     return "";
 }
 
-std::string take_jobs(Arguments &arguments, const std::string &number) {
+unsigned threads(unsigned wanted) {
     constexpr unsigned most = 64; // more have nothing to do
-    unsigned jobs = 0;
-    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), jobs);
-    if (error != std::errc{} || end != number.data() + number.size() || jobs == 0)
-        return "'" + number + "' is no number of threads";
-    arguments.request.jobs = std::min(jobs, most);
-    return "";
+    return std::min(wanted != 0 ? wanted : std::max(std::thread::hardware_concurrency(), 1U), most);
 }
 
-std::string take_option(Arguments &arguments, int id, const std::string &argument) {
+std::string take_option(Arguments &arguments, int id, const Argument &argument) {
+    const std::string &text = argument.text;
     switch (id) {
     case 'l': {
-        const FoundLanguage found = find_language(argument);
+        const FoundLanguage found = find_language(text);
         arguments.language = found.language;
         return found.language != nullptr ? "" : found.fault + " (`kx sort --list` lists all)";
     }
     case 'f': return take_form(arguments, argument);
     case 'k': {
         Key &key = arguments.keys.emplace_back();
-        return read_key(argument, key.part, key.has_flags);
+        return read_key(text, key.part, key.has_flags);
     }
-    case 't': arguments.separator = argument; return "";
+    case 't': arguments.separator = text; return "";
     case 'b': arguments.skip_blanks = true; return "";
     case 'n': arguments.numeric = true; return "";
     case 'r': arguments.reverse = true; return "";
     case 's': arguments.stable = true; return "";
     case 'u': arguments.request.unique = true; return "";
     case 'z': arguments.zero_ends = true; return "";
-    case 'o': arguments.request.output = argument; return "";
-    case 'j': return take_jobs(arguments, argument);
+    case 'o': arguments.request.output = text; return "";
+    case 'j': arguments.request.jobs = threads(argument.number); return "";
     case 'c':
-    case kCheck:
-        if (argument.empty() || argument == "diagnose-first") return take_work(arguments, Work::check);
-        if (argument == "quiet" || argument == "silent") return take_work(arguments, Work::check_quietly);
-        return "--check takes quiet, silent or diagnose-first, not '" + argument + "'";
+    case kCheckId:
+        return take_work(arguments, text.empty() || text == "diagnose-first" ? Work::check : Work::check_quietly);
     case 'C': return take_work(arguments, Work::check_quietly);
     case 'm': return take_work(arguments, Work::merge);
-    case kKeys: return take_work(arguments, Work::keys);
-    case kList: return take_work(arguments, Work::list);
-    case kIgnoreCase: arguments.ignore_case = true; return "";
-    case kKana: arguments.kana_counts = true; return "";
-    case kStrict: arguments.request.strict = true; return "";
-    default: return fault_of_foreign(id);
+    case kKeysId: return take_work(arguments, Work::keys);
+    case kListId: return take_work(arguments, Work::list);
+    case kIgnoreCaseId: arguments.ignore_case = true; return "";
+    case kKanaId: arguments.kana_counts = true; return "";
+    case kStrictId: arguments.request.strict = true; return "";
+    default: return "";
     }
 }
 
@@ -300,14 +286,11 @@ int work(const Arguments &arguments) {
 
 int run_sort(int argc, char **argv) {
     Arguments arguments;
-    const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const std::string &argument) {
-        return take_option(arguments, id, argument);
-    });
+    const Parsed parsed = parse_options(
+        argc, argv, kUsageText, [&](int id, const Argument &argument) { return take_option(arguments, id, argument); });
     if (parsed.stop) return parsed.status;
-    if (arguments.work == Work::list) {
-        std::fputs(list_of_languages().c_str(), stdout);
-        return kSuccess;
-    }
+    if (arguments.work == Work::list)
+        return write_text(kSortCommand, arguments.request.output, list_of_languages()) ? kSuccess : kFailure;
     arguments.request.inputs = operands_or_standard_input(argc, argv, parsed.first_operand);
     std::string fault = fault_of(arguments);
     if (fault.empty()) fault = prepare(arguments);

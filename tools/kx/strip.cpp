@@ -7,24 +7,19 @@
 #include "coders.h"
 #include "conversion.h"
 #include "forms/strip.h"
-#include "options.h"
 #include "stream_codes.h"
 
 namespace kx {
 namespace {
 
-constexpr int kKeepId = kFirstOwnId;
-constexpr int kHyphensId = kFirstOwnId + 1;
-constexpr int kSoftAsSpaceId = kFirstOwnId + 2;
+constexpr auto kOptions = with_text_options({option::kKeep, option::kHyphens, option::kSoftAsSpace});
 
-constexpr auto kOptions = with_text_options({
-    {kKeepId, "keep", "LIST", "keep these too: attributes, hard, soft (line ends), tabs; with commas between"},
-    {kHyphensId, "hyphens", nullptr, "write the hyphen codes as hyphens"},
-    {kSoftAsSpaceId, "soft-as-space", nullptr, "write soft line ends as spaces, unless they are kept"},
-});
+constexpr Example kExamples[] = {
+    {"kx strip --keep=hard document.kx -o text.txt", "the text in UTF-8, with its hard line ends"}};
 
 constexpr Usage kUsageText{
-    "kx strip", "[--keep=LIST] [-t FORM] [-o OUT | -i | -O DIR] [OPTION]... [FILE...]",
+    "kx strip",
+    "[--keep=LIST] [-t FORM] [-o OUT | -i | -O DIR] [OPTION]... [FILE...]",
     "Strips document streams to their text. Reads standard input when no FILE is given, or when\n"
     "FILE is -.",
     kOptions,
@@ -32,9 +27,11 @@ constexpr Usage kUsageText{
     "other codes go in any case. Kept attributes show in the forms kx, stream, stream5 and sio only.\n"
     "A code that lies about its size ends the work on its file: its place is told, in bytes from 0.\n"
     "What came before it is written to standard output; a file stays what it was. The other files\n"
-    "are done, and the exit status is 1. With -c it counts as one byte, and goes.\n"
-    "Exit status: 0 all was stripped, 1 something was not or could not be read or written, 2 the\n"
-    "command line is wrong."};
+    "are done, and the exit status is 1. With -c it counts as one byte, and goes.",
+    kExamples,
+    "all was stripped",
+    "something was not, or could not be read or written",
+};
 
 // Strips code by code, so that each character is known by its place.
 class StripDecoder final : public Decoder {
@@ -108,7 +105,7 @@ int run_strip(int argc, char **argv) {
     request.from = Encoding{EncodingKind::stream, {}};
     request.to = Encoding{EncodingKind::utf8, {}};
     std::uint32_t flags = 0;
-    const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const std::string &argument) {
+    const Parsed parsed = parse_options(argc, argv, kUsageText, [&](int id, const Argument &argument) {
         switch (id) {
         case kKeepId: return take_keep(flags, argument);
         case kHyphensId: flags |= KX_HYPHENS_AS_TEXT; return std::string();

@@ -49,14 +49,19 @@ constexpr bool is_double_byte_page(std::uint32_t code_page) noexcept {
     return code_page == 932 || code_page == 936 || code_page == 949 || code_page == 950;
 }
 
-std::string_view locale_name(ReadVariable read) noexcept {
+struct LocaleVariable {
+    const char *name; // null: none is set
+    std::string_view value;
+};
+
+LocaleVariable locale_variable(ReadVariable read) noexcept {
     for (const char *variable : {"LC_ALL", "LC_CTYPE", "LANG"})
-        if (const auto value = value_of(read, variable); !value.empty()) return value;
-    return {};
+        if (const auto value = value_of(read, variable); !value.empty()) return {variable, value};
+    return {nullptr, {}};
 }
 
 // language_COUNTRY.ENCODING@modifier: the encoding does not count, the modifier only where it names another script.
-tables::Language language_of_locale(std::string_view name) noexcept {
+std::optional<tables::Language> language_of_locale(std::string_view name) noexcept {
     const std::string_view modifier = name.substr(std::min(name.find('@'), name.size()));
     const std::string_view country = name.substr(0, name.find_first_of(".@"));
     for (const std::string_view suffix : {modifier, std::string_view{}}) {
@@ -67,7 +72,7 @@ tables::Language language_of_locale(std::string_view name) noexcept {
         });
         if (found != tables::kLocaleNames.end()) return *find_language(found->language);
     }
-    return kDefault;
+    return std::nullopt;
 }
 
 // Joins the parts into the path; nothing is written when they do not fit.
@@ -79,29 +84,46 @@ bool set_path(KxPlatformSettings &settings, std::string_view folder, std::string
 }
 
 // Without HOME there is no settings file: asking the user database could mean asking the network, which has no place in
-// the loading of a library.
-void find_registry(KxPlatformSettings &settings, ReadVariable read) noexcept {
-    if (const char *const path = read("KX_REGISTRY"); path != nullptr && set_path(settings, path, {})) return;
+// the loading of a library. Returns the variable that leads there.
+const char *find_registry(KxPlatformSettings &settings, ReadVariable read) noexcept {
+    if (const char *const path = read("KX_REGISTRY"); path != nullptr && set_path(settings, path, {}))
+        return "KX_REGISTRY";
     if (const auto folder = value_of(read, "XDG_CONFIG_HOME"); folder.starts_with('/')) {
-        set_path(settings, folder, "/kxstr/registry.reg");
+        if (set_path(settings, folder, "/kxstr/registry.reg")) return "XDG_CONFIG_HOME";
     } else if (const auto home = value_of(read, "HOME"); !home.empty()) {
-        set_path(settings, home, "/.config/kxstr/registry.reg");
+        if (set_path(settings, home, "/.config/kxstr/registry.reg")) return "HOME";
     }
+    return "default";
 }
 
 } // namespace
 
-KxPlatformSettings settings_from(ReadVariable read) noexcept {
-    const tables::Language locale = language_of_locale(locale_name(read));
+KxPlatformSettings settings_from(ReadVariable read, Origins *origins) noexcept {
+    const LocaleVariable variable = locale_variable(read);
+    const auto known = language_of_locale(variable.value);
+    const tables::Language locale = known.value_or(kDefault);
+    const char *const from_locale = known ? variable.name : "default";
+    Origins from{};
+    // From its variable when that parses; else the value that something else gives it.
+    const auto choose = [&](const char *&origin, const char *name, auto parse, const char *otherwise_from,
+                            auto otherwise) {
+        const auto told = parse(value_of(read, name));
+        origin = told ? name : otherwise_from;
+        return told ? *told : otherwise;
+    };
+    const auto page = [](std::string_view text) { return std::optional<std::uint32_t>(parse_code_page(text)); };
+    const auto flag = [](std::string_view text) { return std::optional<std::uint32_t>(parse_flag(text)); };
     KxPlatformSettings settings{};
-    settings.ansi_code_page = parse_code_page(value_of(read, "KX_ANSI_CODEPAGE")).value_or(locale.ansi_code_page);
-    settings.oem_code_page = parse_code_page(value_of(read, "KX_OEM_CODEPAGE")).value_or(locale.oem_code_page);
-    const bool double_byte = is_double_byte_page(settings.ansi_code_page);
-    settings.double_byte = parse_flag(value_of(read, "KX_DBCS")).value_or(double_byte ? 1 : 0);
-    settings.system_language = parse_language(value_of(read, "KX_SYSTEM_LANGID")).value_or(locale.identifier);
-    settings.keyboard_language =
-        parse_language(value_of(read, "KX_KEYBOARD_LANGID")).value_or(settings.system_language);
-    find_registry(settings, read);
+    settings.ansi_code_page = choose(from.ansi_code_page, "KX_ANSI_CODEPAGE", page, from_locale, locale.ansi_code_page);
+    settings.oem_code_page = choose(from.oem_code_page, "KX_OEM_CODEPAGE", page, from_locale, locale.oem_code_page);
+    settings.double_byte = choose(from.double_byte, "KX_DBCS", flag, "the ANSI code page",
+                                  is_double_byte_page(settings.ansi_code_page) ? 1U : 0U);
+    settings.system_language =
+        choose(from.system_language, "KX_SYSTEM_LANGID", parse_language, from_locale, locale.identifier);
+    settings.keyboard_language = choose(from.keyboard_language, "KX_KEYBOARD_LANGID", parse_language,
+                                        "the system language", settings.system_language);
+    from.settings_store = find_registry(settings, read);
+    if (origins != nullptr) *origins = from;
     return settings;
 }
 

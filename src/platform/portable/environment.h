@@ -3,11 +3,14 @@
 
 #include <kxstr/platform.h>
 
+#include "platform/system.h"
+
 namespace kxstr::platform {
 
 using ReadVariable = const char *(*)(const char *name); // as getenv: null when the variable is unset
 
 // The settings as include/kxstr/platform.h tells them. Variables that do not parse count as unset.
-KxPlatformSettings settings_from(ReadVariable read) noexcept;
+// `origins`, where it is wanted, gets where each came from.
+KxPlatformSettings settings_from(ReadVariable read, Origins *origins = nullptr) noexcept;
 
 } // namespace kxstr::platform

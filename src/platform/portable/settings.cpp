@@ -1,15 +1,16 @@
 #include <cstdlib>
+#include <cstring>
 #include <kxstr/platform.h>
 #include <unistd.h>
 
 #include "platform/portable/environment.h"
-#include "platform/portable/settings.h"
 #include "platform/system.h"
 
 namespace kxstr::platform {
 namespace {
 
 constinit KxPlatformSettings settings{1252, 437, 0, 0x0409, 0x0409, {}};
+constinit Origins settings_origins{};
 
 // Null, too, in a process with more rights than the user who started it: that user chooses the environment.
 const char *read_variable(const char *name) noexcept {
@@ -22,7 +23,7 @@ const char *read_variable(const char *name) noexcept {
 
 // Before the initialisers of a host that has the library linked in statically, which may call it already.
 [[gnu::constructor(101)]] void load_settings() noexcept {
-    settings = settings_from(read_variable);
+    settings = settings_from(read_variable, &settings_origins);
 }
 
 } // namespace
@@ -42,8 +43,11 @@ std::uint16_t system_language() noexcept {
 std::uint16_t keyboard_language() noexcept {
     return settings.keyboard_language;
 }
-const char *settings_file() noexcept {
+const char *settings_store() noexcept {
     return settings.registry_path;
+}
+Origins origins() noexcept {
+    return settings_origins;
 }
 
 } // namespace kxstr::platform
@@ -56,7 +60,21 @@ void KxPlatformGet(KxPlatformSettings *out) {
 
 void KxPlatformSet(const KxPlatformSettings *in) {
     if (in == nullptr) return;
-    kxstr::platform::settings = *in;
-    kxstr::platform::settings.registry_path[KX_REGISTRY_PATH_SIZE - 1] = 0;
+    namespace platform = kxstr::platform;
+    const KxPlatformSettings before = platform::settings;
+    KxPlatformSettings &now = platform::settings;
+    now = *in;
+    now.registry_path[KX_REGISTRY_PATH_SIZE - 1] = 0;
+    // What the host left as it read it keeps its origin.
+    const auto note = [](const char *&origin, bool changed) {
+        if (changed) origin = "KxPlatformSet";
+    };
+    platform::Origins &from = platform::settings_origins;
+    note(from.ansi_code_page, now.ansi_code_page != before.ansi_code_page);
+    note(from.oem_code_page, now.oem_code_page != before.oem_code_page);
+    note(from.double_byte, now.double_byte != before.double_byte);
+    note(from.system_language, now.system_language != before.system_language);
+    note(from.keyboard_language, now.keyboard_language != before.keyboard_language);
+    note(from.settings_store, std::strcmp(now.registry_path, before.registry_path) != 0);
 }
 }

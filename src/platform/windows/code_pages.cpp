@@ -29,6 +29,14 @@ std::uint16_t keyboard_language() noexcept {
     return LOWORD(reinterpret_cast<ULONG_PTR>(GetKeyboardLayout(0))); // of the calling thread
 }
 
+Origins origins() noexcept {
+    constexpr const char *kSystem = "Windows";
+    return {kSystem, kSystem, kSystem, kSystem, kSystem, kSystem};
+}
+const char *settings_store() noexcept {
+    return "the registry";
+}
+
 std::optional<std::uint32_t> ansi_code_page_of(std::uint16_t language) noexcept {
     char digits[6];
     const LCID locale = MAKELCID(language, SORT_DEFAULT);
