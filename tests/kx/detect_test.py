@@ -70,7 +70,7 @@ class Detect(KxTest):
             self.assertEqual((answer["file"], answer["answers"][0]["language"]), (str(paths[0]), "cs"))
             # A file that cannot be read does not keep the others from being told.
             self.assert_fails("detect", *paths, message="missing", output=None)
-        self.assert_fails("detect --top 0", message="not a number", status=2)
+        self.assert_fails("detect --top 0", message="is no number from 1 up", status=2)
 
     def test_convert_from_auto(self):
         with tempfile.TemporaryDirectory() as folder:

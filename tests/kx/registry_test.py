@@ -127,12 +127,12 @@ class Registry(KxTest):
         for arguments, message in (
             ("", "say what to do"), ("list", "no 'list' here"), ("get HKEY_USERS", "other operands"),
             ("show a b", "other operands"), ("get HKXX v", "does not start with a root's name"),
-            ("set -t word HKEY_USERS v 1", "no type 'word'"), ("set -t hex HKEY_USERS v 1", "'1' is no hex"),
+            ("set -t word HKEY_USERS v 1", "no 'word'; there are text"), ("set -t hex HKEY_USERS v 1", "'1' is no hex"),
             ("set -t codepage HKEY_USERS v 65536", "is no codepage"),
         ):
             with self.subTest(message):
                 self.refused("registry", *arguments.split(), status=2, message=message)
-        self.refused("registry", "-f", "", "show", status=2, message="-f needs the name of a file")
+        self.refused("registry", "--file", "", "show", status=2, message="--file needs the name of a file")
         self.refused("registry", "-f", 4096 * "f", "show", status=2, message="the path is too long")
         for command in ("show", "get HKU v", "export", "unset HKU v", "delete HKU\\k"):
             self.refused("registry", "-f", str(self.file), *command.split(), message="registry.reg: not found")

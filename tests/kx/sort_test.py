@@ -130,7 +130,7 @@ class Sorts(KxTest):
             ("no field", "-l US -k0", b"", 2, "fields are counted from 1"),
             ("a long separator", "-l US -t ab -k2", b"", 2, "-t takes one character"),
             ("-f is the form", "-l US -f x", b"", 2, "what it is to sort(1) is --ignore-case"),
-            ("no threads", "-l US -j0", b"", 2, "'0' is no number of threads"),
+            ("no threads", "-l US -jx", b"", 2, "--jobs: 'x' is no number"),
             ("one work at a time", "-l US -c -m", b"", 2, "only one of"),
             ("a disorder", "-l CZ -c", b"h\nch\nha\n", 1, "(standard input):3: disorder: ha"),
             ("equal lines", "-l US -cu", b"a\na\n", 1, "(standard input):2: disorder: a"),

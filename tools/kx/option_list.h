@@ -112,8 +112,7 @@ inline constexpr Option kFile{kFileId, "file", "FILE", "the settings file; defau
 // Sorting: of sort(1), with its letters.
 inline constexpr Option kIgnoreCase{kIgnoreCaseId, "ignore-case", nullptr, "lines that differ only in case are equal"};
 inline constexpr Option kKana{kKanaId, "kana", nullptr, "hiragana before katakana (East Asian languages)"};
-inline constexpr Option kKey{'k', "key", "KEY",
-                             "sort by a part of the lines: FIELD[.CHARACTER][bfnr][,FIELD[.CHARACTER][bfnr]]"};
+inline constexpr Option kKey{'k', "key", "KEY", "sort by a part of the lines: FIELD[.CHAR][bfnr][,FIELD[.CHAR][bfnr]]"};
 inline constexpr Option kFieldSeparator{'t', "field-separator", "CHARACTER",
                                         "what lies between fields; without it they begin with blanks"};
 inline constexpr Option kBlanks{'b', "ignore-leading-blanks", nullptr, "blanks before a line or key do not count"};

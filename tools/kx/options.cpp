@@ -88,7 +88,8 @@ std::string read(const Option &option, Argument &argument) {
 std::string fault_of(std::span<const Option> options, const char *word, bool lacks_argument) {
     // Of an option that it knows getopt_long tells the id, and of a letter that it does not know the letter.
     const auto known = std::ranges::find(options, optopt, &Option::id);
-    if (lacks_argument && known != options.end()) return name_of(*known) + " needs " + known->argument;
+    if (lacks_argument && known != options.end() && known->argument != nullptr)
+        return name_of(*known) + " needs " + known->argument;
     if (known != options.end()) return name_of(*known) + " takes no argument";
     if (optopt != 0) return std::string("no option '-") + static_cast<char>(optopt) + "'";
     const std::string name(word, std::strcspn(word, "="));

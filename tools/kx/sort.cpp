@@ -28,7 +28,7 @@ constexpr Option form() {
 }
 
 constexpr Option kOptions[] = {
-    said(option::kLanguage, "the language: cs, cs_CZ.UTF-8, czech, CZ; that of the locale when not given"),
+    said(option::kLanguage, "the language: cs, cs_CZ.UTF-8, czech or CZ; else that of the locale"),
     said(option::kList, "list the languages, with their names and rules"),
     form(),
     option::kIgnoreCase,
