@@ -87,6 +87,7 @@ TEST(Settings, AHostReplacesThemAndTheNextQuerySeesIt) {
     KxPlatformSet(&wanted);
     KxPlatformSet(nullptr);
     KxPlatformGet(nullptr);
+    EXPECT_STREQ(platform::origins().oem_code_page, "KxPlatformSet");
     KxPlatformSettings found;
     KxPlatformGet(&found);
     EXPECT_EQ(text_of(found), "932 866 5 0411 0419");

@@ -31,6 +31,14 @@ std::string argument_of(const Option &option) {
     return text;
 }
 
+// "-f" and "--from"; empty where it has none.
+std::string letter_of(const Option &option) {
+    return has_letter(option) ? std::string{'-', static_cast<char>(option.id)} : "";
+}
+std::string name_of(const Option &option) {
+    return option.name != nullptr ? std::string("--") + option.name : "";
+}
+
 // The options in the help, those of every command last.
 std::vector<Option> shown(const Usage &usage) {
     std::vector<Option> options;
@@ -207,13 +215,12 @@ std::string action_names(const Usage &usage) {
 std::string bash_part(const Usage &usage) {
     std::string options, cases;
     for (const Option &option : shown(usage)) {
-        const std::string letter = has_letter(option) ? std::string{'-', static_cast<char>(option.id)} : "";
-        const std::string name = option.name != nullptr ? std::string("--") + option.name : "";
-        const std::string both = letter + (letter.empty() || name.empty() ? "" : " ") + name;
+        const std::string letter = letter_of(option), name = name_of(option);
+        const std::string both = joined({letter, letter.empty() || name.empty() ? "" : " ", name});
         append(options, {options.empty() ? "" : " ", both});
         if (option.argument == nullptr) continue;
         // One that may be missing is never a word of its own.
-        append(cases, {"        ", is_optional(option) ? name + "=" : replaced(both, " ", " | "), ") "});
+        append(cases, {"        ", is_optional(option) ? joined({name, "="}) : replaced(both, " ", " | "), ") "});
         switch (option.kind) {
         case Kind::word: append(cases, {"kind=words words=", quoted(option.words)}); break;
         case Kind::form:
@@ -252,10 +259,10 @@ std::string zsh_part(const Usage &usage) {
         // What follows the name directly, or as the next word.
         const char *const letter_joint = option.argument == nullptr ? "" : is_optional(option) ? "-" : "+";
         const char *const name_joint = option.argument == nullptr ? "" : is_optional(option) ? "=-" : "=";
-        const std::string letter = has_letter(option) ? std::string{'-', static_cast<char>(option.id)} : "";
-        const std::string name = option.name != nullptr ? std::string("--") + option.name : "";
+        const std::string letter = letter_of(option), name = name_of(option);
         if (letter.empty() || name.empty()) {
-            append(text, {" \\\n      ", quoted(letter + name + (name.empty() ? letter_joint : name_joint) + help)});
+            append(text,
+                   {" \\\n      ", quoted(joined({letter, name, name.empty() ? letter_joint : name_joint, help}))});
         } else {
             append(text, {" \\\n      '(", letter, " ", name, ")'{", letter, letter_joint, ",", name, name_joint, "}",
                           quoted(help)});

@@ -75,7 +75,7 @@ inline constexpr Option kDrop{'c', nullptr, nullptr, "leave out characters that 
 inline constexpr Option kSubst{kSubstId, "subst", "CHAR", "write CHAR (in UTF-8) for characters that do not convert"};
 inline constexpr Option kStrict{kStrictId, "strict", nullptr,
                                 "a character that KX text lacks, or unites with another, ends the work"};
-inline constexpr Option kEol{kEolId, "eol", "ENDS", "line ends: keep, lf or crlf", Kind::word, "keep lf crlf"};
+inline constexpr Option kEol{kEolId, "eol", "ENDS", "line ends: keep, lf or crlf", Kind::word, 0, "keep lf crlf"};
 inline constexpr Option kEof{kEofId, "eof", nullptr, "a text ends at its first Ctrl-Z, as in DOS"};
 inline constexpr Option kBom{kBomId, "bom", nullptr, "begin what is written with a byte order mark"};
 inline constexpr Option kVerbose{'v', "verbose", nullptr, "tell about each file"};
@@ -83,9 +83,13 @@ inline constexpr Option kQuiet{'q', "quiet", nullptr,
                                "do not tell which characters were left out or came out as others"};
 inline constexpr Option kYes{kYesId, "yes", nullptr, "with -f auto: take the best answer, though others are close"};
 inline constexpr Option kList{kListId, "list", nullptr, "list the forms and the code pages"};
-inline constexpr Option kCountry{kCountryId, "country",
-                                 "NAME",     "japanese, korean, traditional-chinese, simplified-chinese or none",
-                                 Kind::word, "none japanese korean traditional-chinese simplified-chinese"};
+inline constexpr Option kCountry{kCountryId,
+                                 "country",
+                                 "NAME",
+                                 "japanese, korean, traditional-chinese, simplified-chinese or none",
+                                 Kind::word,
+                                 0,
+                                 "none japanese korean traditional-chinese simplified-chinese"};
 
 // Streams.
 inline constexpr Option kKeep{kKeepId, "keep", "LIST",
@@ -95,8 +99,8 @@ inline constexpr Option kSoftAsSpace{kSoftAsSpaceId, "soft-as-space", nullptr,
                                      "write soft line ends as spaces, unless they are kept"};
 
 // Detection.
-inline constexpr Option kTop{kTopId,       "top",   "N", "tell the N best answers for each file, not only the best",
-                             Kind::number, nullptr, 1};
+inline constexpr Option kTop{kTopId,       "top", "N", "tell the N best answers for each file, not only the best",
+                             Kind::number, 1};
 inline constexpr Option kJson{kJsonId, "json", nullptr,
                               "write an object of JSON for each file, with the pages that decode it alike"};
 
@@ -104,9 +108,13 @@ inline constexpr Option kJson{kJsonId, "json", nullptr,
 inline constexpr Option kLanguage{'l', "language", "LANG", "tell what is in force for LANG too, such as FR"};
 inline constexpr Option kDos{kDosId, "dos", "PAGE", "with set: the DOS code page"};
 inline constexpr Option kWindows{kWindowsId, "windows", "PAGE", "with set: the Windows code page"};
-inline constexpr Option kType{kTypeId,    "type",
-                              "TYPE",     "what VALUE is: text, dword, codepage, link or hex",
-                              Kind::word, "text dword codepage link hex"};
+inline constexpr Option kType{kTypeId,
+                              "type",
+                              "TYPE",
+                              "what VALUE is: text, dword, codepage, link or hex",
+                              Kind::word,
+                              0,
+                              "text dword codepage link hex"};
 inline constexpr Option kFile{kFileId, "file", "FILE", "the settings file; default: that of the library", Kind::file};
 
 // Sorting: of sort(1), with its letters.
@@ -124,7 +132,7 @@ inline constexpr Option kUnique{'u', "unique", nullptr, "write only the first of
 inline constexpr Option kCheckFirst{'c', nullptr, nullptr, "do not sort: say the first line that is not in order"};
 inline constexpr Option kCheckQuietly{'C', nullptr, nullptr, "the same by the exit status alone"};
 inline constexpr Option kCheck{
-    kCheckId, "check", "[quiet]", "as -c; with quiet as -C", Kind::word, "quiet silent diagnose-first"};
+    kCheckId, "check", "[quiet]", "as -c; with quiet as -C", Kind::word, 0, "quiet silent diagnose-first"};
 inline constexpr Option kMerge{'m', "merge", nullptr, "do not sort: merge files that are in order"};
 inline constexpr Option kZeroEnds{'z', "zero-terminated", nullptr, "lines end in a zero, not in a line feed"};
 inline constexpr Option kKeys{kKeysId, "keys", nullptr, "do not sort: write each line behind its sort key and a tab"};

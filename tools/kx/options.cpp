@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kFirstLongOnly = 256;
 constexpr int kVersionId = 'V' + kFirstLongOnly * 256; // no command's own
-constexpr int kHelpId = 'h';
+constexpr int kHelpId = 'h';                           // of its letter
 constexpr Option kHelpOption{kHelpId, "help", "[FORMAT]", nullptr};
 constexpr Option kVersionOption{kVersionId, "version", nullptr, nullptr};
 
@@ -117,7 +117,7 @@ Parsed parse_options(int argc, char **argv, const Usage &usage,
         }
         if (option.name != nullptr) names.push_back({option.name, arguments, nullptr, option.id});
     }
-    letters += kHelpId;
+    letters += 'h';
     names.push_back({});
 
     optind = 0; // from the start, also for the second command of a process

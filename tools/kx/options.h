@@ -12,7 +12,7 @@
 namespace kx {
 
 // What an option's argument is. By this it is read and completed.
-enum class Kind : std::uint8_t {
+enum class Kind {
     text,   // anything; a command that wants more looks itself
     file,   // a path, `-` for a standard stream
     folder, // a path
@@ -29,8 +29,8 @@ struct Option {
     const char *argument; // what the help calls the argument, in brackets when it may be missing; null for none
     const char *help;     // null: not in the help
     Kind kind = Kind::text;
-    const char *words = nullptr; // with blanks between; for other kinds than `word` what is taken beside the kind
     unsigned least = 0;          // of a number
+    const char *words = nullptr; // with blanks between; for other kinds than `word` what is taken beside the kind
     const char *hint = nullptr;  // follows the message about a wrong argument
     int means = 0;               // not 0: another spelling of the option with this id
 };

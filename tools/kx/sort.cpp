@@ -18,7 +18,7 @@ namespace {
 // Told to those who know it from there.
 constexpr Option foreign(int id, const char *name, const char *argument = nullptr) {
     return {
-        id, name, argument, nullptr, Kind::foreign, nullptr, 0, " is an option of sort(1) that kx sort does not have"};
+        id, name, argument, nullptr, Kind::foreign, 0, nullptr, " is an option of sort(1) that kx sort does not have"};
 }
 
 constexpr Option form() {
