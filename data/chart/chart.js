@@ -40,7 +40,8 @@ function drawn(cell) {
 // "0128 É" of a KX character, wherever it is.
 function told(kx) {
   const cell = all[byKx.get(kx)];
-  return cell ? (hex(kx) + " " + glyphOf(cell)).trim() : hex(kx);
+  const glyph = cell ? glyphOf(cell) : kx < 0x7F ? String.fromCharCode(kx) : "";
+  return (hex(kx) + " " + glyph).trim();
 }
 
 function bytesOf(cell) {
@@ -62,7 +63,7 @@ function facts(cell) {
   const [first, second, third, column] = cell[VALUES];
   if (cell[KX] >= 0) {
     list.push(["Collation, " + data.language, (first === "" ? "first level ignored" : first === "FF" ? "no first value" : "first " + first) +
-      ", second " + second + ", third " + third + "; coltbl " + (column === NO_VALUE ? "none" : hex(column, 2))]);
+      ", second " + hex(second, 2) + ", third " + third + "; coltbl " + (column === NO_VALUE ? "none" : hex(column, 2))]);
   }
   const bytes = bytesOf(cell).map(([code, pages]) => code + " in " + pages.map(page => page[0]).join(", "));
   if (bytes.length) list.push(["Bytes in code pages", bytes.join("; ")]);
@@ -110,8 +111,7 @@ function table(chart, place) {
   for (let column = 0; column < 16; ++column)
     if ([...Array(16).keys()].some(row => cells.has(column * 16 + row))) columns.push(column);
   const digits = chart.first > 0 || !isNative ? 3 : 1;
-  const head = make("tr", {}, make("td", {className: "none"}));
-  head.firstChild.style.visibility = "hidden";
+  const head = make("tr", {}, make("td", {className: "corner"}));
   for (const column of columns) {
     const th = make("th", {textContent: hex((chart.first >> 4) + column, digits)});
     th.scope = "col";

@@ -43,6 +43,7 @@ section { margin: 0 0 2rem; content-visibility: auto; contain-intrinsic-size: au
 table { border-collapse: collapse; }
 th { padding: .1rem .3rem; color: var(--faint); font: 12px monospace; }
 td { width: 3.4rem; height: 3.2rem; padding: .1rem; border: 1px solid var(--line); text-align: center; vertical-align: bottom; }
+td.corner { height: auto; border: 0; }
 td.none { background: var(--empty); }
 td[data-at] { cursor: pointer; }
 td[aria-selected="true"] { background: var(--chosen); }
@@ -140,7 +141,8 @@ function drawn(cell) {
 // "0128 É" of a KX character, wherever it is.
 function told(kx) {
   const cell = all[byKx.get(kx)];
-  return cell ? (hex(kx) + " " + glyphOf(cell)).trim() : hex(kx);
+  const glyph = cell ? glyphOf(cell) : kx < 0x7F ? String.fromCharCode(kx) : "";
+  return (hex(kx) + " " + glyph).trim();
 }
 
 function bytesOf(cell) {
@@ -162,7 +164,7 @@ function facts(cell) {
   const [first, second, third, column] = cell[VALUES];
   if (cell[KX] >= 0) {
     list.push(["Collation, " + data.language, (first === "" ? "first level ignored" : first === "FF" ? "no first value" : "first " + first) +
-      ", second " + second + ", third " + third + "; coltbl " + (column === NO_VALUE ? "none" : hex(column, 2))]);
+      ", second " + hex(second, 2) + ", third " + third + "; coltbl " + (column === NO_VALUE ? "none" : hex(column, 2))]);
   }
   const bytes = bytesOf(cell).map(([code, pages]) => code + " in " + pages.map(page => page[0]).join(", "));
   if (bytes.length) list.push(["Bytes in code pages", bytes.join("; ")]);
@@ -194,9 +196,9 @@ function choose(place, move = true) {
 
 // The list of a chart, with everything, is made when somebody opens it.
 function names(cells) {
-  const list = make("ol", {className: "names"});
 )~"
-    R"~(  for (const cell of cells) {
+    R"~(  const list = make("ol", {className: "names"});
+  for (const cell of cells) {
     const text = make("span", {textContent: nameOf(cell)});
     for (const [what, value] of facts(cell)) text.append(make("small", {textContent: what + ": " + value}));
     list.append(make("li", {}, make("code", {textContent: codeOf(cell)}), make("b", {textContent: glyphOf(cell), dir: "auto"}), text));
@@ -211,8 +213,7 @@ function table(chart, place) {
   for (let column = 0; column < 16; ++column)
     if ([...Array(16).keys()].some(row => cells.has(column * 16 + row))) columns.push(column);
   const digits = chart.first > 0 || !isNative ? 3 : 1;
-  const head = make("tr", {}, make("td", {className: "none"}));
-  head.firstChild.style.visibility = "hidden";
+  const head = make("tr", {}, make("td", {className: "corner"}));
   for (const column of columns) {
     const th = make("th", {textContent: hex((chart.first >> 4) + column, digits)});
     th.scope = "col";

@@ -1,5 +1,6 @@
 #include "chart.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <kxstr/codepage.h>
@@ -174,12 +175,15 @@ class Characters {
             const std::uint16_t code = code_of_kx(pages_[number].page, text_page_, ch, kxstr::text::LineEnds::glyphs);
             if (code == KX_NONE) continue;
             auto known = std::find_if(codes.begin(), codes.end(), [&](const auto &one) { return one.first == code; });
-            if (known == codes.end()) known = codes.insert(codes.end(), {code, ""});
-            known->second += (known->second.empty() ? "" : ",") + std::to_string(number);
+            if (known == codes.end()) known = codes.emplace(known, code, hex(code, code > 0xFF ? 4 : 2));
+            known->second += known->second.find(':') == std::string::npos ? ':' : ',';
+            known->second += std::to_string(number);
         }
         std::string text;
-        for (const auto &[code, pages] : codes)
-            text += (text.empty() ? "" : ";") + hex(code, code > 0xFF ? 4 : 2) + ':' + pages;
+        for (const auto &[code, pages] : codes) {
+            if (!text.empty()) text += ';';
+            text += pages;
+        }
         return quoted(text);
     }
 
