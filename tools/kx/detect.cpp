@@ -7,6 +7,7 @@
 
 #include "command.h"
 #include "files.h"
+#include "json.h"
 #include "option_list.h"
 
 namespace kx {
@@ -45,22 +46,6 @@ struct Request {
     bool json = false;
     std::string output;
 };
-
-std::string quoted(const std::string &text) {
-    std::string result = "\"";
-    for (const char letter : text) {
-        char escape[8];
-        if (letter == '"' || letter == '\\') {
-            result += '\\';
-        } else if (static_cast<unsigned char>(letter) < 0x20) {
-            std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(letter));
-            result += escape;
-            continue;
-        }
-        result += letter;
-    }
-    return result + '"';
-}
 
 std::string json_of(const std::string &file, const std::vector<Guess> &guesses) {
     std::string line = "{\"file\": " + quoted(file) + ", \"answers\": [";

@@ -155,6 +155,15 @@ std::string name_of(const Encoding &form) {
     return std::to_string(form.page.windows_number);
 }
 
+std::vector<KnownPage> known_pages() {
+    std::vector<KnownPage> pages;
+    for (const NamedPage &page : kPages) {
+        const Encoding form = encoding_of(page);
+        pages.push_back({form.page, name_of(form), page.description});
+    }
+    return pages;
+}
+
 bool is_unicode(const Encoding &form) {
     return form.kind == EncodingKind::utf8 || form.kind == EncodingKind::utf16le || form.kind == EncodingKind::utf16be;
 }

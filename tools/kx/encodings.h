@@ -31,6 +31,13 @@ std::string name_of(const Encoding &form);
 // characters.
 bool is_kx_encoding(const Encoding &form);
 bool is_unicode(const Encoding &form);
+// Every code page, under the name that find_encoding() and people know it by.
+struct KnownPage {
+    CodePage page;
+    std::string name;
+    const char *description;
+};
+std::vector<KnownPage> known_pages();
 // All forms with their names, for people.
 std::string list_of_encodings();
 

@@ -24,6 +24,8 @@ enum LongOption : int {
     kKeepId,
     kKeysId,
     kListId,
+    kPageId,
+    kSetId,
     kSoftAsSpaceId,
     kStrictId,
     kSubstId,
@@ -116,6 +118,10 @@ inline constexpr Option kType{kTypeId,
                               0,
                               "text dword codepage link hex"};
 inline constexpr Option kFile{kFileId, "file", "FILE", "the settings file; default: that of the library", Kind::file};
+
+// Charts.
+inline constexpr Option kSet{kSetId, "set", "N", "only the chart of set N: 0 to 14, or 36 to 222", Kind::number};
+inline constexpr Option kPage{kPageId, "page", "PAGE", "a code page", Kind::page};
 
 // Sorting: of sort(1), with its letters.
 inline constexpr Option kIgnoreCase{kIgnoreCaseId, "ignore-case", nullptr, "lines that differ only in case are equal"};
