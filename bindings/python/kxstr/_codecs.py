@@ -17,15 +17,15 @@ def _bytes(data: Any) -> bytes:
 
 @lru_cache(maxsize=None)
 def _info(name: str, form: Form) -> codecs.CodecInfo:
-    def encode(text: str, errors: str = "strict") -> tuple[bytes, int]:
-        return encode_form(text, form, name, errors, True)
+    def encode(input: str, errors: str = "strict") -> tuple[bytes, int]:
+        return encode_form(input, form, name, errors, True)
 
-    def decode(data: Any, errors: str = "strict") -> tuple[str, int]:
-        return decode_form(_bytes(data), form, name, errors, True)
+    def decode(input: Any, errors: str = "strict") -> tuple[str, int]:
+        return decode_form(_bytes(input), form, name, errors, True)
 
     class Encoder(codecs.BufferedIncrementalEncoder):
-        # A letter may wait for the marks behind it.
-        def _buffer_encode(self, input: str, errors: str, final: bool) -> tuple[bytes, int]:
+        # A letter may wait for the marks behind it. (The type of this method is wrong in old stubs.)
+        def _buffer_encode(self, input: str, errors: str, final: bool) -> Any:
             return encode_form(input, form, name, errors, final)
 
     class Decoder(codecs.BufferedIncrementalDecoder):

@@ -113,7 +113,7 @@ def strip(
         >>> strip(b"A\\xcc\\xf0\\x29\\x01\\xf0", keep=["hard"])
         'A\\né'
     """
-    rules = _StripRules(keep, hyphens, soft_as_space, page)
+    rules = _StripRules(tuple(keep), hyphens, soft_as_space, page)
     data = bytes(stream)
     text: list[str] = []
     at = 0
@@ -140,7 +140,7 @@ def strip(
 
 
 class _StripRules:
-    def __init__(self, keep: Iterable[str], hyphens: bool, soft_as_space: bool, page: int | str) -> None:
+    def __init__(self, keep: tuple[str, ...], hyphens: bool, soft_as_space: bool, page: int | str) -> None:
         unknown = set(keep) - set(_KEPT)
         if unknown:
             raise ValueError(f"cannot keep {', '.join(sorted(unknown))}; hard, soft and tabs can be kept")

@@ -5,6 +5,7 @@ import codecs
 import ctypes
 import re
 import threading
+from functools import lru_cache
 from typing import NamedTuple
 
 from . import _native as native
@@ -66,6 +67,7 @@ def _number(page: int | str) -> Form | None:
     return _NAMES.get(name)
 
 
+@lru_cache(maxsize=None)
 def form_of(page: int | str) -> Form:
     """The form of a number or a name. LookupError when the library does not know it."""
     form = _number(page)
