@@ -2,7 +2,7 @@
 # wheel_test.sh PYTHON PACKAGE: builds the wheel without a network, and uses the package out of it.
 set -eu
 python=$1 package=$2
-if ! "$python" -c "import pip, setuptools, wheel" 2>/dev/null; then
+if ! "$python" -c "import setuptools, wheel, pip" 2>/dev/null; then
     echo "skipped: pip, setuptools or wheel is not installed (tools/deps.sh python)"
     exit 77
 fi
