@@ -12,7 +12,7 @@ import time
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-FILES = 2400
+FILES = 1000
 
 
 class Archive(unittest.TestCase):
@@ -32,7 +32,7 @@ class Archive(unittest.TestCase):
         self.report = self.out / "report.jsonl"
 
     def start(self):
-        command = [sys.executable, ROOT / "examples" / "archive_dask.py", "-O", self.out, "--workers", "2", "--batch", "20",
+        command = [sys.executable, ROOT / "examples" / "archive_dask.py", "-O", self.out, "--workers", "2", "--batch", "10",
                    self.source]  # fmt: skip
         process = subprocess.Popen(command, stderr=subprocess.PIPE, text=True, start_new_session=True)
         self.addCleanup(lambda: process.poll() is None and os.killpg(process.pid, signal.SIGKILL))
