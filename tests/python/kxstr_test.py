@@ -1,5 +1,6 @@
 """The package against Python's codecs and the tool kx, which the environment names as KX."""
 import codecs
+import doctest
 import io
 import os
 import pathlib
@@ -179,6 +180,13 @@ class Streams(unittest.TestCase):
 
 
 class Package(unittest.TestCase):
+    def test_the_examples_of_the_documentation(self):
+        modules = [module for name, module in sys.modules.items() if name.split(".")[0] == "kxstr"]
+        results = [doctest.testmod(module) for module in modules]
+        self.assertEqual((sum(result.failed for result in results), min(8, sum(result.attempted for result in results))), (0, 8))
+        page = doctest.testfile(str(ROOT / "docs" / "python.md"), module_relative=False, encoding="utf-8")
+        self.assertEqual((page.failed, page.attempted > 10), (0, True))
+
     def test_version_and_library(self):
         self.assertEqual(kxstr.__version__, os.environ["KXSTR_VERSION"])
         script = "import kxstr; kxstr.decode(b'', 852)"
