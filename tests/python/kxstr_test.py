@@ -34,9 +34,13 @@ class Pages(unittest.TestCase):
             self.assertEqual(b"".join(codecs.iterencode(text, name)), data, page)
             self.assertEqual(codecs.getreader(name)(io.BytesIO(data)).read(), text, page)
             self.assertEqual(io.TextIOWrapper(io.BytesIO(data), name, newline="").read(), text, page)
-            out = io.BytesIO()
+            out, file = io.BytesIO(), io.BytesIO()
             codecs.getwriter(name)(out).write(text)
-            self.assertEqual(out.getvalue(), data, page)
+            wrapper = io.TextIOWrapper(file, name, newline="")
+            wrapper.write(text)
+            wrapper.flush()
+            self.assertEqual([out.getvalue(), file.getvalue()], [data, data], page)
+        self.assertEqual("e\u0301".encode("kx-kx"), b"\x29\x01")
 
     def test_every_byte_of_the_tools_pages(self):
         pages = [line.split()[0] for line in kx("convert", "-l").decode().split("Code pages")[1].splitlines()[1:] if line]

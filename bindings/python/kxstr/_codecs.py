@@ -18,15 +18,15 @@ def _bytes(data: Any) -> bytes:
 @lru_cache(maxsize=None)
 def _info(name: str, form: Form) -> codecs.CodecInfo:
     def encode(input: str, errors: str = "strict") -> tuple[bytes, int]:
-        return encode_form(input, form, name, errors, True)
+        return encode_form(input, form, name, errors)
 
     def decode(input: Any, errors: str = "strict") -> tuple[str, int]:
         return decode_form(_bytes(input), form, name, errors, True)
 
-    class Encoder(codecs.BufferedIncrementalEncoder):
-        # A letter may wait for the marks behind it. (The type of this method is wrong in old stubs.)
-        def _buffer_encode(self, input: str, errors: str, final: bool) -> Any:
-            return encode_form(input, form, name, errors, final)
+    class Encoder(codecs.IncrementalEncoder):
+        # Nothing waits for what follows: files do not say at the end that nothing does.
+        def encode(self, input: str, final: bool = False) -> bytes:
+            return encode_form(input, form, name, self.errors)[0]
 
     class Decoder(codecs.BufferedIncrementalDecoder):
         def _buffer_decode(self, input: Any, errors: str, final: bool) -> tuple[str, int]:
@@ -34,7 +34,7 @@ def _info(name: str, form: Form) -> codecs.CodecInfo:
 
     class Writer(codecs.StreamWriter):
         def encode(self, input: str, errors: str = "strict") -> tuple[bytes, int]:
-            return encode_form(input, form, name, errors, True)
+            return encode_form(input, form, name, errors)
 
     class Reader(codecs.StreamReader):
         def decode(self, input: Any, errors: str = "strict") -> tuple[str, int]:

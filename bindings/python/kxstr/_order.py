@@ -15,7 +15,8 @@ _LANGUAGES = {
     "en_ca": "CE", "en_gb": "UK", "fa": "FA", "fi": "SU", "fr_ca": "CF", "fr": "FR", "gl": "GA", "de": "DE",
     "de_ch": "SD", "el": "GR", "he": "HE", "hu": "MA", "is": "IS", "it": "IT", "no": "NO", "nb": "NO", "nn": "NO",
     "pl": "PL", "pt_br": "BR", "pt": "PO", "ru": "RU", "sk": "SL", "es": "ES", "sv": "SV", "uk": "YK", "ur": "UR",
-    "tr": "TK", "ja": "JP", "ko": "KR", "zh_tw": "CT", "zh": "CS",
+    "tr": "TK", "ja": "JP", "ko": "KR", "zh_tw": "CT", "zh_hk": "CT", "zh_mo": "CT", "zh_hant": "CT", "zh": "CS",
+    "en_uk": "UK", "en_ie": "UK", "de_li": "SD",
 }  # fmt: skip
 
 # Where the comparison knows no letters of the language, those of the library's table stand before it (HR ...); where it

@@ -141,17 +141,17 @@ def _place(at: int, length: int) -> int:
     return at
 
 
-def encode_form(text: str, form: Form, name: str, errors: str, final: bool) -> tuple[bytes, int]:
-    """The bytes, and how many characters were done; all of them when it is the final piece."""
+def encode_form(text: str, form: Form, name: str, errors: str) -> tuple[bytes, int]:
+    """The bytes, and how many characters were done: all."""
     data = text.encode("utf-8", "surrogatepass")
     out = bytearray()
     at = counted = characters = 0  # bytes done; bytes of which the characters have been counted, and these
     while True:
-        stop = convert(data, at, _UTF8, form, out, final)
+        stop = convert(data, at, _UTF8, form, out, True)
         characters += len(data[counted : stop.at].decode("utf-8", "surrogatepass"))
         counted = stop.at
-        if stop.reason in (native.DONE, native.INCOMPLETE):
-            return bytes(out), characters
+        if stop.reason == native.DONE:
+            return bytes(out), len(text)
         # A surrogate is the only text that is malformed, and has three bytes then.
         size = 3 if stop.reason == native.MALFORMED else stop.size
         end = characters + len(data[counted : counted + size].decode("utf-8", "surrogatepass"))
@@ -189,4 +189,4 @@ def encode(text: str, page: int | str, errors: str = "strict") -> bytes:
         >>> encode("čeština", 852)
         b'\\x9fe\\xe7tina'
     """
-    return encode_form(text, form_of(page), f"kx-{page}", errors, True)[0]
+    return encode_form(text, form_of(page), f"kx-{page}", errors)[0]
