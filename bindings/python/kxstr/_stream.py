@@ -59,26 +59,46 @@ class Code(NamedTuple):
         return decode_form(self.character.to_bytes(2, "little"), form, "kx", "strict", True)[0]
 
 
-def walk(stream: bytes | bytearray | memoryview, start: int = 0) -> Iterator[Code]:
-    """The codes of a document stream, one after another, from a place where one begins to the end of the bytes.
+_KINDS = {kind.value: kind for kind in Kind}
+_FAULT_OF = {fault.value: fault for fault in Fault}
 
-    Every byte may be anything.
+
+class _Walker:
+    """Looks at single codes of a stream."""
+
+    def __init__(self, data: bytes) -> None:
+        self.data = data
+        self.start = native.address_of(data)
+        self.code = native.StreamCode()
+        self.next_code = native.kxstr().KxStreamNext
+
+    def at(self, at: int) -> Code:
+        """The code that begins there, before the end."""
+        code = self.code
+        self.next_code(self.start + at, len(self.data) - at, code)
+        character = code.character
+        return Code(
+            at,
+            self.data[at : at + code.size],
+            _KINDS[code.kind],
+            _FAULT_OF[code.fault],
+            None if character == native.KX_NONE else character,
+        )
+
+
+def walk(stream: bytes | bytearray | memoryview) -> Iterator[Code]:
+    """The codes of a document stream, one after another, to the end of the bytes. Every byte may be anything.
 
         >>> [code.kind.name for code in walk(b"A\\xf2\\x0c\\xf2\\xcc")]
         ['TEXT', 'ATTRIBUTE', 'TEXT']
     """
     data = bytes(stream)
-    address, end = native.address_of(data), len(data)
-    next_code = native.kxstr().KxStreamNext
-    code = native.StreamCode()
-    at = start
-    while next_code(address + at, end - at, code):
-        size, character = code.size, code.character
-        yield Code(
-            at, data[at : at + size], Kind(code.kind), Fault(code.fault),
-            None if character == native.KX_NONE else character,
-        )  # fmt: skip
-        at += size
+    walker = _Walker(data)
+    at = 0
+    while at < len(data):
+        code = walker.at(at)
+        yield code
+        at += len(code.data)
 
 
 _KEPT = {"hard": (0xF90A, 0xF90C), "soft": (0xF90D,), "tabs": (0xF909,)}
@@ -115,6 +135,7 @@ def strip(
     """
     rules = _StripRules(tuple(keep), hyphens, soft_as_space, page)
     data = bytes(stream)
+    walker = _Walker(data)
     text: list[str] = []
     at = 0
     while at < len(data):
@@ -123,7 +144,7 @@ def strip(
             text.append(plain[0].decode("ascii"))
             at = plain.end()
             continue
-        code = next(walk(data, at))
+        code = walker.at(at)
         end = at + len(code.data)
         try:
             if code.fault is not Fault.SOUND:
