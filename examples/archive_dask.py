@@ -247,7 +247,7 @@ def main() -> int:
         cluster = None
         if arguments.scheduler is None:
             cluster = LocalCluster(n_workers=arguments.workers, threads_per_worker=1, processes=True,
-                                   dashboard_address=None, local_directory=scratch, silence_logs=50)  # fmt: skip
+                                   dashboard_address="127.0.0.1:0", local_directory=scratch, silence_logs=50)  # fmt: skip
         with Client(cluster or arguments.scheduler) as client:
             workers = client.run(os.getpid)
             print(f"workers: {' '.join(str(process) for process in workers.values())}", file=sys.stderr, flush=True)
