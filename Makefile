@@ -24,6 +24,7 @@ demo:
 	examples/demo.sh build/release/kx
 
 test: build
+	@tools/deps.sh python
 	ctest --preset release -j$(JOBS)
 
 # The same tests under AddressSanitizer and UndefinedBehaviorSanitizer.

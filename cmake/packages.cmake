@@ -22,7 +22,7 @@ else()
     set(CPACK_GENERATOR DEB)
     set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
     set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-    set(CPACK_COMPONENTS_ALL library development tool documentation)
+    set(CPACK_COMPONENTS_ALL library development tool python documentation)
     set(CPACK_DEB_COMPONENT_INSTALL ON)
     set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
     set(CPACK_DEBIAN_PACKAGE_MAINTAINER "The kxstr maintainers <maintainers@users.noreply.c-seed-7017459a.example>")
@@ -33,7 +33,8 @@ else()
 
     set(about "kxstr converts between DOS and Windows code pages, Unicode and the KX character\n\
 set of a word-processing document format, and compares, sorts, searches and\nchanges such text by language.\n.\n")
-    set(packages library libkxstr1 development libkxstr-dev tool kxstr documentation kxstr-doc)
+    set(packages library libkxstr1 development libkxstr-dev tool kxstr python python3-kxstr
+        documentation kxstr-doc)
     set(library_summary "string support for import and export filters")
     set(library_text "This package holds the shared library.")
     set(library_section libs)
@@ -43,6 +44,9 @@ set of a word-processing document format, and compares, sorts, searches and\ncha
     set(tool_summary "converts and sorts texts in old code pages and KX text")
     set(tool_text "This package holds the tool kx.")
     set(tool_section text)
+    set(python_summary "code pages, document streams and collation for Python")
+    set(python_text "This package holds the Python module kxstr, with a codec for each code page.")
+    set(python_section python)
     set(documentation_summary "${library_summary} (documentation)")
     set(documentation_text "This package holds the pages about the library and the tool, and examples.")
     set(documentation_section doc)
@@ -72,6 +76,11 @@ set of a word-processing document format, and compares, sorts, searches and\ncha
     endwhile()
     set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libkxstr1 (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
     set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers) # not scripts of its own
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+        "libkxstr1 (>= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}), python3 (>= 3.9)")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA # they compile it, and clean up
+        ${PROJECT_SOURCE_DIR}/packaging/python/postinst ${PROJECT_SOURCE_DIR}/packaging/python/prerm)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
     set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
 endif()
 include(CPack)

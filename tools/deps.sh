@@ -9,6 +9,7 @@ packages_of() {
     clang) echo "clang" ;;
     lint) echo "clang-format clang-tidy shellcheck pyflakes3" ;;
     demo) echo "cmake make g++ python3" ;;
+    python) echo "python3-pip python3-setuptools python3-wheel python3-mypy python3-dask python3-distributed" ;;
     docs) echo "make doxygen" ;;
     abi) echo "abigail-tools" ;;
     package) echo "dpkg-dev fakeroot file gzip lintian pkg-config" ;;
