@@ -8,6 +8,7 @@
 
 #include "command.h"
 #include "files.h"
+#include "json.h"
 #include "options.h"
 
 namespace kx {
@@ -46,22 +47,6 @@ std::string take_number(std::size_t &number, const std::string &text) {
     const char *const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
     return error != std::errc{} || stop != end || number == 0 ? "not a number from 1 up: '" + text + "'" : "";
-}
-
-std::string quoted(const std::string &text) {
-    std::string result = "\"";
-    for (const char letter : text) {
-        char escape[8];
-        if (letter == '"' || letter == '\\') {
-            result += '\\';
-        } else if (static_cast<unsigned char>(letter) < 0x20) {
-            std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(letter));
-            result += escape;
-            continue;
-        }
-        result += letter;
-    }
-    return result + '"';
 }
 
 void print_json(const std::string &file, const std::vector<Guess> &guesses) {

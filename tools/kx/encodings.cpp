@@ -155,6 +155,15 @@ std::string name_of(const Encoding &form) {
     return std::to_string(form.page.windows_number);
 }
 
+std::vector<KnownPage> known_pages() {
+    std::vector<KnownPage> pages;
+    for (const NamedPage &page : kPages) {
+        const Encoding form = encoding_of(page);
+        pages.push_back({form.page, name_of(form), page.description});
+    }
+    return pages;
+}
+
 std::string take_page(std::optional<CodePage> &page, const std::string &name) {
     const std::optional<Encoding> form = find_encoding(name);
     if (!form || form->kind != EncodingKind::code_page)

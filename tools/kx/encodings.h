@@ -33,6 +33,13 @@ std::string take_page(std::optional<CodePage> &page, const std::string &name);
 // characters.
 bool is_kx_encoding(const Encoding &form);
 bool is_unicode(const Encoding &form);
+// Every code page, under the name that find_encoding() and people know it by.
+struct KnownPage {
+    CodePage page;
+    std::string name;
+    const char *description;
+};
+std::vector<KnownPage> known_pages();
 // All forms with their names, for people.
 std::string list_of_encodings();
 

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <string>
 
+#include "chart.h"
 #include "command.h"
 #include "convert.h"
 #include "detect.h"
@@ -31,6 +32,7 @@ constexpr kx::Command kCommands[] = {
     {"dump", "list a document stream code by code", kx::run_dump},
     {"strip", "strip a document stream to its text", kx::run_strip},
     {"codepages", "list the code pages, and those in force", kx::run_codepages},
+    {"chart", "write the character set as code charts for a browser", kx::run_chart},
     {"registry", "show and change the settings of the library", kx::run_registry},
     {"help", "show this text, or that of a command", nullptr},
 };

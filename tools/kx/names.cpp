@@ -1,8 +1,12 @@
 #include "names.h"
 
+#include <algorithm>
 #include <cstdio>
 
+#include "core/kx_char.h"
 #include "tables/kx_names.h"
+#include "tables/unicode_names.h"
+#include "unicode/map.h"
 
 namespace kx {
 namespace {
@@ -72,17 +76,54 @@ std::string ascii_name(KxChar ch) {
     return "";
 }
 
+constexpr bool is_between(unsigned first, unsigned value, unsigned last) {
+    return first <= value && value <= last;
+}
+
+std::string with_number(const char *prefix, std::uint16_t unicode) {
+    char number[8];
+    std::snprintf(number, sizeof number, "%04X", unicode);
+    return std::string(prefix) + number;
+}
+
+// A syllable is named by its sounds, and numbered by them: first consonant, vowel, last consonant.
+std::string hangul_name(unsigned syllable) {
+    static constexpr const char *firsts[] = {"G",  "GG", "N", "D",  "DD", "R", "M", "B", "BB", "S",
+                                             "SS", "",   "J", "JJ", "C",  "K", "T", "P", "H"};
+    static constexpr const char *vowels[] = {"A",  "AE", "YA", "YAE", "EO", "E",  "YEO", "YE", "O",  "WA", "WAE",
+                                             "OE", "YO", "U",  "WEO", "WE", "WI", "YU",  "EU", "YI", "I"};
+    static constexpr const char *lasts[] = {"",   "G",  "GG", "GS", "N",  "NJ", "NH", "D", "L",  "LG",
+                                            "LM", "LB", "LS", "LT", "LP", "LH", "M",  "B", "BS", "S",
+                                            "SS", "NG", "J",  "C",  "K",  "T",  "P",  "H"};
+    const std::size_t of_first = std::size(vowels) * std::size(lasts);
+    return std::string("HANGUL SYLLABLE ") + firsts[syllable / of_first] +
+           vowels[syllable % of_first / std::size(lasts)] + lasts[syllable % std::size(lasts)];
+}
+
 } // namespace
 
 std::string name_of_character(KxChar ch, std::uint16_t unicode) {
-    constexpr std::uint16_t first_ideograph = 0x4E00, last_ideograph = 0x9FFF;
     if (ch < 0x80) return ascii_name(ch);
-    if (first_ideograph <= unicode && unicode <= last_ideograph) {
-        char name[32];
-        std::snprintf(name, sizeof name, "CJK UNIFIED IDEOGRAPH-%04X", unicode);
-        return name;
-    }
+    if (is_between(0x4E00, unicode, 0x9FFF)) return with_number(kIdeograph, unicode);
     return std::string(kxstr::tables::kx_name(ch));
+}
+
+std::string name_of_unicode(std::uint16_t unicode) {
+    if (unicode < 0x80) return ascii_name(unicode);
+    if (is_between(0x4E00, unicode, 0x9FFF)) return with_number(kIdeograph, unicode);
+    if (is_between(0xF900, unicode, 0xFAFF)) return with_number("CJK COMPATIBILITY IDEOGRAPH-", unicode);
+    if (is_between(0xAC00, unicode, 0xD7A3)) return hangul_name(unicode - 0xAC00u);
+    if (is_between(0xFF01, unicode, 0xFF5E))
+        return "FULLWIDTH " + ascii_name(static_cast<KxChar>(unicode - 0xFF01 + 0x21));
+    constexpr std::uint32_t no_double_byte_page = 0;
+    const KxChar ch = kxstr::unicode::to_kx(unicode, no_double_byte_page);
+    if (ch != kxstr::kNone && kxstr::unicode::from_kx(ch, no_double_byte_page) == unicode)
+        if (const std::string_view name = kxstr::tables::kx_name(ch); !name.empty()) return std::string(name);
+    const auto &names = kxstr::tables::kUnicodeNames;
+    const auto *const found =
+        std::lower_bound(names.data(), names.data() + names.size(), unicode,
+                         [](const auto &one, std::uint16_t wanted) { return one.unicode < wanted; });
+    return found != names.data() + names.size() && found->unicode == unicode ? found->name : "";
 }
 
 } // namespace kx
