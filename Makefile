@@ -1,7 +1,7 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
 .PHONY: all build demo deps tables docs clean \
         test test-asan test-tsan test-clang test-windows test-32 test-be test-abi test-package torture \
-        windows abi-baseline package package-windows lint bench bench-tool \
+        web test-browser pictures windows abi-baseline package package-windows lint bench bench-tool \
         bench-detect bench-build
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -54,6 +54,26 @@ docs:
 	@tools/deps.sh docs
 	@mkdir -p build
 	doxygen docs/Doxyfile
+
+# The page that converts files in the browser, one file: build/web/index.html.
+web:
+	@tools/deps.sh web
+	cmake --preset wasm
+	cmake --build --preset wasm -j$(JOBS) --target web
+
+# That page, and the charts of `kx chart`, in headless Chromium.
+test-browser: web
+	@tools/deps.sh demo browser
+	cmake --preset release
+	cmake --build --preset release -j$(JOBS) --target kx
+	/usr/bin/python3 tests/browser/browser_test.py build/release/kx build/web/index.html
+
+# The pictures of docs/images, drawn anew by headless Chromium.
+pictures:
+	@tools/deps.sh demo browser
+	cmake --preset release
+	cmake --build --preset release -j$(JOBS) --target kx
+	/usr/bin/python3 tools/pictures.py build/release/kx
 
 # The exported names, their arguments and layouts against the state on record, which abi-baseline writes anew.
 test-abi abi-baseline:

@@ -21,6 +21,9 @@ packages_of() {
         echo "cmake make python3 g++ g++-$version-multilib googletest qemu-user"
         ;;
     be) echo "cmake make python3 g++-s390x-linux-gnu googletest qemu-user" ;;
+    # The headers of a newer C++ library than emscripten's own: cmake/toolchains/wasm.cmake.
+    web) echo "cmake make python3 emscripten libc++-16-dev-wasm32" ;;
+    browser) echo "chromium chromium-driver python3-selenium fonts-dejavu-core" ;;
     # Peers, and the texts and word lists of bench/corpus.py.
     bench)
         echo "libbenchmark-dev libicu-dev icu-devtools zlib1g wamerican wspanish wswedish hunspell-cs hunspell-he skkdic"

@@ -6,6 +6,7 @@
 #include <kxstr/codepage.h>
 #include <kxstr/collate.h>
 #include <kxstr/letters.h>
+#include <kxstr/text.h>
 
 #include "collation.h"
 #include "command.h"
@@ -110,9 +111,8 @@ class Characters {
 
     std::uint16_t unicode_of(KxChar ch) const { return unicode_of_kx(text_page_, ch); }
 
-    // A JSON array. `code` is what the chart has the character under.
-    std::string about(unsigned code, KxChar ch) const {
-        const std::uint16_t unicode = unicode_of(ch);
+    // A JSON array. `code` is what the chart has the character under, `unicode` what that stands for.
+    std::string about(unsigned code, KxChar ch, std::uint16_t unicode) const {
         KxChar base = kxstr::kNone, mark = kxstr::kNone;
         KxCh6Brkcar(ch, &base, &mark);
         return '[' + std::to_string(code) + ',' + number(ch) + ',' + number(unicode) + ',' + name_of(ch, unicode) +
@@ -131,8 +131,8 @@ class Characters {
     static std::string number(std::uint16_t value) { return value == KX_NONE ? "-1" : std::to_string(value); }
 
     // The ideographs are nearly all there are, and their names follow from their values: 0 stands for them.
-    static std::string name_of(KxChar ch, std::uint16_t unicode) {
-        std::string name = name_of_character(ch, unicode);
+    std::string name_of(KxChar ch, std::uint16_t unicode) const {
+        std::string name = unicode == unicode_of(ch) ? name_of_character(ch, unicode) : "";
         if (name.empty() && unicode != KX_NONE) name = name_of_unicode(unicode);
         if (name.starts_with(kIdeograph)) return "0";
         if (name.empty() && kxstr::is_code(ch)) name = "code of KX text";
@@ -210,7 +210,8 @@ std::string chart_of_set(const Characters &characters, unsigned set) {
     std::vector<std::string> cells;
     for (unsigned index = range.first; index <= range.last; ++index) {
         const KxChar ch = kxstr::make_char(set, index);
-        if (in_tables || characters.unicode_of(ch) != KX_NONE) cells.push_back(characters.about(ch, ch));
+        if (in_tables || characters.unicode_of(ch) != KX_NONE)
+            cells.push_back(characters.about(ch, ch, characters.unicode_of(ch)));
     }
     return chart("Set " + std::to_string(set) + ": " + (in_tables ? kSetNames[set] : area_of(set).name), set << 8,
                  cells);
@@ -225,15 +226,41 @@ std::vector<std::string> charts_of_sets(const Characters &characters, const std:
     return charts;
 }
 
+// What the published mapping of a page has for its codes; KX text unites a few of them with others.
+class PublishedUnicode {
+  public:
+    explicit PublishedUnicode(const CodePage &page) {
+        const KxTextForm from{KX_TEXT_CODE_PAGE, page.kx_number, nullptr}, to{KX_TEXT_UTF16, 0, nullptr};
+        KxTextPrepare(&converter_, &from, &to, 0);
+    }
+
+    std::uint16_t of(unsigned code) {
+        const std::uint8_t bytes[] = {static_cast<std::uint8_t>(code >> 8), static_cast<std::uint8_t>(code)};
+        const std::size_t count = code > 0xFF ? 2 : 1;
+        std::uint16_t unit = 0;
+        KxTextResult result;
+        const std::uint32_t status =
+            KxTextConvert(&converter_, bytes + 2 - count, count, 1, &unit, sizeof unit, &result);
+        return status == KX_TEXT_DONE && result.written == sizeof unit ? unit : KX_NONE;
+    }
+
+  private:
+    KxTextConverter converter_{};
+};
+
 // The single bytes, and for each lead byte the codes behind it.
 std::vector<std::string> charts_of_page(const Characters &characters, const CodePage &page, const std::string &name) {
     std::vector<std::string> charts;
     std::vector<unsigned> leads;
     std::vector<std::string> cells;
+    PublishedUnicode published(page);
     const auto add = [&](unsigned code) {
         const KxChar ch = kx_of_code(page, static_cast<std::uint16_t>(code), kxstr::text::LineEnds::glyphs);
-        if (ch == KX_NONE || (code > 0xFF && characters.unicode_of(ch) == KX_NONE)) return;
-        cells.push_back(characters.about(code, ch));
+        if (ch == KX_NONE) return;
+        // DOS has glyphs for control characters, as KX text does.
+        std::uint16_t unicode = code < 0x80 ? std::uint16_t{KX_NONE} : published.of(code);
+        if (unicode == KX_NONE) unicode = characters.unicode_of(ch);
+        if (code <= 0xFF || unicode != KX_NONE) cells.push_back(characters.about(code, ch, unicode));
     };
     for (unsigned byte = 0; byte < 0x100; ++byte) {
         if (kxstr::text::is_lead_byte(page, static_cast<std::uint8_t>(byte))) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <map>
 
 #include "core/kx_char.h"
 #include "tables/kx_names.h"
@@ -100,6 +102,18 @@ std::string hangul_name(unsigned syllable) {
            vowels[syllable % of_first / std::size(lasts)] + lasts[syllable % std::size(lasts)];
 }
 
+// The character of the table-driven sets that is this one, or kNone.
+KxChar table_character(std::uint16_t unicode) {
+    static const std::map<std::uint16_t, KxChar> characters = [] {
+        std::map<std::uint16_t, KxChar> found;
+        for (KxChar ch = kxstr::make_char(1, 0); !kxstr::is_code(ch); ++ch)
+            if (!kxstr::tables::kx_name(ch).empty()) found.emplace(kxstr::unicode::from_kx(ch, 0), ch);
+        return found;
+    }();
+    const auto found = characters.find(unicode);
+    return found != characters.end() ? found->second : kxstr::kNone;
+}
+
 } // namespace
 
 std::string name_of_character(KxChar ch, std::uint16_t unicode) {
@@ -109,16 +123,14 @@ std::string name_of_character(KxChar ch, std::uint16_t unicode) {
 }
 
 std::string name_of_unicode(std::uint16_t unicode) {
+    if (is_between(0xE000, unicode, 0xF8FF)) return ""; // private use: two pages may mean two things
     if (unicode < 0x80) return ascii_name(unicode);
     if (is_between(0x4E00, unicode, 0x9FFF)) return with_number(kIdeograph, unicode);
     if (is_between(0xF900, unicode, 0xFAFF)) return with_number("CJK COMPATIBILITY IDEOGRAPH-", unicode);
     if (is_between(0xAC00, unicode, 0xD7A3)) return hangul_name(unicode - 0xAC00u);
     if (is_between(0xFF01, unicode, 0xFF5E))
         return "FULLWIDTH " + ascii_name(static_cast<KxChar>(unicode - 0xFF01 + 0x21));
-    constexpr std::uint32_t no_double_byte_page = 0;
-    const KxChar ch = kxstr::unicode::to_kx(unicode, no_double_byte_page);
-    if (ch != kxstr::kNone && kxstr::unicode::from_kx(ch, no_double_byte_page) == unicode)
-        if (const std::string_view name = kxstr::tables::kx_name(ch); !name.empty()) return std::string(name);
+    if (const KxChar ch = table_character(unicode); ch != kxstr::kNone) return std::string(kxstr::tables::kx_name(ch));
     const auto &names = kxstr::tables::kUnicodeNames;
     const auto *const found =
         std::lower_bound(names.data(), names.data() + names.size(), unicode,
