@@ -13,7 +13,7 @@ TARGET = pathlib.Path(__file__).resolve().parent.parent / "docs" / "images" / "c
 
 def main():
     options = webdriver.ChromeOptions()
-    for argument in ("--headless=new", "--no-sandbox", "--disable-gpu", "--window-size=1000,800", "--hide-scrollbars"):
+    for argument in ("--headless=new", "--no-sandbox", "--disable-gpu", "--window-size=1000,790", "--hide-scrollbars"):
         options.add_argument(argument)
     browser = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
     try:
@@ -23,7 +23,7 @@ def main():
             browser.get(page.as_uri())
             browser.find_element("id", "query").send_keys("č")
             browser.find_element("id", "finder").submit()
-            browser.execute_script("document.querySelector('section').scrollIntoView(); scrollBy(0, -140)")
+            browser.execute_script("scrollTo(0, 0)")
             TARGET.parent.mkdir(exist_ok=True)
             browser.save_screenshot(str(TARGET))
     finally:

@@ -70,6 +70,12 @@ function facts(cell) {
   return list;
 }
 
+// Below the header, which stays in its place.
+function bring(element, block) {
+  document.documentElement.style.scrollPaddingTop = document.querySelector("header").offsetHeight + "px";
+  element.scrollIntoView({block, inline: "nearest"});
+}
+
 let chosen = -1;
 function choose(place, move = true) {
   if (chosen >= 0) {
@@ -81,7 +87,7 @@ function choose(place, move = true) {
   td.setAttribute("aria-selected", "true");
   td.tabIndex = 0;
   if (move) {
-    td.scrollIntoView({block: "center", inline: "center"});
+    bring(td, "center");
     td.focus({preventScroll: true});
   }
   const list = make("dl");
@@ -144,10 +150,12 @@ function table(chart, place) {
 }
 
 function draw() {
-  document.title = at("title").textContent = data.charts.length === 1 ? data.charts[0].title : data.title;
+  const single = data.charts.length === 1;
+  document.title = at("title").textContent = single ? data.charts[0].title : data.title;
+  at("jump").hidden = document.querySelector("label[for=jump]").hidden = single;
   let place = 0;
   for (const [number, chart] of data.charts.entries()) {
-    const section = make("section", {id: "chart" + number}, make("h2", {textContent: chart.title}), table(chart, place));
+    const section = make("section", {id: "chart" + number}, ...(single ? [] : [make("h2", {textContent: chart.title})]), table(chart, place));
     const more = make("details", {}, make("summary", {textContent: "List of the " + chart.cells.length + " characters"}));
     more.addEventListener("toggle", () => { if (more.open && more.children.length === 1) more.append(names(chart.cells)); });
     section.append(more);
@@ -195,7 +203,7 @@ at("finder").addEventListener("submit", event => {
   const found = show(at("query").value);
   if (found.length) choose(found[0]);
 });
-at("jump").addEventListener("change", event => at(event.target.value).scrollIntoView());
+at("jump").addEventListener("change", event => bring(at(event.target.value), "start"));
 at("charts").addEventListener("click", event => {
   const td = event.target.closest("td[data-at]");
   if (td) choose(Number(td.dataset.at), false);

@@ -37,7 +37,7 @@ input, select, button { font: inherit; color: inherit; background: var(--page); 
 #count { margin: .3rem 0 0; color: var(--faint); }
 #count:empty { display: none; }
 #results { display: flex; flex-wrap: wrap; gap: .3rem; max-height: 9rem; margin: .3rem 0 0; padding: 0; overflow: auto; list-style: none; }
-#results:empty { display: none; }
+#results:empty, [hidden] { display: none !important; }
 main { padding: 1rem; }
 section { margin: 0 0 2rem; content-visibility: auto; contain-intrinsic-size: auto 50rem; overflow-x: auto; }
 table { border-collapse: collapse; }
@@ -53,13 +53,12 @@ td:focus { outline: 3px solid var(--link); outline-offset: -3px; }
 .code { display: block; color: var(--faint); font: 10px monospace; }
 details { margin-top: .5rem; }
 summary { color: var(--link); cursor: pointer; }
-.names { display: grid; gap: .5rem 2rem; grid-template-columns: repeat(auto-fill, minmax(22rem, 1fr)); padding: 0; list-style: none; }
-.names li { display: grid; grid-template-columns: 3.2rem 2.2rem 1fr; break-inside: avoid; }
+.names { columns: 20rem; column-gap: 2rem; padding: 0; list-style: none; }
+.names li { display: grid; margin-bottom: .5rem; grid-template-columns: 3.2rem 2.2rem 1fr; break-inside: avoid; }
 .names code { color: var(--faint); }
 .names b { font-size: 1.2rem; font-weight: normal; line-height: 1.2; }
 .names small { display: block; color: var(--faint); }
 #about { position: fixed; right: 0; bottom: 0; z-index: 2; width: min(26rem, 100%); max-height: 70vh; padding: .8rem 1rem; overflow: auto; background: var(--head); border: 1px solid var(--line); border-radius: 8px 0 0; }
-#about[hidden] { display: none; }
 #about .big { float: right; padding-left: .6rem; font-size: 3.5rem; line-height: 1; }
 #about button { float: right; clear: right; }
 dl { margin: 0; }
@@ -171,6 +170,12 @@ function facts(cell) {
   return list;
 }
 
+// Below the header, which stays in its place.
+function bring(element, block) {
+  document.documentElement.style.scrollPaddingTop = document.querySelector("header").offsetHeight + "px";
+  element.scrollIntoView({block, inline: "nearest"});
+}
+
 let chosen = -1;
 function choose(place, move = true) {
   if (chosen >= 0) {
@@ -182,7 +187,7 @@ function choose(place, move = true) {
   td.setAttribute("aria-selected", "true");
   td.tabIndex = 0;
   if (move) {
-    td.scrollIntoView({block: "center", inline: "center"});
+    bring(td, "center");
     td.focus({preventScroll: true});
   }
   const list = make("dl");
@@ -190,14 +195,14 @@ function choose(place, move = true) {
   const close = make("button", {type: "button", textContent: "Close"});
   close.addEventListener("click", () => { at("about").hidden = true; });
   at("about").replaceChildren(make("span", {className: "big", textContent: glyphOf(cell)}), close,
-    make("h2", {textContent: nameOf(cell) || "without a name"}), list);
+)~"
+    R"~(    make("h2", {textContent: nameOf(cell) || "without a name"}), list);
   at("about").hidden = false;
 }
 
 // The list of a chart, with everything, is made when somebody opens it.
 function names(cells) {
-)~"
-    R"~(  const list = make("ol", {className: "names"});
+  const list = make("ol", {className: "names"});
   for (const cell of cells) {
     const text = make("span", {textContent: nameOf(cell)});
     for (const [what, value] of facts(cell)) text.append(make("small", {textContent: what + ": " + value}));
@@ -246,10 +251,12 @@ function table(chart, place) {
 }
 
 function draw() {
-  document.title = at("title").textContent = data.charts.length === 1 ? data.charts[0].title : data.title;
+  const single = data.charts.length === 1;
+  document.title = at("title").textContent = single ? data.charts[0].title : data.title;
+  at("jump").hidden = document.querySelector("label[for=jump]").hidden = single;
   let place = 0;
   for (const [number, chart] of data.charts.entries()) {
-    const section = make("section", {id: "chart" + number}, make("h2", {textContent: chart.title}), table(chart, place));
+    const section = make("section", {id: "chart" + number}, ...(single ? [] : [make("h2", {textContent: chart.title})]), table(chart, place));
     const more = make("details", {}, make("summary", {textContent: "List of the " + chart.cells.length + " characters"}));
     more.addEventListener("toggle", () => { if (more.open && more.children.length === 1) more.append(names(chart.cells)); });
     section.append(more);
@@ -289,7 +296,8 @@ function show(query) {
     return make("li", {}, button);
   }));
   return found;
-}
+)~"
+    R"~(}
 
 at("query").addEventListener("input", event => show(event.target.value));
 at("finder").addEventListener("submit", event => {
@@ -297,8 +305,7 @@ at("finder").addEventListener("submit", event => {
   const found = show(at("query").value);
   if (found.length) choose(found[0]);
 });
-)~"
-    R"~(at("jump").addEventListener("change", event => at(event.target.value).scrollIntoView());
+at("jump").addEventListener("change", event => bring(at(event.target.value), "start"));
 at("charts").addEventListener("click", event => {
   const td = event.target.closest("td[data-at]");
   if (td) choose(Number(td.dataset.at), false);
