@@ -67,15 +67,15 @@ constexpr const char *kSetNames[] = {"ASCII",
 static_assert(std::size(kSetNames) == kxstr::core::kSetRanges.size());
 
 struct EastAsianArea {
-    unsigned last_set; // behind that of the area before
     const char *name;
+    unsigned last_set;    // behind that of the area before
     std::uint8_t country; // as WtpiGetCountryID gives it: its tables tell the case of these characters
 };
 constexpr EastAsianArea kAreas[] = {
-    {0x52, "Japanese", 1},
-    {0x81, "Korean", 2},
-    {0xA4, "Simplified Chinese", 4},
-    {kxstr::kLastDoubleByteSet, "Traditional Chinese", 3},
+    {"Japanese", 0x52, 1},
+    {"Korean", 0x81, 2},
+    {"Simplified Chinese", 0xA4, 4},
+    {"Traditional Chinese", kxstr::kLastDoubleByteSet, 3},
 };
 
 const EastAsianArea &area_of(unsigned set) {
