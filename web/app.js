@@ -73,7 +73,7 @@ function choose(page) {
 function guessBox(guess, number) {
   const preview = convert(guess.page, PREVIEW);
   const radio = make("input", {type: "radio", name: "guess", value: guess.page, id: "guess" + number});
-  radio.addEventListener("change", () => choose(guess.page));
+  radio.addEventListener("change", () => guarded(() => choose(guess.page)));
   const told = [guess.about, guess.language, (guess.share / 10).toFixed(1) + " %"].filter(Boolean).join(", ");
   const box = make("div", {className: "guess"}, make("label", {}, radio, " ", make("b", {textContent: guess.page}), make("small", {textContent: told})));
   if (guess.broken) box.append(make("small", {textContent: guess.broken + " bytes are not UTF-8"}));
@@ -89,6 +89,7 @@ async function open(chosen) {
     at("status").textContent = chosen.name + " has more than 256 MiB, which is too much for a page; the tool kx converts it.";
     return;
   }
+  at("status").textContent = "Reading " + chosen.name + " …";
   const content = new Uint8Array(await chosen.arrayBuffer());
   file = chosen;
   if (bytes) library._free(bytes.place);
@@ -118,9 +119,20 @@ function download() {
   setTimeout(() => URL.revokeObjectURL(link.href), 60000);
 }
 
+// The library's memory may not suffice; a page that has run out of it has to be loaded again.
+async function guarded(work) {
+  try {
+    await work();
+  } catch (fault) {
+    at("chosen").hidden = at("likely").hidden = true;
+    at("status").textContent = "This went wrong: " + fault + ". Please load the page again.";
+  }
+}
+
 function listen() {
-  at("file").addEventListener("change", event => { if (event.target.files.length) open(event.target.files[0]); });
-  at("page").addEventListener("change", event => choose(event.target.value));
+  const take = files => { if (files.length) guarded(() => open(files[0])); };
+  at("file").addEventListener("change", event => take(event.target.files));
+  at("page").addEventListener("change", event => guarded(() => choose(event.target.value)));
   at("download").addEventListener("click", download);
   const over = on => event => {
     event.preventDefault();
@@ -130,7 +142,7 @@ function listen() {
   document.addEventListener("dragleave", over(false));
   document.addEventListener("drop", event => {
     over(false)(event);
-    if (event.dataTransfer.files.length) open(event.dataTransfer.files[0]);
+    take(event.dataTransfer.files);
   });
 }
 

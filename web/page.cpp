@@ -97,7 +97,7 @@ const char *page_convert(const char *page, const std::uint8_t *bytes, std::size_
     const std::optional<KxTextForm> from = form_of(page);
     const KxTextForm to{KX_TEXT_UTF8, 0, nullptr};
     KxTextConverter converter;
-    utf8.clear();
+    std::string().swap(utf8); // not to have two of them in a memory that only grows
     if (!from || KxTextPrepare(&converter, &*from, &to, 0) == 0) return "null";
     std::size_t at = KxTextMark(from->form, bytes, size), faults = 0;
     Place place;
