@@ -1,6 +1,7 @@
 """Which code page a text was written in."""
 from __future__ import annotations
 
+from functools import lru_cache
 from typing import NamedTuple
 
 from . import _native as native
@@ -36,21 +37,34 @@ class Guess(NamedTuple):
         return _PYTHON_CODECS.get(self.page, f"kx-{self.page}")
 
 
-def detect_all(data: bytes | bytearray | memoryview) -> list[Guess]:
-    """All pages in which the bytes can have been written, the likeliest first. No more than 1 MiB is looked at."""
-    library = native.kxdetect()
+@lru_cache(maxsize=None)
+def _page_name(bit: int) -> str | None:
+    name = native.kxdetect().KxDetectPageName(bit)
+    return None if name is None else str(name.decode())
+
+
+def _guesses(data: bytes | bytearray | memoryview, most: int) -> list[Guess]:
     raw = bytes(data[: 1 << 20])
-    answers = (native.DetectGuess * _MOST)()
-    count = library.KxDetect(raw, len(raw), answers, _MOST)
+    answers = (native.DetectGuess * most)()
+    count = native.kxdetect().KxDetect(raw, len(raw), answers, most)
     if count == 0:
         raise MemoryError("no memory to detect the code page")
     return [_guess(answers[number]) for number in range(count)]
 
 
 def _guess(answer: native.DetectGuess) -> Guess:
-    name_of = native.kxdetect().KxDetectPageName
-    same = tuple(name_of(bit).decode() for bit in range(64) if answer.same >> bit & 1 and name_of(bit) is not None)
-    return Guess(answer.page.decode(), answer.language.decode(), answer.share / 1000, answer.broken, same)
+    same, bits = [], answer.same
+    while bits:
+        name = _page_name((bits & -bits).bit_length() - 1)
+        if name is not None:
+            same.append(name)
+        bits &= bits - 1
+    return Guess(answer.page.decode(), answer.language.decode(), answer.share / 1000, answer.broken, tuple(same))
+
+
+def detect_all(data: bytes | bytearray | memoryview) -> list[Guess]:
+    """All pages in which the bytes can have been written, the likeliest first. No more than 1 MiB is looked at."""
+    return _guesses(data, _MOST)
 
 
 def detect(data: bytes | bytearray | memoryview) -> Guess:
@@ -59,4 +73,4 @@ def detect(data: bytes | bytearray | memoryview) -> Guess:
         >>> detect("Příliš žluťoučký kůň".encode("cp852")).page
         '852'
     """
-    return detect_all(data)[0]
+    return _guesses(data, 1)[0]
