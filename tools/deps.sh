@@ -7,7 +7,7 @@ packages_of() {
     case $1 in
     default) echo "cmake g++ make python3 binutils libgtest-dev" ;;
     clang) echo "clang" ;;
-    lint) echo "clang-format clang-tidy shellcheck pyflakes3" ;;
+    lint) echo "clang-format clang-tidy shellcheck pyflakes3 mandoc zsh" ;;
     demo) echo "cmake make g++ python3" ;;
     docs) echo "make doxygen" ;;
     abi) echo "abigail-tools" ;;

@@ -155,6 +155,19 @@ std::string name_of(const Encoding &form) {
     return std::to_string(form.page.windows_number);
 }
 
+std::string take_encoding(std::optional<Encoding> &form, const std::string &name) {
+    form = find_encoding(name);
+    return form ? "" : "no form or code page '" + name + "'; `kx convert --list` lists them";
+}
+
+std::string take_page(std::optional<CodePage> &page, const std::string &name) {
+    const std::optional<Encoding> form = find_encoding(name);
+    if (!form || form->kind != EncodingKind::code_page)
+        return "no code page '" + name + "'; `kx convert --list` lists them";
+    page = form->page;
+    return "";
+}
+
 bool is_unicode(const Encoding &form) {
     return form.kind == EncodingKind::utf8 || form.kind == EncodingKind::utf16le || form.kind == EncodingKind::utf16be;
 }
