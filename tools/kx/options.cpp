@@ -125,6 +125,7 @@ Parsed parse_options(int argc, char **argv, const Usage &usage,
     optind = 0; // from the start, also for the second command of a process
     for (;;) {
         optopt = 0;
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread has begun yet
         const int id = getopt_long(argc, argv, letters.c_str(), names.data(), nullptr);
         if (id == -1) return {false, kSuccess, optind};
         Argument argument;
