@@ -143,18 +143,6 @@ std::optional<Encoding> find_encoding(std::string_view name) {
     return std::nullopt;
 }
 
-std::string name_of(const Encoding &form) {
-    for (const NamedEncoding &named : kEncodings) {
-        if (named.kind == form.kind) return named.name;
-    }
-    for (const NamedPage &page : kPages) {
-        if (page.kx_number != form.page.kx_number) continue;
-        // The ISO pages go by their names, not by numbers that hardly anybody knows.
-        return page.kx_number != form.page.windows_number ? page.names[0] : std::to_string(page.kx_number);
-    }
-    return std::to_string(form.page.windows_number);
-}
-
 std::string take_encoding(std::optional<Encoding> &form, const std::string &name) {
     form = find_encoding(name);
     return form ? "" : "no form or code page '" + name + "'; `kx convert --list` lists them";
@@ -166,6 +154,18 @@ std::string take_page(std::optional<CodePage> &page, const std::string &name) {
         return "no code page '" + name + "'; `kx convert --list` lists them";
     page = form->page;
     return "";
+}
+
+std::string name_of(const Encoding &form) {
+    for (const NamedEncoding &named : kEncodings) {
+        if (named.kind == form.kind) return named.name;
+    }
+    for (const NamedPage &page : kPages) {
+        if (page.kx_number != form.page.kx_number) continue;
+        // The ISO pages go by their names, not by numbers that hardly anybody knows.
+        return page.kx_number != form.page.windows_number ? page.names[0] : std::to_string(page.kx_number);
+    }
+    return std::to_string(form.page.windows_number);
 }
 
 bool is_unicode(const Encoding &form) {
