@@ -47,11 +47,10 @@ struct Origins {
     const char *double_byte;
     const char *system_language;
     const char *keyboard_language;
-    const char *settings_store;
+    const char *store;
+    const char *store_path; // no origin but the path of the settings file, empty for none; on Windows "the registry"
 };
 Origins origins() noexcept;
-// The path of the settings file, empty for none; on Windows "the registry".
-const char *settings_store() noexcept;
 
 // ---- Memory: counts in bytes; null when there is no room; freeing null does nothing ----
 

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <charconv>
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <kxstr/codepage.h>
@@ -132,27 +131,34 @@ std::string range_of(const std::uint8_t *table) {
     return text;
 }
 
-// As printf, behind the text.
-[[gnu::format(printf, 2, 3)]] void print(std::string &text, const char *format, ...) {
-    char line[256];
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(line, sizeof line, format, arguments);
-    va_end(arguments);
-    text += line;
+struct Cell {
+    std::string text;
+    std::size_t width; // 0: the last of its row
+};
+
+std::string row(std::initializer_list<Cell> cells) {
+    std::string text;
+    for (const auto &[cell, width] : cells) {
+        text += cell;
+        if (width != 0) text.append(std::max(width, cell.size()) - cell.size() + 1, ' ');
+    }
+    return text + '\n';
 }
 
-void print_tables(std::string &text) {
-    print(text, "%-6s %-8s %-11s %-11s %s\n", "page", "Windows", "low table", "high table", "reverse table");
+std::string tables() {
+    std::string text = row({{"page", 6}, {"Windows", 8}, {"low table", 11}, {"high table", 11}, {"reverse table", 0}});
     for (const auto &page : kxstr::tables::kCodePages) {
         const unsigned entries = kxstr::load_u16le(page.reverse());
-        print(text, "%-6u %-8u %-11s %-11s %u in %u\n", page.kx_number, page.windows_number,
-              range_of(page.low()).c_str(), range_of(page.high()).c_str(), entries, 2 + 3 * entries);
+        text += row({{std::to_string(page.kx_number), 6},
+                     {std::to_string(page.windows_number), 8},
+                     {range_of(page.low()), 11},
+                     {range_of(page.high()), 11},
+                     {std::to_string(entries) + " in " + std::to_string(2 + 3 * entries), 0}});
     }
-    print(text, "\nBy rule, for their double-byte characters:");
+    text += "\nBy rule, for their double-byte characters:";
     for (std::uint32_t number = 0; number <= 0xFFFF; ++number)
-        if (codepage::has_double_byte_rule(number)) print(text, " %u", number);
-    print(text, "\n\n");
+        if (codepage::has_double_byte_rule(number)) text.append(" ").append(std::to_string(number));
+    return text + "\n\n";
 }
 
 // The languages that have a key of settings, as their keys spell them.
@@ -182,20 +188,22 @@ InForce in_force(const char *value_name, const codepage::DefaultCodePage &otherw
     return {std::to_string(otherwise.number), otherwise.by_country ? "default of the country" : "the system's"};
 }
 
-void print_in_force(std::string &text, const std::vector<std::string> &languages) {
+std::string in_force(const std::vector<std::string> &languages) {
     static constexpr const char *kCountries[] = {"none of the special ones", "Japan",  "Korea", "Taiwan and Hong Kong",
                                                  "China and Singapore",      "Arabic", "Israel"};
-    print(text, "Country: %u (%s). Language identifier of the system: 0x%04X.\n\n", codepage::country_id(),
-          kCountries[codepage::country_id()], platform::system_language());
-    print(text, "%-9s %-32s %s\n", "language", "DOS code page", "Windows code page");
+    char start[128];
+    std::snprintf(start, sizeof start, "Country: %u (%s). Language identifier of the system: 0x%04X.\n\n",
+                  codepage::country_id(), kCountries[codepage::country_id()], platform::system_language());
+    std::string text = start + row({{"language", 9}, {"DOS code page", 32}, {"Windows code page", 0}});
     for (const std::string &language : languages) {
         const PagesInForce pages = pages_in_force(language.c_str());
-        print(text, "%-9s %-32s %s\n", language.c_str(), (pages.dos + ", " + pages.dos_origin).c_str(),
-              (pages.windows + ", " + pages.windows_origin).c_str());
+        text += row({{language, 9},
+                     {pages.dos + ", " + pages.dos_origin, 32},
+                     {pages.windows + ", " + pages.windows_origin, 0}});
     }
-    if (platform::is_double_byte_system()) {
-        print(text, "\nOn this double-byte system OEM strings are in the Windows code page, too.\n");
-    }
+    if (platform::is_double_byte_system())
+        text += "\nOn this double-byte system OEM strings are in the Windows code page, too.\n";
+    return text;
 }
 
 } // namespace
@@ -249,10 +257,7 @@ int run_codepages(int argc, char **argv) {
             once.push_back(language);
         }
     }
-    std::string text;
-    print_tables(text);
-    print_in_force(text, once);
-    if (!write_text(kUsageText.command, output, text)) return kFailure;
+    if (!write_text(kUsageText.command, output, tables() + in_force(once))) return kFailure;
     const std::uint32_t status = settings_status();
     if (status == platform::kDamaged || status == platform::kAccessDenied) {
         report(kUsageText.command,

@@ -143,6 +143,19 @@ std::optional<Encoding> find_encoding(std::string_view name) {
     return std::nullopt;
 }
 
+std::string take_encoding(std::optional<Encoding> &form, const std::string &name) {
+    form = find_encoding(name);
+    return form ? "" : "no form or code page '" + name + "'; `kx convert --list` lists them";
+}
+
+std::string take_page(std::optional<CodePage> &page, const std::string &name) {
+    const std::optional<Encoding> form = find_encoding(name);
+    if (!form || form->kind != EncodingKind::code_page)
+        return "no code page '" + name + "'; `kx convert --list` lists them";
+    page = form->page;
+    return "";
+}
+
 std::string name_of(const Encoding &form) {
     for (const NamedEncoding &named : kEncodings) {
         if (named.kind == form.kind) return named.name;

@@ -27,6 +27,9 @@ struct Encoding {
 // By any of its names, in any case; nothing for an unknown one.
 std::optional<Encoding> find_encoding(std::string_view name);
 std::string name_of(const Encoding &form);
+// The arguments of options that take a form or a code page; what is wrong with them, or nothing.
+std::string take_encoding(std::optional<Encoding> &form, const std::string &name);
+std::string take_page(std::optional<CodePage> &page, const std::string &name);
 // Whether the form is one of the library's own: it names no code page, and holds attributes and other codes that are no
 // characters.
 bool is_kx_encoding(const Encoding &form);

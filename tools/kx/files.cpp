@@ -31,13 +31,14 @@ void report(const char *command, const std::string &what, int error) {
     std::string line = command;
     if (has_colours(os::kStandardError)) line = kBold + line + kPlain;
     line += ": " + what;
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): glibc and the Windows runtime keep a text for each thread
     if (error != 0) line += std::string(": ") + std::strerror(error);
     std::fprintf(stderr, "%s\n", line.c_str());
 }
 
 bool has_colours(int descriptor) {
     const auto is = [](const char *name, const char *value) {
-        const char *const found = std::getenv(name);
+        const char *const found = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nobody changes the environment
         return found != nullptr && (value != nullptr ? std::strcmp(found, value) == 0 : *found != 0);
     };
     return !is("NO_COLOR", nullptr) && !is("TERM", "dumb") && os::is_terminal(descriptor);
@@ -276,7 +277,7 @@ void Progress::at(std::uint64_t done, const std::string &name) {
     if (total_ > 0 && done <= total_) {
         std::fprintf(stderr, " of %" PRIu64 " (%" PRIu64 " %%)", total_ / mebi, done * 100 / total_);
     }
-    std::fflush(stderr);
+    static_cast<void>(std::fflush(stderr)); // what shows no progress is no fault
 }
 
 std::vector<std::string> operands_or_standard_input(int argc, char **argv, int first) {

@@ -66,7 +66,10 @@ int run_command(char *name, int argc, char **argv) {
 
 int run(int argc, char **argv) {
     if (argc < 2) {
-        std::fputs("usage: kx COMMAND [OPTION]... [FILE]...\n`kx --help` lists the commands\n", stderr);
+        std::fputs("usage: kx COMMAND [OPTION]... [FILE]...\n\n", stderr);
+        for (const kx::Command &command : kCommands)
+            std::fprintf(stderr, "  %-10s %s\n", command.name, command.summary);
+        std::fputs("\n`kx --help` tells more\n", stderr);
         return kx::kUsage;
     }
     char *const name = argv[1];

@@ -59,15 +59,17 @@ std::string read(const Option &option, Argument &argument) {
     if (option.argument == nullptr || has_word(option.words, text)) return "";
     if (text.empty() && arguments_of(option) == optional_argument) return "";
     switch (option.kind) {
-    case Kind::form:
+    case Kind::form: {
+        std::optional<Encoding> form;
+        std::string fault = take_encoding(form, text);
+        if (form) argument.form = *form;
+        return fault;
+    }
     case Kind::page: {
-        const auto form = find_encoding(text);
-        const bool is_page = form && form->kind == EncodingKind::code_page;
-        if (option.kind == Kind::page && !is_page) return "no code page '" + text + "'; `kx convert --list` lists them";
-        if (!form) return "no form or code page '" + text + "'; `kx convert --list` lists them";
-        argument.form = *form;
-        argument.page = form->page;
-        return "";
+        std::optional<CodePage> page;
+        std::string fault = take_page(page, text);
+        if (page) argument.page = *page;
+        return fault;
     }
     case Kind::number: {
         const char *const end = text.data() + text.size();
@@ -123,6 +125,7 @@ Parsed parse_options(int argc, char **argv, const Usage &usage,
     optind = 0; // from the start, also for the second command of a process
     for (;;) {
         optopt = 0;
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread has begun yet
         const int id = getopt_long(argc, argv, letters.c_str(), names.data(), nullptr);
         if (id == -1) return {false, kSuccess, optind};
         Argument argument;

@@ -23,6 +23,7 @@ enum class Kind {
     foreign // none: an option of another tool, and the hint says so
 };
 
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order in which tables of options are read
 struct Option {
     int id;               // the short option's letter, or a number from 256 up for an option that has none
     const char *name;     // the long name without its dashes, or null

@@ -55,9 +55,8 @@ void print_version() {
     print("double-byte system", platform::is_double_byte_system() ? "yes" : "no", from.double_byte);
     print("system language", hexadecimal(platform::system_language()), from.system_language);
     print("keyboard language", hexadecimal(platform::keyboard_language()), from.keyboard_language);
-    const std::string store = platform::settings_store();
-    print("settings file", store.empty() ? "none" : store,
-          from.settings_store + (store.empty() ? "" : state_of_store()));
+    const std::string store = from.store_path;
+    print("settings file", store.empty() ? "none" : store, from.store + (store.empty() ? "" : state_of_store()));
     const PagesInForce pages = pages_in_force("EN");
     print("DOS code page", pages.dos, pages.dos_origin);
     print("Windows code page", pages.windows, pages.windows_origin);

@@ -122,7 +122,7 @@ KxPlatformSettings settings_from(ReadVariable read, Origins *origins) noexcept {
         choose(from.system_language, "KX_SYSTEM_LANGID", parse_language, from_locale, locale.identifier);
     settings.keyboard_language = choose(from.keyboard_language, "KX_KEYBOARD_LANGID", parse_language,
                                         "the system language", settings.system_language);
-    from.settings_store = find_registry(settings, read);
+    from.store = find_registry(settings, read);
     if (origins != nullptr) *origins = from;
     return settings;
 }

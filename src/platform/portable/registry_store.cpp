@@ -4,6 +4,7 @@
 #include <mutex>
 #include <new>
 
+#include "platform/portable/settings.h"
 #include "platform/portable/settings_file.h"
 
 namespace kxstr::platform {
@@ -58,14 +59,14 @@ std::uint32_t read_at(const char *path, std::shared_ptr<const RegistryFile> &reg
 } // namespace
 
 std::uint32_t read_registry(std::shared_ptr<const RegistryFile> &registry) try {
-    return read_at(settings_store(), registry);
+    return read_at(settings_file(), registry);
 } catch (const std::bad_alloc &) {
     return kNoResources;
 }
 
 std::uint32_t change_registry(const std::function<RegistryChange(const RegistryFile &)> &change,
                               WhenLocked when_locked) try {
-    const std::string path = settings_store();
+    const std::string path = settings_file();
     std::shared_ptr<const RegistryFile> registry;
     // Before the lock too: a damaged file is left alone, down to the folder it lies in.
     std::uint32_t status = read_at(path.c_str(), registry);

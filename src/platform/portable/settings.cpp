@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "platform/portable/environment.h"
+#include "platform/portable/settings.h"
 #include "platform/system.h"
 
 namespace kxstr::platform {
@@ -43,11 +44,13 @@ std::uint16_t system_language() noexcept {
 std::uint16_t keyboard_language() noexcept {
     return settings.keyboard_language;
 }
-const char *settings_store() noexcept {
+const char *settings_file() noexcept {
     return settings.registry_path;
 }
 Origins origins() noexcept {
-    return settings_origins;
+    Origins from = settings_origins;
+    from.store_path = settings.registry_path;
+    return from;
 }
 
 } // namespace kxstr::platform
@@ -75,6 +78,6 @@ void KxPlatformSet(const KxPlatformSettings *in) {
     note(from.double_byte, now.double_byte != before.double_byte);
     note(from.system_language, now.system_language != before.system_language);
     note(from.keyboard_language, now.keyboard_language != before.keyboard_language);
-    note(from.settings_store, std::strcmp(now.registry_path, before.registry_path) != 0);
+    note(from.store, std::strcmp(now.registry_path, before.registry_path) != 0);
 }
 }

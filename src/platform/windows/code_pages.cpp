@@ -31,10 +31,7 @@ std::uint16_t keyboard_language() noexcept {
 
 Origins origins() noexcept {
     constexpr const char *kSystem = "Windows";
-    return {kSystem, kSystem, kSystem, kSystem, kSystem, kSystem};
-}
-const char *settings_store() noexcept {
-    return "the registry";
+    return {kSystem, kSystem, kSystem, kSystem, kSystem, kSystem, "the registry"};
 }
 
 std::optional<std::uint32_t> ansi_code_page_of(std::uint16_t language) noexcept {
