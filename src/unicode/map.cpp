@@ -54,14 +54,25 @@ const std::uint16_t *find_map(MapCache<std::uint32_t, kUnicodeMaps> &maps, std::
         });
 }
 
+// A text by the map of a code page, which mostly is the first one of the process, else unit by unit.
 template <class Convert>
-std::size_t convert_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
-                          std::uint16_t *destination, std::uint32_t ansi_code_page, Convert convert) noexcept {
+[[gnu::noinline]] std::size_t convert_anyhow(MapCache<std::uint32_t, kUnicodeMaps> &maps, const std::uint16_t *source,
+                                             std::size_t limit, std::uint16_t *destination,
+                                             std::uint32_t ansi_code_page, Convert convert) noexcept {
+    const std::uint16_t *const map = find_map(maps, ansi_code_page, convert);
     if (map != nullptr) return simd::kernels().map_units(map, source, limit, destination);
     std::size_t done = 0;
     while (done < limit && (destination[done] = convert(source[done], ansi_code_page)) != 0)
         ++done;
     return done;
+}
+
+template <class Convert>
+std::size_t convert_units(MapCache<std::uint32_t, kUnicodeMaps> &maps, const std::uint16_t *source, std::size_t limit,
+                          std::uint16_t *destination, std::uint32_t ansi_code_page, Convert convert) noexcept {
+    const std::uint16_t *const map = maps.find_first(ansi_code_page);
+    if (map == nullptr) return convert_anyhow(maps, source, limit, destination, ansi_code_page, convert);
+    return simd::kernels().map_units(map, source, limit, destination);
 }
 
 using ConvertUnit = std::uint16_t(std::uint16_t, std::uint32_t) noexcept;
@@ -103,16 +114,13 @@ std::uint16_t from_kx(KxChar ch, std::uint32_t ansi_code_page) noexcept {
 std::size_t to_kx(const std::uint16_t *source, std::size_t limit, KxChar *destination) noexcept {
     constexpr ConvertUnit *convert = to_kx;
     const std::uint32_t ansi_code_page = platform::ansi_code_page();
-    // Without a double-byte rule the code page does not matter.
-    const std::uint32_t key = codepage::has_double_byte_rule(ansi_code_page) ? ansi_code_page : 0;
-    return convert_units(find_map(maps_to_kx, key, convert), source, limit, destination, key, convert);
+    return convert_units(maps_to_kx, source, limit, destination, ansi_code_page, convert);
 }
 
 std::size_t from_kx(const KxChar *source, std::size_t limit, std::uint16_t *destination) noexcept {
     constexpr ConvertUnit *convert = from_kx;
     const std::uint32_t ansi_code_page = platform::ansi_code_page();
-    return convert_units(find_map(maps_from_kx, ansi_code_page, convert), source, limit, destination, ansi_code_page,
-                         convert);
+    return convert_units(maps_from_kx, source, limit, destination, ansi_code_page, convert);
 }
 
 } // namespace kxstr::unicode
