@@ -263,7 +263,10 @@ uint32_t W6wzToozN(const KxChar *source, char *destination, uint32_t count) {
 }
 
 uint32_t W6VaskTowz(const uint16_t *source, KxChar *destination) {
-    unicode::to_kx(source, kUnlimited, destination);
+    if (const std::uint16_t *const map = unicode::usual_map(unicode::maps_to_kx))
+        simd::kernels().map_units(map, source, kUnlimited, destination);
+    else
+        unicode::to_kx(source, kUnlimited, destination);
     return kDone;
 }
 
@@ -274,7 +277,10 @@ uint32_t W6VaskTowzN(const uint16_t *source, KxChar *destination, uint32_t count
 
 // A character that converts to 0 ends the text before its terminator.
 uint32_t W6wzToVask(const KxChar *source, uint16_t *destination) {
-    unicode::from_kx(source, kUnlimited, destination);
+    if (const std::uint16_t *const map = unicode::usual_map(unicode::maps_from_kx))
+        simd::kernels().map_units(map, source, kUnlimited, destination);
+    else
+        unicode::from_kx(source, kUnlimited, destination);
     return kDone;
 }
 

@@ -168,8 +168,28 @@ struct Short {
 [[gnu::always_inline]] inline __m512i values_of(const Short &string, const std::uint16_t *map,
                                                 const std::uint16_t *source) noexcept {
     const __mmask32 changed = foreign(string.units) & string.live;
-    if (changed == 0) return string.units;
-    return changed <= 0xFFFF ? _mm512_inserti64x4(string.units, look_up16(map, source), 0) : look_up32(map, source);
+    __m512i values = string.units;
+    if (changed == 0) return values;
+    // An alphabet lies in one row, or in two that make a pair; what East Asia writes is scattered.
+    constexpr std::uint16_t kPastAlphabets = 0x2000;
+    const std::uint16_t first = source[__builtin_ctz(changed)];
+    if (first < kPastAlphabets) {
+        const unsigned number = first / unsigned{kBlock};
+        const auto not_of = [numbers = _mm512_srli_epi16(values, 6)](__mmask32 units, unsigned row) {
+            return _mm512_mask_cmpneq_epi16_mask(units, numbers, _mm512_set1_epi16(static_cast<short>(row)));
+        };
+        const auto look_up = [&](__mmask32 units, unsigned row) {
+            const Row of_units = row_of(map, row);
+            values = _mm512_mask2_permutex2var_epi16(of_units.low, values, units, of_units.high);
+        };
+        const __mmask32 others = not_of(changed, number);
+        if (others == 0 || not_of(others, number ^ 1) == 0) {
+            look_up(changed & ~others, number);
+            if (others != 0) look_up(others, number ^ 1);
+            return values;
+        }
+    }
+    return changed <= 0xFFFF ? _mm512_inserti64x4(values, look_up16(map, source), 0) : look_up32(map, source);
 }
 
 // ---- Writing ----

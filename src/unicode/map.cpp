@@ -11,6 +11,9 @@
 #include "tables/unicode_map.h"
 
 namespace kxstr::unicode {
+
+constinit UnicodeMaps maps_to_kx{}, maps_from_kx{};
+
 namespace {
 
 KxChar find_pair(std::uint16_t unit) noexcept {
@@ -39,13 +42,8 @@ std::uint16_t from_table_set(std::uint8_t set, std::uint8_t index, std::uint32_t
     return index < values.size() ? values[index] : kNone;
 }
 
-// A map of every unit for each code page that a direction depends on.
-constexpr std::size_t kUnicodeMaps = 8;
-constinit MapCache<std::uint32_t, kUnicodeMaps> maps_to_kx{}, maps_from_kx{};
-
 template <class Convert>
-const std::uint16_t *find_map(MapCache<std::uint32_t, kUnicodeMaps> &maps, std::uint32_t ansi_code_page,
-                              Convert convert) noexcept {
+const std::uint16_t *find_map(UnicodeMaps &maps, std::uint32_t ansi_code_page, Convert convert) noexcept {
     return maps.find(
         ansi_code_page, [] { return true; },
         [&](auto &values) {
@@ -54,25 +52,15 @@ const std::uint16_t *find_map(MapCache<std::uint32_t, kUnicodeMaps> &maps, std::
         });
 }
 
-// A text by the map of a code page, which mostly is the first one of the process, else unit by unit.
 template <class Convert>
-[[gnu::noinline]] std::size_t convert_anyhow(MapCache<std::uint32_t, kUnicodeMaps> &maps, const std::uint16_t *source,
-                                             std::size_t limit, std::uint16_t *destination,
-                                             std::uint32_t ansi_code_page, Convert convert) noexcept {
+std::size_t convert_units(UnicodeMaps &maps, const std::uint16_t *source, std::size_t limit, std::uint16_t *destination,
+                          std::uint32_t ansi_code_page, Convert convert) noexcept {
     const std::uint16_t *const map = find_map(maps, ansi_code_page, convert);
     if (map != nullptr) return simd::kernels().map_units(map, source, limit, destination);
     std::size_t done = 0;
     while (done < limit && (destination[done] = convert(source[done], ansi_code_page)) != 0)
         ++done;
     return done;
-}
-
-template <class Convert>
-std::size_t convert_units(MapCache<std::uint32_t, kUnicodeMaps> &maps, const std::uint16_t *source, std::size_t limit,
-                          std::uint16_t *destination, std::uint32_t ansi_code_page, Convert convert) noexcept {
-    const std::uint16_t *const map = maps.find_first(ansi_code_page);
-    if (map == nullptr) return convert_anyhow(maps, source, limit, destination, ansi_code_page, convert);
-    return simd::kernels().map_units(map, source, limit, destination);
 }
 
 using ConvertUnit = std::uint16_t(std::uint16_t, std::uint32_t) noexcept;
