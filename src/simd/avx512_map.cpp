@@ -365,9 +365,12 @@ Progress decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const
     const auto map_waiting = [&] {
         std::uint16_t *to = destination + done.written;
         std::size_t i = 0;
-        for (; waiting - i >= kGroup; i += kGroup)
+        for (; map == nullptr && i < waiting; i += kHalf)
+            _mm512_mask_storeu_epi16(to + i, static_cast<__mmask32>(first_bits(waiting - i)), load(codes + i));
+        for (; i + kGroup <= waiting; i += kGroup)
             _mm_storeu_si128(reinterpret_cast<__m128i *>(to + i), look_up8(map, codes + i));
-        _mm_mask_storeu_epi16(to + i, static_cast<__mmask8>(first_bits(waiting - i)), look_up8(map, codes + i));
+        if (i < waiting)
+            _mm_mask_storeu_epi16(to + i, static_cast<__mmask8>(first_bits(waiting - i)), look_up8(map, codes + i));
         done.written += waiting;
         waiting = 0;
     };

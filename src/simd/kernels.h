@@ -243,7 +243,7 @@ struct Kernels {
     // a missing one, others as two, the high byte first. Works in place.
     EncodeUnits *encode_units;
     // Codes of one byte, or of two, the first of which has 0x80 in `leads` (256 entries, 0 below 0x80); a first byte
-    // without a second at the end is left. 0 is not among the bytes.
+    // without a second at the end is left. 0 is not among the bytes. Without a map the codes stay what they are.
     DecodePairs *decode_pairs;
 
     // Letter case. The units before the terminator of `from`, at most `limit` of them, go to `to`, each as the map has
