@@ -68,24 +68,38 @@ std::uint16_t from_kx(const KxCodePage &page, KxChar ch, bool double_byte_system
     return byte != kNone ? byte : control_of_code(ch);
 }
 
+namespace {
+
+[[gnu::noinline]] KxChar to_kx_by_map(const KxCodePage &page, std::uint16_t code, bool double_byte_system) noexcept {
+    const std::uint16_t *const map = to_kx_map(page, double_byte_system);
+    return map != nullptr ? map[code] : to_kx(page, code, double_byte_system);
+}
+
+[[gnu::noinline]] std::uint16_t from_kx_by_map(const KxCodePage &page, KxChar ch, bool double_byte_system) noexcept {
+    const std::uint16_t *const map = from_kx_map(page, double_byte_system);
+    return map != nullptr ? map[ch] : from_kx(page, ch, double_byte_system);
+}
+
+} // namespace
 } // namespace kxstr::codepage
 
 extern "C" {
 
-// Most characters are ASCII: they go by without asking the system.
+// Most characters are ASCII: they go by without asking the system. A filter may call these for each character, so the
+// usual way of the others has no call in it either.
 uint16_t WcvtNtvToKx(const KxCodePage *page, uint32_t code) {
     const std::uint16_t native = kxstr::low16(code);
     if (native >= 32 && native <= 126) return native;
     const bool double_byte = kxstr::platform::is_double_byte_system();
-    const std::uint16_t *const map = kxstr::codepage::to_kx_map(*page, double_byte);
-    return map != nullptr ? map[native] : kxstr::codepage::to_kx(*page, native, double_byte);
+    if (const auto *const map = kxstr::codepage::first_to_kx_map(*page, double_byte)) return map[native];
+    return kxstr::codepage::to_kx_by_map(*page, native, double_byte);
 }
 
 uint16_t WcvtKxToNtv(const KxCodePage *page, uint32_t ch) {
     const KxChar kx = kxstr::low16(ch);
     if (kx < 0x80) return kx;
     const bool double_byte = kxstr::platform::is_double_byte_system();
-    const std::uint16_t *const map = kxstr::codepage::from_kx_map(*page, double_byte);
-    return map != nullptr ? map[kx] : kxstr::codepage::from_kx(*page, kx, double_byte);
+    if (const auto *const map = kxstr::codepage::first_from_kx_map(*page, double_byte)) return map[kx];
+    return kxstr::codepage::from_kx_by_map(*page, kx, double_byte);
 }
 }

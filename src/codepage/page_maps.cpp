@@ -11,20 +11,11 @@
 namespace kxstr::codepage {
 namespace {
 
-// Everything that a conversion depends on. The library's tables are constant: their addresses stand for them.
-struct Key {
-    std::uint32_t code_page;
-    const std::uint8_t *tables[2];
-    bool double_byte_system;
-
-    bool operator==(const Key &) const = default;
-};
-
-constinit MapCache<Key, kPageMaps> to_kx_cache{};
-constinit MapCache<Key, kPageMaps> from_kx_cache{};
 constinit MapCache<std::uint32_t, kPageMaps, ByteMap> lead_bytes{};
 
 } // namespace
+
+constinit PageMapCache to_kx_cache{}, from_kx_cache{};
 
 void fill_to_kx_map(MapValues &values, const KxCodePage &page, bool double_byte_system) noexcept {
     // Without double-byte codes nothing lies above the bytes.
@@ -50,7 +41,7 @@ void fill_from_kx_map(MapValues &values, const KxCodePage &page, bool double_byt
 
 const std::uint16_t *to_kx_map(const KxCodePage &page, bool double_byte_system) noexcept {
     return to_kx_cache.find(
-        {page.input_code_page, {page.low_table, page.high_table}, double_byte_system},
+        to_kx_key(page, double_byte_system),
         [&] {
             const tables::CodePage entry = code_page_or_none(page.input_code_page);
             return entry.low() == page.low_table && entry.high() == page.high_table;
@@ -60,7 +51,7 @@ const std::uint16_t *to_kx_map(const KxCodePage &page, bool double_byte_system) 
 
 const std::uint16_t *from_kx_map(const KxCodePage &page, bool double_byte_system) noexcept {
     return from_kx_cache.find(
-        {page.output_code_page, {page.reverse_table, nullptr}, double_byte_system},
+        from_kx_key(page, double_byte_system),
         [&] { return code_page_or_none(page.output_code_page).reverse() == page.reverse_table; },
         [&](MapValues &values) { fill_from_kx_map(values, page, double_byte_system); });
 }

@@ -15,12 +15,41 @@ namespace kxstr::codepage {
 // Built at the first call for a descriptor.
 const std::uint16_t *to_kx_map(const KxCodePage &page, bool double_byte_system) noexcept;
 const std::uint16_t *from_kx_map(const KxCodePage &page, bool double_byte_system) noexcept;
+// The same without the way to it, for calls that are short themselves; null, too, where the map is not the first one.
+inline const std::uint16_t *first_to_kx_map(const KxCodePage &page, bool double_byte_system) noexcept;
+inline const std::uint16_t *first_from_kx_map(const KxCodePage &page, bool double_byte_system) noexcept;
 
 // 0x80 for every lead byte of the system's ANSI code page, 0 for the other bytes; or null, as above.
 const std::uint8_t *lead_byte_map(std::uint32_t ansi_code_page) noexcept;
 
 // For each direction. A map takes 128 KiB once it is built.
 inline constexpr std::size_t kPageMaps = 8;
+
+// Everything that a conversion depends on. The library's tables are constant: their addresses stand for them.
+struct PageMapKey {
+    std::uint32_t code_page;
+    bool double_byte_system;
+    const std::uint8_t *table, *other_table;
+
+    bool operator==(const PageMapKey &) const = default;
+};
+using PageMapCache = MapCache<PageMapKey, kPageMaps>;
+#pragma GCC visibility push(hidden)
+extern constinit PageMapCache to_kx_cache, from_kx_cache;
+#pragma GCC visibility pop
+
+inline PageMapKey to_kx_key(const KxCodePage &page, bool double_byte_system) noexcept {
+    return {page.input_code_page, double_byte_system, page.low_table, page.high_table};
+}
+inline PageMapKey from_kx_key(const KxCodePage &page, bool double_byte_system) noexcept {
+    return {page.output_code_page, double_byte_system, page.reverse_table, nullptr};
+}
+inline const std::uint16_t *first_to_kx_map(const KxCodePage &page, bool double_byte_system) noexcept {
+    return to_kx_cache.find_first(to_kx_key(page, double_byte_system));
+}
+inline const std::uint16_t *first_from_kx_map(const KxCodePage &page, bool double_byte_system) noexcept {
+    return from_kx_cache.find_first(from_kx_key(page, double_byte_system));
+}
 
 // What goes into the maps.
 using MapValues = decltype(UnitMap::values);

@@ -19,9 +19,12 @@
 #include "registry/values.h"
 
 namespace kxstr::codepage {
+
+constinit CodePageState kept_code_pages{};
+
 namespace {
 
-constinit CodePageState state{};
+constexpr CodePageState &state = kept_code_pages;
 
 using KeyPath = std::array<char, 100>;
 constinit KeyPath last_key_path{}; // for the callers that hold its address, and for nobody else
@@ -57,10 +60,6 @@ std::uint16_t number_behind_link(registry::CYWKey &key, const char *value_name) 
 }
 
 } // namespace
-
-const CodePageState &code_page_state() noexcept {
-    return state;
-}
 
 void keep_windows_code_page(std::uint16_t number) noexcept {
     state.windows_code_page.store(number, std::memory_order_relaxed);
@@ -164,16 +163,6 @@ void clear_descriptors() noexcept {
     state.ansi = {};
     state.oem = {};
     state.descriptors_ready = false;
-}
-
-const KxCodePage &ansi_descriptor() noexcept {
-    ensure_descriptors();
-    return state.ansi;
-}
-
-const KxCodePage &oem_descriptor() noexcept {
-    ensure_descriptors();
-    return state.oem;
 }
 
 } // namespace kxstr::codepage

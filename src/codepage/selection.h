@@ -42,7 +42,12 @@ struct CodePageState {
     KxCodePage oem;
     std::atomic<bool> descriptors_ready; // once it is set, nobody writes the descriptors
 };
-const CodePageState &code_page_state() noexcept;
+#pragma GCC visibility push(hidden)
+extern constinit CodePageState kept_code_pages; // for this subsystem alone; the others have code_page_state()
+#pragma GCC visibility pop
+inline const CodePageState &code_page_state() noexcept {
+    return kept_code_pages;
+}
 // Puts a Windows code page in force; 0 decides anew.
 void keep_windows_code_page(std::uint16_t number) noexcept;
 void forget_code_pages() noexcept;
@@ -55,7 +60,13 @@ void ensure_descriptors() noexcept;
 void clear_descriptors() noexcept;
 
 // The library's descriptors, filled at the first call.
-const KxCodePage &ansi_descriptor() noexcept;
-const KxCodePage &oem_descriptor() noexcept;
+inline const KxCodePage &ansi_descriptor() noexcept {
+    if (!code_page_state().descriptors_ready.load(std::memory_order_acquire)) ensure_descriptors();
+    return code_page_state().ansi;
+}
+inline const KxCodePage &oem_descriptor() noexcept {
+    if (!code_page_state().descriptors_ready.load(std::memory_order_acquire)) ensure_descriptors();
+    return code_page_state().oem;
+}
 
 } // namespace kxstr::codepage

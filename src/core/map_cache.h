@@ -30,6 +30,21 @@ template <class Key, std::size_t Count, class Map = UnitMap> class MapCache {
     // fills it.
     template <class IsWanted, class Build>
     const typename Map::Value *find(const Key &key, IsWanted is_wanted, Build build) noexcept {
+        if (const auto *const values = find_first(key)) return values;
+        return search(key, is_wanted, build);
+    }
+
+    // The values if they are those of the first key that the process came to have, as they mostly are; else null.
+    const typename Map::Value *find_first(const Key &key) const noexcept {
+        const Place &place = places_[0];
+        return place.state.load(std::memory_order_acquire) == kReady && place.key == key ? place.map.values.data()
+                                                                                         : nullptr;
+    }
+
+  private:
+    // Apart, so that callers of find_first() need no frame.
+    template <class IsWanted, class Build>
+    [[gnu::noinline]] const typename Map::Value *search(const Key &key, IsWanted is_wanted, Build build) noexcept {
         for (Place &place : places_) {
             int state = place.state.load(std::memory_order_acquire);
             if (state == kReady) {
@@ -46,7 +61,6 @@ template <class Key, std::size_t Count, class Map = UnitMap> class MapCache {
         return nullptr;
     }
 
-  private:
     static constexpr int kEmpty = 0, kBuilding = 1, kReady = 2;
     struct Place {
         std::atomic<int> state{};

@@ -16,6 +16,22 @@ enum class Native : std::uint8_t { kAnsi, kOem };
 // The native equivalent of characters that have none, where a form wants one.
 inline constexpr std::uint8_t kNoNativeByte = 0x80;
 
+// The map of the library's code page, if it has been built, is the first one of the process, and the system is a
+// single-byte one; else null: the usual way of short texts, which to ask in any other way would take as long as to
+// convert.
+inline const std::uint16_t *usual_to_kx_map(Native which) noexcept {
+    const codepage::CodePageState &state = codepage::code_page_state();
+    if (platform::is_double_byte_system() || !state.descriptors_ready.load(std::memory_order_acquire)) return nullptr;
+    return codepage::first_to_kx_map(which == Native::kAnsi ? state.ansi : state.oem, false);
+}
+// The same from KX characters, of every system.
+inline const std::uint16_t *usual_from_kx_map(Native which) noexcept {
+    const codepage::CodePageState &state = codepage::code_page_state();
+    if (!state.descriptors_ready.load(std::memory_order_acquire)) return nullptr;
+    return codepage::first_from_kx_map(which == Native::kAnsi ? state.ansi : state.oem,
+                                       platform::is_double_byte_system());
+}
+
 // The library's code page for native text, for the length of one call: what cannot change meanwhile is asked for once.
 // The descriptor is asked for when the first code converts, since filling it reads the user's settings.
 class NativePage {

@@ -69,8 +69,8 @@ void convert_codes(NativePage &page, const std::uint8_t *source, std::size_t byt
     out.finish();
 }
 
-// At most `limit` characters. The result is 0 when there is no memory for a copy of the source.
-std::uint32_t native_to_string(Native which, const char *text, KxChar *destination, std::size_t limit) noexcept {
+[[gnu::noinline]] std::uint32_t native_to_string_anyhow(Native which, const char *text, KxChar *destination,
+                                                        std::size_t limit) noexcept {
     const std::uint8_t *source = bytes_of(text);
     NativePage page(which);
     if (!page.is_double_byte_system()) {
@@ -87,6 +87,14 @@ std::uint32_t native_to_string(Native which, const char *text, KxChar *destinati
         std::copy_n(source, bytes + 1, copy.get());
         convert_codes(page, copy.get(), bytes, destination, length);
     }
+    return kDone;
+}
+
+// At most `limit` characters. The result is 0 when there is no memory for a copy of the source.
+std::uint32_t native_to_string(Native which, const char *text, KxChar *destination, std::size_t limit) noexcept {
+    const std::uint16_t *const map = usual_to_kx_map(which);
+    if (map == nullptr) return native_to_string_anyhow(which, text, destination, limit);
+    simd::kernels().map_bytes(map, bytes_of(text), limit, destination);
     return kDone;
 }
 
@@ -135,23 +143,10 @@ bool put_line_end(ByteWriter &out, KxChar ch, std::uint32_t flags) noexcept {
     return true;
 }
 
-// `destination` is null where nothing but the count is wanted.
-std::size_t string_to_ansi(const KxChar *source, char *destination, std::uint32_t flags) noexcept {
+[[gnu::noinline]] std::size_t string_to_ansi_anyhow(const KxChar *source, char *destination,
+                                                    std::uint32_t flags) noexcept {
     NativePage page(Native::kAnsi);
     ByteWriter out = unlimited(destination);
-    // Line ends that go over as they are convert like all characters.
-    constexpr std::uint32_t kLineEnds = KX_ANSI_SOFT_ENDS_AS_SPACES | KX_ANSI_CRLF;
-    if (destination != nullptr && (flags & kLineEnds) == 0 && *source != 0) {
-        if (const std::uint16_t *const map = page.from_kx_map(); map != nullptr) {
-            const bool mark = (flags & KX_ANSI_MARK_UNKNOWN) != 0;
-            const std::size_t written = simd::kernels()
-                                            .encode_units(map, source, kUnlimited, bytes_of(destination),
-                                                          mark ? simd::NoCode::mark : simd::NoCode::drop)
-                                            .written;
-            destination[written] = 0;
-            return written;
-        }
-    }
     for (; *source != 0; ++source) {
         if (put_line_end(out, *source, flags)) continue;
         const std::uint16_t code = page.from_kx(*source);
@@ -162,6 +157,22 @@ std::size_t string_to_ansi(const KxChar *source, char *destination, std::uint32_
         }
     }
     return out.finish();
+}
+
+// `destination` is null where nothing but the count is wanted.
+std::size_t string_to_ansi(const KxChar *source, char *destination, std::uint32_t flags) noexcept {
+    // Line ends that go over as they are convert like all characters.
+    constexpr std::uint32_t kLineEnds = KX_ANSI_SOFT_ENDS_AS_SPACES | KX_ANSI_CRLF;
+    if (destination == nullptr || (flags & kLineEnds) != 0 || *source == 0)
+        return string_to_ansi_anyhow(source, destination, flags);
+    const std::uint16_t *map = usual_from_kx_map(Native::kAnsi);
+    if (map == nullptr) map = NativePage(Native::kAnsi).from_kx_map();
+    if (map == nullptr) return string_to_ansi_anyhow(source, destination, flags);
+    const auto no_code = (flags & KX_ANSI_MARK_UNKNOWN) != 0 ? simd::NoCode::mark : simd::NoCode::drop;
+    const std::size_t written =
+        simd::kernels().encode_units(map, source, kUnlimited, bytes_of(destination), no_code).written;
+    destination[written] = 0;
+    return written;
 }
 
 // ---- Unicode strings ----
@@ -252,7 +263,10 @@ uint32_t W6wzToozN(const KxChar *source, char *destination, uint32_t count) {
 }
 
 uint32_t W6VaskTowz(const uint16_t *source, KxChar *destination) {
-    unicode::to_kx(source, kUnlimited, destination);
+    if (const std::uint16_t *const map = unicode::usual_map(unicode::maps_to_kx))
+        simd::kernels().map_units(map, source, kUnlimited, destination);
+    else
+        unicode::to_kx(source, kUnlimited, destination);
     return kDone;
 }
 
@@ -263,7 +277,10 @@ uint32_t W6VaskTowzN(const uint16_t *source, KxChar *destination, uint32_t count
 
 // A character that converts to 0 ends the text before its terminator.
 uint32_t W6wzToVask(const KxChar *source, uint16_t *destination) {
-    unicode::from_kx(source, kUnlimited, destination);
+    if (const std::uint16_t *const map = unicode::usual_map(unicode::maps_from_kx))
+        simd::kernels().map_units(map, source, kUnlimited, destination);
+    else
+        unicode::from_kx(source, kUnlimited, destination);
     return kDone;
 }
 

@@ -8,6 +8,10 @@
 #include <optional>
 #include <span>
 
+#ifndef _WIN32
+#    include "platform/portable/settings.h" // has two of these in place
+#endif
+
 namespace kxstr::platform {
 
 // ---- Code pages, languages, keyboard ----

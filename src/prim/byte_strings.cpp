@@ -3,13 +3,17 @@
 
 #include "core/dbcs_copy.h"
 #include "prim/strings.h"
+#include "simd/first_look.h"
 
 using namespace kxstr;
 
 extern "C" {
 
 uint32_t wstrlen(const char *string) {
-    return string != nullptr ? static_cast<std::uint32_t>(std::strlen(string)) : 0;
+    if (string == nullptr) return 0;
+    if (const std::size_t seen = simd::look_for(bytes_of(string), 0); seen != simd::kNotSeen)
+        return static_cast<std::uint32_t>(seen);
+    return static_cast<std::uint32_t>(std::strlen(string));
 }
 
 char *wstrcpy(char *destination, const char *source) {
@@ -44,6 +48,8 @@ void CopyUpToAndNullTerminate(char *destination, const char *source, int32_t siz
 
 int32_t wstrcmp(const char *a, const char *b) {
     if (a == nullptr || b == nullptr) return 0;
+    if (const std::size_t seen = simd::look_apart(bytes_of(a), bytes_of(b)); seen != simd::kNotSeen)
+        return bytes_of(a)[seen] - bytes_of(b)[seen];
     return prim::compare(bytes_of(a), bytes_of(b));
 }
 
@@ -53,7 +59,10 @@ int32_t wstrncmp(const char *a, const char *b, int32_t count) {
 
 char *wstrchr(const char *string, uint32_t byte) {
     const auto wanted = static_cast<std::uint8_t>(byte);
-    return wanted != 0 ? const_cast<char *>(std::strchr(string, wanted)) : nullptr;
+    if (wanted == 0) return nullptr;
+    if (const std::size_t seen = simd::look_for(bytes_of(string), wanted); seen != simd::kNotSeen)
+        return string[seen] != 0 ? const_cast<char *>(string) + seen : nullptr;
+    return const_cast<char *>(std::strchr(string, wanted));
 }
 
 char *wstrrchr(const char *string, uint32_t byte) {

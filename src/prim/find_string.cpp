@@ -136,10 +136,7 @@ const KxChar *find_two_way(const KxChar *text, Units wanted, const simd::Signs16
 const KxChar *find_string(const KxChar *text, const KxChar *wanted) noexcept {
     if (const auto [is_known, place] = kernels().find_short16(text, wanted); is_known) return place;
     const Units units(wanted, length_of(wanted));
-    if (units.size() == 1) {
-        const KxChar *const found = kernels().find16(text, wanted[0]);
-        return *found != 0 ? found : nullptr;
-    }
+    if (units.size() == 1) return kernels().find16(text, wanted[0]);
     // The choice of signs pays only in a longer text.
     for (const KxChar *const nearby = text + 32; text != nearby; ++text) {
         if (*text == 0) return nullptr;

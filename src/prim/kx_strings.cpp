@@ -9,13 +9,12 @@ using namespace kxstr;
 extern "C" {
 
 uint32_t wwstrlen(const KxChar *string) {
-    return string != nullptr ? static_cast<std::uint32_t>(length_of(string) * sizeof(KxChar)) : 0;
+    return string != nullptr ? simd::kernels().size16(string) : 0;
 }
 
 KxChar *wwstrcpy(KxChar *destination, const KxChar *source) {
     if (destination == nullptr || source == nullptr) return nullptr;
-    simd::kernels().copy16(destination, source);
-    return destination;
+    return simd::kernels().copy16(destination, source);
 }
 
 KxChar *wwstrcat(KxChar *destination, const KxChar *source) {
@@ -44,8 +43,7 @@ int32_t wwstrncmp(const KxChar *a, const KxChar *b, int32_t count) {
 }
 
 KxChar *wwstrchr(const KxChar *string, uint32_t ch) {
-    const KxChar *found = simd::kernels().find16(string, low16(ch));
-    return *found != 0 ? const_cast<KxChar *>(found) : nullptr;
+    return const_cast<KxChar *>(simd::kernels().find16(string, low16(ch)));
 }
 
 KxChar *wwstrrchr(const KxChar *string, uint32_t ch) {

@@ -41,9 +41,12 @@ KxChar *KXwmemwchr(const KxChar *area, uint32_t ch, uint32_t count) {
 int32_t KXwmemcmp(const void *a, const void *b, uint32_t count) {
     if (a == nullptr || b == nullptr) return 0;
     if (is_short(count)) {
-        const std::size_t start = word_at(a, 0) == word_at(b, 0) ? count - sizeof(Word) : 0;
-        const Word word_a = in_order(word_at(a, start)), word_b = in_order(word_at(b, start));
-        return (word_a > word_b) - (word_a < word_b);
+        const std::size_t last = count - sizeof(Word);
+        const Word first_a = word_at(a, 0), first_b = word_at(b, 0), last_a = word_at(a, last),
+                   last_b = word_at(b, last);
+        if (((first_a ^ first_b) | (last_a ^ last_b)) == 0) return 0;
+        const bool at_first = first_a != first_b;
+        return in_order(at_first ? first_a : last_a) > in_order(at_first ? first_b : last_b) ? 1 : -1;
     }
     const int order = std::memcmp(a, b, count);
     return (order > 0) - (order < 0);

@@ -83,6 +83,10 @@ const std::uint16_t *find_zero16(const std::uint16_t *string) noexcept {
     return is_odd(string) ? plain::find_zero16(string) : find_zero<Words>(string);
 }
 
+std::uint32_t size16(const std::uint16_t *string) noexcept {
+    return is_odd(string) ? plain::size16(string) : size<Words>(string);
+}
+
 const std::uint16_t *find16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
     return is_odd(string) ? plain::find16(string, wanted) : find<Words>(string, wanted);
 }
@@ -132,15 +136,21 @@ int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit)
     return place < limit ? a[place] - b[place] : 0;
 }
 
-void copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
+std::uint16_t *copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
     if (is_odd(source) || !fits_in_page<sizeof(__m256i)>(source)) return plain::copy16(destination, source);
     const std::uint64_t zeros = Words::zeros(Words::load_anywhere(source));
     if (zeros == 0) return copy_long<Words>(destination, source);
     const std::size_t size = (first_of<Words>(zeros) + 1) * sizeof *source;
-    if (size >= 16) return copy_pieces<SixteenBytes>(destination, source, size);
-    if (size >= 8) return copy_pieces<std::uint64_t>(destination, source, size);
-    if (size >= 4) return copy_pieces<std::uint32_t>(destination, source, size);
-    *destination = 0;
+    if (size >= 16) {
+        copy_pieces<SixteenBytes>(destination, source, size);
+    } else if (size >= 8) {
+        copy_pieces<std::uint64_t>(destination, source, size);
+    } else if (size >= 4) {
+        copy_pieces<std::uint32_t>(destination, source, size);
+    } else {
+        *destination = 0;
+    }
+    return destination;
 }
 
 } // namespace kxstr::simd::avx2

@@ -53,8 +53,11 @@ __mmask64 zeros(Block units) noexcept {
 __mmask32 foreign(__m512i units) noexcept {
     return _mm512_cmpgt_epu16_mask(units, _mm512_set1_epi16(kLastSame));
 }
-__mmask64 foreign(Block units) noexcept {
-    return join(foreign(units.first), foreign(units.second));
+struct Foreign {
+    __mmask32 first, second;
+};
+Foreign foreign(Block units) noexcept {
+    return {foreign(units.first), foreign(units.second)};
 }
 void store(std::uint16_t *place, Block units, __mmask64 here) noexcept {
     if (here == kWhole) {
@@ -75,12 +78,12 @@ __m512i look_up32(const std::uint16_t *map, const std::uint16_t *units) noexcept
 
 // 64 values of a map, of the units that have `number` above their lowest 6 bits.
 struct Row {
-    int number = -1; // none
+    __m512i number = _mm512_set1_epi16(-1); // in all lanes; -1: none
     __m512i low = _mm512_setzero_si512(), high = _mm512_setzero_si512();
 };
 Row row_of(const std::uint16_t *map, unsigned number) noexcept {
     const std::uint16_t *const values = map + kBlock * number;
-    return {static_cast<int>(number), load(values), load(values + kHalf)};
+    return {_mm512_set1_epi16(static_cast<short>(number)), load(values), load(values + kHalf)};
 }
 
 // The rows that the blocks before needed most.
@@ -92,28 +95,33 @@ struct Rows {
 // The values of a block of which `left` are foreign; it stands at `place`, too. Inline: blocks passed through memory
 // would double the time.
 [[gnu::always_inline]] inline Block map_block(Rows &rows, const std::uint16_t *map, const std::uint16_t *place,
-                                              Block units, __mmask64 left) noexcept {
+                                              Block units, Foreign left) noexcept {
     constexpr int kMostTurns = 3;
     constexpr unsigned kScatteredTurns = 16;
     if (rows.scattered == 0) {
         const Block numbers{_mm512_srli_epi16(units.first, 6), _mm512_srli_epi16(units.second, 6)};
         Block values = units;
+        // Units that are not foreign may be looked up, too: they are what the map has for them.
         const auto look_up = [&](const Row &row) {
-            const __m512i number = _mm512_set1_epi16(static_cast<short>(row.number));
-            const __mmask32 first = _mm512_cmpeq_epi16_mask(numbers.first, number);
-            const __mmask32 second = _mm512_cmpeq_epi16_mask(numbers.second, number);
+            const __mmask32 first = _mm512_cmpeq_epi16_mask(numbers.first, row.number);
+            const __mmask32 second = _mm512_cmpeq_epi16_mask(numbers.second, row.number);
             values.first = _mm512_mask2_permutex2var_epi16(row.low, values.first, first, row.high);
             values.second = _mm512_mask2_permutex2var_epi16(row.low, values.second, second, row.high);
-            const __mmask64 found = join(first, second) & left;
-            left &= ~found;
-            return found;
+            return Foreign{first, second};
         };
-        const __mmask64 of_usual = look_up(rows.usual), of_other = look_up(rows.other);
-        if (left == 0) return values;
-        std::size_t most = count_of(of_usual), second = count_of(of_other);
+        const Foreign of_usual = look_up(rows.usual), of_other = look_up(rows.other);
+        const __mmask32 left_first = left.first & ~(of_usual.first | of_other.first);
+        const __mmask32 left_second = left.second & ~(of_usual.second | of_other.second);
+        if ((left_first | left_second) == 0) return values;
+        __mmask64 rest = join(left_first, left_second);
+        std::size_t most = count_of(join(of_usual.first, of_usual.second));
+        std::size_t second = count_of(join(of_other.first, of_other.second));
         for (int turn = 0; turn < kMostTurns; ++turn) {
-            const Row row = row_of(map, place[__builtin_ctzll(left)] / kBlock);
-            const std::size_t found = count_of(look_up(row));
+            const Row row = row_of(map, place[__builtin_ctzll(rest)] / kBlock);
+            const Foreign of_row = look_up(row);
+            const __mmask64 units_of_row = join(of_row.first, of_row.second);
+            const std::size_t found = count_of(units_of_row);
+            rest &= ~units_of_row;
             if (found > most) {
                 rows.other = rows.usual;
                 rows.usual = row;
@@ -123,7 +131,7 @@ struct Rows {
                 rows.other = row;
                 second = found;
             }
-            if (left == 0) return values;
+            if (rest == 0) return values;
         }
         rows.scattered = kScatteredTurns;
     } else {
@@ -168,8 +176,28 @@ struct Short {
 [[gnu::always_inline]] inline __m512i values_of(const Short &string, const std::uint16_t *map,
                                                 const std::uint16_t *source) noexcept {
     const __mmask32 changed = foreign(string.units) & string.live;
-    if (changed == 0) return string.units;
-    return changed <= 0xFFFF ? _mm512_inserti64x4(string.units, look_up16(map, source), 0) : look_up32(map, source);
+    __m512i values = string.units;
+    if (changed == 0) return values;
+    // An alphabet lies in one row, or in two that make a pair; what East Asia writes is scattered.
+    constexpr std::uint16_t kPastAlphabets = 0x2000;
+    const std::uint16_t first = source[__builtin_ctz(changed)];
+    if (first < kPastAlphabets) {
+        const unsigned number = first / unsigned{kBlock};
+        const auto not_of = [numbers = _mm512_srli_epi16(values, 6)](__mmask32 units, unsigned row) {
+            return _mm512_mask_cmpneq_epi16_mask(units, numbers, _mm512_set1_epi16(static_cast<short>(row)));
+        };
+        const auto look_up = [&](__mmask32 units, unsigned row) {
+            const Row of_units = row_of(map, row);
+            values = _mm512_mask2_permutex2var_epi16(of_units.low, values, units, of_units.high);
+        };
+        const __mmask32 others = not_of(changed, number);
+        if (others == 0 || not_of(others, number ^ 1) == 0) {
+            look_up(changed & ~others, number);
+            if (others != 0) look_up(others, number ^ 1);
+            return values;
+        }
+    }
+    return changed <= 0xFFFF ? _mm512_inserti64x4(values, look_up16(map, source), 0) : look_up32(map, source);
 }
 
 // ---- Writing ----
@@ -264,8 +292,9 @@ bool is_text(__m512i bytes, __mmask64 live) noexcept {
     Rows rows;
     std::size_t result = limit;
     for_blocks(source, limit, [&](Block units, const std::uint16_t *place, __mmask64 here, std::size_t done) noexcept {
-        const __mmask64 changed = foreign(units) & here;
-        const Block values = changed == 0 ? units : map_block(rows, map, place, units, changed);
+        const Foreign changed = foreign(units);
+        const bool is_same = (changed.first | changed.second) == 0;
+        const Block values = is_same ? units : map_block(rows, map, place, units, changed);
         const __mmask64 ends = zeros(values) & here;
         if (ends != 0) result = done + static_cast<std::size_t>(__builtin_ctzll(ends));
         store(destination + done, values, ends != 0 ? here & up_to_first(ends) : here);
@@ -283,8 +312,9 @@ bool is_text(__m512i bytes, __mmask64 live) noexcept {
         const __mmask64 ends = zeros(units) & here;
         const __mmask64 live = ends != 0 ? up_to_first(ends) >> 1 : here;
         length += count_of(live);
-        const __mmask64 changed = foreign(units) & live;
-        const Block values = changed == 0 ? units : map_block(rows, map, place, units, changed);
+        const Foreign changed = foreign(units);
+        const bool is_same = (changed.first | changed.second) == 0;
+        const Block values = is_same ? units : map_block(rows, map, place, units, changed);
         out = write_codes(out, values.first, static_cast<__mmask32>(live), no_code);
         out = write_codes(out, values.second, static_cast<__mmask32>(live >> kHalf), no_code);
         return ends == 0;
@@ -345,9 +375,12 @@ Progress decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const
     const auto map_waiting = [&] {
         std::uint16_t *to = destination + done.written;
         std::size_t i = 0;
-        for (; waiting - i >= kGroup; i += kGroup)
+        for (; map == nullptr && i < waiting; i += kHalf)
+            _mm512_mask_storeu_epi16(to + i, static_cast<__mmask32>(first_bits(waiting - i)), load(codes + i));
+        for (; i + kGroup <= waiting; i += kGroup)
             _mm_storeu_si128(reinterpret_cast<__m128i *>(to + i), look_up8(map, codes + i));
-        _mm_mask_storeu_epi16(to + i, static_cast<__mmask8>(first_bits(waiting - i)), look_up8(map, codes + i));
+        if (i < waiting)
+            _mm_mask_storeu_epi16(to + i, static_cast<__mmask8>(first_bits(waiting - i)), look_up8(map, codes + i));
         done.written += waiting;
         waiting = 0;
     };

@@ -79,6 +79,10 @@ const std::uint16_t *find_zero16(const std::uint16_t *string) noexcept {
     return is_odd(string) ? plain::find_zero16(string) : find_zero<Words>(string);
 }
 
+std::uint32_t size16(const std::uint16_t *string) noexcept {
+    return is_odd(string) ? plain::size16(string) : size<Words>(string);
+}
+
 const std::uint16_t *find16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
     return is_odd(string) ? plain::find16(string, wanted) : find<Words>(string, wanted);
 }
@@ -157,13 +161,14 @@ int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const Orde
     return (first & _mm256_cmplt_epu8_mask(found_a, found_b)) != 0 ? -1 : 1;
 }
 
-void copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
+std::uint16_t *copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
     if (is_odd(source) || !fits_in_page<sizeof(__m512i)>(source)) return plain::copy16(destination, source);
     const __m512i units = Words::load_anywhere(source);
     const std::uint64_t zeros = Words::zeros(units);
     if (zeros == 0) return copy_long<Words>(destination, source);
     // The bits up to the lowest one: the string and its terminator.
     _mm512_mask_storeu_epi16(destination, static_cast<__mmask32>(zeros ^ (zeros - 1)), units);
+    return destination;
 }
 
 } // namespace kxstr::simd::avx512

@@ -11,6 +11,7 @@ namespace kxstr::simd {
 
 namespace plain {
 extern const Kernels kKernels;
+Size16 size16;
 FindZero16 find_zero16;
 Find16 find16;
 Find16 find_last16;
@@ -47,6 +48,7 @@ BytesOfMapped bytes_of_mapped;
 
 namespace avx2 {
 extern const Kernels kKernels;
+Size16 size16;
 FindZero16 find_zero16;
 Find16 find16;
 Find16 find_last16;
@@ -80,6 +82,7 @@ BytesOfMapped bytes_of_mapped;
 
 namespace avx512 {
 extern const Kernels kKernels;
+Size16 size16;
 FindZero16 find_zero16;
 Find16 find16;
 Find16 find_last16;

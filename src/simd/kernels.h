@@ -44,6 +44,7 @@ struct OrderValues {
 // The kernels' types as functions: a member of the table is a pointer to one, and each family declares its form by it
 // (families.h).
 using FindZero16 = const std::uint16_t *(const std::uint16_t *string) noexcept;
+using Size16 = std::uint32_t(const std::uint16_t *string) noexcept;
 using Find16 = const std::uint16_t *(const std::uint16_t *string, std::uint16_t wanted) noexcept;
 using FindWithin16 = std::size_t(const std::uint16_t *units, std::size_t count, std::uint16_t wanted) noexcept;
 using FindSigns16 = const std::uint16_t *(const std::uint16_t *string, const Signs16 &signs) noexcept;
@@ -56,7 +57,7 @@ using Mismatch16 = std::size_t(const std::uint16_t *a, const std::uint16_t *b, s
 using Compare8 = int(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept;
 using Compare16 = int(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept;
 using OrderByValues16 = int(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values) noexcept;
-using Copy16 = void(std::uint16_t *destination, const std::uint16_t *source) noexcept;
+using Copy16 = std::uint16_t *(std::uint16_t *destination, const std::uint16_t *source) noexcept;
 
 // How far a text came: units read and written of each side's own.
 struct Progress {
@@ -188,8 +189,13 @@ using BytesOfMapped = Progress(const std::uint16_t *map, const std::uint16_t *un
 struct Kernels {
     const char *name; // plain, avx2, avx512
 
+    // What these give is what the exported functions give: the way back from them would take a third of the time that
+    // a short string takes.
+    Size16 *size16; // bytes before the terminator, modulo 2^32
+    Find16 *find16; // the first `wanted` before the terminator, or null
+    Copy16 *copy16; // copies a string with its terminator; the two may overlap. The destination
+
     FindZero16 *find_zero16;     // the terminator
-    Find16 *find16;              // the first `wanted`, or the terminator
     Find16 *find_last16;         // the last `wanted` before the terminator, or null
     FindWithin16 *find_within16; // units before the first `wanted`, or all `count`
     FindSigns16 *find_signs16;   // the first place with the signs, all of them before the terminator, or null
@@ -211,8 +217,6 @@ struct Kernels {
     // the plain form; in the others for strings without such values, and where up to these a unit has no value, two
     // mean something together, or the way is long.
     OrderByValues16 *order_by_values16;
-
-    Copy16 *copy16; // a string with its terminator; the two may overlap
 
     // Document streams.
     // The first code that is the terminator, or neither one below 0xD0 nor an extended character.
@@ -239,7 +243,7 @@ struct Kernels {
     // a missing one, others as two, the high byte first. Works in place.
     EncodeUnits *encode_units;
     // Codes of one byte, or of two, the first of which has 0x80 in `leads` (256 entries, 0 below 0x80); a first byte
-    // without a second at the end is left. 0 is not among the bytes.
+    // without a second at the end is left. 0 is not among the bytes. Without a map the codes stay what they are.
     DecodePairs *decode_pairs;
 
     // Letter case. The units before the terminator of `from`, at most `limit` of them, go to `to`, each as the map has
@@ -272,6 +276,7 @@ struct Kernels {
 // library gets that only together with something that is needed.
 #pragma GCC visibility push(hidden)
 extern constinit const Kernels *chosen_kernels;
+extern constinit bool has_vectors; // whether these are not the plain ones
 #pragma GCC visibility pop
 
 // The best family that the processor can run. KXSTR_KERNELS in the environment names another one (one of available())

@@ -4,8 +4,10 @@ namespace kxstr::simd::plain {
 
 constinit const Kernels kKernels{
     .name = "plain",
-    .find_zero16 = find_zero16,
+    .size16 = size16,
     .find16 = find16,
+    .copy16 = copy16,
+    .find_zero16 = find_zero16,
     .find_last16 = find_last16,
     .find_within16 = find_within16,
     .find_signs16 = find_signs16,
@@ -17,7 +19,6 @@ constinit const Kernels kKernels{
     .compare8_caseless = compare8_caseless,
     .compare16 = compare16,
     .order_by_values16 = order_by_values16,
-    .copy16 = copy16,
     .skip_characters = skip_characters,
     .filter_stream = filter_stream,
     .narrow_stream = narrow_stream,

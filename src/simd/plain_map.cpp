@@ -46,7 +46,7 @@ Progress decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const
             code = code << 8 | source[++done.read];
         }
         ++done.read;
-        destination[done.written++] = map[code];
+        destination[done.written++] = map != nullptr ? map[code] : static_cast<std::uint16_t>(code);
     }
     return done;
 }

@@ -35,10 +35,14 @@ const std::uint16_t *find_zero16(const std::uint16_t *string) noexcept {
     return string;
 }
 
+std::uint32_t size16(const std::uint16_t *string) noexcept {
+    return static_cast<std::uint32_t>(find_zero16(string) - string) * std::uint32_t{sizeof *string};
+}
+
 const std::uint16_t *find16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
     while (*string != 0 && *string != wanted)
         ++string;
-    return string;
+    return *string != 0 ? string : nullptr;
 }
 
 const std::uint16_t *find_last16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
@@ -97,9 +101,10 @@ int order_by_values16(const std::uint16_t *, const std::uint16_t *, const OrderV
     return 0;
 }
 
-void copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
+std::uint16_t *copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
     const auto length = static_cast<std::size_t>(find_zero16(source) - source);
     std::memmove(destination, source, (length + 1) * sizeof *source);
+    return destination;
 }
 
 } // namespace kxstr::simd::plain

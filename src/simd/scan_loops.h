@@ -114,14 +114,28 @@ template <class Lanes> const typename Lanes::Unit *find_zero(const typename Lane
     return hits != 0 ? string + first_of<Lanes>(hits) : find_zero_far<Lanes>(string);
 }
 
+template <class Lanes> [[gnu::noinline]] std::uint32_t size_far(const typename Lanes::Unit *string) noexcept {
+    return static_cast<std::uint32_t>(address(find_zero_far<Lanes>(string)) - address(string));
+}
+
+template <class Lanes> std::uint32_t size(const typename Lanes::Unit *string) noexcept {
+    if (!fits_in_page<sizeof(typename Lanes::Vector)>(string)) return size_far<Lanes>(string);
+    const std::uint64_t hits = Lanes::zeros(Lanes::load_anywhere(string));
+    return hits != 0 ? static_cast<std::uint32_t>(first_of<Lanes>(hits) * sizeof *string) : size_far<Lanes>(string);
+}
+
+template <class Unit> const Unit *unless_end(const Unit *found) noexcept {
+    return *found != 0 ? found : nullptr;
+}
+
 template <class Lanes>
 [[gnu::noinline]] const typename Lanes::Unit *find_far(const typename Lanes::Unit *string,
                                                        typename Lanes::Unit wanted) noexcept {
     const auto sought = Lanes::all(wanted);
-    return scan<Lanes>(string, kNoEnd, [sought](const void *block) {
+    return unless_end(scan<Lanes>(string, kNoEnd, [sought](const void *block) {
         const auto units = Lanes::load(block);
         return Lanes::without(units, units, sought);
-    });
+    }));
 }
 
 template <class Lanes>
@@ -129,7 +143,7 @@ const typename Lanes::Unit *find(const typename Lanes::Unit *string, typename La
     if (!fits_in_page<sizeof(typename Lanes::Vector)>(string)) return find_far<Lanes>(string, wanted);
     const auto units = Lanes::load_anywhere(string);
     const std::uint64_t hits = Lanes::zeros(Lanes::without(units, units, Lanes::all(wanted)));
-    return hits != 0 ? string + first_of<Lanes>(hits) : find_far<Lanes>(string, wanted);
+    return hits != 0 ? unless_end(string + first_of<Lanes>(hits)) : find_far<Lanes>(string, wanted);
 }
 
 template <class Lanes>
@@ -318,9 +332,11 @@ template <class Lanes>
     return place < limit ? a[place] - b[place] : 0;
 }
 
-template <class Lanes> void copy_long(typename Lanes::Unit *destination, const typename Lanes::Unit *source) noexcept {
-    const auto length = static_cast<std::size_t>(scan<Lanes>(source, kNoEnd, Lanes::load) - source);
-    __builtin_memmove(destination, source, (length + 1) * sizeof *source);
+template <class Lanes>
+typename Lanes::Unit *copy_long(typename Lanes::Unit *destination, const typename Lanes::Unit *source) noexcept {
+    const std::uintptr_t size = address(find_zero_far<Lanes>(source) + 1) - address(source);
+    __builtin_memmove(destination, source, size);
+    return destination;
 }
 
 } // namespace

@@ -86,8 +86,9 @@ std::size_t most_bytes(Kind kind) noexcept {
     return kind == Kind::single_byte ? 1 : kind == Kind::utf8 ? 3 : 2;
 }
 
-simd::Progress read_codes(const Converter &converter, std::span<const std::uint8_t> bytes,
-                          std::uint16_t *units) noexcept {
+// Where there is no table for it.
+simd::Progress read_exact_codes(const Converter &converter, std::span<const std::uint8_t> bytes,
+                                std::uint16_t *units) noexcept {
     simd::Progress done{0, 0};
     while (done.read < bytes.size()) {
         const std::uint8_t byte = bytes[done.read];
@@ -98,15 +99,29 @@ simd::Progress read_codes(const Converter &converter, std::span<const std::uint8
             if (bytes[done.read + 1] < kFirstTrailByte) break;
             code = code << 8 | bytes[done.read + 1];
         }
-        units[done.written] = static_cast<std::uint16_t>(code);
-        if (converter.exact) {
-            units[done.written] = unit_of_code(converter.from.page, static_cast<std::uint16_t>(code));
-            if (units[done.written] == KX_NONE) break;
-        }
+        units[done.written] = unit_of_code(converter.from.page, static_cast<std::uint16_t>(code));
+        if (units[done.written] == KX_NONE) break;
         ++done.written;
         done.read += size;
     }
     return done;
+}
+
+// Units of 16 bits as bytes in an order of their own, many at a time; the two do not overlap.
+void copy_units(const void *from, std::size_t count, ByteOrder order, void *to) noexcept {
+    std::memcpy(to, from, 2 * count);
+    if (order == kOwnOrder) return;
+    auto *const bytes = static_cast<std::uint8_t *>(to);
+    for (std::size_t i = 0; i < count; ++i)
+        std::swap(bytes[2 * i], bytes[2 * i + 1]);
+}
+
+std::size_t before_surrogate(std::span<const std::uint16_t> units) noexcept {
+    std::size_t done = 0;
+    for (;; ++done) { // what lies above them is rare
+        done += simd::kernels().outside16(units.data() + done, units.size() - done, 0, 0xD7FF);
+        if (done == units.size() || is_surrogate(units[done])) return done;
+    }
 }
 
 // The plain units at the start of some bytes, at most kBlock bytes.
@@ -119,19 +134,17 @@ simd::Progress read_units(const Converter &converter, std::span<const std::uint8
         return {done, done};
     }
     case Kind::double_byte: {
-        if (converter.units_of_codes == nullptr) return read_codes(converter, bytes, units);
+        // A second byte that is too low makes a code without a character, at which the translation stops.
+        if (converter.exact && converter.units_of_codes == nullptr) return read_exact_codes(converter, bytes, units);
         return kernels.decode_pairs(converter.units_of_codes, converter.leads, bytes.data(), bytes.size(), units);
     }
     case Kind::utf8: return kernels.units_of_utf8(bytes.data(), bytes.size(), units);
     case Kind::utf16:
     case Kind::kx: break;
     }
-    const bool pairs = converter.from.kind == Kind::utf16;
-    std::size_t done = 0;
-    for (; done < bytes.size() / 2; ++done) {
-        units[done] = load_unit(&bytes[2 * done], converter.from.order);
-        if (pairs && is_surrogate(units[done])) break;
-    }
+    std::size_t done = bytes.size() / 2;
+    copy_units(bytes.data(), done, converter.from.order, units);
+    if (converter.from.kind == Kind::utf16) done = before_surrogate({units, done});
     return {2 * done, done};
 }
 
@@ -173,10 +186,8 @@ simd::Progress write_units(const Converter &converter, std::span<const std::uint
         }
         return {done, done};
     }
-    for (; done < units.size(); ++done) {
-        if (units[done] == KX_NONE && !converter.same) break;
-        store_unit(units[done], bytes + 2 * done, converter.to.order);
-    }
+    done = converter.same ? units.size() : kernels.find_within16(units.data(), units.size(), KX_NONE);
+    copy_units(units.data(), done, converter.to.order, bytes);
     return {done, 2 * done};
 }
 
@@ -203,8 +214,13 @@ std::uint16_t compose(std::uint16_t letter, std::uint16_t mark) noexcept {
 
 // How many of the units are plain: up to a letter with a mark, or one that what follows may give a mark.
 std::size_t count_plain(std::span<const std::uint16_t> units, bool more_follows) noexcept {
-    const auto before = static_cast<std::size_t>(std::ranges::find_if(units, is_mark) - units.begin());
-    if (before < units.size()) return before == 0 ? 0 : before - 1;
+    bool has_mark = false;
+    for (const std::uint16_t unit : units) // to the end, as the compiler makes vectors of it
+        has_mark |= is_mark(unit);
+    if (has_mark) {
+        const auto before = static_cast<std::size_t>(std::ranges::find_if(units, is_mark) - units.begin());
+        return before == 0 ? 0 : before - 1;
+    }
     return more_follows && !units.empty() && is_base(units.back()) ? units.size() - 1 : units.size();
 }
 

@@ -11,6 +11,9 @@
 #include "tables/unicode_map.h"
 
 namespace kxstr::unicode {
+
+constinit UnicodeMaps maps_to_kx{}, maps_from_kx{};
+
 namespace {
 
 KxChar find_pair(std::uint16_t unit) noexcept {
@@ -39,13 +42,8 @@ std::uint16_t from_table_set(std::uint8_t set, std::uint8_t index, std::uint32_t
     return index < values.size() ? values[index] : kNone;
 }
 
-// A map of every unit for each code page that a direction depends on.
-constexpr std::size_t kUnicodeMaps = 8;
-constinit MapCache<std::uint32_t, kUnicodeMaps> maps_to_kx{}, maps_from_kx{};
-
 template <class Convert>
-const std::uint16_t *find_map(MapCache<std::uint32_t, kUnicodeMaps> &maps, std::uint32_t ansi_code_page,
-                              Convert convert) noexcept {
+const std::uint16_t *find_map(UnicodeMaps &maps, std::uint32_t ansi_code_page, Convert convert) noexcept {
     return maps.find(
         ansi_code_page, [] { return true; },
         [&](auto &values) {
@@ -55,8 +53,9 @@ const std::uint16_t *find_map(MapCache<std::uint32_t, kUnicodeMaps> &maps, std::
 }
 
 template <class Convert>
-std::size_t convert_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
-                          std::uint16_t *destination, std::uint32_t ansi_code_page, Convert convert) noexcept {
+std::size_t convert_units(UnicodeMaps &maps, const std::uint16_t *source, std::size_t limit, std::uint16_t *destination,
+                          std::uint32_t ansi_code_page, Convert convert) noexcept {
+    const std::uint16_t *const map = find_map(maps, ansi_code_page, convert);
     if (map != nullptr) return simd::kernels().map_units(map, source, limit, destination);
     std::size_t done = 0;
     while (done < limit && (destination[done] = convert(source[done], ansi_code_page)) != 0)
@@ -103,16 +102,13 @@ std::uint16_t from_kx(KxChar ch, std::uint32_t ansi_code_page) noexcept {
 std::size_t to_kx(const std::uint16_t *source, std::size_t limit, KxChar *destination) noexcept {
     constexpr ConvertUnit *convert = to_kx;
     const std::uint32_t ansi_code_page = platform::ansi_code_page();
-    // Without a double-byte rule the code page does not matter.
-    const std::uint32_t key = codepage::has_double_byte_rule(ansi_code_page) ? ansi_code_page : 0;
-    return convert_units(find_map(maps_to_kx, key, convert), source, limit, destination, key, convert);
+    return convert_units(maps_to_kx, source, limit, destination, ansi_code_page, convert);
 }
 
 std::size_t from_kx(const KxChar *source, std::size_t limit, std::uint16_t *destination) noexcept {
     constexpr ConvertUnit *convert = from_kx;
     const std::uint32_t ansi_code_page = platform::ansi_code_page();
-    return convert_units(find_map(maps_from_kx, ansi_code_page, convert), source, limit, destination, ansi_code_page,
-                         convert);
+    return convert_units(maps_from_kx, source, limit, destination, ansi_code_page, convert);
 }
 
 } // namespace kxstr::unicode

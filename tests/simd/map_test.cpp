@@ -126,9 +126,10 @@ TEST_F(Maps, UnitsToCodes) {
 TEST_F(Maps, Pairs) {
     against_plain<std::uint8_t>([&](const Kernels &family, std::uint8_t *source, std::size_t count) {
         Units expected(count);
-        const Progress done = plain.decode_pairs(map.data(), leads.data(), source, count, expected.data());
+        const std::uint16_t *const values = count % 4 != 0 ? map.data() : nullptr;
+        const Progress done = plain.decode_pairs(values, leads.data(), source, count, expected.data());
         auto *const result = reinterpret_cast<std::uint16_t *>(results.end()) - done.written;
-        const Progress found = family.decode_pairs(map.data(), leads.data(), source, count, result);
+        const Progress found = family.decode_pairs(values, leads.data(), source, count, result);
         ASSERT_EQ(found.read, done.read) << count;
         ASSERT_EQ(found.written, done.written) << count;
         ASSERT_TRUE(std::equal(result, result + done.written, expected.begin())) << count;

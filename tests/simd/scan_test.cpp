@@ -1,8 +1,11 @@
 // The scans of every family that this processor can run, against the plain ones.
 #include <gtest/gtest.h>
+#include <kxstr/prim.h>
+#include <kxstr/strops.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <random>
 #include <string>
 
@@ -92,6 +95,7 @@ class Scan : public testing::TestWithParam<const Kernels *> {
     // `count` with the terminator.
     void check_strings(const std::uint16_t *a, std::size_t count, std::size_t limit, std::uint16_t wanted) {
         ASSERT_EQ(family.find_zero16(a), a + count - 1);
+        ASSERT_EQ(family.size16(a), (count - 1) * sizeof *a);
         ASSERT_EQ(family.find16(a, wanted), plain.find16(a, wanted));
         ASSERT_EQ(family.find_last16(a, wanted), plain.find_last16(a, wanted));
         const std::uint16_t *const b = changed_copy(a, count);
@@ -115,8 +119,7 @@ class Scan : public testing::TestWithParam<const Kernels *> {
         ASSERT_EQ(family.compare16(a, b, limit), plain.compare16(a, b, limit));
         auto *const room = reinterpret_cast<std::uint16_t *>(destination.end()) - count;
         std::fill_n(room - 64, 64 + count, std::uint16_t{0xA5A5});
-        family.copy16(room, a);
-        ASSERT_TRUE(std::equal(a, a + count, room) && room[-1] == 0xA5A5);
+        ASSERT_TRUE(family.copy16(room, a) == room && std::equal(a, a + count, room) && room[-1] == 0xA5A5);
     }
 
     void check_strings(const std::uint8_t *a, std::size_t count, std::size_t limit, std::uint8_t wanted) {
@@ -126,6 +129,12 @@ class Scan : public testing::TestWithParam<const Kernels *> {
         b[random() % count] = wanted;
         b[count - 1] = 0;
         ASSERT_EQ(family.compare8_caseless(a, b, limit), plain.compare8_caseless(a, b, limit));
+        // These look at 32 bytes before they ask a kernel; none other than those of the process.
+        const char *const text = reinterpret_cast<const char *>(a), *const other = reinterpret_cast<const char *>(b);
+        ASSERT_EQ(wstrlen(text), std::strlen(text));
+        ASSERT_EQ(wstrchr(text, wanted), wanted != 0 ? std::strchr(text, wanted) : nullptr);
+        ASSERT_EQ(wstrcmp(text, other), plain.compare8(a, b, SIZE_MAX));
+        ASSERT_EQ(w_stricmp(text, other), plain.compare8_caseless(a, b, SIZE_MAX));
     }
 
     // Around the units is what would be found if a kernel looked there.

@@ -21,7 +21,7 @@ ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const T
     : from_(from),
       to_(to),
       text_page_(pages.text),
-      transform_(transform),
+      transform_(transform != nullptr ? std::optional(*transform) : std::nullopt),
       direct_(transform == nullptr && !decoder && !is_kx_encoding(to)
                   ? Converter::make(from, to, pages.text, pages.written)
                   : nullptr),
@@ -101,7 +101,7 @@ ChunkConverter::Piece ChunkConverter::decode(const Chunk &chunk, bool placed) {
     units_.clear();
     units_.placed = placed;
     Decoder::Result result = decoder_->decode(chunk, units_);
-    if (transform_ == nullptr) return {result, units_.chars.size()};
+    if (!transform_) return {result, units_.chars.size()};
     const bool next_follows = !chunk.last && result.bad_length == 0;
     if (next_follows && !units_.chars.empty() && transform_->joins_next(units_.chars.back())) {
         if (!placed) return decode(chunk, true);

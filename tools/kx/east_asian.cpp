@@ -9,6 +9,7 @@
 #include "core/kx_char.h"
 #include "files.h"
 #include "letters/width.h"
+#include "unit_table.h"
 
 namespace kx {
 namespace {
@@ -100,52 +101,114 @@ bool may_take_mark(KxChar ch) {
     return is_half_width(ch) && ch != kxstr::letters::kVoicingMark && ch != kxstr::letters::kHalfVoicingMark;
 }
 
-// A NUL of the text stays: the form tables take character 0 for a kana that lacks its half-width form.
-template <class Change> void change_each(DecodedText &units, Change change) {
-    for (KxChar &ch : units.chars) {
-        if (ch != 0) ch = change(ch);
-    }
-}
+using Change = std::function<KxChar(KxChar)>;
 
-template <class Change> Transform each(Change change) {
-    return {[=](DecodedText &units) { change_each(units, change); }, never_joins};
+// All units by one table. A NUL of the text stays: the form tables take character 0 for a kana that lacks its
+// half-width form.
+class EachChange {
+  public:
+    explicit EachChange(const Change &change) : change_(change), table_(change) {}
+
+    void operator()(std::span<KxChar> units) {
+        for (std::size_t done = 0; done < units.size();) {
+            done += table_.translate(units.subspan(done), &units[done]);
+            if (done == units.size()) break;
+            units[done] = change_(units[done]);
+            ++done;
+        }
+    }
+
+  private:
+    Change change_;
+    UnitTable table_;
+};
+
+Transform each(const Change &change) {
+    return {[apply = EachChange(change)](DecodedText &units) mutable { apply(units.chars); }, never_joins};
 }
 
 std::uint32_t place_of(const DecodedText &units, std::size_t at) {
     return units.placed ? units.places[at] : 0;
 }
 
-// Double width, with the sound mark behind a half-width katakana taken into it.
-void widen(DecodedText &units, bool only_half_width) {
-    DecodedText wide;
-    wide.placed = units.placed;
-    for (std::size_t at = 0; at < units.chars.size(); ++at) {
-        KxChar ch = units.chars[at];
-        const std::uint32_t place = place_of(units, at);
-        if (ch != 0 && (is_half_width(ch) || !only_half_width)) {
-            const bool has_next = at + 1 < units.chars.size();
-            KxChar next = has_next ? units.chars[at + 1] : KxChar{0};
-            const KxChar before = next;
-            ch = wtodouble(ch, has_next ? &next : nullptr);
-            if (next != before) ++at;
+// Units that do not all become one unit each. `value` gives what one becomes that does, KX_NONE for another;
+// rest(units, at, to) writes that, leaves `at` at the last unit that it took, and tells for how many it wrote.
+class Rewriter {
+  public:
+    explicit Rewriter(const Change &value) : table_(value) {}
+
+    template <class Rest> void rewrite(DecodedText &units, Rest rest) {
+        const std::span<const KxChar> from = units.chars;
+        DecodedText &result = result_; // whose memory lives on
+        result.clear();
+        result.placed = units.placed;
+        for (std::size_t at = 0; at < from.size(); ++at) {
+            KxChar *const to = result.grow(from.size() - at);
+            const std::size_t done = table_.translate(from.subspan(at), to);
+            result.chars.resize(result.chars.size() - (from.size() - at) + done);
+            for (std::size_t i = at; units.placed && i < at + done; ++i)
+                result.places.push_back(units.places[i]);
+            at += done;
+            if (at < from.size()) rest(result, at);
         }
-        wide.add(ch, place);
+        std::swap(units, result);
     }
-    units = std::move(wide);
-}
+
+  private:
+    UnitTable table_;
+    DecodedText result_;
+};
+
+// Double width, with the sound mark behind a half-width katakana taken into it.
+class Widen {
+  public:
+    explicit Widen(bool only_half_width)
+        : rewriter_([=](KxChar ch) {
+              if (is_half_width(ch)) return KX_NONE;
+              return only_half_width ? ch : wtodouble(ch, nullptr);
+          }),
+          only_half_width_(only_half_width) {}
+
+    void operator()(DecodedText &units) {
+        rewriter_.rewrite(units, [&](DecodedText &wide, std::size_t &at) {
+            KxChar ch = units.chars[at];
+            const std::uint32_t place = place_of(units, at);
+            if (is_half_width(ch) || !only_half_width_) {
+                const bool has_next = at + 1 < units.chars.size();
+                KxChar next = has_next ? units.chars[at + 1] : KxChar{0};
+                const KxChar before = next;
+                ch = wtodouble(ch, has_next ? &next : nullptr);
+                if (next != before) ++at;
+            }
+            wide.add(ch, place);
+        });
+    }
+
+  private:
+    Rewriter rewriter_;
+    bool only_half_width_;
+};
 
 // Single width, with the sound mark of a katakana behind it.
-void narrow(DecodedText &units) {
-    DecodedText single;
-    single.placed = units.placed;
-    for (std::size_t at = 0; at < units.chars.size(); ++at) {
-        KxChar mark = 0;
-        const KxChar ch = units.chars[at];
-        single.add(ch != 0 ? wtosingle(ch, &mark) : ch, place_of(units, at));
-        if (mark != 0) single.add(mark, place_of(units, at));
+class Narrow {
+  public:
+    void operator()(DecodedText &units) {
+        rewriter_.rewrite(units, [&](DecodedText &single, std::size_t at) {
+            KxChar mark = 0;
+            single.add(wtosingle(units.chars[at], &mark), place_of(units, at));
+            if (mark != 0) single.add(mark, place_of(units, at));
+        });
     }
-    units = std::move(single);
-}
+
+  private:
+    static KxChar alone(KxChar ch) {
+        KxChar mark = 0;
+        const KxChar single = wtosingle(ch, &mark);
+        return mark == 0 ? single : KX_NONE;
+    }
+
+    Rewriter rewriter_{alone};
+};
 
 std::optional<Transform> case_transform(const std::string &action, const Country &) {
     if (action == "upper") return each([](KxChar ch) { return wtoupper(ch); });
@@ -154,12 +217,13 @@ std::optional<Transform> case_transform(const std::string &action, const Country
 }
 
 std::optional<Transform> width_transform(const std::string &action, const Country &country) {
-    if (action == "double") return Transform{[](DecodedText &units) { widen(units, false); }, may_take_mark};
-    if (action == "single") return Transform{narrow, never_joins};
+    if (action == "double") return Transform{Widen(false), may_take_mark};
+    if (action == "single") return Transform{Narrow(), never_joins};
     if (action == "hiragana") {
-        const auto to_hiragana = [mode = country.hiragana](DecodedText &units) {
-            widen(units, true);
-            change_each(units, [=](KxChar ch) { return wtoall(mode, ch); });
+        const Change form = [mode = country.hiragana](KxChar ch) { return wtoall(mode, ch); };
+        const auto to_hiragana = [widen = Widen(true), apply = EachChange(form)](DecodedText &units) mutable {
+            widen(units);
+            apply(units.chars);
         };
         return Transform{to_hiragana, may_take_mark};
     }

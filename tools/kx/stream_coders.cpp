@@ -31,30 +31,15 @@ Decoder::Result end_of_stream(const Chunk &chunk, std::size_t at) {
 
 namespace {
 
-class StreamDecoder final : public Decoder {
+class StreamDecoder final : public CodeDecoder {
   public:
     explicit StreamDecoder(bool with_codes) : with_codes_(with_codes) {}
 
-    Result decode(const Chunk &chunk, DecodedText &units) override {
-        std::size_t at = 0;
-        while (at < chunk.bytes.size()) {
-            if (chunk.bytes[at] == 0) return end_of_stream(chunk, at);
-            const auto code = stream_code(chunk, at);
-            if (!code) return {at, 0};
-            if (code->fault != nullptr) return {at, 1};
-            const auto unit = unit_of_stream_code(chunk.bytes.subspan(at, code->size), with_codes_);
-            if (unit) units.add(*unit, at);
-            at += code->size;
-        }
-        return {chunk.bytes.size(), 0};
-    }
-
-    // Codes that give nothing may lie between a character and the next.
-    std::size_t length(const Chunk &chunk, std::size_t place, std::size_t) const override {
-        return stream_code(chunk, place)->size;
-    }
-
   private:
+    std::optional<KxChar> unit_of(std::span<const std::uint8_t> code) override {
+        return unit_of_stream_code(code, with_codes_);
+    }
+
     bool with_codes_;
 };
 

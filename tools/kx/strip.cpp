@@ -34,29 +34,12 @@ constexpr Usage kUsageText{
 };
 
 // Strips code by code, so that each character is known by its place.
-class StripDecoder final : public Decoder {
+class StripDecoder final : public CodeDecoder {
   public:
     StripDecoder(std::uint32_t flags, bool with_codes) : flags_(flags), with_codes_(with_codes) {}
 
-    Result decode(const Chunk &chunk, DecodedText &units) override {
-        std::size_t at = 0;
-        while (at < chunk.bytes.size()) {
-            if (chunk.bytes[at] == 0) return end_of_stream(chunk, at);
-            const auto code = stream_code(chunk, at);
-            if (!code) return {at, 0};
-            if (code->fault != nullptr) return {at, 1};
-            if (const auto unit = strip(chunk.bytes.subspan(at, code->size))) units.add(*unit, at);
-            at += code->size;
-        }
-        return {chunk.bytes.size(), 0};
-    }
-
-    std::size_t length(const Chunk &chunk, std::size_t place, std::size_t) const override {
-        return stream_code(chunk, place)->size;
-    }
-
   private:
-    std::optional<KxChar> strip(std::span<const std::uint8_t> code) {
+    std::optional<KxChar> unit_of(std::span<const std::uint8_t> code) override {
         code_.assign(code.begin(), code.end());
         code_.push_back(0);
         std::array<std::uint8_t, 8> kept{}; // no code that can be kept is longer

@@ -8,10 +8,11 @@
 #include "platform/system.h"
 
 namespace kxstr::platform {
-namespace {
 
 constinit KxPlatformSettings settings{1252, 437, 0, 0x0409, 0x0409, {}};
 constinit Origins settings_origins{};
+
+namespace {
 
 // Null, too, in a process with more rights than the user who started it: that user chooses the environment.
 const char *read_variable(const char *name) noexcept {
@@ -29,14 +30,8 @@ const char *read_variable(const char *name) noexcept {
 
 } // namespace
 
-std::uint32_t ansi_code_page() noexcept {
-    return settings.ansi_code_page;
-}
 std::uint32_t oem_code_page() noexcept {
     return settings.oem_code_page;
-}
-bool is_double_byte_system() noexcept {
-    return settings.double_byte != 0;
 }
 std::uint16_t system_language() noexcept {
     return settings.system_language;

@@ -1,9 +1,24 @@
 // The settings in force.
 #pragma once
 
+#include <cstdint>
+#include <kxstr/platform.h>
+
 namespace kxstr::platform {
 
-// The path of the settings file, empty for none: the live store, which the next KxPlatformSet changes.
+// The live store. Hidden, and asked in place where a call for one character asks.
+#pragma GCC visibility push(hidden)
+extern constinit KxPlatformSettings settings;
+#pragma GCC visibility pop
+
+inline std::uint32_t ansi_code_page() noexcept {
+    return settings.ansi_code_page;
+}
+inline bool is_double_byte_system() noexcept {
+    return settings.double_byte != 0;
+}
+
+// The path of the settings file, empty for none: part of the store, which the next KxPlatformSet changes.
 const char *settings_file() noexcept;
 
 } // namespace kxstr::platform
