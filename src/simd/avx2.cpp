@@ -16,7 +16,7 @@ constinit const Kernels kKernels{
     .compare8 = compare8,
     .compare8_caseless = compare8_caseless,
     .compare16 = compare16,
-    .order_by_values16 = plain::order_by_values16,
+    .order_by_values16 = order_by_values16,
     .copy16 = copy16,
     .skip_characters = skip_characters,
     .filter_stream = filter_stream,
