@@ -14,6 +14,9 @@ struct Lanes {
     static Vector load_anywhere(const void *place) noexcept {
         return _mm256_loadu_si256(static_cast<const Vector *>(place));
     }
+    static void store_anywhere(void *place, Vector units) noexcept {
+        _mm256_storeu_si256(static_cast<Vector *>(place), units);
+    }
     static std::uint64_t mask(Vector lanes) noexcept { return static_cast<std::uint32_t>(_mm256_movemask_epi8(lanes)); }
 };
 

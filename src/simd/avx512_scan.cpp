@@ -13,6 +13,7 @@ struct Lanes {
     static constexpr unsigned kBits = 1;
     static Vector load(const void *block) noexcept { return _mm512_load_si512(block); }
     static Vector load_anywhere(const void *place) noexcept { return _mm512_loadu_si512(place); }
+    static void store_anywhere(void *place, Vector units) noexcept { _mm512_storeu_si512(place, units); }
 };
 
 struct Bytes : Lanes {

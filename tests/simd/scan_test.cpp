@@ -112,6 +112,13 @@ class Scan : public testing::TestWithParam<const Kernels *> {
         std::fill_n(room - 64, 64 + count, std::uint16_t{0xA5A5});
         family.copy16(room, a);
         ASSERT_TRUE(std::equal(a, a + count, room) && room[-1] == 0xA5A5);
+        // Down, by so little that both overlap or by more; the string ends at the end of its page.
+        auto *const moved = reinterpret_cast<std::uint16_t *>(other_memory.end()) - count;
+        std::copy_n(a, count, moved);
+        auto *const below = moved - 1 - random() % 300;
+        below[-1] = 0xA5A5;
+        family.copy16(below, moved);
+        ASSERT_TRUE(std::equal(a, a + count, below) && below[-1] == 0xA5A5);
     }
 
     void check_strings(const std::uint8_t *a, std::size_t count, std::size_t limit, std::uint8_t wanted) {
