@@ -1,7 +1,6 @@
 #include "codepage/country.h"
 
 #include <array>
-#include <atomic>
 #include <cstddef>
 #include <kxstr/codepage.h>
 
@@ -20,9 +19,6 @@ constexpr std::array<UsualCodePages, 7> kUsualCodePages{{
     {710, 1256}, // Arabic
     {862, 1255}, // Hebrew
 }};
-
-constexpr std::uint8_t kUndecided = 0xFF;
-constinit std::atomic<std::uint8_t> decided_country{kUndecided};
 
 constexpr std::uint8_t kDefaultCharacterSet = 1;
 constexpr std::uint8_t kGb2312CharacterSet = 134;

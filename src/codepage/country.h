@@ -1,6 +1,7 @@
 // The country of the system, which chooses East Asian tables and code page defaults.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 namespace kxstr::codepage {
@@ -14,6 +15,10 @@ enum Country : std::uint8_t {
     kArabic = 5,
     kHebrew = 6,
 };
+
+// As it is known, without a call.
+inline constexpr std::uint8_t kUndecided = 0xFF;
+inline constinit std::atomic<std::uint8_t> decided_country{kUndecided};
 
 // Worked out at the first call, then kept for the life of the process. One of Country.
 std::uint8_t country_id() noexcept;

@@ -48,6 +48,11 @@ bool counts(std::uint32_t flag) noexcept {
     return low16(flag) != 0;
 }
 
+// Only a leading code is skipped, and only one.
+const KxChar *behind_leading_code(const KxChar *text) noexcept {
+    return is_code(*text) ? text + 1 : text;
+}
+
 // ---- Letters ----
 
 // One of the strings while contractions are looked for.
@@ -106,17 +111,10 @@ int decide(Weight a, Weight b, LowerLevels lower, const Weights &weights, bool c
     return lower.result(case_counts);
 }
 
-// By the first level alone; 0 where that is not quickly told.
-int order_by_values(const KxChar *a, const KxChar *b, const Weights &weights) noexcept {
-    return simd::kernels().order_by_values16(a, b, weights.order_values());
-}
-
 // From where no contraction reaches over from before.
 template <bool contractions>
 [[gnu::noinline]] int compare_letters_from(const KxChar *a, const KxChar *b, const Weights &weights,
                                            std::uint32_t case_flag) noexcept {
-    // Strings that differ first in a letter's case or diacritic mostly differ at the first level further on.
-    if (const int order = contractions ? 0 : order_by_values(a, b, weights); order != 0) return order;
     LowerLevels lower;
     for (;;) {
         if constexpr (contractions) {
@@ -138,8 +136,6 @@ template <bool contractions>
 template <bool contractions>
 [[gnu::noinline]] int compare_letters_alike(const KxChar *a, const KxChar *b, const Weights &weights,
                                             std::uint32_t case_flag) noexcept {
-    // Before it asks who contracts; where nobody does, to look where the strings differ takes less.
-    if (const int order = contractions ? order_by_values(a, b, weights) : 0; order != 0) return order;
     std::size_t alike = common_start(a, b);
     const Weight weight_a = weights[a[alike]];
     const Weight weight_b = weights[b[alike]];
@@ -158,16 +154,37 @@ template <bool contractions>
 }
 
 template <bool contractions>
-[[gnu::noinline]] int compare_letters(const KxChar *a, const KxChar *b, const Weights &weights,
-                                      std::uint32_t case_flag) noexcept {
+int go_on_with_letters(const KxChar *a, const KxChar *b, const simd::OrderValues &values, std::uint32_t case_flag,
+                       std::uint32_t) noexcept {
+    return compare_letters_alike<contractions>(a, b, static_cast<const Weights &>(values), case_flag);
+}
+
+template <bool contractions>
+[[gnu::noinline]] int compare_rare_letters(const KxChar *a, const KxChar *b, const Weights &weights,
+                                           std::uint32_t case_flag) noexcept {
+    return compare_letters_alike<contractions>(behind_leading_code(a), behind_leading_code(b), weights, case_flag);
+}
+
+template <bool contractions>
+int compare_letters(const KxChar *a, const KxChar *b, const simd::OrderValues &values, std::uint32_t case_flag,
+                    std::uint32_t kana_flag) noexcept {
+    const Weights &weights = static_cast<const Weights &>(values);
+    const KxChar first_a = *a, first_b = *b;
+    if (!Weights::has_all(first_a, first_b)) [[unlikely]]
+        return compare_rare_letters<contractions>(a, b, weights, case_flag);
+    const Weight weight_a = weights.tabulated(first_a);
+    const Weight weight_b = weights.tabulated(first_b);
     std::uint32_t contracts = 0;
     if constexpr (contractions) {
-        if (*a == *b) return compare_letters_alike<contractions>(a, b, weights, case_flag);
-        contracts = weights.may_contract(a) | weights.may_contract(b);
+        const KxChar next_a = a[first_a != 0], next_b = b[first_b != 0];
+        if (!Weights::has_all(next_a, next_b)) [[unlikely]]
+            return compare_rare_letters<contractions>(a, b, weights, case_flag);
+        contracts = weight_a.begins_contraction(weights.tabulated(next_a)) |
+                    weight_b.begins_contraction(weights.tabulated(next_b));
     }
-    const Weight weight_a = weights[*a];
-    const Weight weight_b = weights[*b];
     if (contracts == 0 && !weight_a.has_primary_of(weight_b)) return weight_a.sorts_before(weight_b) ? -1 : 1;
+    if (Weights::may_tell(first_a, first_b))
+        return simd::kernels().order_by_values16(a, b, values, case_flag, kana_flag);
     return compare_letters_alike<contractions>(a, b, weights, case_flag);
 }
 
@@ -205,13 +222,21 @@ template <bool contractions>
     return compare_with_ignorables_from(a + alike, b + alike, weights, case_flag);
 }
 
-[[gnu::noinline]] int compare_with_ignorables(const KxChar *a, const KxChar *b, const Weights &weights,
-                                              std::uint32_t case_flag) noexcept {
-    if (*a == *b && *a != 0) return compare_with_ignorables_alike(a, b, weights, case_flag);
-    const Weight weight_a = weights[*a];
-    const Weight weight_b = weights[*b];
+[[gnu::noinline]] int compare_rare_with_ignorables(const KxChar *a, const KxChar *b, const Weights &weights,
+                                                   std::uint32_t case_flag) noexcept {
+    return compare_with_ignorables_alike(behind_leading_code(a), behind_leading_code(b), weights, case_flag);
+}
+
+int compare_with_ignorables(const KxChar *a, const KxChar *b, const simd::OrderValues &values, std::uint32_t case_flag,
+                            std::uint32_t) noexcept {
+    const Weights &weights = static_cast<const Weights &>(values);
+    const KxChar first_a = *a, first_b = *b;
+    if (!Weights::has_all(first_a, first_b)) [[unlikely]]
+        return compare_rare_with_ignorables(a, b, weights, case_flag);
+    const Weight weight_a = weights.tabulated(first_a);
+    const Weight weight_b = weights.tabulated(first_b);
     if (Weight::decide(weight_a, weight_b)) return weight_a.sorts_before(weight_b) ? -1 : 1;
-    return compare_with_ignorables_from(a, b, weights, case_flag);
+    return compare_with_ignorables_alike(a, b, weights, case_flag);
 }
 
 // ---- East Asian ----
@@ -237,35 +262,35 @@ template <bool contractions>
     return *a != 0 ? 1 : -1;
 }
 
-[[gnu::noinline]] int compare_east_asian(const KxChar *a, const KxChar *b, std::uint32_t case_flag,
-                                         std::uint32_t kana_flag) noexcept {
-    const EastAsianTable &table = east_asian_table();
-    auto order_a = table.order(*a), order_b = table.order(*b);
-    if (EastAsianTable::decide(order_a, order_b)) return order_a < order_b ? -1 : 1;
+[[gnu::noinline]] int compare_east_asian_alike(const KxChar *a, const KxChar *b, const EastAsianTable &table,
+                                               std::uint32_t case_flag, std::uint32_t kana_flag) noexcept {
     const std::size_t alike = common_start(a, b);
-    order_a = table.order(a[alike]);
-    order_b = table.order(b[alike]);
-    if (EastAsianTable::decide(order_a, order_b)) return order_a < order_b ? -1 : 1;
+    // Kana that differ in their sound marks or in their kind are the same at the first level, and often more than one.
+    for (std::size_t i = alike;; ++i) {
+        const auto order_a = table.order(a[i]), order_b = table.order(b[i]);
+        if (EastAsianTable::decide(order_a, order_b)) return order_a < order_b ? -1 : 1;
+        if (order_a != order_b || !EastAsianTable::is_told(order_a) || order_a == 0) break;
+    }
     // What the strings have in common says nothing, but to characters that take something up from before them.
     const bool says = table.by_neighbours(a[alike]) || table.by_neighbours(b[alike]);
     return compare_east_asian_from(says ? a : a + alike, says ? b : b + alike, table, case_flag, kana_flag);
 }
 
-// Only a leading code is skipped, and only one.
-const KxChar *behind_leading_code(const KxChar *text) noexcept {
-    return is_code(*text) ? text + 1 : text;
+[[gnu::noinline]] int compare_rare_east_asian(const KxChar *a, const KxChar *b, std::uint32_t case_flag,
+                                              std::uint32_t kana_flag) noexcept {
+    return compare_east_asian_alike(behind_leading_code(a), behind_leading_code(b), east_asian_table(), case_flag,
+                                    kana_flag);
 }
 
-int compare(const KxChar *s1, const KxChar *s2, const Weights *weights, std::uint32_t case_flag,
-            std::uint32_t kana_flag) noexcept {
-    const KxChar *a = behind_leading_code(s1);
-    const KxChar *b = behind_leading_code(s2);
-    switch (weights->way()) {
-    case Weights::Way::kContractions: return compare_letters<true>(a, b, *weights, case_flag);
-    case Weights::Way::kIgnorables: return compare_with_ignorables(a, b, *weights, case_flag);
-    case Weights::Way::kEastAsian: return compare_east_asian(a, b, case_flag, kana_flag);
-    default: return compare_letters<false>(a, b, *weights, case_flag);
-    }
+int compare_east_asian(const KxChar *a, const KxChar *b, const simd::OrderValues &, std::uint32_t case_flag,
+                       std::uint32_t kana_flag) noexcept {
+    const EastAsianTable *const table = known_east_asian_table();
+    const KxChar first_a = *a, first_b = *b;
+    if (table == nullptr || is_code(first_a) || is_code(first_b)) [[unlikely]]
+        return compare_rare_east_asian(a, b, case_flag, kana_flag);
+    const auto order_a = table->order(first_a), order_b = table->order(first_b);
+    if (EastAsianTable::decide(order_a, order_b)) return order_a < order_b ? -1 : 1;
+    return compare_east_asian_alike(a, b, *table, case_flag, kana_flag);
 }
 
 // One of them is null.
@@ -277,7 +302,8 @@ int compare_absent(const KxChar *s1, const KxChar *s2) noexcept {
 template <class Language>
 [[gnu::noinline]] int compare_first(const KxChar *s1, const KxChar *s2, Language language, std::uint32_t case_flag,
                                     std::uint32_t kana_flag) noexcept {
-    return compare(s1, s2, make_weights(language), case_flag, kana_flag);
+    const Weights *const weights = make_weights(language);
+    return weights->compare(s1, s2, *weights, case_flag, kana_flag);
 }
 
 template <class Language>
@@ -286,10 +312,20 @@ int compare_in(Language language, const KxChar *s1, const KxChar *s2, std::uint3
     if (s1 == nullptr || s2 == nullptr) return compare_absent(s1, s2);
     const Weights *const weights = known_weights(language);
     if (weights == nullptr) return compare_first(s1, s2, language, case_flag, kana_flag);
-    return compare(s1, s2, weights, case_flag, kana_flag);
+    return weights->compare(s1, s2, *weights, case_flag, kana_flag);
 }
 
 } // namespace
+
+Comparison comparison_of(Weights::Way way) noexcept {
+    switch (way) {
+    case Weights::Way::kContractions: return {compare_letters<true>, go_on_with_letters<true>};
+    case Weights::Way::kIgnorables: return {compare_with_ignorables, compare_with_ignorables};
+    case Weights::Way::kEastAsian: return {compare_east_asian, compare_east_asian};
+    default: return {compare_letters<false>, go_on_with_letters<false>};
+    }
+}
+
 } // namespace kxstr::collate
 
 using kxstr::low16;

@@ -1,10 +1,8 @@
 #include "collate/east_asian.h"
 
-#include <atomic>
 #include <kxstr/collate.h>
 #include <span>
 
-#include "codepage/country.h"
 #include "letters/letter_forms.h"
 #include "letters/width.h"
 
@@ -155,14 +153,12 @@ const EastAsianTable *make_table(std::uint8_t country) noexcept {
 
 } // namespace
 
-const EastAsianTable &east_asian_table() noexcept {
-    static constinit std::array<std::atomic<const EastAsianTable *>, 0x100> known_tables{}; // by country
+constinit std::array<std::atomic<const EastAsianTable *>, codepage::kUndecided + 1> known_east_asian_tables{};
+
+const EastAsianTable &make_east_asian_table() noexcept {
     const std::uint8_t country = codepage::country_id();
-    const EastAsianTable *table = known_tables[country].load(std::memory_order_acquire);
-    if (table == nullptr) [[unlikely]] {
-        table = make_table(country);
-        known_tables[country].store(table, std::memory_order_release);
-    }
+    const EastAsianTable *const table = make_table(country);
+    known_east_asian_tables[country].store(table, std::memory_order_release);
     return *table;
 }
 

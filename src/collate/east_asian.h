@@ -2,7 +2,9 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 
+#include "codepage/country.h"
 #include "collate/values.h"
 
 namespace kxstr::collate {
@@ -51,6 +53,7 @@ class EastAsianTable {
         const int above = std::max(ch - kFirstByCode, 0);
         return static_cast<std::uint16_t>(order_[static_cast<std::size_t>(ch - above)] + above);
     }
+    static constexpr bool is_told(std::uint16_t order) noexcept { return order != kUndecided; }
     static constexpr bool decide(std::uint16_t a, std::uint16_t b) noexcept {
         return a != b && (static_cast<int>(a == kUndecided) | static_cast<int>(b == kUndecided)) == 0;
     }
@@ -87,7 +90,18 @@ class EastAsianTable {
     std::array<std::uint16_t, kFirstByCode + 1> order_; // the last is that of all from there on
 };
 
+// By country; null before they are made, and where no country is decided.
+extern constinit std::array<std::atomic<const EastAsianTable *>, codepage::kUndecided + 1> known_east_asian_tables;
+const EastAsianTable &make_east_asian_table() noexcept;
+
 // For the country of the system; one of five, 57 KiB each, made when it is first asked for. No lock after that.
-const EastAsianTable &east_asian_table() noexcept;
+inline const EastAsianTable *known_east_asian_table() noexcept {
+    const std::uint8_t country = codepage::decided_country.load(std::memory_order_relaxed);
+    return known_east_asian_tables[country].load(std::memory_order_acquire);
+}
+inline const EastAsianTable &east_asian_table() noexcept {
+    const EastAsianTable *const table = known_east_asian_table();
+    return table != nullptr ? *table : make_east_asian_table();
+}
 
 } // namespace kxstr::collate

@@ -54,7 +54,7 @@ std::uint32_t later_states(std::uint8_t first_state) noexcept {
     return states;
 }
 
-std::uint32_t traits_of(KxChar ch, std::uint8_t first_state, std::uint32_t later) noexcept {
+std::uint32_t contraction_traits(KxChar ch, std::uint8_t first_state, std::uint32_t later) noexcept {
     std::uint32_t traits = 0;
     for (const tables::ContractionStep &step : tables::kContractionSteps) {
         if (step.key != letters::to_lower(ch)) continue;
@@ -77,23 +77,26 @@ Weights::Way way_of(const LanguageRules &rules) noexcept {
 } // namespace
 
 Weights::Weights(const LanguageRules &rules) noexcept : rules_(rules), way_(way_of(rules)) {
+    compare = comparison_of(way_).compare;
+    go_on = comparison_of(way_).go_on;
     table_[0] = Weight::end();
     const std::uint32_t later = later_states(rules.first_state);
     for (KxChar ch = 1; ch < kTabulated; ++ch) {
         const std::uint8_t primary = primary_value(ch, rules);
         const std::uint32_t ignored = primary == kIgnorable ? Weight::kIgnored : 0u;
         table_[ch] = {primary, secondary_value(ch, primary, rules), case_value(ch),
-                      traits_of(ch, rules.first_state, later) | ignored};
+                      contraction_traits(ch, rules.first_state, later) | ignored};
     }
-    order_values_.has_traits = rules.first_state != 0;
-    for (unsigned index = 0; index < std::size(order_values_.ascii); ++index) {
+    has_traits = rules.first_state != 0;
+    for (unsigned index = 0; index < std::size(ascii); ++index) {
         const auto ch = static_cast<KxChar>(index);
-        order_values_.ascii[ch] = order_value(ch);
-        order_values_.ascii_traits[ch] = (table_[ch].is(Weight::kStarts) ? simd::OrderValues::kBegins : 0) |
-                                         (table_[ch].is(Weight::kFollows) ? simd::OrderValues::kFollows : 0);
+        ascii[ch] = order_value(ch);
+        ascii_traits[ch] = (table_[ch].is(Weight::kStarts) ? simd::OrderValues::kBegins : 0) |
+                           (table_[ch].is(Weight::kFollows) ? simd::OrderValues::kFollows : 0);
+        // A capital and its letter.
+        const std::uint8_t value = order_value(make_char(kLatinSet, 2 * index));
+        latin[index] = value == order_value(make_char(kLatinSet, 2 * index + 1)) ? value : kNotTold;
     }
-    for (unsigned index = 0; index < std::size(order_values_.latin); ++index)
-        order_values_.latin[index] = order_value(make_char(kLatinSet, index));
 }
 
 std::uint8_t Weights::order_value(KxChar ch) const noexcept {

@@ -60,8 +60,9 @@ class Weight {
     std::uint32_t bits_ = 0;
 };
 
-// The weights of the characters by the rules of a language (of an East Asian one: those of its letters).
-class Weights {
+// The weights of the characters by the rules of a language (of an East Asian one: those of its letters), and the first
+// level as the kernels take it.
+class Weights : public simd::OrderValues {
   public:
     explicit Weights(const LanguageRules &rules) noexcept;
 
@@ -72,14 +73,21 @@ class Weights {
     enum class Way : std::uint8_t { kLetters, kContractions, kIgnorables, kEastAsian };
     Way way() const noexcept { return way_; }
 
+    // The comparison of two strings that are there, by the caller's flags.
+    GoOn *compare;
+
     Weight operator[](KxChar ch) const noexcept {
         if (ch < kTabulated) [[likely]]
             return table_[ch];
         return beyond_table(ch);
     }
 
-    // The first level as the kernels take it.
-    const simd::OrderValues &order_values() const noexcept { return order_values_; }
+    // Whether the values that the kernels take may tell anything of texts that begin so.
+    static bool may_tell(KxChar a, KxChar b) noexcept { return (a | b) < 0x200; }
+
+    // Whether these are in the table.
+    template <class... Char> static bool has_all(Char... chars) noexcept { return (chars | ...) < kTabulated; }
+    Weight tabulated(KxChar ch) const noexcept { return table_[ch]; }
 
     // Not 0 if contract() has to be asked about the character at the position.
     std::uint32_t may_contract(const KxChar *position) const noexcept {
@@ -100,8 +108,14 @@ class Weights {
     LanguageRules rules_;
     Way way_;
     std::array<Weight, kTabulated> table_;
-    simd::OrderValues order_values_;
 };
+
+// What compares in each way: from the start, and where the kernels' values have told nothing.
+struct Comparison {
+    Weights::GoOn *compare;
+    Weights::GoOn *go_on;
+};
+Comparison comparison_of(Weights::Way way) noexcept;
 
 // Languages of the same rules share their weights: 16 KiB for each of 16 kinds, in static storage.
 extern constinit std::array<std::atomic<const Weights *>, std::size(tables::kCollationLanguages)> weights_by_number;

@@ -18,7 +18,7 @@ constinit const Kernels kKernels{
     .compare8 = compare8,
     .compare8_caseless = compare8_caseless,
     .compare16 = compare16,
-    .order_by_values16 = plain::order_by_values16,
+    .order_by_values16 = order_by_values16,
     .skip_characters = skip_characters,
     .filter_stream = filter_stream,
     .narrow_stream = narrow_stream,

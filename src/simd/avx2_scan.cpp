@@ -14,6 +14,9 @@ struct Lanes {
     static Vector load_anywhere(const void *place) noexcept {
         return _mm256_loadu_si256(static_cast<const Vector *>(place));
     }
+    static void store_anywhere(void *place, Vector units) noexcept {
+        _mm256_storeu_si256(static_cast<Vector *>(place), units);
+    }
     static std::uint64_t mask(Vector lanes) noexcept { return static_cast<std::uint32_t>(_mm256_movemask_epi8(lanes)); }
 };
 
@@ -63,6 +66,16 @@ struct Words : Lanes {
         return mask(_mm256_cmpeq_epi16(units, _mm256_setzero_si256()));
     }
 };
+
+// OrderValues' own, for this family.
+int value_of(const OrderValues &values, std::uint16_t unit) noexcept {
+    if (unit < 0x80) return values.ascii[unit];
+    return unit >= 0x100 && unit < 0x200 ? values.latin[(unit - 0x100) / 2] : OrderValues::kNotTold;
+}
+bool is_pair(const OrderValues &values, const std::uint16_t *place) noexcept {
+    return place[0] < 0x80 && (values.ascii_traits[place[0]] & OrderValues::kBegins) != 0 && place[1] < 0x80 &&
+           (values.ascii_traits[place[1]] & OrderValues::kFollows) != 0;
+}
 
 struct SixteenBytes {
     std::uint64_t halves[2];
@@ -134,6 +147,29 @@ int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit)
     std::size_t place;
     if (!mismatch_near<Words>(a, b, limit, place)) return compare_far<Words>(a, b, limit);
     return place < limit ? a[place] - b[place] : 0;
+}
+
+// Looks at the values of units that differ, one pair after the other.
+int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values, std::uint32_t flag,
+                      std::uint32_t other_flag) noexcept {
+    if (!fits_in_page<sizeof(__m256i)>(a) || !fits_in_page<sizeof(__m256i)>(b))
+        return values.go_on(a, b, values, flag, other_flag);
+    const auto units = Words::load_anywhere(a);
+    std::uint64_t hits = Words::ends(units ^ Words::load_anywhere(b), units);
+    for (; hits != 0; hits &= hits - 1, hits &= hits - 1) {
+        const std::size_t i = first_of<Words>(hits), before = i != 0 ? i - 1 : 0;
+        const int value_a = value_of(values, a[i]), value_b = value_of(values, b[i]);
+        if (value_a == OrderValues::kNotTold || value_b == OrderValues::kNotTold || (value_a | value_b) == 0)
+            return values.go_on(a, b, values, flag, other_flag);
+        if (values.has_traits) {
+            // A unit before that has no value may mean something together with these.
+            if (value_of(values, a[before]) == OrderValues::kNotTold || is_pair(values, a + before) ||
+                is_pair(values, b + before) || is_pair(values, a + i) || is_pair(values, b + i))
+                return values.go_on(a, b, values, flag, other_flag);
+        }
+        if (value_a != value_b) return value_a < value_b ? -1 : 1;
+    }
+    return values.go_on(a, b, values, flag, other_flag);
 }
 
 std::uint16_t *copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {

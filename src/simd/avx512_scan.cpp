@@ -13,6 +13,7 @@ struct Lanes {
     static constexpr unsigned kBits = 1;
     static Vector load(const void *block) noexcept { return _mm512_load_si512(block); }
     static Vector load_anywhere(const void *place) noexcept { return _mm512_loadu_si512(place); }
+    static void store_anywhere(void *place, Vector units) noexcept { _mm512_storeu_si512(place, units); }
 };
 
 struct Bytes : Lanes {
@@ -55,22 +56,10 @@ struct Words : Lanes {
     static std::uint64_t zeros(Vector units) noexcept { return _mm512_testn_epi16_mask(units, units); }
 };
 
-// The even and the odd bytes of two vectors: 64 low and 64 high bytes of their units.
-constexpr auto kAlternate = [] {
-    struct {
-        alignas(64) std::uint8_t low[64];
-        alignas(64) std::uint8_t high[64];
-    } bytes{};
-    for (unsigned i = 0; i < 64; ++i) {
-        bytes.low[i] = static_cast<std::uint8_t>(2 * i);
-        bytes.high[i] = static_cast<std::uint8_t>(2 * i + 1);
-    }
-    return bytes;
-}();
-
-// Of 128 bytes those that the low seven bits of each lane name.
-__m512i look_up(const std::uint8_t *table, __m512i indices) noexcept {
-    return _mm512_permutex2var_epi8(_mm512_loadu_si512(table), indices, _mm512_loadu_si512(table + 64));
+// Out of the mask registers, in which compilers would go on reckoning at three times the cost.
+std::uint32_t number(std::uint32_t mask) noexcept {
+    asm("" : "+r"(mask));
+    return mask;
 }
 
 } // namespace
@@ -132,33 +121,43 @@ int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit)
     return place < limit ? a[place] - b[place] : 0;
 }
 
-// Both strings in one vector of bytes: the units of `a` below, those of `b` above.
-int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values) noexcept {
-    if (!fits_in_page<sizeof(__m512i)>(a) || !fits_in_page<sizeof(__m512i)>(b)) return 0;
-    const __m512i units_a = Words::load_anywhere(a), units_b = Words::load_anywhere(b);
-    const __m512i low = _mm512_permutex2var_epi8(units_a, _mm512_load_si512(kAlternate.low), units_b);
-    const __m512i high = _mm512_permutex2var_epi8(units_a, _mm512_load_si512(kAlternate.high), units_b);
-    const __mmask64 is_upper = _mm512_movepi8_mask(low);
-    const __mmask64 is_ascii = _mm512_cmpeq_epi8_mask(high | (low & Bytes::all(0x80)), __m512i{});
-    __m512i found = _mm512_mask_mov_epi8(Bytes::all(OrderValues::kNotTold), is_ascii, look_up(values.ascii, low));
-    const __m512i latin = _mm512_mask_mov_epi8(look_up(values.latin, low), is_upper, look_up(values.latin + 0x80, low));
-    found = _mm512_mask_mov_epi8(found, _mm512_cmpeq_epi8_mask(high, Bytes::all(1)), latin);
+// Both strings in one vector, the units of `a` below those of `b`. Without a jump that hangs on the strings but the
+// last one: what a comparison finds nobody can predict.
+int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values, std::uint32_t flag,
+                      std::uint32_t other_flag) noexcept {
+    constexpr __mmask64 kLowBytes = 0x5555'5555'5555'5555;
+    if (!fits_in_page<sizeof(__m256i)>(a) || !fits_in_page<sizeof(__m256i)>(b))
+        return values.go_on(a, b, values, flag, other_flag);
+    const __m256i units_a = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(a));
+    const __m256i units_b = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(b));
+    const __m512i units = _mm512_inserti64x4(_mm512_castsi256_si512(units_a), units_b, 1);
+    const __m512i places = _mm512_srli_epi16(_mm512_sub_epi16(units, Words::all(0x100)), 1);
+    const __mmask32 is_ascii = _mm512_cmplt_epu16_mask(units, Words::all(0x80));
+    const __mmask32 is_latin = _mm512_cmplt_epu16_mask(places, Words::all(0x80));
+    const auto look_up = [](const std::uint8_t *table, __m512i indices) noexcept {
+        return _mm512_maskz_permutex2var_epi8(kLowBytes, _mm512_load_si512(table), indices,
+                                              _mm512_load_si512(table + 64));
+    };
+    __m512i found = _mm512_mask_mov_epi16(Words::all(OrderValues::kNotTold), is_ascii, look_up(values.ascii, units));
+    found = _mm512_mask_mov_epi16(found, is_latin, look_up(values.latin, places));
 
-    // A lane for each pair of units, in which more than one of the conditions may hold.
+    // A bit for each pair of units.
     const __m256i found_a = _mm512_castsi512_si256(found), found_b = _mm512_extracti64x4_epi64(found, 1);
-    const __m256i not_told = _mm256_set1_epi8(static_cast<char>(OrderValues::kNotTold));
-    std::uint32_t untold = _mm256_cmpeq_epi8_mask(_mm256_max_epu8(found_a, found_b), not_told);
+    const std::uint32_t differ = number(_mm256_cmpneq_epi16_mask(found_a, found_b));
+    const std::uint32_t less = number(_mm256_cmplt_epu16_mask(found_a, found_b));
+    // Neither 0 in both, where the strings end, nor kNotTold in one.
+    const __m256i behind = _mm256_add_epi16(_mm256_max_epu16(found_a, found_b), _mm256_set1_epi16(1));
+    std::uint32_t stops = number(_mm256_testn_epi16_mask(behind, _mm256_set1_epi16(0xFE))) | 0x10000;
     if (values.has_traits) {
-        const __m512i traits = _mm512_maskz_mov_epi8(is_ascii, look_up(values.ascii_traits, low));
-        const std::uint64_t follows = _mm512_test_epi8_mask(traits, Bytes::all(OrderValues::kFollows));
-        const std::uint64_t pairs = _mm512_test_epi8_mask(traits, Bytes::all(OrderValues::kBegins)) & follows >> 1;
-        untold |= static_cast<std::uint32_t>(pairs | pairs >> 32) | 0x80000000; // what is behind the last is not known
+        const __m512i traits = _mm512_maskz_mov_epi16(is_ascii, look_up(values.ascii_traits, units));
+        const std::uint32_t begins = number(_mm512_test_epi16_mask(traits, Words::all(OrderValues::kBegins)));
+        const std::uint32_t follows = number(_mm512_test_epi16_mask(traits, Words::all(OrderValues::kFollows)));
+        const std::uint32_t apart = number(_mm256_cmpneq_epi16_mask(units_a, units_b));
+        const std::uint32_t pairs = begins & (follows >> 1 | 0x80008000); // what is behind the last is not known
+        stops |= (pairs | pairs >> 16) & (apart | apart >> 1);
     }
-    const std::uint32_t differ = _mm256_cmpneq_epi8_mask(found_a, found_b);
-    const std::uint32_t ends = _mm256_testn_epi8_mask(found_a, found_a);
-    const std::uint32_t before = (differ - 1) & ~differ, first = differ & (0 - differ);
-    if (differ == 0 || ((untold | (ends & ~differ)) & (before | first)) != 0) return 0;
-    return (first & _mm256_cmplt_epu8_mask(found_a, found_b)) != 0 ? -1 : 1;
+    if ((stops & (differ ^ (differ - 1))) != 0) return values.go_on(a, b, values, flag, other_flag);
+    return 1 - 2 * static_cast<int>(less >> __builtin_ctz(differ) & 1);
 }
 
 std::uint16_t *copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {

@@ -61,6 +61,7 @@ Mismatch16 mismatch16;
 Compare8 compare8;
 Compare8 compare8_caseless;
 Compare16 compare16;
+OrderByValues16 order_by_values16;
 Copy16 copy16;
 SkipCharacters skip_characters;
 FilterStream filter_stream;

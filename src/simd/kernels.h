@@ -29,16 +29,27 @@ struct Found16 {
 
 // A value for each of the units that words of Latin letters are made of, by which strings are ordered: 0 for the
 // terminator alone, kNotTold where it takes more than a value. Two units of which one begins and the next follows mean
-// something together.
+// something together; where both strings have them they make no difference.
 struct OrderValues {
+    // Who goes on where that is not told, with what the caller gave; so nothing has to be kept for it.
+    using GoOn = int(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values, std::uint32_t flag,
+                     std::uint32_t other_flag) noexcept;
+
     static constexpr std::uint8_t kNotTold = 0xFF;
     static constexpr std::uint8_t kBegins = 1;
     static constexpr std::uint8_t kFollows = 2;
 
     alignas(64) std::uint8_t ascii[0x80];
-    std::uint8_t latin[0x100]; // of the units 0x100..0x1FF
+    std::uint8_t latin[0x80]; // of the units from 0x100 on, one for each two of them
     std::uint8_t ascii_traits[0x80];
     bool has_traits;
+    GoOn *go_on;
+
+    std::uint8_t of(std::uint16_t unit) const noexcept {
+        if (unit < 0x80) return ascii[unit];
+        return unit >= 0x100 && unit < 0x200 ? latin[(unit - 0x100) / 2] : kNotTold;
+    }
+    std::uint8_t traits_of(std::uint16_t unit) const noexcept { return unit < 0x80 ? ascii_traits[unit] : 0; }
 };
 
 // The kernels' types as functions: a member of the table is a pointer to one, and each family declares its form by it
@@ -56,7 +67,7 @@ using Outside16 = std::size_t(const std::uint16_t *units, std::size_t count, std
 using Mismatch16 = std::size_t(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept;
 using Compare8 = int(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept;
 using Compare16 = int(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept;
-using OrderByValues16 = int(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values) noexcept;
+using OrderByValues16 = OrderValues::GoOn;
 using Copy16 = std::uint16_t *(std::uint16_t *destination, const std::uint16_t *source) noexcept;
 
 // How far a text came: units read and written of each side's own.
@@ -213,9 +224,10 @@ struct Kernels {
     Compare8 *compare8_caseless; // a to z are taken as A to Z
     Compare16 *compare16;
 
-    // How two strings lie by the first values that differ: negative or positive. 0 where that is not told: always in
-    // the plain form; in the others for strings without such values, and where up to these a unit has no value, two
-    // mean something together, or the way is long.
+    // How two strings lie by the first values that differ: negative or positive. What go_on says where that is not
+    // told: for strings without such values, where up to there units without a value differ, where one of those that
+    // differ or the one before them means something together with the next in one of the strings; and in vector forms
+    // where units without a value are the same or the way is long.
     OrderByValues16 *order_by_values16;
 
     // Document streams.

@@ -12,6 +12,7 @@
 //   ends(d, v)               the mask of the lanes in which `d` is not 0 or `v` is
 //   apart(a, b)              0 in the lanes that are equal but for case (bytes only)
 //   load, load_anywhere      from an aligned address, and from any
+//   store_anywhere           to any
 //
 // What a scan looks for it makes a lane of 0: so blocks are joined by least(), and four of them take one test.
 #pragma once
@@ -332,10 +333,34 @@ template <class Lanes>
     return place < limit ? a[place] - b[place] : 0;
 }
 
+// A string of which the first block has no terminator and can be read. In one pass where nothing is written over before
+// it is read: the string might reach into a destination behind it.
 template <class Lanes>
 typename Lanes::Unit *copy_long(typename Lanes::Unit *destination, const typename Lanes::Unit *source) noexcept {
-    const std::uintptr_t size = address(find_zero_far<Lanes>(source) + 1) - address(source);
-    __builtin_memmove(destination, source, size);
+    constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
+    const auto *place = source;
+    if (address(destination) < address(source) && address(source) - address(destination) >= 4 * kBlock) {
+        Lanes::store_anywhere(destination, Lanes::load_anywhere(source));
+        place = block_before(source, kBlock) + kOne;
+        for (; address(place) % (4 * kBlock) != 0; place += kOne) {
+            const auto units = Lanes::load(place);
+            if (Lanes::zeros(units) != 0) break;
+            Lanes::store_anywhere(destination + (place - source), units);
+        }
+        for (; address(place) % (4 * kBlock) == 0; place += 4 * kOne) {
+            fetch_ahead<4 * kBlock>(place);
+            const auto a = Lanes::load(place), b = Lanes::load(place + kOne);
+            const auto c = Lanes::load(place + 2 * kOne), d = Lanes::load(place + 3 * kOne);
+            if (Lanes::zeros(Lanes::least(Lanes::least(a, b), Lanes::least(c, d))) != 0) break;
+            auto *const to = destination + (place - source);
+            Lanes::store_anywhere(to, a);
+            Lanes::store_anywhere(to + kOne, b);
+            Lanes::store_anywhere(to + 2 * kOne, c);
+            Lanes::store_anywhere(to + 3 * kOne, d);
+        }
+    }
+    const auto *const end = scan<Lanes>(place, kNoEnd, Lanes::load);
+    __builtin_memmove(destination + (place - source), place, static_cast<std::size_t>(end + 1 - place) * sizeof *place);
     return destination;
 }
 
