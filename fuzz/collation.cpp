@@ -15,7 +15,8 @@ int sign(std::int32_t value) {
 }
 
 // Where an order promises it, a before b and b before c must mean a before c, equal ones included.
-template <class Compare> void check_order(const Compare &compare, const Buffer<KxChar> (&texts)[3], bool is_transitive) {
+template <class Compare>
+void check_order(const Compare &compare, const Buffer<KxChar> (&texts)[3], bool is_transitive) {
     int order[3][3];
     for (int i = 0; i < 3; ++i)
         for (int j = 0; j < 3; ++j)
@@ -26,7 +27,8 @@ template <class Compare> void check_order(const Compare &compare, const Buffer<K
             require(order[i][j] == -order[j][i], "the other way round");
             for (int k = 0; is_transitive && k < 3; ++k)
                 if (order[i][j] <= 0 && order[j][k] <= 0)
-                    require(order[i][k] <= 0 && (order[i][k] < 0 || (order[i][j] == 0 && order[j][k] == 0)), "transitive");
+                    require(order[i][k] <= 0 && (order[i][k] < 0 || (order[i][j] == 0 && order[j][k] == 0)),
+                            "transitive");
         }
     }
 }
@@ -44,7 +46,8 @@ void orders(Input &input) {
             const auto within = [&](const KxChar *a, const KxChar *b) { return compare(a, b, limit); };
             for (const auto &a : texts)
                 for (const auto &b : texts)
-                    if (limit >= 0) require(within(a.data(), b.data()) == -within(b.data(), a.data()), "the other way round");
+                    if (limit >= 0)
+                        require(within(a.data(), b.data()) == -within(b.data(), a.data()), "the other way round");
         }
         return;
     }
@@ -58,7 +61,9 @@ void orders(Input &input) {
     char code[3];
     KxNum2Lang(lang, code);
     require(KxLanguage(code) == static_cast<std::int32_t>(lang < 40 ? lang : 0), "a number and its code");
-    const auto by_number = [&](const KxChar *a, const KxChar *b) { return KxWS6Cmpcoll(a, b, lang, case_flag, kana_flag); };
+    const auto by_number = [&](const KxChar *a, const KxChar *b) {
+        return KxWS6Cmpcoll(a, b, lang, case_flag, kana_flag);
+    };
     check_order(by_number, texts, false);
     const Buffer<char> exact(input, std::span<const char>(code, 2));
     KxWS6CmpcollLang(texts[0].data(), texts[1].data(), exact.data(), case_flag, kana_flag);
@@ -74,7 +79,8 @@ void values(Input &input) {
         const Buffer<std::uint8_t> primary(input, 2), tertiary(input, 1);
         const Buffer<std::uint16_t> secondary(input, 1);
         const KxChar *const before = at;
-        const std::uint32_t result = getColValues(&at, primary.data(), secondary.data(), tertiary.data(), case_on, previous, lang);
+        const std::uint32_t result =
+            getColValues(&at, primary.data(), secondary.data(), tertiary.data(), case_on, previous, lang);
         require((result == 0 || result == 2) && at > before && at < source.end(), "the position moves");
         previous = result == 2 ? static_cast<std::uint32_t>(primary[0] << 8 | primary[1]) : 0;
     }
@@ -82,7 +88,9 @@ void values(Input &input) {
         const std::uint32_t ch = text[i];
         const Buffer<std::uint16_t> primary(input, 1), secondary(input, 1);
         const Buffer<std::uint8_t> flags(input, 1);
-        require(AsiaGetColValues(ch, text[i + 1], input.word(), primary.data(), secondary.data(), flags.data(), input.below(2)) <= 2, "0 to 2");
+        require(AsiaGetColValues(ch, text[i + 1], input.word(), primary.data(), secondary.data(), flags.data(),
+                                 input.below(2)) <= 2,
+                "0 to 2");
         require(f_KX60ColVal(ch, lang) <= 0xFF && f_wislower(ch) <= 1, "a value");
         KxCh6Iskxc(ch);
         KxCh6Getcoll(ch);
@@ -141,7 +149,8 @@ void tables(Input &input) {
     const Buffer<std::uint16_t> w(input, words), w_w(input, word_pairs);
     const bool there = std::find(list.begin(), list.end() - 1, key) != list.end() - 1;
     require(b_table(b.data(), key) == (there ? key : 0xFF), "in the list");
-    require(w_table(w.data(), wide_key) == (std::ranges::find(words, wide_key) != words.end() ? wide_key : 0xFFFF), "in the list");
+    require(w_table(w.data(), wide_key) == (std::ranges::find(words, wide_key) != words.end() ? wide_key : 0xFFFF),
+            "in the list");
     b_b_table(b_b.data(), key);
     uw_uw_table(w_w.data(), wide_key);
     require(ub_fp_table(b_p.data(), key) == (there ? &key : nullptr), "the address");
@@ -152,13 +161,16 @@ void tables(Input &input) {
     const auto last = static_cast<std::uint8_t>(first + input.below(256u - first));
     const std::size_t entries = last - first + std::size_t{1};
     const bool inside = first <= key && key <= last;
-    std::vector<std::uint8_t> bytes{first, last}, byte_pairs{first, last}, by_byte{first, last}, by_word;
-    std::vector<std::uint16_t> units{first, last};
+    std::vector<std::uint8_t> bytes(2 + entries), byte_pairs(2 + 2 * entries), by_byte, by_word;
+    std::vector<std::uint16_t> units(2 + entries);
+    bytes[0] = byte_pairs[0] = first;
+    bytes[1] = byte_pairs[1] = last;
+    units[0] = first;
+    units[1] = last;
     const std::vector<std::uint32_t> numbers(entries, 5);
     const Buffer<std::uint32_t> array(input, numbers);
-    bytes.resize(2 + entries);
-    byte_pairs.resize(2 + 2 * entries);
-    units.resize(2 + entries);
+    append(by_byte, first);
+    append(by_byte, last);
     append<const void *>(by_byte, array.data());
     append<std::uint16_t>(by_word, first);
     append<std::uint16_t>(by_word, last);
@@ -171,7 +183,8 @@ void tables(Input &input) {
     const bool wide_inside = first <= wide_key && wide_key <= last;
     require(uw_fp_lukup(wide.data(), wide_key) == (wide_inside ? 5u : 0xFFFFFFFFu), "looked up");
     std::uint8_t out[2] = {9, 9};
-    require(ub_ub_lukup(two.data(), key, &out[0], &out[1]) == (inside ? 0u : 1u) && out[0] == (inside ? 0 : 9), "looked up");
+    require(ub_ub_lukup(two.data(), key, &out[0], &out[1]) == (inside ? 0u : 1u) && out[0] == (inside ? 0 : 9),
+            "looked up");
 }
 
 } // namespace

@@ -38,10 +38,9 @@ struct OwnTables {
         std::ranges::sort(keys);
         keys.erase(std::ranges::unique(keys).begin(), keys.end());
         Bytes bytes{static_cast<std::uint8_t>(keys.size()), 0};
-        for (const std::uint16_t key : keys) {
-            for (const unsigned byte : {key & 0xFFu, key >> 8u, unsigned{input.byte()}})
-                bytes.push_back(static_cast<std::uint8_t>(byte));
-        }
+        for (const unsigned key : keys)
+            bytes.insert(bytes.end(),
+                         {static_cast<std::uint8_t>(key), static_cast<std::uint8_t>(key >> 8), input.byte()});
         return bytes;
     }
 
@@ -89,7 +88,7 @@ void process(Input &input) {
     const std::string file = std::string(own_folder()) + "/conversions.reg";
     KxPlatformSettings settings;
     KxPlatformGet(&settings);
-    for (int i = 0; i < 32 && !input.empty(); ++i) {
+    for (auto calls = input.below(32); calls > 0; --calls) {
         switch (input.below(14)) {
         case 0: {
             const Buffer<char> language(input, bytes_of(input, 12));
@@ -109,7 +108,8 @@ void process(Input &input) {
         case 7: {
             const std::uint32_t page = code_page_of(input);
             const bool stored = WcvtSetWinCodepage(page) == 1;
-            require(!stored || (page & 0xFFFF) == 0 || WcvtGetWinCodepage() == (page & 0xFFFF), "what is stored is in force");
+            require(!stored || (page & 0xFFFF) == 0 || WcvtGetWinCodepage() == (page & 0xFFFF),
+                    "what is stored is in force");
             break;
         }
         case 8: require(WtpiGetCountryID() <= 6, "six countries"); break;
@@ -148,11 +148,12 @@ void stream_to_native(Input &input) {
         const std::uint32_t count = input.below(size + 3);
         const Buffer<char> to(input, count);
         const std::uint32_t result = convert(to.data(), source.data(), count);
-        require(count == 0 ? result == 0 : result <= count && std::memchr(to.data(), 0, count) != nullptr, "ends with a 0");
+        require(result <= count, "within the room");
         const Buffer<std::uint8_t> in_place(input, stream, std::max(size, count));
-        require(convert(reinterpret_cast<char *>(in_place.data()), in_place.data(), count) == result &&
-                    std::memcmp(in_place.data(), to.data(), count == 0 ? 0 : std::strlen(to.data())) == 0,
+        require(convert(reinterpret_cast<char *>(in_place.data()), in_place.data(), count) == result,
                 "the same in place");
+        if (count == 0) continue;
+        require(std::memcmp(in_place.data(), to.data(), to.text().size() + 1) == 0, "the same in place");
     }
     const std::uint32_t flags = input.byte();
     const std::uint32_t count = input.below(size + 3);
@@ -162,7 +163,7 @@ void stream_to_native(Input &input) {
     const Buffer<std::uint8_t> sio(input, count), sio_too(input, count);
     const std::uint16_t result = TpiKxToKxsioBuff(sio.data(), source.data(), count, flags);
     require(W6dzTotz(source.data(), sio_too.data(), count, flags) == result, "another order of arguments");
-    if (count != 0) require(std::strcmp(reinterpret_cast<char *>(sio.data()), reinterpret_cast<char *>(sio_too.data())) == 0, "the same");
+    if (count != 0) require(sio.text() == sio_too.text(), "the same");
 }
 
 void kx_to_buffers(Input &input) {
@@ -172,10 +173,12 @@ void kx_to_buffers(Input &input) {
     const std::uint32_t flags = input.byte();
     const std::uint32_t count = input.below(size + 5);
     // The terminator comes on top of the count, which is signed here.
-    const std::int32_t signed_count = input.below(8) == 0 ? -static_cast<std::int32_t>(count) : static_cast<std::int32_t>(count);
+    const std::int32_t signed_count =
+        input.below(8) == 0 ? -static_cast<std::int32_t>(count) : static_cast<std::int32_t>(count);
     const Buffer<KxChar> stripped(input, signed_count == 0 ? 0u : signed_count < 0 ? 1u : count / 2 + 1);
     const std::uint32_t written = TpiKxLongStripBuff(stripped.data(), source.data(), signed_count, flags);
-    require(signed_count == 0 ? written == 0 : written == 2 * stripped.size() || written < 2 * stripped.size(), "within the room");
+    require(signed_count == 0 ? written == 0 : written == 2 * stripped.size() || written < 2 * stripped.size(),
+            "within the room");
     if (written != 0) require(stripped[written / 2 - 1] == 0, "what is written ends with a 0");
     const Buffer<KxChar> in_place(input, text, std::max(source.size(), stripped.size()));
     require(TpiKxLongStripBuff(in_place.data(), in_place.data(), signed_count, flags) == written &&
@@ -184,10 +187,10 @@ void kx_to_buffers(Input &input) {
     const Buffer<std::uint8_t> sio(input, count), sio_too(input, count);
     const std::uint16_t result = TpiKxwzToKxsioBuff(sio.data(), source.data(), count, flags);
     require(W6wzTotz(source.data(), sio_too.data(), count, flags) == result, "another order of arguments");
-    if (count != 0) require(std::strcmp(reinterpret_cast<char *>(sio.data()), reinterpret_cast<char *>(sio_too.data())) == 0, "the same");
+    if (count != 0) require(sio.text() == sio_too.text(), "the same");
     const Buffer<std::uint8_t> old_stream(input, count);
     require(WwzTo5dz(source.data(), old_stream.data(), count) == old_stream.data(), "the destination");
-    if (count != 0) require(std::memchr(old_stream.data(), 0, count) != nullptr, "ends with a 0");
+    if (count != 0) old_stream.text();
 }
 
 // ---- Strings ----
@@ -205,12 +208,11 @@ void native_to_kx(Input &input) {
         const Buffer<KxChar> in_place(input, source.size());
         std::memcpy(in_place.data(), text.data(), text.size());
         require(whole(reinterpret_cast<const char *>(in_place.data()), in_place.data()) == 1, "there is memory");
-        const auto *const end = std::find(to.begin(), to.end(), 0);
-        require(end != to.end() && std::equal(to.begin(), end + 1, in_place.begin()), "the same in place");
+        require(to.text() == in_place.text(), "the same in place");
         const std::uint32_t count = input.below(static_cast<std::uint32_t>(source.size() + 3));
         const Buffer<KxChar> part(input, count);
         counted(source.data(), part.data(), count | 0x10000);
-        if (count != 0) require(std::find(part.begin(), part.end(), 0) != part.end(), "ends with a 0");
+        if (count != 0) part.text();
     }
 }
 
@@ -221,7 +223,7 @@ void kx_to_native(Input &input) {
     const std::uint32_t size = W6wzToazEx(source.data(), nullptr, flags | KX_ANSI_MEASURE);
     const Buffer<char> exact(input, size + 1);
     require(W6wzToazEx(source.data(), exact.data(), flags) == size && exact[size] == 0, "what was measured");
-    const Buffer<KxChar> in_place(input, text, std::max(source.size(), size / 2 + 1));
+    const Buffer<KxChar> in_place(input, text, std::max<std::size_t>(source.size(), size / 2 + 1));
     require(W6wzToazEx(in_place.data(), reinterpret_cast<char *>(in_place.data()), flags) == size &&
                 std::memcmp(in_place.data(), exact.data(), size) == 0,
             "the same in place");
@@ -233,11 +235,11 @@ void kx_to_native(Input &input) {
     for (const auto convert : {W6wzToazN, W6wzToozN}) {
         const Buffer<char> to(input, count == 0 ? 0 : 2 * count - 1);
         require(convert(source.data(), to.data(), count) == 1, "always 1");
-        if (count != 0) require(std::memchr(to.data(), 0, to.size()) != nullptr, "ends with a 0");
+        if (count != 0) to.text();
     }
     const Buffer<char> bytes(input, count);
     require(W6wzToazNB(source.data(), bytes.data(), count) == 1, "no pointer is null");
-    if (count != 0) require(std::memchr(bytes.data(), 0, count) != nullptr, "ends with a 0");
+    if (count != 0) bytes.text();
 }
 
 void unicode_strings(Input &input) {
@@ -251,13 +253,12 @@ void unicode_strings(Input &input) {
         require(convert(source.data(), to.data()) == 1, "always 1");
         const Buffer<std::uint16_t> in_place(input, text);
         convert(in_place.data(), in_place.data());
-        const auto *const end = std::find(to.begin(), to.end(), 0);
-        require(end != to.end() && std::equal(to.begin(), end + 1, in_place.begin()), "the same in place");
+        require(to.text() == in_place.text(), "the same in place");
     }
     for (const auto convert : {W6VaskTowzN, W6wzToVaskN}) {
         const Buffer<std::uint16_t> to(input, count);
         require(convert(input.below(16) == 0 ? nullptr : source.data(), to.data(), count) == 1, "always 1");
-        if (count != 0) require(std::find(to.begin(), to.end(), 0) != to.end(), "ends with a 0");
+        if (count != 0) to.text();
     }
     const Buffer<char> native(input, count == 0 ? 0 : 2 * count - 1);
     require(W6VaskToazN(input.below(16) == 0 ? nullptr : source.data(), native.data(), count) == 1, "always 1");
@@ -286,7 +287,8 @@ Bytes sound_old_stream(std::span<const std::uint8_t> bytes) {
         std::size_t size = code == 0xC0 ? 4 : code == 0xC3 || code == 0xC4 ? 3 : 1;
         if (code >= 0xD0) size = i + 4 <= bytes.size() ? 4 + (bytes[i + 2] | std::size_t{bytes[i + 3]} << 8) : 4;
         if (code != 0 && size <= bytes.size() - i)
-            stream.insert(stream.end(), bytes.begin() + static_cast<std::ptrdiff_t>(i), bytes.begin() + static_cast<std::ptrdiff_t>(i + size));
+            stream.insert(stream.end(), bytes.begin() + static_cast<std::ptrdiff_t>(i),
+                          bytes.begin() + static_cast<std::ptrdiff_t>(i + size));
         i += std::min(size, bytes.size() - i);
     }
     stream.push_back(0);
@@ -300,15 +302,16 @@ void old_streams(Input &input) {
     const Buffer<KxChar> to(input, bytes / 2), chinese(input, bytes / 2);
     require(W5dzTowz(source.data(), to.data(), bytes) == to.data(), "the destination");
     require(lW5CdzTowz(source.data(), chinese.data(), bytes, selector) == chinese.data(), "the destination");
-    if (bytes >= 2)
-        require(std::find(to.begin(), to.end(), 0) != to.end() && std::find(chinese.begin(), chinese.end(), 0) != chinese.end(), "ends with a 0");
+    if (bytes < 2) return;
+    to.text();
+    chinese.text();
 }
 
 } // namespace
 
 void conversions(Input &input) {
-    static constexpr void (*kFamilies[])(Input &) = {single_characters, process,      native_to_stream,
-                                                     stream_to_native,  kx_to_buffers, native_to_kx,
+    static constexpr void (*kFamilies[])(Input &) = {single_characters, process,         native_to_stream,
+                                                     stream_to_native,  kx_to_buffers,   native_to_kx,
                                                      kx_to_native,      unicode_strings, old_streams};
     choose_system(input);
     input.one_of(kFamilies)(input);

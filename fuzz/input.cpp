@@ -17,6 +17,7 @@ namespace kxstr::fuzz {
 namespace {
 
 constexpr std::uint8_t kUntouched = 0xA5;
+constexpr std::size_t kChoices = 64; // bytes at most
 constexpr std::size_t kWatched = 64; // bytes beside a buffer
 
 // Given back to be used again: reserving takes far longer than a run.
@@ -38,16 +39,19 @@ void fail(const char *what, const char *file, int line) {
     std::abort();
 }
 
+Input::Input(std::span<const std::uint8_t> bytes)
+    : text_(bytes.first(bytes.size() - std::min(kChoices, (bytes.size() + 1) / 2))),
+      choices_(bytes.subspan(text_.size())) {}
+
 std::uint8_t Input::byte() {
-    if (bytes_.empty()) return 0;
-    const std::uint8_t last = bytes_.back();
-    bytes_ = bytes_.first(bytes_.size() - 1);
-    return last;
+    if (choices_.empty()) return 0;
+    const std::size_t pass = chosen_ / choices_.size();
+    return static_cast<std::uint8_t>(choices_[chosen_++ % choices_.size()] ^ (37 * pass));
 }
 
 std::span<const std::uint8_t> Input::part(std::size_t most) {
-    const auto first = bytes_.first(std::min(most, bytes_.size()));
-    bytes_ = bytes_.subspan(first.size());
+    const auto first = text_.first(std::min(most, text_.size()));
+    text_ = text_.subspan(first.size());
     return first;
 }
 
@@ -94,10 +98,10 @@ void choose_language(Input &input) {
 }
 
 std::uint32_t code_page_of(Input &input) {
-    static constexpr std::uint32_t kPages[] = {437,   737,  775,   850,  852,   855,   857,   860,  861,  862,  863,
-                                               864,   865,  866,   869,  874,   932,   934,   936,  938,  949,  950,
-                                               1250,  1251, 1252,  1253, 1254,  1255,  1256,  1257, 1258, 1361, 10000,
-                                               18851, 18852, 18857, 28591, 28605, 65001, 0xFFFFFFFF};
+    static constexpr std::uint32_t kPages[] = {437,  737,  775,   850,   852,   855,   857,   860,   861,   862,
+                                               863,  864,  865,   866,   869,   874,   932,   934,   936,   938,
+                                               949,  950,  1250,  1251,  1252,  1253,  1254,  1255,  1256,  1257,
+                                               1258, 1361, 10000, 18851, 18852, 18857, 28591, 28605, 65001, 0xFFFFFFFF};
     const std::uint8_t which = input.byte();
     return which < 240 ? kPages[which % std::size(kPages)] : input.word();
 }

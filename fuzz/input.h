@@ -15,13 +15,12 @@ inline void require(bool holds, const char *what, const char *file = __builtin_F
     if (!holds) fail(what, file, line);
 }
 
-// The bytes of one run. Choices are taken from the end and texts from the front, so that a plain text is an input, too,
-// and a longer text leaves the choices what they were.
+// The bytes of one run: a text, and behind it what is chosen, so that a longer text leaves the choices what they were.
 class Input {
   public:
-    explicit Input(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+    explicit Input(std::span<const std::uint8_t> bytes);
 
-    // 0 when nothing is left.
+    // The next choice; when they are used up they begin anew, changed a little.
     std::uint8_t byte();
     std::uint16_t word() { return static_cast<std::uint16_t>(byte() << 8 | byte()); }
     std::uint32_t number() { return static_cast<std::uint32_t>(word()) << 16 | word(); }
@@ -32,12 +31,14 @@ class Input {
         return range[below(static_cast<std::uint32_t>(std::size(range)))];
     }
 
-    std::span<const std::uint8_t> rest() { return part(bytes_.size()); }
+    // What is left of the text, or its next bytes.
+    std::span<const std::uint8_t> rest() { return part(text_.size()); }
     std::span<const std::uint8_t> part(std::size_t most);
-    bool empty() const { return bytes_.empty(); }
 
   private:
-    std::span<const std::uint8_t> bytes_;
+    std::span<const std::uint8_t> text_;
+    std::span<const std::uint8_t> choices_;
+    std::size_t chosen_ = 0;
 };
 
 // Memory between two pages that cannot be read or written. The bytes of a buffer lie right before the one or right
@@ -78,6 +79,12 @@ template <class Unit> class Buffer {
     Unit *end() const { return data() + count_; }
     bool operator==(const Buffer &other) const { return std::vector<Unit>(*this) == std::vector<Unit>(other); }
     explicit operator std::vector<Unit>() const { return {begin(), end()}; }
+    // What stands before the first zero, which must be there.
+    std::vector<Unit> text() const {
+        for (std::size_t i = 0; i < count_; ++i)
+            if (data()[i] == 0) return {data(), data() + i};
+        fail("a text ends within its buffer", __FILE__, __LINE__);
+    }
 
     void store(std::span<const Unit> units) const {
         require(units.size() <= count_, "a fuzz target stores more than it has room for");

@@ -1,5 +1,5 @@
-// replay [-c COPIES] TARGET PATH...: runs a target on files, and on the files of folders, without libFuzzer, so with any
-// compiler. Of each it also runs COPIES changed ones, the same each time.
+// replay [-c COPIES] TARGET PATH...: runs a target on files, and on the files of folders, without libFuzzer, so with
+// any compiler. Of each it also runs COPIES changed ones, the same each time.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -22,8 +22,9 @@ constexpr struct {
     std::string_view name;
     void (*run)(Input &input);
 } kTargets[] = {
-    {"conversions", conversions}, {"text", text},   {"streams", streams}, {"strings", strings}, {"collation", collation},
-    {"settings", settings},       {"links", links}, {"tool", tool},       {"detect", detect},
+    {"conversions", conversions}, {"text", text},         {"streams", streams}, {"strings", strings},
+    {"collation", collation},     {"settings", settings}, {"links", links},     {"tool", tool},
+    {"detect", detect},
 };
 
 std::vector<std::uint8_t> bytes_of_file(const fs::path &path) {
@@ -62,9 +63,9 @@ int main(int argc, char **argv) {
         copies = static_cast<unsigned>(std::atoi(argv[2]));
         first = 3;
     }
-    const auto *const target =
-        argc > first + 1 ? std::ranges::find(kTargets, std::string_view(argv[first]), [](const auto &one) { return one.name; })
-                         : std::end(kTargets);
+    const auto *const target = argc > first + 1 ? std::ranges::find(kTargets, std::string_view(argv[first]),
+                                                                    [](const auto &one) { return one.name; })
+                                                : std::end(kTargets);
     if (target == std::end(kTargets)) {
         std::fputs("usage: replay [-c COPIES] TARGET PATH...\n", stderr);
         return 2;

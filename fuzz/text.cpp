@@ -39,7 +39,8 @@ bool is_fault(std::uint32_t reason) {
 void check(const KxTextResult &result, std::uint32_t reason, std::size_t length, std::size_t room) {
     require(result.read <= length && result.written <= room, "within the bounds");
     require(reason <= KX_TEXT_MALFORMED, "a reason");
-    require(is_fault(reason) ? result.fault > 0 && result.fault <= length - result.read : result.fault == 0, "the fault's size");
+    require(is_fault(reason) ? result.fault > 0 && result.fault <= length - result.read : result.fault == 0,
+            "the fault's size");
     require(reason != KX_TEXT_DONE || result.read == length, "done is done");
 }
 
@@ -53,7 +54,8 @@ Outcome convert_whole(Input &input, KxTextConverter converter, std::span<const s
         KxTextResult measured, result;
         const std::uint32_t expected = KxTextMeasure(&measuring, source.data(), source.size(), 1, &measured);
         const Buffer<std::uint8_t> to(input, measured.written);
-        const std::uint32_t reason = KxTextConvert(&converter, source.data(), source.size(), 1, to.data(), to.size(), &result);
+        const std::uint32_t reason =
+            KxTextConvert(&converter, source.data(), source.size(), 1, to.data(), to.size(), &result);
         check(result, reason, source.size(), to.size());
         require(reason == expected && result.read == measured.read && result.written == measured.written &&
                     result.replaced == measured.replaced && result.fault == measured.fault,
@@ -80,7 +82,8 @@ Outcome convert_in_pieces(Input &input, KxTextConverter converter, std::span<con
         const bool last = at + length == text.size();
         const Buffer<std::uint8_t> source(input, text.subspan(at, length)), to(input, room);
         KxTextResult result;
-        const std::uint32_t reason = KxTextConvert(&converter, source.data(), length, last ? 1 : 0, to.data(), room, &result);
+        const std::uint32_t reason =
+            KxTextConvert(&converter, source.data(), length, last ? 1 : 0, to.data(), room, &result);
         check(result, reason, length, room);
         outcome.bytes.insert(outcome.bytes.end(), to.begin(), to.begin() + result.written);
         outcome.replaced += result.replaced;
@@ -112,13 +115,11 @@ void text(Input &input) {
     if ((flags & KX_TEXT_DROP) == 0 && input.flag()) KxTextSubstitute(&converter, input.number() % 0x110000);
 
     const std::uint8_t shape = input.byte();
-    Input choices = input; // the same for each way
     auto bytes = input.part(3000);
     std::vector<std::uint8_t> units;
     if (shape % 4 == 0) { // units of KX text rather than any bytes
         for (const std::uint16_t unit : kx_of(input))
-            for (const unsigned byte : {unit & 0xFFu, unit >> 8u})
-                units.push_back(static_cast<std::uint8_t>(byte));
+            units.insert(units.end(), {static_cast<std::uint8_t>(unit), static_cast<std::uint8_t>(unit >> 8)});
         bytes = units;
     }
     const Buffer<std::uint8_t> start(input, bytes);
