@@ -36,7 +36,7 @@ struct OwnTables {
         for (std::uint16_t &key : keys)
             key = input.word();
         std::ranges::sort(keys);
-        keys.erase(std::ranges::unique(keys).begin(), keys.end());
+        keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
         Bytes bytes{static_cast<std::uint8_t>(keys.size()), 0};
         for (const unsigned key : keys)
             bytes.insert(bytes.end(),
@@ -52,7 +52,7 @@ void single_characters(Input &input) {
     choose_language(input);
     KxCodePage page;
     WcvtClrCodepage(&page);
-    for (int i = input.below(3); i >= 0; --i)
+    for (auto times = input.below(3); times < 3; ++times)
         WcvtSetCodepage(code_page_of(input), input.byte(), &page);
     const OwnTables own(input);
     if (input.below(4) == 0) page.low_table = own.range.data();
@@ -279,17 +279,16 @@ void unicode_strings(Input &input) {
 
 // ---- KX 5 ----
 
-// A stream that holds its codes whole.
-Bytes sound_old_stream(std::span<const std::uint8_t> bytes) {
+// A stream that holds its codes whole; where text is in pairs, these too.
+Bytes sound_old_stream(std::span<const std::uint8_t> bytes, bool in_pairs) {
     Bytes stream;
-    for (std::size_t i = 0; i < bytes.size();) {
-        const std::uint8_t code = bytes[i];
-        std::size_t size = code == 0xC0 ? 4 : code == 0xC3 || code == 0xC4 ? 3 : 1;
-        if (code >= 0xD0) size = i + 4 <= bytes.size() ? 4 + (bytes[i + 2] | std::size_t{bytes[i + 3]} << 8) : 4;
-        if (code != 0 && size <= bytes.size() - i)
-            stream.insert(stream.end(), bytes.begin() + static_cast<std::ptrdiff_t>(i),
-                          bytes.begin() + static_cast<std::ptrdiff_t>(i + size));
-        i += std::min(size, bytes.size() - i);
+    for (std::size_t size = 1; !bytes.empty(); bytes = bytes.subspan(std::min(size, bytes.size()))) {
+        const std::uint8_t code = bytes[0];
+        const bool is_pair = in_pairs && code > 0x20 && code < 0x80;
+        size = code == 0xC0 ? 4 : code == 0xC3 || code == 0xC4 ? 3 : is_pair ? 2 : 1;
+        if (code >= 0xD0) size = bytes.size() < 4 ? 4 : 4 + (bytes[2] | std::size_t{bytes[3]} << 8);
+        if (code != 0 && size <= bytes.size() && !(is_pair && bytes[1] == 0))
+            stream.insert(stream.end(), bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
     }
     stream.push_back(0);
     return stream;
@@ -298,10 +297,14 @@ Bytes sound_old_stream(std::span<const std::uint8_t> bytes) {
 void old_streams(Input &input) {
     const std::uint32_t bytes = input.below(4000);
     const std::uint32_t selector = input.flag() ? 0x83 : input.byte();
-    const Buffer<std::uint8_t> source(input, sound_old_stream(input.part(3000)));
+    KxPlatformSettings settings;
+    KxPlatformGet(&settings);
+    const auto text = input.part(3000);
+    const Buffer<std::uint8_t> source(input, sound_old_stream(text, settings.double_byte != 0));
+    const Buffer<std::uint8_t> in_pairs(input, sound_old_stream(text, true));
     const Buffer<KxChar> to(input, bytes / 2), chinese(input, bytes / 2);
     require(W5dzTowz(source.data(), to.data(), bytes) == to.data(), "the destination");
-    require(lW5CdzTowz(source.data(), chinese.data(), bytes, selector) == chinese.data(), "the destination");
+    require(lW5CdzTowz(in_pairs.data(), chinese.data(), bytes, selector) == chinese.data(), "the destination");
     if (bytes < 2) return;
     to.text();
     chinese.text();

@@ -23,7 +23,7 @@ void detect(Input &input) {
         for (unsigned page = 0; page < 64; ++page)
             require((guess.same >> page & 1) == 0 || KxDetectPageName(page) != nullptr, "a page that has a name");
     }
-    require(shares <= 1000, "thousandths");
+    require(shares <= 1000 + count, "thousandths, each of them rounded");
     KxDetectGuess best;
     require(room == 0 || (KxDetect(text.data(), text.size(), &best, 1) == 1 && best.page == guesses[0].page),
             "the same best");

@@ -46,7 +46,7 @@ std::vector<std::pair<std::u16string, Data>> values_but(const RegistryFile &file
         for (const auto &[upper, value] : one.values) {
             if (name ? path == key && upper == *name : is_below(path, key)) continue;
             Data data = value.data;
-            for (const unsigned shift : {0, 8, 16, 24})
+            for (const unsigned shift : {0u, 8u, 16u, 24u})
                 data.push_back(static_cast<std::uint8_t>(value.type >> shift));
             values.emplace_back(path + u'\n' + upper, std::move(data));
         }

@@ -95,8 +95,8 @@ Outcome convert_in_pieces(Input &input, KxTextConverter converter, std::span<con
             at += result.fault;
         }
         const bool stuck = result.read == 0 && result.written == 0;
-        length = reason == KX_TEXT_INCOMPLETE && stuck ? length + 1 : piece;
-        room = reason == KX_TEXT_FULL && stuck ? room + 1 : most_room;
+        length = !stuck ? piece : reason == KX_TEXT_INCOMPLETE ? length + 1 : length;
+        room = !stuck ? most_room : reason == KX_TEXT_FULL ? room + 1 : room;
         require(room < 64 && length < text.size() + 64, "a piece that is long enough and has room enough goes on");
     }
 }

@@ -95,6 +95,7 @@ void check_sorting(Input &input) {
     });
     if (run(arguments) != 0 || !plain || arguments.size() > 6 + options.size()) return;
     const auto lines_of = [](std::string text) {
+        if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3); // a mark is dropped
         if (!text.empty() && text.back() != '\n') text += '\n';
         std::vector<std::string> lines;
         for (std::size_t at = 0; at < text.size();) {
