@@ -17,7 +17,7 @@ namespace kxstr::faults {
 namespace {
 
 constexpr int kMemory[] = {ENOMEM}, kOpen[] = {EMFILE, EACCES}, kRead[] = {EIO, EINTR, 0},
-              kWrite[] = {ENOSPC, EINTR, 0}, kSync[] = {EIO, EINVAL}, kLock[] = {EINTR, ENOLCK}, kThread[] = {EAGAIN},
+              kWrite[] = {ENOSPC, EINTR, 0}, kSync[] = {EIO, EINVAL}, kLock[] = {ENOLCK, EINTR}, kThread[] = {EAGAIN},
               kOther[] = {EIO, EACCES};
 constexpr struct {
     const char *name;
@@ -33,14 +33,15 @@ struct Counter {
     std::atomic<std::size_t> calls, failures;
 };
 std::array<Counter, kCalls> g_counters;
-std::atomic<std::size_t> g_all, g_blocks;
-std::atomic<bool> g_armed;
+std::atomic<std::size_t> g_all;
+std::atomic<std::ptrdiff_t> g_blocks;
+std::atomic<bool> g_under_test;
 Plan g_plan;
 
 enum class Fate : unsigned char { goes_through, fails, is_short };
 
 Fate fate_of(Call call) noexcept {
-    if (!g_armed) return Fate::goes_through;
+    if (!g_under_test) return Fate::goes_through;
     Counter &counter = g_counters[static_cast<std::size_t>(call)];
     const std::size_t own = ++counter.calls, all = ++g_all;
     if (g_plan.first == 0 || (g_plan.call && *g_plan.call != call)) return Fate::goes_through;
@@ -62,7 +63,7 @@ std::size_t half_of(std::size_t size) noexcept {
 }
 
 void *counted(void *block) noexcept {
-    if (block != nullptr) ++g_blocks;
+    if (block != nullptr && g_under_test) ++g_blocks;
     return block;
 }
 
@@ -75,15 +76,14 @@ std::span<const int> errors_of(Call call) {
     return kKinds[static_cast<std::size_t>(call)].errors;
 }
 
-void arm(const Plan &plan) {
+void plan(const Plan &plan) {
     g_plan = plan;
     g_all = 0;
     for (Counter &counter : g_counters)
         counter.calls = counter.failures = 0;
-    g_armed = true;
 }
-void disarm() {
-    g_armed = false;
+void set_under_test(bool is) noexcept {
+    g_under_test = is;
 }
 std::size_t count_of(Call call) {
     return g_counters[static_cast<std::size_t>(call)].calls;
@@ -91,7 +91,7 @@ std::size_t count_of(Call call) {
 std::size_t failures_of(Call call) {
     return g_counters[static_cast<std::size_t>(call)].failures;
 }
-std::size_t live_blocks() {
+std::ptrdiff_t live_blocks() {
     return g_blocks;
 }
 
@@ -121,7 +121,7 @@ void *__wrap_realloc(void *block, std::size_t size) {
     return block == nullptr ? counted(grown) : grown;
 }
 void __wrap_free(void *block) {
-    if (block != nullptr) --g_blocks;
+    if (block != nullptr && g_under_test) --g_blocks;
     __real_free(block);
 }
 

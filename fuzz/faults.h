@@ -44,12 +44,21 @@ struct Plan {
     int error = 0; // of calls of any kind: the first one of each
 };
 
-// Counts the calls from here on, and lets some fail.
-void arm(const Plan &plan);
-void disarm();
-std::size_t count_of(Call call); // since arm
+// What happens to the calls that are made under test from now on: they are counted, and some fail.
+void plan(const Plan &plan);
+std::size_t count_of(Call call); // since then
 std::size_t failures_of(Call call);
 
-std::size_t live_blocks(); // of memory
+void set_under_test(bool is) noexcept;
+// The result of what is under test; no other call counts or fails.
+template <class Work> auto under_test(const Work &work) {
+    struct Scope {
+        Scope() { set_under_test(true); }
+        ~Scope() { set_under_test(false); }
+    } scope;
+    return work();
+}
+
+std::ptrdiff_t live_blocks(); // of memory that what was under test has taken and not given back
 
 } // namespace kxstr::faults

@@ -45,7 +45,9 @@ void expect(bool holds, const std::string &what) {
 
 const fs::path &folder() {
     static const fs::path path = [] {
-        std::string name = (fs::temp_directory_path() / "kxstr-faults-XXXXXX").string();
+        // In memory where there is such a folder: flushing to a disk takes time.
+        const fs::path above = fs::exists("/dev/shm") ? "/dev/shm" : fs::temp_directory_path();
+        std::string name = (above / "kxstr-faults-XXXXXX").string();
         if (::mkdtemp(name.data()) == nullptr) std::abort();
         return fs::path(name);
     }();
@@ -88,22 +90,28 @@ struct Case {
     System system = kWestern;
 };
 
+void set_up(const Case &one) {
+    run_on(one.system, one.before.contains("registry.reg") ? at("registry.reg").c_str() : "");
+    VaskSetLanguage("EN");
+}
+
 void prepare(const Case &one) {
     put_files(one.before);
-    run_on(one.system, at("registry.reg").c_str());
+    set_up(one);
 }
 
 // One fault, and the next try.
 void try_with(const Case &one, const Plan &plan, const Files &before, const Files &after, std::size_t descriptors,
-              std::size_t blocks) {
+              std::ptrdiff_t blocks) {
     ++g_faults;
     g_where = one.name + ", " + (plan.call ? name_of(*plan.call) : "any call") + " " + std::to_string(plan.first) +
               (plan.from_then_on ? " and all that follow" : "") + ": " +
               (plan.error != 0 ? std::strerror(plan.error) : "in part");
     prepare(one);
-    arm(plan);
+    faults::plan(plan);
     const bool done = one.run();
-    disarm();
+    const bool may_leave = failures_of(Call::unlink) > 0;
+    faults::plan({});
     const Files now = files_now();
     if (done) {
         expect(now == after, "success, but not what it should have done");
@@ -114,12 +122,11 @@ void try_with(const Case &one, const Plan &plan, const Files &before, const File
     for (const auto &[name, content] : now) {
         const auto is = [&](const Files &files) { return files.contains(name) && files.at(name) == content; };
         const bool left_over = !before.contains(name) && !after.contains(name);
-        expect(is(before) || is(after) || (left_over && failures_of(Call::unlink) > 0),
-               name + " is neither old nor new");
+        expect(is(before) || is(after) || (left_over && may_leave), name + " is neither old nor new");
     }
     for (const auto &[name, content] : before)
         expect(now.contains(name) || !after.contains(name), name + " is lost");
-    run_on(one.system, at("registry.reg").c_str());
+    set_up(one);
     if (!done || now != after) {
         if (now != before) put_files(one.before); // what happened to other files would be done twice
         expect(one.run(), "the next try fails");
@@ -139,11 +146,11 @@ void run_case(const Case &one, bool sample) {
         expect(one.run(), "fails by itself");
     }
     const Files after = files_now();
-    const std::size_t descriptors = open_descriptors(), blocks = live_blocks();
+    const std::size_t descriptors = open_descriptors();
+    const std::ptrdiff_t blocks = live_blocks();
     prepare(one);
-    arm({});
+    faults::plan({});
     one.run();
-    disarm();
     std::size_t counts[kCalls], all = 0;
     for (std::size_t i = 0; i < kCalls; ++i)
         all += counts[i] = count_of(static_cast<Call>(i));
@@ -176,15 +183,25 @@ std::string repeated(const char *line, int times) {
     return text;
 }
 
-constexpr const char *kSettings =
-    "Windows Registry Editor Version 5.00\n; kept\n[HKEY_CURRENT_USER\\Software\\K]\n"
-    "\"v\"=\"old\"\n[HKEY_USERS\\Gone]\n\"w\"=hex:01\n"
-    "[HKEY_CURRENT_USER\\Software\\Norvane\\Conversions\\21\\CodePageData\\EN]\n"
-    "\"DOS Code Page\"=hex(80000008):3c,00,4b,00,5c,00,70,00,3e,00\n"
-    "\"Windows Code Page\"=hex(80000008):3c,00,5c,00,48,00,4b,00,45,00,59,00,5f,00,43,00,55,"
-    "00,52,00,52,00,45,00,4e,00,54,00,5f,00,55,00,53,00,45,00,52,00,5c,00,4b,00,5c,00,70,00,"
-    "3e,00\n[HKEY_CURRENT_USER\\K]\n\"p\"=hex(80000002):e4,04\n"
-    "[HKEY_CURRENT_USER\\Software\\K]\n\"p\"=hex(80000002):54,03\n";
+// With all keys that writing would make first: each write is whole, and here it is one. The two links lead to K and to
+// \HKEY_CURRENT_USER\K.
+constexpr const char *kSettings = R"(Windows Registry Editor Version 5.00
+; kept
+[HKEY_CURRENT_USER\Software\K]
+"v"="old"
+"p"=hex(80000002):54,03
+[HKEY_CURRENT_USER\K]
+"p"=hex(80000002):e4,04
+[HKEY_USERS\Gone]
+"w"=hex:01
+[HKEY_CURRENT_USER\Software\Norvane\Yarrowind\21\LogicalCharacters]
+"Yarrowind Logical Syntax Characters"="\"*<>|"
+[HKEY_CURRENT_USER\Software\Norvane\Conversions\21\CodePageData\FR]
+[HKEY_CURRENT_USER\Software\Norvane\Conversions\21\CodePageData\EN]
+"DOS Code Page"=hex(80000008):3c,00,4b,00,5c,00,70,00,3e,00
+"Windows Code Page"=hex(80000008):3c,00,5c,00,48,00,4b,00,45,00,59,00,5f,00,43,00,55,00,52,00,52,00,45,00,4e,00,54,\
+  00,5f,00,55,00,53,00,45,00,52,00,5c,00,4b,00,5c,00,70,00,3e,00
+)";
 
 // A run of the tool, with its messages in a file. What stands for a file begins with @.
 Case tool(const std::string &name, Files before, std::vector<std::string> arguments) {
@@ -204,7 +221,7 @@ Case tool(const std::string &name, Files before, std::vector<std::string> argume
         static_cast<void>(::ftruncate(messages, 0));
         ::dup2(messages, 2);
         optind = 0;
-        const bool done = kx_main(static_cast<int>(copies.size()), argv.data()) == 0;
+        const bool done = under_test([&] { return kx_main(static_cast<int>(copies.size()), argv.data()); }) == 0;
         ::dup2(kept, 2);
         ::close(kept);
         return done;
@@ -216,14 +233,20 @@ Case tool(const std::string &name, Files before, std::vector<std::string> argume
 template <class Unit> bool converts(const std::vector<Unit> &expected, const std::function<bool(Unit *to)> &convert) {
     std::vector<Unit> to(expected.size(), static_cast<Unit>(0x7E7E));
     const std::vector<Unit> untouched = to;
-    const bool done = convert(to.data());
+    const bool done = under_test([&] { return convert(to.data()); });
     expect(to == (done ? expected : untouched), "neither the whole text nor nothing");
     return done;
 }
 
 std::vector<Case> all_cases() {
-    const std::string text = repeated("\xC4" "pfel und \xE9" "clairs, zweiundzwanzig Zeichen\n", 3000); // several chunks
-    const std::string lines = repeated("zebra\n\xC3\x84" "pfel\nllama 10\nc\xC3\xB4" "te\n", 2000);
+    const std::string text = repeated("\xC4"
+                                      "pfel und \xE9"
+                                      "clairs, zweiundzwanzig Zeichen\n",
+                                      3000); // several chunks
+    const std::string lines = repeated("zebra\n\xC3\x84"
+                                       "pfel\nllama 10\nc\xC3\xB4"
+                                       "te\n",
+                                       2000);
     std::vector<Case> cases{
         tool("convert -o", {{"in", text}, {"out", "old"}},
              {"convert", "-f", "1252", "-t", "utf-8", "-o", "@out", "@in"}),
@@ -237,7 +260,7 @@ std::vector<Case> all_cases() {
         tool("sort -j2", {{"in", lines}, {"out", "old"}},
              {"sort", "-l", "es", "-j2", "-u", "-k2n", "-o", "@out", "@in"}),
         tool("sort -m", {{"in", "a\nb\n"}, {"to", "b\n"}}, {"sort", "-l", "ja", "-m", "-o", "@out", "@in", "@to"}),
-        tool("strip -o", {{"in", repeated("A\xF0\x29\x01\xF0\xD4\x01\x06\x00\x06\x00\xD4\xCC", 50)}},
+        tool("strip -o", {{"in", repeated("A\xF0\x29\x01\xF0\xCC", 50)}},
              {"strip", "-t", "utf-8", "-o", "@out", "@in"}),
         tool("registry set", {{"f.reg", kSettings}},
              {"registry", "-f", "@f.reg", "set", "HKCU\\Software\\K", "v", "new"}),
@@ -254,9 +277,9 @@ std::vector<Case> all_cases() {
         cases.push_back({name, std::move(before), std::move(run), {}, system});
     };
     add("WcvtSetWinCodepage through a link", kWestern, {{"registry.reg", kSettings}},
-        [] { return WcvtSetWinCodepage(1250) == 1; });
+        [] { return under_test([] { return WcvtSetWinCodepage(1250); }) == 1; });
     add("WcvtGetDOSCodepage through a link", kWestern, {{"registry.reg", kSettings}}, [] {
-        const std::uint16_t page = WcvtGetDOSCodepage();
+        const std::uint16_t page = under_test(WcvtGetDOSCodepage);
         expect(page == 852 || page == 437, "neither the stored page nor the system's");
         return page == 852;
     });
@@ -277,7 +300,7 @@ std::vector<Case> all_cases() {
         });
         char ansi[9];
         static constexpr std::uint16_t kWide[] = {0x3042, 'a', 0};
-        expect(W6VaskToazN(kWide, ansi, 5) == 1, "always 1");
+        expect(under_test([&] { return W6VaskToazN(kWide, ansi, 5); }) == 1, "always 1");
         const bool whole = std::string(ansi) == "\x82\xA0"
                                                 "a";
         expect(whole || *ansi == 0, "neither the whole text nor an empty one");
@@ -285,9 +308,9 @@ std::vector<Case> all_cases() {
     });
     add("KxDetect", kWestern, {}, [text] {
         KxDetectGuess guesses[3];
-        const std::size_t count =
-            KxDetect(reinterpret_cast<const std::uint8_t *>(text.data()), text.size(), guesses, 3);
-        expect(count == 0 || std::strcmp(guesses[0].page, "1252") == 0, "another answer");
+        const std::size_t count = under_test(
+            [&] { return KxDetect(reinterpret_cast<const std::uint8_t *>(text.data()), text.size(), guesses, 3); });
+        expect(count == 0 || std::strcmp(guesses[0].page, "850") == 0, "another answer");
         return count != 0;
     });
     return cases;
