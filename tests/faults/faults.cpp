@@ -195,7 +195,7 @@ constexpr const char *kSettings = R"(Windows Registry Editor Version 5.00
 [HKEY_USERS\Gone]
 "w"=hex:01
 [HKEY_CURRENT_USER\Software\Norvane\Yarrowind\21\LogicalCharacters]
-"Yarrowind Logical Syntax Characters"="\"*<>|"
+"Yarrowind Logical Syntax Characters"="'*<>|"
 [HKEY_CURRENT_USER\Software\Norvane\Conversions\21\CodePageData\FR]
 [HKEY_CURRENT_USER\Software\Norvane\Conversions\21\CodePageData\EN]
 "DOS Code Page"=hex(80000008):3c,00,4b,00,5c,00,70,00,3e,00
