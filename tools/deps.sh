@@ -7,6 +7,7 @@ packages_of() {
     case $1 in
     default) echo "cmake g++ make python3 binutils libgtest-dev" ;;
     clang) echo "clang" ;;
+    valgrind) echo "valgrind" ;;
     lint) echo "clang-format clang-tidy shellcheck pyflakes3" ;;
     demo) echo "cmake make g++ python3" ;;
     docs) echo "make doxygen" ;;

@@ -208,8 +208,7 @@ Case tool(const std::string &name, Files before, std::vector<std::string> argume
     for (std::string &argument : arguments)
         if (argument.starts_with("@")) argument = at(argument.c_str() + 1);
     arguments.insert(arguments.begin(), "kx");
-    static const int messages =
-        ::open((fs::temp_directory_path() / "kxstr-faults").c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    static const int messages = ::fileno(std::tmpfile());
     const auto run = [arguments] {
         std::vector<std::string> copies = arguments;
         std::vector<char *> argv;
