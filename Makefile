@@ -1,11 +1,12 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
-.PHONY: all build demo deps tables docs clean \
+.PHONY: all build demo deps tables docs clean fuzz fuzz-valgrind \
         test test-asan test-tsan test-clang test-windows test-32 test-be test-abi test-package torture \
         web test-browser pictures windows abi-baseline package package-windows lint bench bench-tool \
         bench-detect bench-build
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 SIZE ?= 256
+SECONDS ?= 60
 
 all: build
 
@@ -46,9 +47,23 @@ test-clang:
 	cmake --build --preset clang -j$(JOBS)
 	ctest --preset clang -j$(JOBS)
 
-# The long form of the tests that kill writers and let processes fight over one settings file.
+# The long form of the tests that kill writers, let processes fight over one settings file, and make memory and system
+# calls fail.
 torture: build
 	KXSTR_TORTURE=1 build/release/kxstr_tests --gtest_filter='RegistryTorture.*'
+	build/release/faults
+
+# Each fuzz target for so many SECONDS, half of them without the vector kernels; `make fuzz TARGETS=text` runs one.
+fuzz:
+	@tools/deps.sh default clang
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j$(JOBS)
+	fuzz/run.py --seconds $(SECONDS) build/fuzz $(TARGETS)
+
+# The inputs that `make test` replays, under valgrind, which sees what is read before it was written.
+fuzz-valgrind: build
+	@tools/deps.sh valgrind
+	fuzz/run.py --valgrind build/release $(TARGETS)
 
 # The reference of the headers, and the pages of docs/, in build/docs/html.
 docs:

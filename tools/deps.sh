@@ -7,6 +7,7 @@ packages_of() {
     case $1 in
     default) echo "cmake g++ make python3 binutils libgtest-dev" ;;
     clang) echo "clang" ;;
+    valgrind) echo "valgrind" ;;
     lint) echo "clang-format clang-tidy shellcheck pyflakes3 mandoc zsh" ;;
     demo) echo "cmake make g++ python3" ;;
     python) echo "python3-pip python3-setuptools python3-wheel python3-mypy python3-dask python3-distributed" ;;

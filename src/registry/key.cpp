@@ -64,9 +64,12 @@ std::uint32_t CYWKey::SetValue(const char *name, std::uint32_t type, const void 
                                std::uint32_t follow, std::uint32_t) noexcept {
     std::uint32_t old_type = 0;
     std::uint32_t old_size = 0;
-    if (platform::query_value(key, name, &old_type, nullptr, old_size) == platform::kSuccess) {
+    const std::uint32_t found = platform::query_value(key, name, &old_type, nullptr, old_size);
+    if (found == platform::kSuccess) {
         if ((old_type & kWriteProtected) != 0) return platform::kAccessDenied;
         if (is_link(old_type) && follow != 0) return set_at_target(name, type, data, size);
+    } else if (found != platform::kNotFound) {
+        return found; // it may be a link, or protected
     }
     return platform::set_value(key, name, type, data, size);
 }

@@ -243,23 +243,22 @@ class Evaluation {
         platform::KeyHandle opened = platform::KeyHandle::null;
         if (!place.key_path.empty()) {
             const std::string path = platform::wide_to_ansi(place.key_path);
-            if (platform::open_key(key, path.c_str(), platform::kReadAndWrite, opened) != platform::kSuccess) {
-                return resolve_missing(reference);
-            }
+            const std::uint32_t status = platform::open_key(key, path.c_str(), platform::kReadAndWrite, opened);
+            if (status != platform::kSuccess) return resolve_missing(reference, status);
             key = opened;
         }
         const KeyCloser closer(opened);
         const std::string name = platform::wide_to_ansi(place.value_name);
         std::uint32_t size = 0;
-        if (platform::query_value(key, name.c_str(), &type, nullptr, size) != platform::kSuccess) {
-            return resolve_missing(reference);
-        }
+        const std::uint32_t status = platform::query_value(key, name.c_str(), &type, nullptr, size);
+        if (status != platform::kSuccess) return resolve_missing(reference, status);
         if (is_link(type)) return resolve_link(reference, key, name, depth);
         if (target_) return become_reference(reference);
         return resolve_plain(key, name);
     }
 
-    bool resolve_missing(const std::u16string &reference) {
+    bool resolve_missing(const std::u16string &reference, std::uint32_t status) {
+        if (is_unknown(status)) return fail(platform::kCannotOpen);
         type = kLinkType;
         return !target_ || become_reference(reference);
     }
@@ -380,10 +379,10 @@ void close(platform::KeyHandle &key) noexcept {
     key = platform::KeyHandle::null;
 }
 
-bool read_syntax(platform::KeyHandle key, std::span<std::uint16_t, kSyntaxRoom> characters) {
+bool read_syntax(platform::KeyHandle key, std::span<std::uint16_t, kSyntaxRoom> characters, std::uint32_t &status) {
     std::vector<std::uint8_t> data;
     std::uint32_t type = 0;
-    const std::uint32_t status = read_value(key, kSettingsValue, type, data);
+    status = read_value(key, kSettingsValue, type, data);
     if (status != platform::kSuccess || type != platform::kTextType) return false;
     std::u16string text = platform::ansi_to_wide({reinterpret_cast<const char *>(data.data()), data.size()});
     text.resize(std::min(text.find(u'\0'), text.size()));
@@ -413,7 +412,12 @@ bool open_keys_and_area(LinkEngine &engine, std::uint16_t *characters, Missing m
         return true;
     };
     if (!open(kLinkSettingsKey, engine.settings_key)) return fail(kCannotOpen);
-    if (!read_syntax(engine.settings_key, std::span<std::uint16_t, kSyntaxRoom>(characters, kSyntaxRoom))) {
+    std::uint32_t status = kSuccess;
+    if (!read_syntax(engine.settings_key, std::span<std::uint16_t, kSyntaxRoom>(characters, kSyntaxRoom), status)) {
+        // What is stored but cannot be read must not give way to the default.
+        const bool is_there = status == kSuccess;
+        const bool is_missing = status == kNotFound || status == kKeyDeleted || status == kBadHandle;
+        if (!is_there && !is_missing) return fail(kCannotOpen);
         free_syntax(engine);
         // For people to see and change. Where nothing can be written the default serves all the same.
         if (create) {

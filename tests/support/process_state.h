@@ -1,8 +1,6 @@
 // Sets the system that a test runs on, and makes the library forget what it decided about the one before.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
 
 namespace kxstr::test {

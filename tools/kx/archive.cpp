@@ -6,11 +6,13 @@
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <new>
 #include <set>
 #include <thread>
 
 #include "os.h"
 #include "paths.h"
+#include "threads.h"
 
 namespace kx {
 namespace {
@@ -182,29 +184,12 @@ class Run {
         if (!output_->good() || (choices.writes_mark && !output_->write(byte_order_mark(choices.to)))) lose_output();
     }
 
-    void work(const FormOf &form_of, const MakeLane &make_lane) {
-        std::vector<Lane> lanes; // of this thread
-        for (;;) {
-            const std::size_t number = begun_++;
-            if (number >= plan_.jobs.size() || ended_) return;
-            Surroundings surroundings;
-            Waiting waiting;
-            surroundings.write = [&](std::span<const std::uint8_t> bytes) { return write(number, waiting, bytes); };
-            surroundings.progress = [&](std::uint64_t more) { show_progress(number, more); };
-            const Job &job = plan_.jobs[number];
-            std::vector<JobResult::Message> messages;
-            const auto form = form_of(job, [&](const std::string &what, int error) {
-                messages.push_back({what, error});
-            });
-            if (form) {
-                auto lane = std::ranges::find(lanes, form, [](const Lane &known) { return known.choices.from; });
-                if (lane == lanes.end()) lane = lanes.insert(lane, make_lane(*form));
-                waiting.result = convert(job, lane->choices, *lane->converter, surroundings);
-            }
-            auto &told = waiting.result.messages;
-            told.insert(told.begin(), messages.begin(), messages.end());
-            end(number, std::move(waiting));
-        }
+    // A thread that fails ends the others, which may wait for its job.
+    void work(const FormOf &form_of, const MakeLane &make_lane) try { do_jobs(form_of, make_lane); } catch (...) {
+        const std::lock_guard lock(mutex_);
+        ended_ = true;
+        turn_.notify_all();
+        throw;
     }
 
     bool close() {
@@ -228,6 +213,41 @@ class Run {
         ByteBuffer bytes;
         JobResult result;
     };
+
+    void do_jobs(const FormOf &form_of, const MakeLane &make_lane) {
+        std::vector<Lane> lanes; // of this thread
+        for (;;) {
+            const std::size_t number = begun_++;
+            if (number >= plan_.jobs.size() || ended_) return;
+            Waiting waiting;
+            try {
+                do_job(number, waiting, lanes, form_of, make_lane);
+            } catch (const std::bad_alloc &) {
+                waiting.result = {};
+                waiting.result.messages.push_back({name_of(plan_.jobs[number]) + ": not enough memory", 0});
+            }
+            end(number, std::move(waiting));
+        }
+    }
+
+    void do_job(std::size_t number, Waiting &waiting, std::vector<Lane> &lanes, const FormOf &form_of,
+                const MakeLane &make_lane) {
+        Surroundings surroundings;
+        surroundings.write = [&](std::span<const std::uint8_t> bytes) { return write(number, waiting, bytes); };
+        surroundings.progress = [&](std::uint64_t more) { show_progress(number, more); };
+        const Job &job = plan_.jobs[number];
+        std::vector<JobResult::Message> messages;
+        const auto form = form_of(job, [&](const std::string &what, int error) { messages.push_back({what, error}); });
+        if (form) {
+            auto lane = std::ranges::find(lanes, form, [](const Lane &known) { return known.choices.from; });
+            if (lane == lanes.end()) lane = lanes.insert(lane, make_lane(*form));
+            waiting.result = convert(job, lane->choices, *lane->converter, surroundings);
+        }
+        auto &told = waiting.result.messages;
+        told.insert(told.begin(), messages.begin(), messages.end());
+    }
+
+    static std::string name_of(const Job &job) { return job.input == "-" ? "(standard input)" : job.input; }
 
     static std::uint64_t total_of(const Plan &plan) {
         if (!os::is_terminal(os::kStandardError)) return 0;
@@ -303,7 +323,7 @@ class Run {
             if (joined_to_file_) ended_ = true; // it will not be put in its place
             return;
         }
-        const std::string name = job.input == "-" ? "(standard input)" : job.input;
+        const std::string name = name_of(job);
         if (run_.verbose) {
             tell(name + ": " + result.form + ", " +
                      counts_of(result.characters, result.left_out.total(), result.replaced.total(),
@@ -325,8 +345,7 @@ class Run {
         const std::uint64_t done = bytes_done_ += more;
         const std::unique_lock lock(mutex_, std::try_to_lock);
         if (!lock) return;
-        const std::string &input = plan_.jobs[number].input;
-        const std::string name = input == "-" ? "(standard input)" : input;
+        const std::string name = name_of(plan_.jobs[number]);
         const std::size_t files = plan_.jobs.size();
         progress_.at(done, files == 1 ? name : std::to_string(next_) + " of " + std::to_string(files) + " files");
     }
@@ -362,12 +381,7 @@ bool run_plan(const Plan &plan, const Choices &choices, const RunChoices &run, c
     const std::size_t wanted = run.threads != 0 ? run.threads : std::thread::hardware_concurrency();
     const std::size_t threads = std::clamp(std::min(wanted, plan.jobs.size()), std::size_t{1}, most);
     Run work(plan, choices, run, output);
-    {
-        std::vector<std::jthread> others;
-        for (std::size_t i = 1; i < threads; ++i)
-            others.emplace_back([&] { work.work(form_of, make_lane); });
-        work.work(form_of, make_lane);
-    }
+    in_threads(static_cast<unsigned>(threads), [&](unsigned) { work.work(form_of, make_lane); });
     return work.close();
 }
 

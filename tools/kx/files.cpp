@@ -61,6 +61,7 @@ std::string hex(std::span<const std::uint8_t> bytes) {
 // ---- Input ----
 
 Input::Input(Tell tell, const std::string &path) : tell_(std::move(tell)), name_(path) {
+    buffer_.resize(kChunkSize); // before the file is open: nobody would close it
     if (path == kStandard) {
         name_ = "(standard input)";
         descriptor_ = os::kStandardInput;
@@ -71,7 +72,6 @@ Input::Input(Tell tell, const std::string &path) : tell_(std::move(tell)), name_
             return;
         }
     }
-    buffer_.resize(kChunkSize);
     good_ = true;
 }
 
@@ -114,12 +114,16 @@ std::uint64_t size_of(const Input &input) {
 
 namespace {
 
-// What a name stands for in the end. Only the last part matters: the new file comes beside it.
-std::filesystem::path behind_links(std::filesystem::path path) {
+// What a name stands for in the end, whether something is there or not. Only the last part matters: the new file comes
+// beside it.
+std::filesystem::path behind_links(std::filesystem::path path, std::error_code &error) {
     constexpr int most = 40; // as many as systems follow
-    std::error_code error;
-    for (int i = 0; i < most && std::filesystem::is_symlink(path, error); ++i)
+    for (int i = 0; i < most; ++i) {
+        const auto type = std::filesystem::symlink_status(path, error).type();
+        if (type == std::filesystem::file_type::not_found) error.clear();
+        if (error || type != std::filesystem::file_type::symlink) break;
         path = path.parent_path() / std::filesystem::read_symlink(path, error);
+    }
     return path;
 }
 
@@ -145,23 +149,18 @@ Output::Output(Tell tell, const std::string &path, Replacing how)
 }
 
 void Output::open_file(const std::string &path) {
-    const auto old = os::regular_file(path.c_str());
+    const os::FileKind kind = os::kind_of(path.c_str());
+    replaces_ = kind == os::FileKind::regular;
+    const auto old = replaces_ ? os::regular_file(path.c_str()) : std::nullopt;
     const auto standard = os::regular_file(os::kStandardOutput);
     if (old && standard && old->is_same_as(*standard)) {
         // /dev/stdout, most likely. Whoever opened it would not see another file in its place.
         descriptor_ = os::kStandardOutput;
-    } else if (os::is_special(path.c_str())) {
+    } else if (kind == os::FileKind::special) {
         descriptor_ = os::open_to_write(path.c_str()); // a device, a pipe
-    } else if (!old || os::may_write(path.c_str())) {
-        replaces_ = old.has_value();
-        const std::string target = text_of(behind_links(path_of(path)));
-        do {
-            static std::atomic<unsigned> number = 0;
-            temporary_ = name_beside(target, number++);
-            descriptor_ = os::create(temporary_.c_str());
-        } while (descriptor_ < 0 && errno == EEXIST);
-        if (descriptor_ >= 0) target_ = target;
-    }
+    } else if (kind == os::FileKind::none || (old && os::may_write(path.c_str()))) {
+        create_beside(path);
+    } // else nobody can tell what would be replaced
     good_ = descriptor_ >= 0;
     if (!good_) tell_(replaces_ ? "cannot write a file beside " + name_ : name_, errno);
 }
@@ -176,6 +175,21 @@ void Output::discard() {
     os::remove(temporary_.c_str());
     os::settle(temporary_.c_str());
     target_.clear();
+}
+
+void Output::create_beside(const std::string &path) {
+    std::error_code error;
+    std::string target = text_of(behind_links(path_of(path), error));
+    if (error) {
+        errno = error.default_error_condition().value();
+        return;
+    }
+    do {
+        static std::atomic<unsigned> number = 0;
+        temporary_ = name_beside(target, number++); // all names before there is something to remove
+        descriptor_ = os::create(temporary_.c_str());
+    } while (descriptor_ < 0 && errno == EEXIST);
+    if (descriptor_ >= 0) target_ = std::move(target);
 }
 
 bool Output::fail(const std::string &what) {

@@ -87,6 +87,7 @@ class Output {
 
   private:
     void open_file(const std::string &path);
+    void create_beside(const std::string &path);
     bool fail(const std::string &what);
     bool replace();
     void discard();

@@ -57,7 +57,7 @@ class Work {
             tell()(job_.input + ": Is a directory; -r takes the files in it", 0);
             return false;
         }
-        if (job_.in_place && os::is_special(job_.input.c_str())) {
+        if (job_.in_place && os::kind_of(job_.input.c_str()) == os::FileKind::special) {
             tell()(job_.input + ": not a regular file", 0);
             return false;
         }

@@ -54,7 +54,12 @@ struct RegularFile {
 // Nothing for pipes, terminals, folders and what does not exist.
 std::optional<RegularFile> regular_file(int descriptor);
 std::optional<RegularFile> regular_file(const char *path);
-// Something with this name is there that is no regular file: a device, a pipe, a folder.
-bool is_special(const char *path);
+enum class FileKind : unsigned char {
+    none,    // nothing has this name
+    regular, // a file
+    special, // something else: a device, a pipe, a folder
+    unknown, // it cannot be told; errno is set
+};
+FileKind kind_of(const char *path);
 
 } // namespace kx::os

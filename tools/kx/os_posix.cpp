@@ -182,9 +182,10 @@ std::optional<RegularFile> regular_file(const char *path) {
     return regular_file(::stat(path, &status), status);
 }
 
-bool is_special(const char *path) {
+FileKind kind_of(const char *path) {
     struct stat status {};
-    return ::stat(path, &status) == 0 && !S_ISREG(status.st_mode);
+    if (::stat(path, &status) != 0) return errno == ENOENT ? FileKind::none : FileKind::unknown;
+    return S_ISREG(status.st_mode) ? FileKind::regular : FileKind::special;
 }
 
 } // namespace kx::os

@@ -181,13 +181,14 @@ std::optional<RegularFile> regular_file(const char *path) {
     return found;
 }
 
-bool is_special(const char *path) {
+FileKind kind_of(const char *path) {
     // Devices such as NUL are there in every folder, and have full names of their own.
     wchar_t full[MAX_PATH];
     const DWORD size = GetFullPathNameW(wide_of(path).c_str(), MAX_PATH, full, nullptr);
-    if (0 < size && size < MAX_PATH && std::wstring_view(full, size).starts_with(L"\\\\.\\")) return true;
+    if (0 < size && size < MAX_PATH && std::wstring_view(full, size).starts_with(L"\\\\.\\")) return FileKind::special;
     const DWORD attributes = GetFileAttributesW(wide_of(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return FileKind::special;
+    return regular_file(path) ? FileKind::regular : FileKind::none;
 }
 
 } // namespace kx::os

@@ -14,38 +14,10 @@
 #include <thread>
 
 #include "merge_sort.h"
+#include "threads.h"
 
 namespace kx {
 namespace {
-
-// Does `work` for every number below `jobs`, at the same time as far as there are threads to be had. What one of them
-// throws is thrown.
-void in_threads(unsigned jobs, const std::function<void(unsigned number)> &work) {
-    std::exception_ptr fault;
-    std::mutex lock;
-    const auto guarded = [&](unsigned number) {
-        try {
-            work(number);
-        } catch (...) {
-            const std::lock_guard guard(lock);
-            fault = std::current_exception();
-        }
-    };
-    std::vector<std::thread> threads;
-    unsigned here = 0; // from this number on the work is done here
-    try {
-        threads.reserve(jobs);
-        for (; here + 1 < jobs; ++here)
-            threads.emplace_back(guarded, here);
-    } catch (const std::system_error &) { // no more threads
-    } catch (const std::bad_alloc &) {
-    }
-    for (; here < jobs; ++here)
-        guarded(here);
-    for (std::thread &thread : threads)
-        thread.join();
-    if (fault) std::rethrow_exception(fault);
-}
 
 // ---- Lines ----
 

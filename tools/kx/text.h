@@ -14,7 +14,7 @@ using kxstr::text::page_of_kx_number;
 using kxstr::text::page_of_windows_number;
 using kxstr::text::unicode_of_kx;
 
-// The ANSI code page of the system.
+// The ANSI code page of the system; where the library does not know that, 1252.
 CodePage system_page();
 
 // Puts a country (1 to 4, or 0 for none) in the place of the system's, which the library asks for once and keeps.

@@ -1,5 +1,7 @@
 #include "support/process_state.h"
 
+#include <gtest/gtest.h>
+
 #include "codepage/country.h"
 #include "codepage/selection.h"
 #include "platform/system.h"
