@@ -62,7 +62,7 @@ int main(int argc, char **argv) {
     int round, i, rounds;
     char **paths;
     if (argc < kFirst + kEach) return 2;
-    rounds = atoi(argv[2]);
+    rounds = (int)strtol(argv[2], NULL, 10);
     paths = calloc((size_t)argc, sizeof *paths);
     if (paths == NULL) return 1;
     for (i = kFirst; i + 2 < argc; i += kEach) {

@@ -4,6 +4,8 @@
     mutate.py [--count N] [--seed S] [--jobs J] [PATTERN...]    mutants of the files whose path has one of the patterns
     mutate.py --again JOURNAL [PATTERN...]                      the mutants of an earlier run, with the tests of today
 
+An interrupted run goes on where it was when it is started again; --fresh begins anew.
+
 A mutant is one line of src/ or tools/kx with another operator, constant, condition or boundary, or without its statement.
 Lines are drawn at random. A mutant that does not compile, or compiles to the same code, is drawn again. It is killed when
 a test fails or takes several times its time. Trees and builds are below build/mutate, with journal.jsonl (one result a
@@ -33,11 +35,11 @@ WORK = ROOT / "build/mutate"
 EQUAL = ROOT / "tools/equal_mutants.tsv"
 
 # What a mutant's own folder says about the scripts that see it. They run first; the other fast ones follow.
-SCRIPTS = {"tools/kx/(sort|coll|merge|lines|languages)": "kx.sort", "tools/kx/(regis|codep)": "kx.registry",
+SCRIPTS = {"src/collate|tools/kx/(sort|coll|merge|lines|languages)": "kx.sort", "tools/kx/(regis|codep)": "kx.registry",
            "tools/kx/detect": "kx.detect", "tools/kx/(east|strip)": "kx.letters",
            "tools/kx/(dump|names|stream|archive)": "kx.streams", "tools/kx/(files|options|main|os)": "kx.files",
            "tools/kx": "kx.convert", "src/platform": "platform.settings_before_main", "src/simd/plain": "kernels.plain"}
-OTHERS = "platform.settings_before_main|kx.(files|letters|detect|registry|streams|convert|demo|sort|codecs|show)"
+OTHERS = "platform.settings_before_main|kx.(files|letters|detect|registry|streams|convert|demo|show)"
 
 # Code is formatted: a space on both sides makes an operator a binary one, and never a template's bracket.
 OPERATORS = {"<": ("<=", ">="), "<=": ("<", ">"), ">": (">=", "<="), ">=": (">", "<"), "==": ("!=",), "!=": ("==",),
@@ -52,7 +54,10 @@ CONDITION = re.compile(r"\b(if|while) \(")
 STATEMENT = re.compile(r"^\s*(?:if \(.*\) |else )?((?!return\b|throw\b|using\b|case\b|default\b)[\w:*+(-][^;{}]*|return);$")
 DECLARATION = re.compile(r"[\w:]+(?:<[^;=]*>)?(?: const)? +[*&]*\w")
 LITERAL = re.compile(r'"(?:\\.|[^"\\])*"|\'(?:\\.|[^\'\\])+\'')
-NO_CODE = re.compile(r"^\s*(#|//|\*|/\*|}|static_assert|namespace|using |template |extern |struct |class |enum |case .*:$)")
+NO_CODE = re.compile(r"^\s*(#|//|\*|/\*|}[;,)]*$|static_assert|namespace|using |template |extern |struct |class |enum |case .*:$)")
+
+
+NOT_TRIED = ("same code", "no code", "too wide")
 
 
 def mutants_of_line(line):
@@ -108,9 +113,12 @@ def drawn(files, seed):
 
 
 def run(command, timeout, **options):
-    """The exit status, or None when it took too long; with limits on what a wild program can do."""
+    """The exit status, or None when it took too long; with limits on what a wild program can do. An endless loop is told
+    by the time that it takes of the processor, whatever else runs here."""
     def limits():
         os.setsid()
+        if "seconds" in options:
+            resource.setrlimit(resource.RLIMIT_CPU, (options["seconds"], options["seconds"]))
         resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, resource.RLIM_INFINITY))
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         if "memory" in options:
@@ -145,12 +153,14 @@ class Bench:
         subprocess.run(["ninja", "-C", self.out, "-j1", "kx", "kxstr_tests"], check=True, stdout=subprocess.DEVNULL)
         self.objects = self.code()
         listing = self.scratch / "tests.json"
-        subprocess.run([self.out / "kxstr_tests", "--gtest_list_tests", f"--gtest_output=json:{listing}"], check=True,
-                       stdout=subprocess.DEVNULL)
+        run([self.out / "kxstr_tests", f"--gtest_output=json:{listing}"], 900, cwd=self.scratch, env=self.environment)
         self.folders = collections.defaultdict(set)  # of tests/, and the suites in each
+        self.seconds = collections.Counter()  # that their tests take
         for suite in json.loads(listing.read_text(encoding="utf-8"))["testsuites"]:
             for test in suite["testsuite"]:
-                self.folders[test["file"].split("tree/tests/")[1].split("/")[0]].add(suite["name"] + ".*")
+                folder = test["file"].split("tree/tests/")[1].split("/")[0]
+                self.folders[folder].add(suite["name"] + ".*")
+                self.seconds[folder] += float(test["time"][:-1])
         failed = self.killer("src/platform/", patient=True)
         if failed:
             sys.exit(f"mutate.py: {failed} fails without any mutant")
@@ -174,6 +184,11 @@ class Bench:
                 digests.update(path.read_bytes())
         return digests.hexdigest()
 
+    def is_wide(self):
+        """Whether more is to be compiled than one mutant is worth: the headers that everything reads."""
+        plan = subprocess.run(["ninja", "-C", self.out, "-n", "kx", "kxstr_tests"], capture_output=True, check=True)
+        return plan.stdout.count(b"Building CXX") > 40
+
     def build(self, *targets):
         return run(["ninja", "-C", self.out, "-j1", *targets], 1800, env=self.environment) == 0
 
@@ -181,27 +196,31 @@ class Bench:
         """The stage whose tests fail, None when all pass."""
         stages = []
         if not path.startswith("tools/"):
-            own = ":".join(sorted(self.folders[path.split("/")[1]])) or "none"
+            folder = path.split("/")[1]
+            own = ":".join(sorted(self.folders[folder])) or "none"
             suite = [self.out / "kxstr_tests", "--gtest_brief=1", "--gtest_fail_fast"]
-            stages.append(("own folder", [*suite, "--gtest_filter=" + own]))
-            stages.append(("other folders", [*suite, "--gtest_filter=-" + own]))
+            stages.append(("own folder", [*suite, "--gtest_filter=" + own], self.seconds[folder]))
+            stages.append(("other folders", [*suite, "--gtest_filter=-" + own], sum(self.seconds.values())))
         first = next((script for pattern, script in SCRIPTS.items() if re.match(pattern, path)), None)
         for script in filter(None, (first, OTHERS)):
-            stages.append((script, ["ctest", "--test-dir", self.out, "--stop-on-failure", "-R", f"^({script})$"]))
-        for name, command in stages:
-            status = run(command, 900 if patient else 200, cwd=self.scratch, env=self.environment, memory=8 << 30)
+            stages.append((script, ["ctest", "--test-dir", self.out, "--stop-on-failure", "-R", f"^({script})$"], 10))
+        for name, command, seconds in stages:
+            status = run(command, 900 if patient else 300, cwd=self.scratch, env=self.environment, memory=8 << 30,
+                         seconds=int(4 + 3 * seconds))
             if status != 0:
                 return name + (" (time)" if status is None else "")
         return None
 
     def result(self, mutant):
-        """no code, same code, survived, or killed by a stage."""
+        """One of NOT_TRIED, survived, or the stage that killed it."""
         target = self.tree / mutant["file"]
         original = target.read_text(encoding="utf-8")
         lines = original.split("\n")
         lines[mutant["line"] - 1] = mutant["is"]
         try:
             target.write_text("\n".join(lines), encoding="utf-8")
+            if self.is_wide():
+                return "too wide"
             if not self.build("kxstr_objects", "kx"):
                 return "no code"
             if self.code() == self.objects:
@@ -215,6 +234,10 @@ class Bench:
 
 def key(mutant):
     return mutant["file"], mutant["was"].strip(), mutant["is"].strip()
+
+
+def read_journal(path):
+    return [json.loads(line) for line in path.read_text(encoding="utf-8").splitlines()]
 
 
 def equal_mutants():
@@ -231,19 +254,19 @@ def report(results):
     survivors = []
     for mutant in results:
         outcome = mutant["result"]
-        kind = outcome if outcome in ("no code", "same code", "survived") else "killed"
+        kind = outcome if outcome in (*NOT_TRIED, "survived") else "killed"
         if kind == "survived":
             survivors.append(mutant)
             kind = "equal" if key(mutant) in equal else kind
         counts["/".join(mutant["file"].split("/")[:2])][kind] += 1
     rows = sorted(counts.items()) + [("all", sum(counts.values(), collections.Counter()))]
-    lines = ["| folder | tried | killed | equal | survived | killed of those not equal | (same code, not compiled) |",
+    lines = ["| folder | tried | killed | equal | survived | killed of those not equal | (same code, not compiled, too wide) |",
              "|---|---|---|---|---|---|---|"]
     for name, count in rows:
         tried = count["killed"] + count["equal"] + count["survived"]
         share = f"{100 * count['killed'] / max(count['killed'] + count['survived'], 1):.1f} %"
         lines.append(f"| {name} | {tried} | {count['killed']} | {count['equal']} | {count['survived']} | {share} | "
-                     f"{count['same code']}, {count['no code']} |")
+                     f"{', '.join(str(count[reason]) for reason in NOT_TRIED)} |")
     for mutant in sorted(survivors, key=lambda one: (one["file"], one["line"])):
         lines += ["", f"{mutant['file']}:{mutant['line']}" + (f" (equal: {equal[key(mutant)]})" if key(mutant) in equal else ""),
                   f"    - {mutant['was'].strip()}", f"    + {mutant['is'].strip()}"]
@@ -255,21 +278,28 @@ def main():
     parser.add_argument("--count", type=int, default=400)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=1)
+    parser.add_argument("--fresh", action="store_true")
     parser.add_argument("--again", type=pathlib.Path)
     parser.add_argument("--survivors", action="store_true", help="with --again: only what survived")
     parser.add_argument("--report", type=pathlib.Path, help="only writes the report of a journal, on standard output")
     parser.add_argument("patterns", nargs="*")
     arguments = parser.parse_args()
     if arguments.report:
-        print(report(map(json.loads, arguments.report.read_text(encoding="utf-8").splitlines())), end="")
+        print(report(read_journal(arguments.report)), end="")
         return
+
+    journal_file = WORK / "journal.jsonl"
+    WORK.mkdir(parents=True, exist_ok=True)
+    earlier = read_journal(arguments.again) if arguments.again else []
+    if arguments.fresh or arguments.again:
+        journal_file.unlink(missing_ok=True)
+    results = read_journal(journal_file) if journal_file.exists() else []
 
     def wanted(path):
         return not arguments.patterns or any(pattern in path for pattern in arguments.patterns)
 
     if arguments.again:
-        earlier = map(json.loads, arguments.again.read_text(encoding="utf-8").splitlines())
-        source = iter([mutant for mutant in earlier if wanted(mutant["file"]) and "code" not in mutant["result"]
+        source = iter([mutant for mutant in earlier if wanted(mutant["file"]) and mutant["result"] not in NOT_TRIED
                        and (not arguments.survivors or mutant["result"] == "survived")])
     else:
         # What this machine does not compile, and what is generated, has nothing to say.
@@ -277,8 +307,8 @@ def main():
                                check=True, text=True).stdout.split()
         source = drawn([path for path in files if path.endswith((".cpp", ".h")) and "windows" not in path
                         and not path.startswith("src/tables/") and wanted(path)], arguments.seed)
-    WORK.mkdir(parents=True, exist_ok=True)
-    guard, results, failures = threading.Lock(), [], queue.Queue()
+    known = {key(mutant) for mutant in results}
+    guard, failures = threading.Lock(), queue.Queue()
     stop = threading.Event()
 
     def work(number):
@@ -287,12 +317,14 @@ def main():
             bench = Bench(number)
             while not stop.is_set():
                 with guard:
-                    counted = sum("code" not in one["result"] for one in results)
+                    counted = sum(one["result"] not in NOT_TRIED for one in results)
                     mutant = next(source, None) if counted < arguments.count else None
                 if mutant is None:
                     return
+                if key(mutant) in known:
+                    continue
                 mutant["result"] = bench.result(mutant)
-                with guard, open(WORK / "journal.jsonl", "a", encoding="utf-8") as journal:
+                with guard, open(journal_file, "a", encoding="utf-8") as journal:
                     results.append(mutant)
                     journal.write(json.dumps(mutant) + "\n")
         except BaseException as failure:  # also the end of the program, which another thread has to tell
@@ -302,7 +334,6 @@ def main():
             if bench:
                 shutil.rmtree(bench.scratch, ignore_errors=True)
 
-    (WORK / "journal.jsonl").unlink(missing_ok=True)
     workers = [threading.Thread(target=work, args=(number,)) for number in range(arguments.jobs)]
     for worker in workers:
         worker.start()

@@ -262,7 +262,7 @@ void Progress::at(std::uint64_t done, const std::string &name) {
     if (total_ > 0 && done <= total_) {
         std::fprintf(stderr, " of %" PRIu64 " (%" PRIu64 " %%)", total_ / mebi, done * 100 / total_);
     }
-    std::fflush(stderr);
+    static_cast<void>(std::fflush(stderr)); // what shows no progress is no fault
 }
 
 std::vector<std::string> operands_or_standard_input(int argc, char **argv, int first) {
