@@ -1,7 +1,7 @@
 /* kxstr_load ROW ROUNDS LOADED NAME LIBRARY SYMBOL [NAME LIBRARY SYMBOL]...: the time to load a library, find a symbol
  * and unload it again, each time in a process that has nothing but libc and, unless it is "-", the library LOADED. The
  * libraries take turns. The output is as Google Benchmark's, so that bench/table.py reads both. */
-#define _GNU_SOURCE
+#define _GNU_SOURCE /* NOLINT(bugprone-reserved-identifier,cert-*): glibc asks for it */
 #include <dlfcn.h>
 #include <link.h>
 #include <stdio.h>

@@ -7,7 +7,9 @@ packages_of() {
     case $1 in
     default) echo "cmake g++ make python3 binutils libgtest-dev" ;;
     clang) echo "clang" ;;
-    lint) echo "clang-format clang-tidy shellcheck pyflakes3" ;;
+    lint) echo "clang-format clang-tidy cppcheck shellcheck pyflakes3" ;;
+    coverage) echo "gcovr" ;;
+    mutate) echo "lld ninja-build" ;;
     demo) echo "cmake make g++ python3" ;;
     docs) echo "make doxygen" ;;
     abi) echo "abigail-tools" ;;

@@ -30,6 +30,7 @@ void report(const char *command, const std::string &what, int error) {
     if (error == 0) {
         std::fprintf(stderr, "%s: %s\n", command, what.c_str());
     } else {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): glibc and the Windows runtime keep a text for each thread
         std::fprintf(stderr, "%s: %s: %s\n", command, what.c_str(), std::strerror(error));
     }
 }

@@ -67,6 +67,7 @@ Parsed parse_options(int argc, char **argv, const Usage &usage,
     std::string command = usage.command;
     argv[0] = command.data();
     for (;;) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread has begun yet
         const int id = getopt_long(argc, argv, letters.c_str(), names.data(), nullptr);
         if (id == -1) return {false, kSuccess, optind};
         if (id == 'h') {
