@@ -8,10 +8,7 @@
 namespace {
 
 using namespace kxstr;
-using test::kJapanese;
-using test::kWestern;
-using test::run_on;
-using test::runs_on;
+using namespace test;
 
 KxCodePage descriptor(unsigned code_page) {
     KxCodePage page{};

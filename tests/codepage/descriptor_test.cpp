@@ -6,8 +6,7 @@
 
 namespace {
 
-using kxstr::test::kRussian;
-using kxstr::test::runs_on;
+using namespace kxstr::test;
 
 KxCodePage with_tables_of(std::uint32_t towards_kx, std::uint32_t from_kx) {
     return {towards_kx, from_kx, WcvtFindCPTable(towards_kx, 0), WcvtFindCPTable(towards_kx, 1),

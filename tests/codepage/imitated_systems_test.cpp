@@ -13,10 +13,7 @@
 
 namespace {
 
-using kxstr::test::kJapanese;
-using kxstr::test::kWestern;
-using kxstr::test::run_on;
-using kxstr::test::SettingsFolder;
+using namespace kxstr::test;
 
 TEST(ImitatedSystems, DefaultsByCountryThenBySystem) {
     VaskSetLanguage("EN");

@@ -10,9 +10,7 @@
 namespace {
 
 using kxstr::collate::language_set_up;
-using kxstr::test::coltbl_values;
-using kxstr::test::ColtblAtLoad;
-using kxstr::test::run_on;
+using namespace kxstr::test;
 namespace tables = kxstr::tables;
 
 std::string remembered() {

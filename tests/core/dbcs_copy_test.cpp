@@ -7,8 +7,7 @@
 
 namespace {
 
-using kxstr::test::kJapanese;
-using kxstr::test::run_on;
+using namespace kxstr::test;
 
 TEST(DbcsCopy, NeverSplitsAndNeverReadsBehindTheTerminator) {
     run_on(kJapanese);

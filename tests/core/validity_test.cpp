@@ -5,9 +5,7 @@
 
 namespace {
 
-using kxstr::test::kJapanese;
-using kxstr::test::kWestern;
-using kxstr::test::runs_on;
+using namespace kxstr::test;
 
 TEST(Validity, EdgesOfTheSets) {
     const struct {

@@ -8,10 +8,7 @@
 
 namespace {
 
-using kxstr::reference::for_every_sequence;
-using kxstr::reference::joined;
-using kxstr::reference::kStreamAlphabet;
-using kxstr::reference::StreamCode;
+using namespace kxstr::reference;
 using kxstr::test::Guarded;
 using Bytes = std::vector<std::uint8_t>;
 

@@ -10,10 +10,7 @@ namespace {
 
 using namespace kxstr;
 using reference::for_every_sequence;
-using test::hex;
-using test::run_on;
-using test::terminated;
-using test::written_by;
+using namespace test;
 using Bytes = std::vector<std::uint8_t>;
 using Units = std::vector<KxChar>;
 

@@ -9,13 +9,8 @@
 namespace {
 
 using namespace kxstr;
-using reference::Code;
-using reference::Codes;
-using test::hex;
-using test::run_on;
-using test::runs_on;
-using test::terminated;
-using test::written_by;
+using namespace reference;
+using namespace test;
 using Units = std::vector<KxChar>;
 using Chars = std::vector<char>;
 

@@ -12,9 +12,7 @@ namespace {
 
 using namespace kxstr;
 using reference::Code;
-using test::runs_on;
-using test::terminated;
-using test::written_by;
+using namespace test;
 
 // What becomes of a code (of a document stream, or a unit of a KX string) where all of `flags` are set, after stripping
 // and in sio form. The first row of a code with fitting flags counts; without one the code is dropped.

@@ -6,8 +6,7 @@
 
 namespace {
 
-using kxstr::test::kCountries;
-using kxstr::test::run_on;
+using namespace kxstr::test;
 using Bytes = std::vector<std::uint8_t>;
 using Units = std::vector<KxChar>;
 

@@ -9,9 +9,7 @@
 namespace {
 
 using kxstr::set_of;
-using kxstr::test::kCountries;
-using kxstr::test::run_on;
-using kxstr::test::runs_on;
+using namespace kxstr::test;
 
 constexpr KxChar kVoicing = 0x0B3D;
 constexpr KxChar kHalfVoicing = 0x0B3E;

@@ -11,11 +11,8 @@
 
 namespace {
 
-using kxstr::simd::available;
-using kxstr::simd::CaseMap;
-using kxstr::simd::Kernels;
-using kxstr::test::kCountries;
-using kxstr::test::runs_on;
+using namespace kxstr::simd;
+using namespace kxstr::test;
 using Units = std::vector<std::uint16_t>;
 
 constexpr std::size_t kUnlimited = SIZE_MAX;

@@ -11,11 +11,7 @@
 
 namespace {
 
-using kxstr::simd::available;
-using kxstr::simd::Kernels;
-using kxstr::simd::kLastSame;
-using kxstr::simd::NoCode;
-using kxstr::simd::Progress;
+using namespace kxstr::simd;
 using kxstr::test::Fenced;
 
 using Units = std::vector<std::uint16_t>;

@@ -11,10 +11,7 @@
 
 namespace {
 
-using kxstr::simd::available;
-using kxstr::simd::Kernels;
-using kxstr::simd::OrderValues;
-using kxstr::simd::Signs16;
+using namespace kxstr::simd;
 using kxstr::test::Fenced;
 
 TEST(Kernels, TheEnvironmentChoosesAmongThoseThatCanRun) {

@@ -8,9 +8,7 @@
 
 namespace {
 
-using kxstr::test::kCountries;
-using kxstr::test::run_on;
-using kxstr::test::runs_on;
+using namespace kxstr::test;
 using Units = std::vector<KxChar>;
 
 TEST(WideCompare, DifferenceOfTheCapitals) {
