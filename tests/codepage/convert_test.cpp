@@ -1,9 +1,7 @@
-#include <gtest/gtest.h>
 #include <kxstr/codepage.h>
-#include <vector>
 
 #include "reference/conversions.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 

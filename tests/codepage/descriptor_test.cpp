@@ -1,8 +1,6 @@
-#include <cstring>
-#include <gtest/gtest.h>
 #include <kxstr/codepage.h>
 
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,15 +1,13 @@
 // What Windows under Wine is not: mixtures of code page, language and keyboard, a system without settings, and text as
 // it is stored.
-#include <gtest/gtest.h>
 #include <kxstr/codepage.h>
 #include <kxstr/core.h>
 
 #include "codepage/country.h"
-#include "reference/data_files.h"
 #include "registry/key.h"
 #include "registry/link_engine.h"
 #include "settings_folder.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 

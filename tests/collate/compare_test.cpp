@@ -1,20 +1,11 @@
 #include <compare>
-#include <gtest/gtest.h>
 #include <kxstr/collate.h>
 #include <kxstr/letters.h>
-#include <random>
 #include <set>
-#include <span>
-#include <string>
 #include <tuple>
-#include <vector>
 
 #include "reference/comparison.h"
-#include "reference/data_files.h"
-#include "support/countries.h"
-#include "support/hex.h"
-#include "support/process_state.h"
-#include "support/rows.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,11 +1,6 @@
-#include <algorithm>
-#include <array>
-#include <gtest/gtest.h>
 #include <kxstr/collate.h>
-#include <string>
 
-#include "reference/data_files.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 

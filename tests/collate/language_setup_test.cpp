@@ -1,10 +1,7 @@
-#include <gtest/gtest.h>
 #include <kxstr/collate.h>
-#include <map>
-#include <string>
 
 #include "support/coltbl_state.h"
-#include "support/process_state.h"
+#include "support/test.h"
 #include "tables/collation.h"
 
 namespace {

@@ -1,10 +1,9 @@
-#include <gtest/gtest.h>
 #include <kxstr/collate.h>
 #include <kxstr/letters.h>
 
 #include "collate/values.h"
-#include "reference/data_files.h"
 #include "support/coltbl_state.h"
+#include "support/test.h"
 
 namespace {
 

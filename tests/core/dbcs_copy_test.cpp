@@ -1,9 +1,5 @@
 #include "core/dbcs_copy.h"
-
-#include <gtest/gtest.h>
-#include <string>
-
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 

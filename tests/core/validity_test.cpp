@@ -1,7 +1,6 @@
-#include <gtest/gtest.h>
 #include <kxstr/core.h>
 
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 

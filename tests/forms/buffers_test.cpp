@@ -1,12 +1,9 @@
-#include <gtest/gtest.h>
 #include <kxstr/forms.h>
 
 #include "codepage/selection.h"
 #include "reference/bounded.h"
 #include "reference/streams.h"
-#include "support/hex.h"
-#include "support/process_state.h"
-#include "support/written_by.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,10 +1,9 @@
-#include <gtest/gtest.h>
 #include <kxstr/forms.h>
 #include <kxstr/prim.h>
 
 #include "forms/code_size.h"
 #include "reference/streams.h"
-#include "support/guarded.h"
+#include "support/test.h"
 
 namespace {
 

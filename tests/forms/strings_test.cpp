@@ -1,10 +1,7 @@
-#include <gtest/gtest.h>
 #include <kxstr/forms.h>
 
 #include "reference/bounded.h"
-#include "support/hex.h"
-#include "support/process_state.h"
-#include "support/written_by.h"
+#include "support/test.h"
 
 namespace {
 

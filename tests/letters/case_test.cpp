@@ -1,8 +1,7 @@
 // Case of strings and streams, and character classes. Single characters: forms_test.cpp.
-#include <gtest/gtest.h>
 #include <kxstr/letters.h>
 
-#include "support/countries.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,10 +1,9 @@
 // Case, width and kana of every 16-bit value in every country against the plain reference, and by single characters.
-#include <gtest/gtest.h>
 #include <kxstr/letters.h>
 
 #include "core/kx_char.h"
 #include "reference/forms.h"
-#include "support/countries.h"
+#include "support/test.h"
 
 namespace {
 

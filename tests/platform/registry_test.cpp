@@ -1,5 +1,4 @@
 // The registry calls on top of the settings file, and the file on disk.
-#include <gtest/gtest.h>
 
 #include <chrono>
 #include <fcntl.h>
@@ -17,7 +16,7 @@
 #include "platform/system.h"
 #include "registry_values.h"
 #include "settings_folder.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 int folder_flush_error = 0, file_flush_error = 0; // what flushing comes to

@@ -1,13 +1,9 @@
 // The kernels of letter case in every family, against the single characters.
-#include <gtest/gtest.h>
 #include <kxstr/letters.h>
 
-#include <random>
-#include <vector>
-
 #include "letters/case.h"
-#include "support/countries.h"
 #include "support/fenced.h"
+#include "support/test.h"
 
 namespace {
 

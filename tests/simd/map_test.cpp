@@ -1,13 +1,8 @@
 // The maps of every family that this processor can run, against the plain ones, which the conversions' own tests hold.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <random>
-#include <vector>
 
 #include "simd/kernels.h"
 #include "support/fenced.h"
+#include "support/test.h"
 
 namespace {
 

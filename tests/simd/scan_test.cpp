@@ -1,13 +1,10 @@
 // The scans of every family that this processor can run, against the plain ones.
-#include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <random>
-#include <string>
 
 #include "simd/kernels.h"
 #include "support/fenced.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,16 +1,10 @@
 // The comparisons and equality tests.
-#include <gtest/gtest.h>
 #include <kxstr/collate.h>
 #include <kxstr/letters.h>
 #include <kxstr/strops.h>
-#include <random>
-#include <vector>
 
-#include "reference/data_files.h"
 #include "support/coltbl_state.h"
-#include "support/process_state.h"
-#include "support/rows.h"
-#include "support/written_by.h"
+#include "support/test.h"
 
 namespace {
 

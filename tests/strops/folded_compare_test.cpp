@@ -1,10 +1,8 @@
-#include <gtest/gtest.h>
 #include <kxstr/letters.h>
 #include <kxstr/strops.h>
 
 #include "reference/streams.h"
-#include "support/countries.h"
-#include "support/written_by.h"
+#include "support/test.h"
 
 namespace {
 
