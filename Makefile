@@ -1,7 +1,7 @@
 # A thin front: everything is built by CMake, and the targets here say what a person wants.
 .PHONY: all build demo deps tables docs clean fuzz fuzz-valgrind \
         test test-asan test-tsan test-clang test-windows test-32 test-be test-abi test-package torture \
-        web test-browser pictures windows abi-baseline package package-windows lint bench bench-tool \
+        web test-browser pictures windows abi-baseline package package-windows lint coverage mutate bench bench-tool \
         bench-detect bench-build
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
@@ -46,6 +46,18 @@ test-clang:
 	cmake --preset clang
 	cmake --build --preset clang -j$(JOBS)
 	ctest --preset clang -j$(JOBS)
+
+# What of src/ the tests of the library run, by lines and branches, with the kernels of every family that is here.
+coverage:
+	@tools/deps.sh default coverage
+	cmake --preset coverage
+	cmake --build --preset coverage -j$(JOBS) --target kxstr_tests
+	tools/coverage.sh build/coverage
+
+# How many of 400 small faults in the sources the tests see; takes hours, and goes on where it was. build/mutate/report.md
+mutate:
+	@tools/deps.sh default mutate
+	nice -n 19 tools/mutate.py --jobs $(JOBS)
 
 # The long form of the tests that kill writers, let processes fight over one settings file, and make memory and system
 # calls fail.

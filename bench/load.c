@@ -1,7 +1,7 @@
 /* kxstr_load ROW ROUNDS LOADED NAME LIBRARY SYMBOL [NAME LIBRARY SYMBOL]...: the time to load a library, find a symbol
  * and unload it again, each time in a process that has nothing but libc and, unless it is "-", the library LOADED. The
  * libraries take turns. The output is as Google Benchmark's, so that bench/table.py reads both. */
-#define _GNU_SOURCE
+#define _GNU_SOURCE /* NOLINT(bugprone-reserved-identifier,cert-*): glibc asks for it */
 #include <dlfcn.h>
 #include <link.h>
 #include <stdio.h>
@@ -62,7 +62,7 @@ int main(int argc, char **argv) {
     int round, i, rounds;
     char **paths;
     if (argc < kFirst + kEach) return 2;
-    rounds = atoi(argv[2]);
+    rounds = (int)strtol(argv[2], NULL, 10);
     paths = calloc((size_t)argc, sizeof *paths);
     if (paths == NULL) return 1;
     for (i = kFirst; i + 2 < argc; i += kEach) {

@@ -39,7 +39,7 @@ struct StreamWork {
         converted.push_back(0);
         stream.out.resize(std::max(stream.out.size(), converted.size() + 64));
         // For mbsrtowcs; every glibc has it.
-        setlocale(LC_CTYPE, "C.UTF-8");
+        setlocale(LC_CTYPE, "C.UTF-8"); // NOLINT(concurrency-mt-unsafe): there is one thread
     }
     void clear_output() {
         std::ranges::fill(stream.out, std::uint8_t{0xEE});
@@ -65,6 +65,7 @@ void add_length_row(const std::string &language, std::size_t size, std::function
             [](StreamWork &in) {
                 std::mbstate_t state{};
                 const char *text = in.stream.utf8.c_str();
+                // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is the caller's own
                 return std::mbsrtowcs(nullptr, &text, 0, &state);
             },
             [](const StreamWork &in, std::size_t characters) { return characters == in.stream.text.size(); })

@@ -8,7 +8,9 @@ packages_of() {
     default) echo "cmake g++ make python3 binutils libgtest-dev" ;;
     clang) echo "clang" ;;
     valgrind) echo "valgrind" ;;
-    lint) echo "clang-format clang-tidy shellcheck pyflakes3 mandoc zsh" ;;
+    lint) echo "clang-format clang-tidy cppcheck shellcheck pyflakes3 mandoc zsh" ;;
+    coverage) echo "gcovr" ;;
+    mutate) echo "lld ninja-build" ;;
     demo) echo "cmake make g++ python3" ;;
     python) echo "python3-pip python3-setuptools python3-wheel python3-mypy python3-dask python3-distributed" ;;
     docs) echo "make doxygen" ;;

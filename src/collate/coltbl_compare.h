@@ -27,7 +27,7 @@ inline int compare_characters(KxChar a, KxChar b, Case letter_case) noexcept {
 
 inline constexpr auto kLowerAscii = [] {
     std::array<std::uint8_t, 0x100> lower{};
-    for (unsigned ch = 0; ch < lower.size(); ++ch)
+    for (unsigned ch = 0; ch != lower.size(); ++ch)
         lower[ch] = static_cast<std::uint8_t>(ch >= 'A' && ch <= 'Z' ? ch | 0x20 : ch);
     return lower;
 }();

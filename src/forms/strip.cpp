@@ -17,7 +17,7 @@ constexpr std::uint32_t kByteFlags =
     KX_KEEP_HARD_ENDS | KX_KEEP_SOFT_ENDS | KX_SOFT_ENDS_AS_SPACES | KX_HYPHENS_AS_TEXT;
 constexpr auto kKeptBytes = [] {
     std::array<std::array<std::uint8_t, 256>, kByteFlags / 2 + 1> kept{};
-    for (std::uint32_t set = 0; set < kept.size(); ++set)
+    for (std::uint32_t set = 0; set != kept.size(); ++set)
         for (unsigned code = 0; code < 256; ++code)
             kept[set][code] = kept_byte(static_cast<std::uint8_t>(code), 2 * set);
     return kept;

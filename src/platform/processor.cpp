@@ -3,7 +3,7 @@
 // Asking the processor itself makes a virtual machine's host step in, each time for as long as a page takes to load.
 // The loader has asked already.
 #if defined(__x86_64__) && defined(__GLIBC__) && __has_include(<sys/platform/x86.h>)
-#    define _Bool bool // NOLINT(bugprone-reserved-identifier): the header is C
+#    define _Bool bool // NOLINT(bugprone-reserved-identifier,cert-*): the header is C
 #    include <sys/platform/x86.h>
 #    undef _Bool
 #    define KXSTR_LOADER_KNOWS

@@ -22,6 +22,7 @@ constexpr const Kernels *kFamilies[] = {
 [[gnu::constructor(101)]] void choose_kernels() noexcept {
     const auto families = available();
     const Kernels *best = families.back();
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no thread has begun yet
     if (const char *const wanted = std::getenv("KXSTR_KERNELS"); wanted != nullptr) {
         for (const Kernels *family : families)
             if (std::string_view(wanted) == family->name) best = family;

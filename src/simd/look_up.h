@@ -7,7 +7,7 @@
 #include <cstdint>
 
 namespace kxstr::simd {
-namespace {
+namespace { // NOLINT(cert-dcl59-cpp): each family's file has these compiled for it
 
 // The values of the four units of so many bits that a word has lowest.
 template <unsigned Bits>

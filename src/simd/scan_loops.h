@@ -20,7 +20,7 @@
 #include "simd/families.h"
 
 namespace kxstr::simd {
-namespace {
+namespace { // NOLINT(cert-dcl59-cpp): each family's file has these compiled for it
 
 inline constexpr std::size_t kPage = 4096; // the smallest there is: where a page ends, one of these ends
 

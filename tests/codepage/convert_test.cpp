@@ -1,17 +1,12 @@
-#include <gtest/gtest.h>
 #include <kxstr/codepage.h>
-#include <vector>
 
 #include "reference/conversions.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 
 using namespace kxstr;
-using test::kJapanese;
-using test::kWestern;
-using test::run_on;
-using test::runs_on;
+using namespace test;
 
 KxCodePage descriptor(unsigned code_page) {
     KxCodePage page{};

@@ -1,13 +1,10 @@
-#include <cstring>
-#include <gtest/gtest.h>
 #include <kxstr/codepage.h>
 
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 
-using kxstr::test::kRussian;
-using kxstr::test::runs_on;
+using namespace kxstr::test;
 
 KxCodePage with_tables_of(std::uint32_t towards_kx, std::uint32_t from_kx) {
     return {towards_kx, from_kx, WcvtFindCPTable(towards_kx, 0), WcvtFindCPTable(towards_kx, 1),

@@ -1,22 +1,17 @@
 // What Windows under Wine is not: mixtures of code page, language and keyboard, a system without settings, and text as
 // it is stored.
-#include <gtest/gtest.h>
 #include <kxstr/codepage.h>
 #include <kxstr/core.h>
 
 #include "codepage/country.h"
-#include "reference/data_files.h"
 #include "registry/key.h"
 #include "registry/link_engine.h"
 #include "settings_folder.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 
-using kxstr::test::kJapanese;
-using kxstr::test::kWestern;
-using kxstr::test::run_on;
-using kxstr::test::SettingsFolder;
+using namespace kxstr::test;
 
 TEST(ImitatedSystems, DefaultsByCountryThenBySystem) {
     VaskSetLanguage("EN");

@@ -1,12 +1,10 @@
 #include "codepage/page_maps.h"
 
-#include <gtest/gtest.h>
-
 #include <memory>
-#include <vector>
 
 #include "codepage/convert.h"
 #include "codepage/descriptor.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,13 +1,10 @@
 // Which code pages are in force, and the settings that say so.
-#include <gtest/gtest.h>
 #include <kxstr/codepage.h>
 #include <kxstr/core.h>
 
 #include "codepage/selection.h"
-#include "reference/data_files.h"
 #include "settings_folder.h"
-#include "support/countries.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace kxstr::codepage {
 namespace {

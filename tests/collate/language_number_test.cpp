@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
 #include <kxstr/collate.h>
-#include <string>
+
+#include "support/test.h"
 
 namespace {
 

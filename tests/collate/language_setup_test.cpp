@@ -1,18 +1,13 @@
-#include <gtest/gtest.h>
 #include <kxstr/collate.h>
-#include <map>
-#include <string>
 
 #include "support/coltbl_state.h"
-#include "support/process_state.h"
+#include "support/test.h"
 #include "tables/collation.h"
 
 namespace {
 
 using kxstr::collate::language_set_up;
-using kxstr::test::coltbl_values;
-using kxstr::test::ColtblAtLoad;
-using kxstr::test::run_on;
+using namespace kxstr::test;
 namespace tables = kxstr::tables;
 
 std::string remembered() {

@@ -1,14 +1,10 @@
 // What is known about the collation tables, held against the tables themselves.
-#include <cstring>
-#include <gtest/gtest.h>
 #include <kxstr/collate.h>
 #include <kxstr/letters.h>
-#include <map>
 #include <set>
-#include <string>
 
-#include "reference/data_files.h"
 #include "support/coltbl_state.h"
+#include "support/test.h"
 #include "tables/collation.h"
 
 namespace {

@@ -1,7 +1,6 @@
-#include <cstring>
-#include <gtest/gtest.h>
 #include <kxstr/collate.h>
-#include <vector>
+
+#include "support/test.h"
 
 namespace {
 

@@ -1,16 +1,13 @@
-#include <gtest/gtest.h>
 #include <kxstr/collate.h>
 #include <kxstr/letters.h>
 
 #include "collate/values.h"
 #include "support/coltbl_state.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 
-using kxstr::collate::primary_value;
-using kxstr::collate::rules_of;
-using kxstr::collate::secondary_value;
+using namespace kxstr::collate;
 using kxstr::test::ColtblAtLoad;
 
 std::uint16_t secondary(KxChar ch, std::uint16_t language) {
@@ -22,54 +19,17 @@ TEST(Values, EastAsianLettersHaveNoCase) {
         ASSERT_EQ(f_wislower(ch), ch < 0x1000 && wtoupper(ch) != ch ? 0 : 1) << std::hex << ch;
 }
 
-TEST(Values, PrimaryOfWhatNoSequenceHolds) {
-    const struct {
-        const char *why;
-        std::uint32_t ch, language, value;
-    } cases[] = {
-        {"Cyrillic in Arabic", 0x0A00, 2, 0xFF},
-        {"tab", 0xF909, 0, 0},
-        {"tab in Japanese", 0xF909, 34, 0},
-        {"the end of a sequence is no set", 0xFF41, 0, 0xFF},
-        {"only the low half counts", 0xABCD0041, 0xABCD0000, 0x80},
-        {"numbers without a language have the default values", 0x0124, 40, 0x81},
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(f_KX60ColVal(c.ch, c.language), c.value) << c.why;
-}
-
-TEST(Values, SecondLevel) {
-    const struct {
-        const char *why;
-        KxChar ch;
-        std::uint16_t language, value;
-    } cases[] = {
-        {"set 0", 'a', 0, 0},
-        {"diaeresis", 0x011E, 0, 6},
-        {"diaeresis, late in Swedish", 0x011E, 30, 9},
-        {"no composite: the code of the uppercase", 0x0125, 0, 0x0124},
-        {"sharp s has no case", 0x0117, 0, 0x0117},
-        {"Greek beta variant", 0x0804, 0, 0x0804},
-        {"Greek final sigma", 0x0826, 0, 0x0826},
-        {"Greek last plain letter", 0x0833, 0, 0},
-        {"first Greek accented letter", 0x0835, 0, 0x0834},
-        {"Hebrew letter with point", 0x0954, 19, 0x0954},
-        {"Cyrillic accented letter", 0x0A9F, 0, 0x0A9E},
-        {"plain alef ranks behind the carriers of hamza", 0x0D3A, 2, 7},
-        {"alef with hamza below", 0x0DA7, 2, 3},
-        {"teh", 0x0D40, 2, 8},
-        {"lam with alef", 0x0DB5, 2, 0x0DB5},
-        {"first letter apart", 0x0E40, 2, 0x0E40},
-        {"last of set 14", 0x0EDB, 2, 0x0EDB},
-        {"not apart within the last bits", 0x0ED5, 2, 0},
-        {"ignorable", 0x0930, 19, 0x8930},
-        {"ignorable tatweel", 0x0DC2, 2, 0},
-        {"its other form", 0x0DC3, 2, 0},
-        {"no value: its code", 0x0200, 0, 0x0200},
-        {"no value, lowercase: the code of the uppercase", 0x0A43, 0, 0x0A42},
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(secondary(c.ch, c.language), c.value) << c.why;
+TEST(Values, KnownOnes) {
+    const auto rows = kxstr::reference::read_rows("../tests/collate/single_values.txt");
+    EXPECT_EQ(rows.size(), 29u);
+    for (const auto &row : rows) {
+        const auto number = [&row](std::size_t at) {
+            return static_cast<std::uint32_t>(std::stoul(row.at(at), nullptr, 16));
+        };
+        const auto value = row[0] == "primary" ? f_KX60ColVal(number(1), number(2))
+                                               : secondary(kxstr::low16(number(1)), kxstr::low16(number(2)));
+        EXPECT_EQ(value, number(3)) << row[0] << ' ' << row[1] << ' ' << row[2];
+    }
 }
 
 TEST(Values, DefaultSequenceWithoutLanguage) {

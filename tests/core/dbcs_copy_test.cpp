@@ -1,14 +1,9 @@
 #include "core/dbcs_copy.h"
-
-#include <gtest/gtest.h>
-#include <string>
-
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 
-using kxstr::test::kJapanese;
-using kxstr::test::run_on;
+using namespace kxstr::test;
 
 TEST(DbcsCopy, NeverSplitsAndNeverReadsBehindTheTerminator) {
     run_on(kJapanese);

@@ -1,13 +1,10 @@
-#include <gtest/gtest.h>
 #include <kxstr/core.h>
 
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 
-using kxstr::test::kJapanese;
-using kxstr::test::kWestern;
-using kxstr::test::runs_on;
+using namespace kxstr::test;
 
 TEST(Validity, EdgesOfTheSets) {
     const struct {

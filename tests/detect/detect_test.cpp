@@ -1,14 +1,9 @@
 #include <kxdetect/detect.h>
 
-#include <algorithm>
-#include <array>
 #include <memory>
-#include <random>
 #include <set>
-#include <string>
-#include <vector>
 
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace {
 

@@ -1,23 +1,15 @@
-#include <gtest/gtest.h>
 #include <kxstr/forms.h>
 
 #include "codepage/selection.h"
 #include "reference/bounded.h"
 #include "reference/streams.h"
-#include "support/hex.h"
-#include "support/process_state.h"
-#include "support/written_by.h"
+#include "support/test.h"
 
 namespace {
 
 using namespace kxstr;
-using reference::Code;
-using reference::Codes;
-using test::hex;
-using test::run_on;
-using test::runs_on;
-using test::terminated;
-using test::written_by;
+using namespace reference;
+using namespace test;
 
 Code extended(unsigned ch) {
     return {0xF0, static_cast<std::uint8_t>(ch), static_cast<std::uint8_t>(ch >> 8), 0xF0};

@@ -1,17 +1,13 @@
-#include <gtest/gtest.h>
 #include <kxstr/forms.h>
 #include <kxstr/prim.h>
 
 #include "forms/code_size.h"
 #include "reference/streams.h"
-#include "support/guarded.h"
+#include "support/test.h"
 
 namespace {
 
-using kxstr::reference::for_every_sequence;
-using kxstr::reference::joined;
-using kxstr::reference::kStreamAlphabet;
-using kxstr::reference::StreamCode;
+using namespace kxstr::reference;
 using kxstr::test::Guarded;
 using Bytes = std::vector<std::uint8_t>;
 

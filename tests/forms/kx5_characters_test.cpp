@@ -1,13 +1,11 @@
-#include <gtest/gtest.h>
 #include <kxstr/forms.h>
 
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 
 using namespace kxstr;
-using test::run_on;
-using test::runs_on;
+using namespace test;
 
 // The first character with the second in the upper half; what the count does not cover must be left alone.
 std::uint32_t both(std::uint32_t ch) {

@@ -1,19 +1,13 @@
-#include <gtest/gtest.h>
 #include <kxstr/forms.h>
 
 #include "reference/streams.h"
-#include "support/hex.h"
-#include "support/process_state.h"
-#include "support/written_by.h"
+#include "support/test.h"
 
 namespace {
 
 using namespace kxstr;
 using reference::for_every_sequence;
-using test::hex;
-using test::run_on;
-using test::terminated;
-using test::written_by;
+using namespace test;
 using Bytes = std::vector<std::uint8_t>;
 using Units = std::vector<KxChar>;
 

@@ -1,10 +1,8 @@
 // Every character of every code page, through all forms and back.
-#include <algorithm>
-#include <gtest/gtest.h>
 #include <kxstr/core.h>
 #include <kxstr/forms.h>
 
-#include "support/process_state.h"
+#include "support/test.h"
 #include "tables/code_pages.h"
 
 namespace {

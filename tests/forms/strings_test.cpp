@@ -1,21 +1,13 @@
-#include <gtest/gtest.h>
 #include <kxstr/forms.h>
 
 #include "reference/bounded.h"
-#include "support/hex.h"
-#include "support/process_state.h"
-#include "support/written_by.h"
+#include "support/test.h"
 
 namespace {
 
 using namespace kxstr;
-using reference::Code;
-using reference::Codes;
-using test::hex;
-using test::run_on;
-using test::runs_on;
-using test::terminated;
-using test::written_by;
+using namespace reference;
+using namespace test;
 using Units = std::vector<KxChar>;
 using Chars = std::vector<char>;
 

@@ -1,20 +1,14 @@
-#include <algorithm>
-#include <gtest/gtest.h>
 #include <kxstr/forms.h>
 
 #include "reference/bounded.h"
 #include "reference/streams.h"
-#include "support/hex.h"
-#include "support/process_state.h"
-#include "support/written_by.h"
+#include "support/test.h"
 
 namespace {
 
 using namespace kxstr;
 using reference::Code;
-using test::runs_on;
-using test::terminated;
-using test::written_by;
+using namespace test;
 
 // What becomes of a code (of a document stream, or a unit of a KX string) where all of `flags` are set, after stripping
 // and in sio form. The first row of a code with fitting flags counts; without one the code is dropped.

@@ -23,6 +23,15 @@ def kx(*arguments, data=b"", **options):
     return subprocess.run([KX, *arguments], **streams | {"env": environment(), "timeout": 60} | options, check=False)
 
 
+def rows_of(name):
+    """The rows of a file beside the tests: fields between bars, as bytes, with a few of the escapes of C."""
+    def meant(escape):
+        return {b"n": b"\n", b"r": b"\r", b"0": b"\0", b"\\": b"\\"}.get(escape[1]) or bytes([int(escape[1][1:], 16)])
+    for line in pathlib.Path(__file__).with_name(name).read_bytes().splitlines():
+        if line and not line.startswith(b"#"):
+            yield [re.sub(rb"\\(x..|.)", meant, field) for field in line.split(b" | ")]
+
+
 def units(*values):
     return b"".join(value.to_bytes(2, "little") for value in values)
 

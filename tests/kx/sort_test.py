@@ -9,42 +9,7 @@ import subprocess
 import tempfile
 import unittest
 
-from kx_tool import CHUNK, KX, KxTest, environment, kx
-
-# Words by locale, in the order that a speaker expects as far as the rules go, with the reason.
-WORDS = {
-    "es_ES.UTF-8": ("ch and ll are letters behind c and l, n with tilde behind n; an accent decides last",
-                    "caz czar chacal chico dama lava luz llama lluvia nube ñandú ozono solo sólo solos"),
-    "cs_CZ.UTF-8": ("c, r, s, z with caron are letters, ch stands behind h; long vowels are variants",
-                    "cyklus čas Čech dar hora hyena cháta chléb igelit luk rok řeka strom škola zima žena"),
-    "sk_SK": ("as Czech; a with diaeresis is a letter, which only coltbl knows", "hnev chata mak maľ mať mäkký mäso med"),
-    "pl_PL.UTF-8": ("letters with tail, stroke, acute and dot stand behind theirs, z with acute before z with dot",
-                    "atom ąkać bat cud ćma dom enzym ęsi lato łata noc ńa sok śnieg zoo źrebak żaba"),
-    "hr_HR": ("c with caron before c with acute, both behind c; d with stroke, s and z with caron are letters",
-              "cvijet čaj ćup dvor đak lav sveti šuma zub žaba"),
-    "hu_HU": ("long vowels stand behind the short ones; o with diaeresis is a letter", "az ágy egy ég iz ír oz ó ön"),
-    "is_IS.UTF-8": ("letters with acute, and eth, are letters behind theirs; thorn, ae and o with diaeresis come last",
-                    "az á dz ð ez é iz í oz ó uz ú yz ý z þ æ ö"),
-    "tr_TR": ("g with breve, o and u with diaeresis, s with cedilla are letters; dotless i, of which I is the capital, "
-              "comes before i, of which İ is",
-              "gül ğ hal ısı Isır izmir İzmit ok öz saz şal ulu ün vur"),
-    "sv_SE": ("a with ring, a and o with diaeresis end the alphabet", "apa zon ål åska älg öl"),
-    "fi_FI": ("as Swedish", "apu zoo Åbo äiti öljy"),
-    "da_DK": ("ae, o with stroke and a with ring end the alphabet", "abe zebra æble øl å"),
-    "nb_NO": ("as Danish", "and zoo ærlig ørret ål"),
-    "de_DE": ("vowels with diaeresis are variants, sharp s is ss",
-              "Apfel arm ärmer Arzt Masse Maße Mast Ofen offen öffnen Ohr"),
-    "fr_FR": ("accents decide last, from the left; the ligature is two letters",
-              "cote coté côte côté coter œuf oeufs offre"),
-    "el_GR": ("a tonos is a variant, and capitals come first", "Άλφα άλφα βήτα γη Ώρα ώρα"),
-    "ru_RU.UTF-8": ("io is a letter behind ie; Cyrillic stands behind Latin", "zoo дом ель ёлка жук яма"),
-    "uk_UA": ("letters of its own stand behind those they come from", "вода гора ґанок день ельф єнот жук ім'я їжак"),
-    "he_IL": ("letters as they follow each other; points are variants", "אב בית ים שלום תורה"),
-    "en_US": ("without rules of a language letters with a diacritic are variants", "ch cote coté cz näve nz"),
-    "ja_JP": ("kana by sound, small and plain before voiced, hiragana first; then ideographs",
-              "か カ ガ かあ カー かい さ 亜 漢"),
-}
-
+from kx_tool import CHUNK, KX, KxTest, environment, kx, rows_of
 
 PROGRAM = 1 << 24  # what kx takes without an input, and more
 
@@ -61,7 +26,7 @@ class Sorts(KxTest):
 
     def test_words_of_the_languages(self):
         shuffler = random.Random(1)
-        for locale, (why, words) in WORDS.items():
+        for locale, words, why in ([field.decode() for field in row] for row in rows_of("words.txt")):
             given = words.split()
             shuffler.shuffle(given)
             data = "".join(word + "\n" for word in given).encode()
@@ -87,30 +52,7 @@ class Sorts(KxTest):
             self.assertIn("\n" + row, listed)
 
     def test_habits_of_sorters(self):
-        for why, arguments, data, wanted in (
-            ("lowercase first, equal lines in their order", "-l us", "B\nb\na\nA\nb\n", "a\nA\nb\nb\nB\n"),
-            ("case ignored, stable", "-l US --ignore-case", "B\nb\na\nA\n", "a\nA\nB\nb\n"),
-            ("reversed, still stable", "-l US --ignore-case -r", "a\nA\nB\nb\n", "B\nb\na\nA\n"),
-            ("the first of equal lines", "-l US --ignore-case -u", "B\nb\na\nA\n", "a\nB\n"),
-            ("EN is the plain order", "-l EN", "b\na\n", "a\nb\n"),
-            ("a last line without end gets one", "-l US", "b\na", "a\nb\n"),
-            ("empty lines come first", "-l US", "a\n\n", "\na\n"),
-            ("nothing", "-l US", "", ""),
-            ("a carriage return does not count", "-l US", "ab\r\na\r\n", "a\r\nab\r\n"),
-            ("nor what follows a zero", "-l US", "a\0z\na\0b\n", "a\0z\na\0b\n"),
-            ("a byte order mark goes", "-l US", "\ufeffb\na\n", "a\nb\n"),
-            ("a code page", "-l SV -f 1252", "å\nz\n", "z\nå\n"),
-            ("UTF-16", "-l US -f utf-16be", "Ċ\na\n", "a\nĊ\n"),
-            ("a double-byte code page", "-l JP -f 932", "さ\nか\n", "か\nさ\n"),
-            ("hiragana first", "-l JP --ignore-case --kana", "カ\nか\n", "か\nカ\n"),
-            ("kana alike", "-l JP --ignore-case", "カ\nか\n", "カ\nか\n"),
-            ("keys, each with its flags", "-l cs -t ; -k2,2nr -k1,1f", "b;2\nCh;10\nh;10\na;2\n", "h;10\nCh;10\na;2\nb;2\n"),
-            ("fields by blanks, a character in them", "-l US -k2.2b,2.2b", "x  az\ny bc\nz  ca\n", "z  ca\ny bc\nx  az\n"),
-            ("whole lines decide at last", "-l US -k2", "b x\na x\n", "a x\nb x\n"),
-            ("but not when stable", "-l US -s -k2", "b x\na x\n", "b x\na x\n"),
-            ("a separator beyond ASCII", "-l US -t § -k2,2n", "a§10\nb§9\n", "b§9\na§10\n"),
-            ("numbers", "-l US -n", "10\n9.5\n-1\n-2.5\n\n0\n9.25\n", "-2.5\n-1\n\n0\n9.25\n9.5\n10\n"),
-        ):
+        for arguments, data, wanted, why in ([field.decode() for field in row] for row in rows_of("sort_habits.txt")):
             with self.subTest(why):
                 form = re.search("-f (.*)|$", arguments)[1] or "utf-8"
                 self.assertEqual(self.output("sort " + arguments, data=data.encode(form)), wanted.encode(form))
@@ -119,37 +61,10 @@ class Sorts(KxTest):
                          "what looks like a line end lies between units")
 
     def test_faults_are_told(self):
-        for why, arguments, data, status, message in (
-            ("no language", "", b"", 2, "no language: LC_ALL: 'C' is a locale of no language; give one with -l"),
-            ("unknown language", "-l xx", b"", 2, "no language 'xx' (`kx sort --list`"),
-            ("what is near is told", "-l chzech", b"", 2, "nearest: cs (Czech)"),
-            ("rules that are not there", "-l sl_SI", b"", 2,
-             "no rules for Slovene ('sl_SI'); nearest: hr (Croatian); Slovak is SL or sk"),
-            ("an option of sort(1)", "-l US -V", b"", 2, "-V, --version-sort is an option of sort(1)"),
-            ("a flag of sort(1)", "-l US -k1M", b"", 2, "-k '1M': flag 'M' of sort(1)"),
-            ("no field", "-l US -k0", b"", 2, "fields are counted from 1"),
-            ("a long separator", "-l US -t ab -k2", b"", 2, "-t takes one character"),
-            ("-f is the form", "-l US -f x", b"", 2, "what it is to sort(1) is --ignore-case"),
-            ("no threads", "-l US -jx", b"", 2, "--jobs: 'x' is no number"),
-            ("one work at a time", "-l US -c -m", b"", 2, "only one of"),
-            ("a disorder", "-l CZ -c", b"h\nch\nha\n", 1, "(standard input):3: disorder: ha"),
-            ("equal lines", "-l US -cu", b"a\na\n", 1, "(standard input):2: disorder: a"),
-            ("a disorder without a word", "-l US --check=quiet", b"b\na\n", 1, ""),
-            ("documents", "-l US -f stream", b"a\xcc", 2, "'stream' has no lines"),
-            ("keys are not sorted", "-l US --keys -r", b"", 2, "--keys does not sort"),
-            ("nor made unique", "-l US --keys -u", b"", 2, "--keys does not sort"),
-            ("keys are bytes", "-l US --keys -f kx", b"", 2, "--keys writes bytes"),
-            ("a character that KX lacks", "-l US --strict", "\ufeffab\né😀😀\n".encode(), 1,
-             "(standard input): line 2, column 2: U+1F600 does not convert from utf-8"),
-            ("the same with keys", "-l US --strict --keys", "\ufeff😀\n".encode(), 1, "line 1, column 1: U+1F600"),
-            ("a byte that is no text", "-l US --strict", b"ab\nc\xff\n", 1, "line 2, column 2: byte FF does not convert"),
-            ("half a unit", "-l US -f utf-16le", b"a\0\n", 1, "ends within a character"),
-            ("half a unit with keys", "-l US -f utf-16le -m", b"a\0\n", 1, "ends within a character"),
-            ("no such file", "-l US /nonexistent", b"", 1, "/nonexistent: "),
-            ("full disk", "-l US -o /dev/full", b"a\n", 1, "cannot write to /dev/full"),
-        ):
-            with self.subTest(why):
-                self.assert_fails("sort " + arguments, data=data, status=status, message=message, output=None)
+        for arguments, data, status, message, why in rows_of("sort_faults.txt"):
+            with self.subTest(why.decode()):
+                self.assert_fails("sort " + arguments.decode(), data=data, status=int(status), message=message.decode(),
+                                  output=None)
 
     def test_no_line_is_refused(self):
         data = "a😀\nz\na\ud7a4\n─\nab\n".encode() + b"a\xff\n"

@@ -1,13 +1,11 @@
 // Case of strings and streams, and character classes. Single characters: forms_test.cpp.
-#include <gtest/gtest.h>
 #include <kxstr/letters.h>
 
-#include "support/countries.h"
+#include "support/test.h"
 
 namespace {
 
-using kxstr::test::kCountries;
-using kxstr::test::run_on;
+using namespace kxstr::test;
 using Bytes = std::vector<std::uint8_t>;
 using Units = std::vector<KxChar>;
 

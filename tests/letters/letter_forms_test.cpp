@@ -1,17 +1,14 @@
 // Case, width and kana of every 16-bit value in every country against the plain reference, and by single characters.
-#include <gtest/gtest.h>
 #include <kxstr/letters.h>
 
 #include "core/kx_char.h"
 #include "reference/forms.h"
-#include "support/countries.h"
+#include "support/test.h"
 
 namespace {
 
 using kxstr::set_of;
-using kxstr::test::kCountries;
-using kxstr::test::run_on;
-using kxstr::test::runs_on;
+using namespace kxstr::test;
 
 constexpr KxChar kVoicing = 0x0B3D;
 constexpr KxChar kHalfVoicing = 0x0B3E;

@@ -1,9 +1,7 @@
-#include <gtest/gtest.h>
 #include <optional>
 
 #include "platform/system.h"
-#include "reference/data_files.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 using namespace kxstr;
 using platform::from_wide;

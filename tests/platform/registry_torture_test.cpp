@@ -1,17 +1,15 @@
 // Several processes at one settings file, and processes that die while they write. `make torture` sets KXSTR_TORTURE
 // and gets the long form.
-#include <gtest/gtest.h>
 
 #include <chrono>
 #include <csignal>
-#include <random>
 #include <thread>
 
 #include "child_process.h"
 #include "platform/portable/registry_store.h"
 #include "platform/system.h"
 #include "settings_folder.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace kxstr::platform {
 namespace {

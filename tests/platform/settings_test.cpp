@@ -1,14 +1,9 @@
 #include <cstdlib>
-#include <cstring>
-#include <gtest/gtest.h>
-#include <map>
 #include <sstream>
-#include <string>
 
 #include "platform/portable/environment.h"
 #include "platform/system.h"
-#include "reference/data_files.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 using namespace kxstr;
 

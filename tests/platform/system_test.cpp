@@ -1,12 +1,9 @@
 // What every system has to answer alike, the portable one as Windows does.
-#include <gtest/gtest.h>
-
-#include <vector>
 
 #include "platform/system.h"
 #include "registry_values.h"
 #include "settings_folder.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace kxstr::platform {
 namespace {

@@ -1,14 +1,11 @@
-#include <gtest/gtest.h>
 #include <kxstr/prim.h>
 #include <kxstr/strops.h>
 
 #include <numeric>
-#include <random>
 
 #include "reference/byte_copies.h"
 #include "reference/streams.h"
-#include "support/process_state.h"
-#include "support/written_by.h"
+#include "support/test.h"
 
 namespace {
 

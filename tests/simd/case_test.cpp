@@ -1,21 +1,14 @@
 // The kernels of letter case in every family, against the single characters.
-#include <gtest/gtest.h>
 #include <kxstr/letters.h>
 
-#include <random>
-#include <vector>
-
 #include "letters/case.h"
-#include "support/countries.h"
 #include "support/fenced.h"
+#include "support/test.h"
 
 namespace {
 
-using kxstr::simd::available;
-using kxstr::simd::CaseMap;
-using kxstr::simd::Kernels;
-using kxstr::test::kCountries;
-using kxstr::test::runs_on;
+using namespace kxstr::simd;
+using namespace kxstr::test;
 using Units = std::vector<std::uint16_t>;
 
 constexpr std::size_t kUnlimited = SIZE_MAX;

@@ -1,21 +1,12 @@
 // The maps of every family that this processor can run, against the plain ones, which the conversions' own tests hold.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <random>
-#include <vector>
 
 #include "simd/kernels.h"
 #include "support/fenced.h"
+#include "support/test.h"
 
 namespace {
 
-using kxstr::simd::available;
-using kxstr::simd::Kernels;
-using kxstr::simd::kLastSame;
-using kxstr::simd::NoCode;
-using kxstr::simd::Progress;
+using namespace kxstr::simd;
 using kxstr::test::Fenced;
 
 using Units = std::vector<std::uint16_t>;

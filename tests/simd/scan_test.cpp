@@ -1,23 +1,17 @@
 // The scans of every family that this processor can run, against the plain ones.
-#include <gtest/gtest.h>
 #include <kxstr/prim.h>
 #include <kxstr/strops.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <random>
-#include <string>
 
 #include "simd/kernels.h"
 #include "support/fenced.h"
+#include "support/test.h"
 
 namespace {
 
-using kxstr::simd::available;
-using kxstr::simd::Kernels;
-using kxstr::simd::OrderValues;
-using kxstr::simd::Signs16;
+using namespace kxstr::simd;
 using kxstr::test::Fenced;
 
 TEST(Kernels, TheEnvironmentChoosesAmongThoseThatCanRun) {

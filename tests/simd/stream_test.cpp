@@ -1,13 +1,8 @@
 // The stream kernels of every family that this processor can run, against the plain ones.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <random>
-#include <vector>
 
 #include "simd/kernels.h"
 #include "support/fenced.h"
+#include "support/test.h"
 
 namespace {
 

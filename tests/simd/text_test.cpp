@@ -1,12 +1,9 @@
-#include <gtest/gtest.h>
 
-#include <array>
 #include <memory>
-#include <random>
-#include <vector>
 
 #include "simd/kernels.h"
 #include "support/fenced.h"
+#include "support/test.h"
 
 namespace {
 

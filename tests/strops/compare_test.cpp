@@ -1,21 +1,15 @@
-// The comparisons and equality tests: truth tables, every row in both directions.
-#include <gtest/gtest.h>
+// The comparisons and equality tests.
 #include <kxstr/collate.h>
 #include <kxstr/letters.h>
 #include <kxstr/strops.h>
-#include <random>
-#include <vector>
 
 #include "support/coltbl_state.h"
-#include "support/process_state.h"
-#include "support/written_by.h"
+#include "support/test.h"
 
 namespace {
 
-using kxstr::test::ColtblAtLoad;
-using kxstr::test::terminated;
+using namespace kxstr::test;
 using Units = std::vector<KxChar>;
-using Bytes = std::vector<std::uint8_t>;
 
 // Results with and without regard to case.
 struct Both {
@@ -25,32 +19,59 @@ struct Both {
     friend void PrintTo(const Both &both, std::ostream *out) { *out << both.with_case << '/' << both.without_case; }
 };
 
-// A character and one with a diacritic share a value; 0x0200 and 0x0201 have none; the tab is a code.
-TEST(Compare, Strings) {
-    kxstr::test::run_on(kxstr::test::kWestern);
-    const ColtblAtLoad at_load;
-    const struct {
-        const char *why;
-        Units a, b;
-        Both order, equal;
-    } cases[] = {
-        {"nothing", {}, {}, {0, 0}, {1, 1}},
-        {"case", {'a'}, {'A'}, {-1, 0}, {0, 1}},
-        {"the case of a character before the next value", {'A', 'a'}, {'a', 'B'}, {1, -1}, {0, 0}},
-        {"same value", {'a'}, {0x011B}, {0, 0}, {0, 0}},
-        {"same value, other case", {'A'}, {0x011B}, {1, 0}, {0, 0}},
-        {"without value by code", {0x0200}, {0x0201}, {-1, -1}, {0, 0}},
-        {"without value last", {'z'}, {0x0200}, {-1, -1}, {0, 0}},
-        {"the longer last", {'a', 'b'}, {'a'}, {1, 1}, {0, 0}},
-        {"codes do not count", {KX_TAB, 'a', KX_TAB, KX_TAB, 'b'}, {'a', 'b', KX_TAB}, {0, 0}, {1, 1}},
-    };
-    for (const auto &c : cases) {
-        const Units a = terminated(c.a), b = terminated(c.b);
-        EXPECT_EQ((Both{W6wstrcmp(a.data(), b.data()), W6w_stricmp(a.data(), b.data())}), c.order) << c.why;
-        EXPECT_EQ((Both{W6wstrcmp(b.data(), a.data()), W6w_stricmp(b.data(), a.data())}), -c.order) << c.why;
-        EXPECT_EQ((Both{W6wstrequ(a.data(), b.data()), W6wstriequ(a.data(), b.data())}), c.equal) << c.why;
-        EXPECT_EQ((Both{W6wstrequ(b.data(), a.data()), W6wstriequ(b.data(), a.data())}), c.equal) << c.why;
+// As the data file has them: with and without regard to case.
+Both both_of(const std::string &field) {
+    const std::size_t bar = field.find('/');
+    return {std::stoi(field), std::stoi(field.substr(bar + 1))};
+}
+
+void expect_strings(const KxChar *a, const KxChar *b, const Both &order, const Both &equal) {
+    EXPECT_EQ((Both{W6wstrcmp(a, b), W6w_stricmp(a, b)}), order);
+    EXPECT_EQ((Both{W6wstrequ(a, b), W6wstriequ(a, b)}), equal);
+}
+
+void expect_limited(const KxChar *a, const KxChar *b, std::int32_t n, const Both &by_units, const Both &by_characters,
+                    const Both &equal) {
+    EXPECT_EQ((Both{W6wstrncmp(a, b, n), W6wstrnicmp(a, b, n)}), by_units);
+    EXPECT_EQ((Both{W6wstrccmp(a, b, n), W6wstrcicmp(a, b, n)}), by_characters);
+    EXPECT_EQ((Both{W6wstrnequ(a, b, n), W6wstrniequ(a, b, n)}), equal);
+}
+
+void expect_streams(const std::uint8_t *a, const std::uint8_t *b, const std::string &count, const Both &by_units,
+                    const Both &by_characters) {
+    const std::int32_t n = count == "-" ? INT32_MAX : std::stoi(count);
+    EXPECT_EQ((Both{W6dstrnequ(a, b, n), W6dstrniequ(a, b, n)}), by_units);
+    EXPECT_EQ((Both{W6dstrcequ(a, b, n), W6dstrciequ(a, b, n)}), by_characters);
+    if (count == "-") {
+        EXPECT_EQ((Both{W6dstrequ(a, b), W6dstriequ(a, b)}), by_units);
     }
+}
+
+// A character and one with a diacritic share a value; 0x0200 and 0x0201 have none; the tab is a code.
+TEST(Compare, KnownTextsInBothDirections) {
+    run_on(kWestern);
+    const ColtblAtLoad at_load;
+    const auto rows = kxstr::reference::read_rows("../tests/strops/comparisons.txt");
+    EXPECT_EQ(rows.size(), 35u);
+    for (auto row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row));
+        for (const int sign : {1, -1}) {
+            const auto ordered = [&](std::size_t at) { return sign > 0 ? both_of(row[at]) : -both_of(row[at]); };
+            const auto a = terminated(units_of<KxChar>(row[1])), b = terminated(units_of<KxChar>(row[2]));
+            if (row[0] == "strings")
+                expect_strings(a.data(), b.data(), ordered(3), both_of(row[4]));
+            else if (row[0] == "limited")
+                expect_limited(a.data(), b.data(), std::stoi(row[3]), ordered(4), ordered(5), both_of(row[6]));
+            else
+                expect_streams(terminated(units_of<std::uint8_t>(row[1])).data(),
+                               terminated(units_of<std::uint8_t>(row[2])).data(), row[3], both_of(row[4]),
+                               both_of(row[5]));
+            std::swap(row[1], row[2]);
+        }
+    }
+    const KxChar a[] = {'a', 0}, b[] = {'b', 0};
+    EXPECT_EQ(W6wstrccmp(a, b, -1), 1) << "of two that are not empty the first is the longer";
+    EXPECT_EQ(W6wstrcicmp(b, a, -1), 1);
 }
 
 // Character by character: what the comparisons of strings say without knowing of equal beginnings.
@@ -79,7 +100,7 @@ Both equal_one_by_one(const KxChar *a, const KxChar *b) {
 // Long equal beginnings, then texts that go on with or without codes, in another case, or otherwise; also with a table
 // that a host has written to.
 TEST(Compare, LikeOneCharacterAfterTheOther) {
-    kxstr::test::run_on(kxstr::test::kJapanese);
+    run_on(kJapanese);
     const KxChar characters[] = {'a', 'a', 'A', 'b', 'B', 0x011B, 0x011A, 0x0200, 0x0201, 0x2520, 0x2540, ' ', 1, 0xFF};
     std::mt19937 random(1);
     const auto any_text = [&](Units text) {
@@ -110,81 +131,6 @@ TEST(Compare, LikeOneCharacterAfterTheOther) {
             ASSERT_EQ((Both{W6wstrequ(a, b), W6wstriequ(a, b)}), equal_one_by_one(a, b)) << host << ' ' << i;
         }
         coltbl[0] = entry;
-    }
-}
-
-TEST(Compare, StringsUpToALimit) {
-    kxstr::test::run_on(kxstr::test::kWestern);
-    const ColtblAtLoad at_load;
-    const struct {
-        const char *why;
-        Units a, b;
-        std::int32_t n;
-        Both by_units, by_characters, equal;
-    } cases[] = {
-        {"before the difference", {'a', 'b'}, {'a', 'c'}, 1, {0, 0}, {0, 0}, {1, 1}},
-        {"behind the difference", {'a', 'b'}, {'a', 'c'}, 2, {-1, -1}, {-1, -1}, {0, 0}},
-        {"case", {'a'}, {'A'}, 1, {-1, 0}, {-1, 0}, {0, 1}},
-        {"nothing compared is not equal", {'a'}, {'a'}, 0, {0, 0}, {0, 0}, {0, 0}},
-        {"a negative count tells which one is empty", {}, {'a'}, -1, {0, 0}, {-1, -1}, {0, 0}},
-        {"neither is", {}, {}, -1, {0, 0}, {0, 0}, {0, 0}},
-        {"the common end within the limit", {'a'}, {'a'}, 2, {0, 0}, {0, 0}, {1, 1}},
-        {"one ends at the limit", {'a'}, {'a', 'b'}, 1, {0, 0}, {0, 0}, {1, 1}},
-        {"one ends within it", {'a'}, {'a', 'b'}, 2, {-1, -1}, {-1, -1}, {0, 0}},
-        {"codes take units, and leave nothing", {KX_TAB, 'a'}, {'b'}, 1, {0, 0}, {-1, -1}, {0, 0}},
-        {"codes take units, later", {KX_TAB, 'a', 'b'}, {'a', 'c'}, 2, {0, 0}, {-1, -1}, {0, 1}},
-        {"codes take units in front of the end", {'a', KX_TAB}, {'a'}, 2, {0, 0}, {0, 0}, {0, 1}},
-    };
-    for (const auto &c : cases) {
-        for (const bool swapped : {false, true}) {
-            const Units left = terminated(swapped ? c.b : c.a), right = terminated(swapped ? c.a : c.b);
-            const KxChar *a = left.data(), *b = right.data();
-            EXPECT_EQ((Both{W6wstrncmp(a, b, c.n), W6wstrnicmp(a, b, c.n)}), swapped ? -c.by_units : c.by_units)
-                << c.why;
-            EXPECT_EQ((Both{W6wstrccmp(a, b, c.n), W6wstrcicmp(a, b, c.n)}),
-                      swapped ? -c.by_characters : c.by_characters)
-                << c.why;
-            EXPECT_EQ((Both{W6wstrnequ(a, b, c.n), W6wstrniequ(a, b, c.n)}), c.equal) << c.why;
-        }
-    }
-    const KxChar a[] = {'a', 0}, b[] = {'b', 0};
-    EXPECT_EQ(W6wstrccmp(a, b, -1), 1) << "of two that are not empty the first is the longer";
-    EXPECT_EQ(W6wstrcicmp(b, a, -1), 1);
-}
-
-TEST(Compare, Streams) {
-    kxstr::test::run_on(kxstr::test::kWestern);
-    constexpr std::int32_t kNone = INT32_MAX;
-    const struct {
-        const char *why;
-        Bytes a, b;
-        std::int32_t n;
-        Both by_units, by_characters; // the same where there is no limit
-    } cases[] = {
-        {"nothing", {}, {}, kNone, {1, 1}, {1, 1}},
-        {"case", {'a'}, {'A'}, kNone, {0, 1}, {0, 1}},
-        {"another form of the same character", {'a'}, {0xF0, 'a', 0, 0xF0}, kNone, {0, 1}, {0, 1}},
-        {"another set", {0xF0, 0x1B, 1, 0xF0}, {0xF0, 0x1B, 2, 0xF0}, kNone, {0, 0}, {0, 0}},
-        {"codes", {0x80, 'a', 0xD4, 1, 7, 0, 7, 0, 0xD4, 'b'}, {'a', 'b', 0x80}, kNone, {1, 1}, {1, 1}},
-        {"an extended character 0 is an end without case", {'a', 0xF0, 0, 0, 0xF0, 'b'}, {'A'}, kNone, {0, 1}, {0, 1}},
-        {"a longer one", {'a', 'b'}, {'a'}, kNone, {0, 0}, {0, 0}},
-        {"before the difference", {'a', 'b'}, {'a', 'c'}, 1, {1, 1}, {1, 1}},
-        {"behind the difference", {'a', 'b'}, {'a', 'c'}, 2, {0, 0}, {0, 0}},
-        {"nothing compared", {'a'}, {'b'}, 0, {1, 1}, {1, 1}},
-        {"less than nothing", {'a'}, {'b'}, -1, {1, 1}, {1, 1}},
-        {"codes take units, and leave nothing", {0x80, 'a'}, {'b'}, 1, {1, 1}, {0, 0}},
-        {"extended characters take units", {0xF0, 'a', 0, 0xF0, 'b'}, {'A', 'c'}, 4, {0, 1}, {0, 0}},
-        {"which end", {0xF0, 'a', 0, 0xF0, 'b'}, {'A', 'c'}, 5, {0, 0}, {0, 0}},
-    };
-    for (const auto &c : cases) {
-        for (const bool swapped : {false, true}) {
-            const Bytes left = terminated(swapped ? c.b : c.a), right = terminated(swapped ? c.a : c.b);
-            const std::uint8_t *a = left.data(), *b = right.data();
-            EXPECT_EQ((Both{W6dstrnequ(a, b, c.n), W6dstrniequ(a, b, c.n)}), c.by_units) << c.why;
-            EXPECT_EQ((Both{W6dstrcequ(a, b, c.n), W6dstrciequ(a, b, c.n)}), c.by_characters) << c.why;
-            if (c.n != kNone) continue;
-            EXPECT_EQ((Both{W6dstrequ(a, b), W6dstriequ(a, b)}), c.by_units) << c.why;
-        }
     }
 }
 

@@ -1,16 +1,12 @@
-#include <gtest/gtest.h>
 #include <kxstr/letters.h>
 #include <kxstr/strops.h>
 
 #include "reference/streams.h"
-#include "support/countries.h"
-#include "support/written_by.h"
+#include "support/test.h"
 
 namespace {
 
-using kxstr::test::kCountries;
-using kxstr::test::run_on;
-using kxstr::test::runs_on;
+using namespace kxstr::test;
 using Units = std::vector<KxChar>;
 
 TEST(WideCompare, DifferenceOfTheCapitals) {

@@ -1,13 +1,9 @@
-#include <cstring>
-#include <gtest/gtest.h>
 #include <kxstr/forms.h>
 #include <kxstr/strops.h>
-#include <string>
 
 #include "reference/byte_copies.h"
 #include "reference/streams.h"
-#include "support/guarded.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,18 +1,14 @@
 // Sixteen threads come to the library at once. CTest gives each test a process of its own, where nothing has been
 // worked out before; ThreadSanitizer (`make test-tsan`) sees what would only go wrong once in a million times.
-#include <gtest/gtest.h>
 #include <kxstr/kxstr.h>
 
 #include <atomic>
-#include <cstring>
 #include <functional>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "settings_folder.h"
 #include "support/coltbl_state.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 

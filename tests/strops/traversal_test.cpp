@@ -6,10 +6,7 @@
 
 namespace {
 
-using kxstr::reference::for_every_sequence;
-using kxstr::reference::joined;
-using kxstr::reference::kStreamAlphabet;
-using kxstr::reference::StreamCode;
+using namespace kxstr::reference;
 using Text = std::vector<KxChar>;
 
 // Where the characters of a text stand.

@@ -1,10 +1,8 @@
 #include "tables/letter_forms.h"
 
-#include <gtest/gtest.h>
-
 #include "codepage/double_byte.h"
 #include "core/kx_char.h"
-#include "reference/data_files.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,12 +1,9 @@
 // What is known about the character set, the Unicode tables and the code pages, whatever file they were made from.
 #include "tables/code_pages.h"
 
-#include <algorithm>
-#include <gtest/gtest.h>
-
 #include "core/validity.h"
 #include "platform/bytes.h"
-#include "reference/data_files.h"
+#include "support/test.h"
 #include "tables/kx_names.h"
 #include "tables/unicode_map.h"
 

@@ -1,12 +1,9 @@
-#include <gtest/gtest.h>
 
 #include <kxstr/codepage.h>
 #include <kxstr/text.h>
-#include <random>
-#include <string>
-#include <vector>
 
 #include "support/fenced.h"
+#include "support/test.h"
 #include "tables/compositions.h"
 
 namespace {

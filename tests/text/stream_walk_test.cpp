@@ -1,11 +1,9 @@
-#include <gtest/gtest.h>
 
-#include <cstring>
 #include <kxstr/text.h>
-#include <random>
 
 #include "forms/code_size.h"
 #include "support/fenced.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,10 +1,7 @@
-#include <gtest/gtest.h>
 #include <kxstr/unicode.h>
-#include <vector>
 
 #include "core/kx_char.h"
-#include "reference/data_files.h"
-#include "support/process_state.h"
+#include "support/test.h"
 
 namespace {
 

@@ -118,6 +118,7 @@ class Converter {
     Decoder::Result convert(const Chunk &chunk, ByteBuffer &bytes);
 
   private:
+    // cppcheck-suppress uninitMemberVarPrivate ; large, and prepared before it is used
     explicit Converter(std::uint32_t from) : from_(from) {}
 
     std::uint32_t from_;

@@ -232,7 +232,8 @@ FoundLanguage find_language(const std::string &name) {
 FoundLanguage language_of_locale() {
     // The first one that is set decides, even when it says nothing of use.
     for (const char *variable : {"LC_ALL", "LC_COLLATE", "LANG"}) {
-        const char *value = std::getenv(variable); // nobody changes the environment
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment
+        const char *value = std::getenv(variable);
         if (value == nullptr || *value == 0) continue;
         FoundLanguage found = find_language(value);
         if (found.language == nullptr) found.fault = std::string(variable) + ": " + found.fault;

@@ -201,7 +201,8 @@ std::optional<KxChar> character_of(const LineForm &form, const std::string &argu
     return text.chars[0];
 }
 
-// As sort(1) reads numbers: by the locale.
+// As sort(1) reads numbers: by the locale. No other thread has begun yet.
+// NOLINTBEGIN(concurrency-mt-unsafe)
 NumberMarks number_marks(const LineForm &form) {
     NumberMarks marks;
     if (std::setlocale(LC_NUMERIC, "") == nullptr) return marks;
@@ -211,6 +212,7 @@ NumberMarks number_marks(const LineForm &form) {
     std::setlocale(LC_NUMERIC, "C");
     return marks;
 }
+// NOLINTEND(concurrency-mt-unsafe)
 
 std::vector<SortPart> parts_of(const Arguments &arguments, const Collation &collation) {
     std::vector<SortPart> parts;

@@ -40,7 +40,9 @@ void task_free(void *block) noexcept {
 }
 
 void *reserve_address_space(std::size_t size) noexcept {
+    // cppcheck-suppress invalidFunctionArg ; -1 is what memory without a file asks for
     void *start = mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    // cppcheck-suppress memleak ; the caller has it
     return start != MAP_FAILED ? start : nullptr;
 }
 
