@@ -1,7 +1,5 @@
 #include "convert.h"
 
-#include <cstdio>
-
 #include "command.h"
 #include "conversion.h"
 #include "detect.h"
@@ -59,8 +57,9 @@ int run_convert(int argc, char **argv) {
     });
     if (parsed.stop) return parsed.status;
     if (list) {
-        std::fputs(list_of_encodings().c_str(), stdout);
-        return kSuccess;
+        const std::string text = list_of_encodings();
+        Output output(kUsageText.command, "-");
+        return output.write({reinterpret_cast<const std::uint8_t *>(text.data()), text.size()}) ? kSuccess : kFailure;
     }
     if (request.automatic) request.automatic->yes = yes;
     if ((!request.from && !request.automatic) || !request.to)

@@ -137,6 +137,8 @@ std::string take_form(Arguments &arguments, const std::string &name) {
                "--ignore-case)";
     // A line end of the streams may also stand inside their other codes.
     if (is_kx_encoding(*form) && form->kind != EncodingKind::kx) return "'" + name + "' has no lines; convert it first";
+    if (form->kind == EncodingKind::utf16) return "utf-16le or utf-16be?";
+    if (goes_through_unicode(*form)) return "'" + name + "' is not sorted; convert it to UTF-8 first";
     arguments.form = *form;
     return "";
 }
