@@ -172,24 +172,24 @@ void end(Transcoder &transcoder, ByteBuffer &bytes) {
 
 // Whether bytes mean other characters behind a code that shifts.
 bool finds_shifts(Transcoder &reader) {
-    constexpr std::string_view shifts[] = {"\x0E", "\x1B$B", "\x1B$)C\x0E", "\x1B$)A\x0E", "~{", "+"};
-    constexpr std::string_view text = "0!0!";
-    const auto units_of = [&](std::string_view bytes) {
-        ByteBuffer units;
-        const auto done =
-            convert_all(reader, {reinterpret_cast<const std::uint8_t *>(bytes.data()), bytes.size()}, units);
-        return std::pair(done.stop, units);
-    };
-    const auto plain = units_of(text);
-    bool found = false;
+    constexpr std::string_view shifts[] = {"", "\x0E", "\x1B$B", "\x1B$)C\x0E", "\x1B$)A\x0E", "~{", "+"};
+    constexpr std::string_view text = "AAAAAAAA";
+    constexpr std::size_t most = 4; // bytes at the end; a letter may wait for a mark
+    ByteBuffer units, plain;
     for (const std::string_view shift : shifts) {
-        ByteBuffer rest;
-        end(reader, rest);
-        const auto begun = units_of(shift);
-        if (begun.first != Transcoder::Result::fault && units_of(text) != plain) found = true;
+        units.clear();
+        end(reader, units);
+        units.clear();
+        const std::string all = std::string(shift).append(text);
+        const Bytes bytes(reinterpret_cast<const std::uint8_t *>(all.data()), all.size());
+        const auto done = convert_all(reader, bytes, units);
+        if (done.stop == Transcoder::Result::fault) convert_all(reader, bytes.last(text.size()), units);
+        units.erase(units.begin(), units.end() - static_cast<std::ptrdiff_t>(std::min(most, units.size())));
+        if (shift.empty()) plain = units;
+        if (units != plain) break;
     }
-    ByteBuffer rest;
-    end(reader, rest);
+    const bool found = units != plain;
+    end(reader, units);
     return found;
 }
 
@@ -249,7 +249,7 @@ void UnicodeText::begin_at(std::uint64_t offset) {
     source_.clear();
     units_.clear();
     places_.clear();
-    placed_ = ended_ = false;
+    placed_ = false;
     size_ = mark_ = bad_ = start_ = first_ = 0;
 }
 
@@ -269,7 +269,9 @@ void UnicodeText::forget_start() {
 
 void UnicodeText::load(const Chunk &chunk) {
     const std::uint64_t end = base_ + size_;
-    const bool is_here = base_ <= chunk.offset && (chunk.offset < end || (chunk.offset == end && bad_ != 0));
+    // Behind the last byte there may be a letter that waited for a mark.
+    const bool ends_here = chunk.offset == end && (bad_ != 0 || (size_ == 0 && !units_.empty()));
+    const bool is_here = base_ <= chunk.offset && (chunk.offset < end || ends_here);
     if (is_here) {
         start_ = static_cast<std::size_t>(chunk.offset - base_);
         first_ = 0;
@@ -277,7 +279,8 @@ void UnicodeText::load(const Chunk &chunk) {
             list_places();
             first_ = static_cast<std::size_t>(std::ranges::lower_bound(places_, start_) - places_.begin());
         }
-        if (bad_ != 0 || (chunk.offset + chunk.bytes.size() == end && (ended_ || !chunk.last))) return;
+        const bool all_is_here = chunk.offset + chunk.bytes.size() == looked_at_ && chunk.last == was_last_;
+        if (bad_ != 0 || all_is_here) return;
         forget_start();
     } else {
         begin_at(chunk.offset);
@@ -288,6 +291,8 @@ void UnicodeText::load(const Chunk &chunk) {
                               std::ranges::equal(chunk.bytes.first(mark.size()), mark);
         mark_ = size_ = has_mark ? mark.size() : 0;
     }
+    looked_at_ = chunk.offset + chunk.bytes.size();
+    was_last_ = chunk.last;
     read(chunk.bytes, chunk.last);
 }
 
@@ -317,7 +322,6 @@ void UnicodeText::read(Bytes chunk, bool last) {
     if (last && bad_ == 0) {
         end(*reader_, units_);
         if (placed_) places_.resize(units_.size() / 2, static_cast<std::uint32_t>(size_));
-        ended_ = true;
     }
     source_.assign(chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(size_));
 }
@@ -339,15 +343,24 @@ bool UnicodeText::step(Transcoder &reader, Bytes source, std::size_t &at, ByteBu
 void UnicodeText::list_places() {
     if (placed_) return;
     if (!again_) again_ = make_reader(form_);
+    constexpr unsigned most = 3; // characters that may become one: a letter and its marks
     const std::size_t bad = bad_;
-    ByteBuffer units;
     places_.clear();
     for (std::size_t at = mark_; at < size_;) {
-        const std::size_t before = at;
-        if (!step(*again_, source_, at, units)) break;
-        places_.resize(units.size() / 2, static_cast<std::uint32_t>(before));
+        std::size_t next = at;
+        ByteBuffer units;
+        const Bytes wanted = Bytes(units_).subspan(2 * std::min(places_.size(), units_.size() / 2));
+        for (unsigned count = 1; count <= most; ++count) {
+            next = at;
+            units.clear();
+            for (unsigned i = 0; i < count && next < size_; ++i)
+                step(*again_, source_, next, units);
+            end(*again_, units); // what waits for a mark
+            if (units.size() <= wanted.size() && std::ranges::equal(units, wanted.first(units.size()))) break;
+        }
+        places_.resize(places_.size() + units.size() / 2, static_cast<std::uint32_t>(at));
+        at = std::max(next, at + 1);
     }
-    end(*again_, units);
     places_.resize(units_.size() / 2, static_cast<std::uint32_t>(size_));
     bad_ = bad;
     placed_ = true;
@@ -359,6 +372,13 @@ std::size_t UnicodeText::place(std::size_t at) {
     if (at == 0 && (mark_ == 0 || first_ != 0)) return 0;
     list_places();
     return places_[unit] - start_;
+}
+
+std::size_t UnicodeText::end_of(std::size_t at) {
+    list_places();
+    const auto begin = places_.begin() + static_cast<std::ptrdiff_t>(first_ + at / 2);
+    const auto next = std::find_if(begin, places_.end(), [&](std::uint32_t other) { return other != *begin; });
+    return next != places_.end() ? *next - start_ : size();
 }
 
 std::optional<char32_t> UnicodeText::character_at(std::uint64_t offset) {
@@ -391,7 +411,7 @@ class UnicodeDecoder final : public Decoder {
         for (std::size_t i = first; i < units.places.size(); ++i)
             units.places[i] = static_cast<std::uint32_t>(text_.place(units.places[i]));
         const std::size_t consumed = text_.place(done.consumed);
-        if (done.bad_length != 0) return {consumed, text_.place(done.consumed + done.bad_length) - consumed};
+        if (done.bad_length != 0) return {consumed, text_.end_of(done.consumed + done.bad_length - 2) - consumed};
         return {consumed, done.consumed == text_.units().size() ? text_.bad() : 0};
     }
 
@@ -470,7 +490,7 @@ class UnicodeConverter final : public Converter {
         if (characters != nullptr) *characters += count_of_units(text_.units().first(done.read));
         if (done.stop == Transcoder::Result::done) return {text_.size(), text_.bad()};
         const std::size_t place = text_.place(done.read);
-        return {place, text_.place(done.read + std::max<std::size_t>(done.bad, 2)) - place};
+        return {place, text_.end_of(done.read) - place};
     }
 
   private:
