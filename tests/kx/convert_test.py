@@ -92,7 +92,8 @@ class Converts(KxTest):
 
     def test_every_code_of_every_page_comes_back(self):
         index = (TEXTS.parents[1] / "data" / "codepages" / "index.txt").read_text(encoding="utf-8")
-        listed = [line.split() for line in self.output("convert -l").decode().split("Code pages")[1].splitlines()[1:]]
+        listed = [line.split() for line in self.output("convert -l").decode().split("Code pages")[1]
+                  .split("\n\n")[0].splitlines()[1:]]
         numbers = set(re.findall(r"^\d+\s+(\d+)", index, re.M)) | {"936", "949", "950"}
         self.assertEqual({number for line in listed for number in line} & numbers, numbers)
         self.assertEqual(len(listed), len(numbers))
@@ -286,7 +287,9 @@ class Usage(KxTest):
         for arguments, wanted in (
             ("", "are both needed"),
             ("-f 437", "are both needed"),
-            ("-f koi8-r -t utf-8", "no form or code page 'koi8-r'"),
+            ("-f iso-8859-99 -t utf-8", "no form or code page 'iso-8859-99', nor has the system one"),
+            ("-f latin-11 -t utf-8", "; nearest: latin1"),
+            ("-f ascii//translit -t utf-8", "no form"),
             ("-f 437x -t utf-8", "no form or code page '437x'"),
             ("-f 4294967733 -t utf-8", "no form or code page"),
             ("-f kx -t utf-8 --ansi=utf-8", "no code page 'utf-8'"),

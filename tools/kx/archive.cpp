@@ -236,12 +236,14 @@ class Run {
         surroundings.write = [&](std::span<const std::uint8_t> bytes) { return write(number, waiting, bytes); };
         surroundings.progress = [&](std::uint64_t more) { show_progress(number, more); };
         const Job &job = plan_.jobs[number];
-        std::vector<JobResult::Message> messages;
-        const auto form = form_of(job, [&](const std::string &what, int error) { messages.push_back({what, error}); });
+        std::vector<JobResult::Message> messages; // also of the input
+        const Tell tell = [&](const std::string &what, int error) { messages.push_back({what, error}); };
+        auto input = open_input(job, tell);
+        const auto form = input ? form_of(*input, tell) : std::nullopt;
         if (form) {
             auto lane = std::ranges::find(lanes, form, [](const Lane &known) { return known.choices.from; });
             if (lane == lanes.end()) lane = lanes.insert(lane, make_lane(*form));
-            waiting.result = convert(job, lane->choices, *lane->converter, surroundings);
+            waiting.result = convert(job, std::move(input), lane->choices, *lane->converter, surroundings);
         }
         auto &told = waiting.result.messages;
         told.insert(told.begin(), messages.begin(), messages.end());
@@ -262,8 +264,9 @@ class Run {
 
     static std::string counts_of(std::uint64_t characters, std::uint64_t left_out, std::uint64_t replaced,
                                  std::uint64_t united) {
-        return std::to_string(characters) + " characters, " + std::to_string(replaced) + " replaced, " +
-               std::to_string(left_out) + " left out, " + std::to_string(united) + " united";
+        return std::to_string(characters) + (characters == 1 ? " character, " : " characters, ") +
+               std::to_string(replaced) + " replaced, " + std::to_string(left_out) + " left out, " +
+               std::to_string(united) + " united";
     }
 
     void tell(const std::string &what, int error) {

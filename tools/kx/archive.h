@@ -40,7 +40,8 @@ struct Lane {
 };
 // Both are called by several threads.
 using MakeLane = std::function<Lane(const Encoding &from)>;
-using FormOf = std::function<std::optional<Encoding>(const Job &job, const Tell &tell)>; // nothing: that has been told
+// Nothing: that has been told. It may look at what the input begins with.
+using FormOf = std::function<std::optional<Encoding>(Input &input, const Tell &tell)>;
 
 // Does the work, with what joins written to `output` and all messages told in the order of the jobs. Returns whether
 // all was done.

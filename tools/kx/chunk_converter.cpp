@@ -35,19 +35,34 @@ ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const T
         back_ = make_encoder(from, pages.text, pages.text);
 }
 
+void ChunkConverter::begin() {
+    if (direct_) direct_->begin();
+    decoder_->begin();
+    encoder_->begin();
+}
+
+bool ChunkConverter::append(char32_t character, ByteBuffer &bytes) {
+    return direct_ ? direct_->append(character, bytes) : encoder_->append(character, bytes);
+}
+
+ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, ByteBuffer &bytes, const OnChange &on_change) {
+    const Result result =
+        direct_ ? convert_directly(chunk, bytes, on_change) : convert_by_kx_text(chunk, bytes, on_change);
+    if (!chunk.last || result.stopped) return result;
+    if (direct_) {
+        direct_->end(bytes);
+    } else {
+        encoder_->end(bytes);
+    }
+    return result;
+}
+
 ChunkConverter::Result ChunkConverter::convert_directly(const Chunk &chunk, ByteBuffer &bytes,
                                                         const OnChange &on_change) {
     Result result{0, 0, false};
-    while (result.consumed < chunk.bytes.size()) {
+    do {
         const Chunk rest{chunk.bytes.subspan(result.consumed), chunk.offset + result.consumed, chunk.last};
-        const std::size_t size = bytes.size();
-        const Decoder::Result done = direct_->convert(rest, bytes);
-        // The bytes of a single-byte page are counted, else whichever side is Unicode.
-        const bool by_input = from_.kind != EncodingKind::code_page || !is_double_byte(from_.page);
-        if (counts_) {
-            result.characters += by_input ? kx::count_characters(from_, rest.bytes.first(done.consumed))
-                                          : kx::count_characters(to_, std::span(bytes).subspan(size));
-        }
+        const Decoder::Result done = direct_->convert(rest, bytes, counts_ ? &result.characters : nullptr);
         result.consumed += done.consumed;
         if (done.bad_length == 0) break;
         if (!on_change({Change::lost, result.consumed, done.bad_length})) {
@@ -56,17 +71,17 @@ ChunkConverter::Result ChunkConverter::convert_directly(const Chunk &chunk, Byte
         }
         result.consumed += done.bad_length;
         ++result.characters;
-    }
+    } while (result.consumed < chunk.bytes.size());
     return result;
 }
 
-ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, ByteBuffer &bytes, const OnChange &on_change) {
-    if (direct_) return convert_directly(chunk, bytes, on_change);
+ChunkConverter::Result ChunkConverter::convert_by_kx_text(const Chunk &chunk, ByteBuffer &bytes,
+                                                          const OnChange &on_change) {
     Result result{0, 0, false};
     // Decoding without places goes by blocks, which is for nothing where a fault is in every one of them.
     constexpr std::size_t near = 256;
     bool placed = false;
-    while (result.consumed < chunk.bytes.size()) {
+    do {
         const std::size_t begin = result.consumed;
         const Chunk rest{chunk.bytes.subspan(begin), chunk.offset + begin, chunk.last};
         const std::size_t size = bytes.size();
@@ -93,7 +108,7 @@ ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, ByteBuffer &b
         }
         result.consumed += bad;
         ++result.characters;
-    }
+    } while (result.consumed < chunk.bytes.size());
     return result;
 }
 
@@ -159,18 +174,20 @@ void ChunkConverter::list_united(const Chunk &chunk, std::size_t consumed) {
     }
 }
 
-std::optional<char32_t> ChunkConverter::code_point(std::span<const std::uint8_t> bytes) {
-    switch (from_.kind) {
-    case EncodingKind::utf8: return value_of(kxstr::text::read_utf8(bytes), bytes);
-    case EncodingKind::utf16le:
-        return value_of(kxstr::text::read_utf16(bytes, kxstr::text::ByteOrder::low_first), bytes);
-    case EncodingKind::utf16be:
-        return value_of(kxstr::text::read_utf16(bytes, kxstr::text::ByteOrder::high_first), bytes);
-    default: break;
-    }
+std::optional<char32_t> ChunkConverter::code_point(const Chunk &chunk, const Change &change) {
+    const std::span<const std::uint8_t> bytes = chunk.bytes.subspan(change.place, change.length);
+    const auto order = is_high_first(from_) ? kxstr::text::ByteOrder::high_first : kxstr::text::ByteOrder::low_first;
+    if (from_.kind == EncodingKind::utf8) return value_of(kxstr::text::read_utf8(bytes), bytes);
+    if (text_form(from_, text_page_) && is_unicode(from_))
+        return value_of(kxstr::text::read_utf16(bytes, order), bytes);
     const auto told = [](char32_t value) { // a private-use value says less than the bytes
         return value >= 0xE000 && value <= 0xF8FF ? std::optional<char32_t>() : value;
     };
+    if (goes_through_unicode(from_)) {
+        const std::uint64_t offset = chunk.offset + change.place;
+        const auto value = direct_ ? direct_->character_at(offset) : decoder_->character_at(offset);
+        return value ? told(*value) : std::nullopt;
+    }
     if (naming_) {
         ByteBuffer utf8;
         const auto done = naming_->convert({bytes, 1, true}, utf8);

@@ -39,6 +39,8 @@ class ChunkConverter {
     // Lets `convert` count what it converts, which takes time.
     void count_characters() { counts_ = true; }
 
+    void begin(); // another file
+
     struct Result {
         std::size_t consumed;     // bytes of whole characters
         std::uint64_t characters; // that these are, if they are counted
@@ -50,11 +52,14 @@ class ChunkConverter {
     using OnChange = std::function<bool(const Change &change)>;
     Result convert(const Chunk &chunk, ByteBuffer &bytes, const OnChange &on_change);
 
-    // The Unicode value of the character of the input that these bytes are, if they are one.
-    std::optional<char32_t> code_point(std::span<const std::uint8_t> bytes);
+    // The Unicode value of the character of the chunk that is changed, if it is one. For `on_change`.
+    std::optional<char32_t> code_point(const Chunk &chunk, const Change &change);
+    // Writes a character in the place of one, where its bytes depend on those before; else false. For `on_change`.
+    bool append(char32_t character, ByteBuffer &bytes);
 
   private:
     Result convert_directly(const Chunk &chunk, ByteBuffer &bytes, const OnChange &on_change);
+    Result convert_by_kx_text(const Chunk &chunk, ByteBuffer &bytes, const OnChange &on_change);
     struct Piece {
         Decoder::Result decoded;
         std::uint64_t characters;

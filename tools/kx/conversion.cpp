@@ -4,6 +4,7 @@
 
 #include "command.h"
 #include "line_ends.h"
+#include "text/scalars.h"
 
 namespace kx {
 namespace {
@@ -18,6 +19,7 @@ std::optional<ByteBuffer> encode_substitute(const TextRequest &request, const Co
         ByteBuffer encoded;
         const auto result = direct->convert(chunk, encoded);
         const bool is_one = count_characters({EncodingKind::utf8, {}}, chunk.bytes) == 1;
+        if (is_one && result.bad_length == 0) direct->end(encoded);
         return is_one && result.bad_length == 0 ? std::optional(encoded) : std::nullopt;
     }
     DecodedText units;
@@ -26,6 +28,11 @@ std::optional<ByteBuffer> encode_substitute(const TextRequest &request, const Co
     ByteBuffer encoded;
     if (make_encoder(*request.to, page, page)->encode(units.chars, encoded) != 1) return std::nullopt;
     return encoded;
+}
+
+// Of one that is written in UTF-8.
+char32_t character_of(const std::string &utf8) {
+    return kxstr::text::read_utf8({reinterpret_cast<const std::uint8_t *>(utf8.data()), utf8.size()}).value;
 }
 
 } // namespace
@@ -37,7 +44,7 @@ std::string take_text_option(TextRequest &request, int id, const Argument &argum
     case 'f':
         request.from = argument.form;
         return request.from->kind == EncodingKind::sio ? "sio text is only written" : "";
-    case 't': request.to = argument.form; return "";
+    case 't': request.to = to_write(argument.form); return "";
     case 'o': files.output = text; return "";
     case 'i':
         files.in_place = true;
@@ -80,7 +87,7 @@ namespace {
 std::string fault_of(const TextRequest &request) {
     if (request.drop && request.substitute) return "-c and --subst exclude each other";
     if (request.strict && (request.drop || request.substitute)) return "--strict excludes -c and --subst";
-    if (request.writes_mark && !is_unicode(*request.to))
+    if (request.writes_mark && byte_order_mark(*request.to).empty())
         return name_of(*request.to) + " begins with no byte order mark";
     if (request.line_ends != LineEnds::keep && !has_lines(*request.to))
         return "--eol has no say in " + name_of(*request.to);
@@ -103,6 +110,7 @@ int run_text(const Usage &usage, const TextRequest &request, const TextPages &pa
         }
         choices.lost = Choices::substitute;
         choices.substitute_bytes = std::move(*encoded);
+        choices.substitute_character = character_of(*request.substitute);
     } else if (request.drop) {
         choices.lost = Choices::drop;
     }
@@ -120,8 +128,10 @@ int run_text(const Usage &usage, const TextRequest &request, const TextPages &pa
     }
     const Plan plan = plan_jobs(files, tell_as(usage.command));
     WtpiGetCountryID(); // the library asks the system once, and not in several threads
-    const FormOf form_of = [&](const Job &job, const Tell &tell) {
-        return request.from ? request.from : detect_encoding(job.input, *request.automatic, tell);
+    const FormOf form_of = [&](Input &input, const Tell &tell) -> std::optional<Encoding> {
+        if (!request.from) return detect_encoding(input, *request.automatic, tell);
+        const bool has_mark = request.from->kind == EncodingKind::utf16 || request.from->kind == EncodingKind::utf32;
+        return has_mark ? by_mark(*request.from, read_start(input, kMostOfMark)) : *request.from;
     };
     const MakeLane make_lane = [&](const Encoding &from) {
         TextRequest own = request;

@@ -75,7 +75,8 @@ std::string told(const Guess &one) {
     char share[16];
     std::snprintf(share, sizeof share, "%.1f%%", 100 * one.share);
     std::string text = one.page + ' ' + (one.language.empty() ? "-" : one.language) + ' ' + share;
-    if (one.broken != 0) text += " (" + std::to_string(one.broken) + " bytes are not UTF-8)";
+    if (one.broken != 0)
+        text += " (" + std::to_string(one.broken) + (one.broken == 1 ? " byte is" : " bytes are") + " not UTF-8)";
     return text;
 }
 
@@ -86,23 +87,14 @@ std::string lines_of(const std::string &file, const std::vector<Guess> &guesses)
     return lines;
 }
 
-// The start of a file, in the memory of the input; the chunk is empty also when nothing can be read.
-Chunk read_start(Input &input) {
-    Chunk chunk{};
-    do {
-        chunk = input.next();
-    } while (input.good() && !chunk.last && chunk.bytes.size() < kBytesToGuessBy);
-    return chunk;
-}
-
 enum class Done : std::uint8_t { yes, unread, unwritten };
 
 Done detect(const std::string &path, const Request &request, Output &output) {
     Input input(tell_as(kUsageText.command), path);
     if (!input.good()) return Done::unread;
-    const Chunk chunk = read_start(input);
+    const auto start = read_start(input, kBytesToGuessBy);
     if (!input.good()) return Done::unread;
-    const std::vector<Guess> guesses = guess(chunk.bytes, request.top);
+    const std::vector<Guess> guesses = guess(start, request.top);
     const std::string text = request.json ? json_of(input.name(), guesses) : lines_of(input.name(), guesses);
     return output.write(text) ? Done::yes : Done::unwritten;
 }
@@ -124,16 +116,11 @@ std::vector<Guess> guess(std::span<const std::uint8_t> bytes, std::size_t most) 
     return guesses;
 }
 
-std::optional<Encoding> detect_encoding(const std::string &path, const AutoOptions &options, const Tell &tell) {
-    if (path == "-") {
-        tell("-f auto reads a file twice, so standard input will not do", 0);
-        return std::nullopt;
-    }
-    Input input(tell, path);
+std::optional<Encoding> detect_encoding(Input &input, const AutoOptions &options, const Tell &tell) {
+    const auto start = read_start(input, kBytesToGuessBy);
     if (!input.good()) return std::nullopt;
-    const Chunk chunk = read_start(input);
-    if (!input.good()) return std::nullopt;
-    const std::vector<Guess> guesses = guess(chunk.bytes);
+    const std::string &path = input.name();
+    const std::vector<Guess> guesses = guess(start);
     if (!options.yes && guesses[0].share < kSure) {
         for (const Guess &one : guesses)
             tell(path + ": " + told(one), 0);

@@ -30,7 +30,7 @@ std::vector<Guess> guess(std::span<const std::uint8_t> bytes, std::size_t most =
 struct AutoOptions {
     bool yes = false;
 };
-std::optional<Encoding> detect_encoding(const std::string &path, const AutoOptions &options, const Tell &tell);
+std::optional<Encoding> detect_encoding(Input &input, const AutoOptions &options, const Tell &tell);
 
 int run_detect(int argc, char **argv);
 

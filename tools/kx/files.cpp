@@ -105,6 +105,14 @@ void Input::consume(std::size_t count) {
     offset_ += count;
 }
 
+std::span<const std::uint8_t> read_start(Input &input, std::size_t size) {
+    Chunk chunk{};
+    do {
+        chunk = input.next();
+    } while (input.good() && !chunk.last && chunk.bytes.size() < size);
+    return input.good() ? chunk.bytes : std::span<const std::uint8_t>();
+}
+
 std::uint64_t size_of(const Input &input) {
     const auto file = os::regular_file(input.descriptor());
     return file ? file->size : 0;

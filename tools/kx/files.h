@@ -55,6 +55,10 @@ class Input {
     std::uint64_t offset_ = 0; // of begin_ in the file
 };
 
+// What an input begins with, at least so many bytes where it has them; they stay to be read. Empty also when reading
+// fails.
+std::span<const std::uint8_t> read_start(Input &input, std::size_t size);
+
 // The size of a regular file; 0 for other inputs.
 std::uint64_t size_of(const Input &input);
 

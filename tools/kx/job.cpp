@@ -34,14 +34,17 @@ class Work {
           converter_(converter),
           surroundings_(surroundings),
           line_ends_(choices.line_ends, choices.to) {
-        if (!has_lines(*choices.from)) return;
+        constexpr std::uint8_t control_z = 0x1A;
+        if (choices.control_z_ends) control_z_ = unit_of_control(control_z, *choices.from);
+        if (is_kx_encoding(*choices.from) && choices.from->kind != EncodingKind::kx) return;
         place_.emplace(*choices.from);
         can_be_read_again_ = os::regular_file(job.input.c_str()).has_value();
     }
 
-    JobResult run() {
+    JobResult run(std::unique_ptr<Input> input) {
         result_.form = kx::name_of(*choices_.from);
-        result_.done = run_to_end();
+        converter_.begin();
+        result_.done = run_to_end(std::move(input));
         for (Tally *tally : {&result_.left_out, &result_.replaced, &result_.united})
             tally->pack();
         return std::move(result_);
@@ -52,17 +55,7 @@ class Work {
         return [this](const std::string &what, int error) { result_.messages.push_back({what, error}); };
     }
 
-    bool run_to_end() {
-        if (std::filesystem::is_directory(path_of(job_.input), error_)) {
-            tell()(job_.input + ": Is a directory; -r takes the files in it", 0);
-            return false;
-        }
-        if (job_.in_place && os::kind_of(job_.input.c_str()) == os::FileKind::special) {
-            tell()(job_.input + ": not a regular file", 0);
-            return false;
-        }
-        std::optional<Input> input(std::in_place, tell(), job_.input);
-        if (!input->good()) return false;
+    bool run_to_end(std::unique_ptr<Input> input) {
         std::optional<Output> output;
         if (job_.output) {
             const std::filesystem::path folder = path_of(*job_.output).parent_path();
@@ -83,7 +76,7 @@ class Work {
         for (;;) {
             Chunk chunk = input.next();
             if (!input.good()) return false;
-            if (choices_.control_z_ends) end_at_control_z(chunk);
+            if (!control_z_.empty()) end_at_control_z(chunk);
             bytes_.clear();
             const auto done = converter_.convert(
                 chunk, bytes_, [&](const Change &change) { return take_change(input, chunk, change); });
@@ -99,12 +92,8 @@ class Work {
 
     // DOS programs filled a file up behind it.
     void end_at_control_z(Chunk &chunk) const {
-        constexpr std::uint8_t control_z = 0x1A;
-        const bool wide = choices_.from->kind == EncodingKind::utf16le || choices_.from->kind == EncodingKind::utf16be;
-        const std::size_t unit = wide ? 2 : 1;
-        const std::size_t low = choices_.from->kind == EncodingKind::utf16be ? 1 : 0;
-        for (std::size_t at = 0; at + unit <= chunk.bytes.size(); at += unit) {
-            if (chunk.bytes[at + low] != control_z || (wide && chunk.bytes[at + 1 - low] != 0)) continue;
+        for (std::size_t at = 0; at + control_z_.size() <= chunk.bytes.size(); at += control_z_.size()) {
+            if (!std::ranges::equal(chunk.bytes.subspan(at, control_z_.size()), control_z_)) continue;
             chunk.bytes = chunk.bytes.first(at);
             chunk.last = true;
             return;
@@ -113,7 +102,7 @@ class Work {
 
     bool take_change(const Input &input, const Chunk &chunk, const Change &change) {
         const std::span<const std::uint8_t> bytes = chunk.bytes.subspan(change.place, change.length);
-        std::optional<char32_t> character = converter_.code_point(bytes);
+        std::optional<char32_t> character = converter_.code_point(chunk, change);
         // What a byte of a page was before KX text united it is not known any more.
         if (change.kind == Change::united && choices_.from->kind == EncodingKind::code_page) character.reset();
         if (change.kind == Change::united) {
@@ -124,7 +113,8 @@ class Work {
         } else if (choices_.lost == Choices::drop) {
             result_.left_out.add(character, bytes);
         } else if (choices_.lost == Choices::substitute) {
-            bytes_.insert(bytes_.end(), choices_.substitute_bytes.begin(), choices_.substitute_bytes.end());
+            if (!converter_.append(choices_.substitute_character, bytes_))
+                bytes_.insert(bytes_.end(), choices_.substitute_bytes.begin(), choices_.substitute_bytes.end());
             result_.replaced.add(character, bytes);
         } else {
             return tell_fault(input, chunk, change, character, "does not convert");
@@ -186,6 +176,7 @@ class Work {
     ChunkConverter &converter_;
     const Surroundings &surroundings_;
     LineEndFilter line_ends_;
+    ByteBuffer control_z_; // that ends a text; empty: none does
     std::optional<TextPlace> place_;
     bool can_be_read_again_ = false;
     ByteBuffer bytes_;
@@ -240,12 +231,30 @@ std::string Tally::list() const {
         text += (at == 0 ? "" : ", ") + (bytes.empty() ? name_of(static_cast<char32_t>(key)) : hex(bytes)) + " (" +
                 std::to_string(count) + ")";
     }
-    if (all.size() > most) text += " and " + std::to_string(all.size() - most) + " others";
+    if (all.size() > most) {
+        const std::size_t more = all.size() - most;
+        text += " and " + std::to_string(more) + (more == 1 ? " other" : " others");
+    }
     return text;
 }
 
-JobResult convert(const Job &job, const Choices &choices, ChunkConverter &converter, const Surroundings &surroundings) {
-    return Work(job, choices, converter, surroundings).run();
+std::unique_ptr<Input> open_input(const Job &job, const Tell &tell) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path_of(job.input), error)) {
+        tell(job.input + ": Is a directory; -r takes the files in it", 0);
+        return nullptr;
+    }
+    if (job.in_place && os::kind_of(job.input.c_str()) == os::FileKind::special) {
+        tell(job.input + ": not a regular file", 0);
+        return nullptr;
+    }
+    auto input = std::make_unique<Input>(tell, job.input);
+    return input->good() ? std::move(input) : nullptr;
+}
+
+JobResult convert(const Job &job, std::unique_ptr<Input> input, const Choices &choices, ChunkConverter &converter,
+                  const Surroundings &surroundings) {
+    return Work(job, choices, converter, surroundings).run(std::move(input));
 }
 
 } // namespace kx

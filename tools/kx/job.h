@@ -18,8 +18,9 @@ struct Choices {
     const Transform *transform = nullptr;
     enum { stop, drop, substitute } lost = stop; // what becomes of characters that do not convert
     ByteBuffer substitute_bytes{};
-    bool passes_unknown = false; // characters that KX text lacks pass by the transform, from Unicode to Unicode
-    bool strict = false;         // a character that is united with another ends the work
+    char32_t substitute_character = 0; // the same, where its bytes depend on those before
+    bool passes_unknown = false;       // characters that KX text lacks pass by the transform, from Unicode to Unicode
+    bool strict = false;               // a character that is united with another ends the work
     LineEnds line_ends = LineEnds::keep;
     bool control_z_ends = false;
     bool writes_mark = false;
@@ -69,7 +70,11 @@ struct Surroundings {
     std::function<void(std::uint64_t more)> progress;               // in bytes of the input
 };
 
-// The converter is one for these choices and, but for chunk by chunk, remembers nothing.
-JobResult convert(const Job &job, const Choices &choices, ChunkConverter &converter, const Surroundings &surroundings);
+// Null when there is nothing to read; that has been told.
+std::unique_ptr<Input> open_input(const Job &job, const Tell &tell);
+
+// The converter is one for these choices and remembers nothing of another job.
+JobResult convert(const Job &job, std::unique_ptr<Input> input, const Choices &choices, ChunkConverter &converter,
+                  const Surroundings &surroundings);
 
 } // namespace kx

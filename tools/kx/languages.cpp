@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <numeric>
-#include <utility>
 #include <vector>
+
+#include "near.h"
 
 namespace kx {
 namespace {
@@ -133,21 +133,6 @@ std::string spelled(const Language &language) {
     return spelled_locale(language) + " (" + std::string(language.name()) + ')';
 }
 
-// The number of letters that must be typed anew to come from one word to the other.
-std::size_t distance(const std::string &a, const std::string &b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i);
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t changed = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({changed, row[j] + 1, row[j - 1] + 1});
-        }
-    }
-    return row.back();
-}
-
 // The languages with a name that somebody may have meant, if not too many.
 std::string near_spellings(const std::string &name) {
     constexpr std::size_t most = 4;
@@ -156,7 +141,7 @@ std::string near_spellings(const std::string &name) {
         const auto is_near = [&](std::string_view one) {
             const std::string small = in_small_letters(one);
             const bool starts = name.size() > 3 && (small.starts_with(name) || name.starts_with(small));
-            return starts || (small.size() > 3 && distance(small, name) <= small.size() / 4);
+            return starts || (small.size() > 3 && edit_distance(small, name) <= small.size() / 4);
         };
         if (std::ranges::any_of(parts_of(language.names, '|'), is_near)) found.push_back(spelled(language));
     }

@@ -3,22 +3,12 @@
 #include <algorithm>
 
 #include "core/kx_char.h"
+#include "through_unicode.h"
 
 namespace kx {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
-
-// Of a line end; no other form has lines.
-ByteBuffer bytes_of(KxChar ch, EncodingKind form) {
-    const auto control = static_cast<std::uint8_t>(kxstr::control_of_code(ch));
-    switch (form) {
-    case EncodingKind::utf16le: return {control, 0};
-    case EncodingKind::utf16be: return {0, control};
-    case EncodingKind::kx: return {kxstr::index_of(ch), kxstr::set_of(ch)};
-    default: return {control};
-    }
-}
 
 // In sums of a byte each, as many as processors add at once.
 std::uint64_t count_of(Bytes bytes, std::uint8_t wanted) {
@@ -50,23 +40,40 @@ std::optional<LineEnds> find_line_ends(const std::string &name) {
     return std::nullopt;
 }
 
+ByteBuffer unit_of_control(std::uint8_t control, const Encoding &form) {
+    if (form.kind == EncodingKind::system) { // which may put it elsewhere, or behind other bytes
+        ByteBuffer bytes = bytes_of_character(control, form);
+        if (bytes.size() != 1) bytes.clear();
+        return bytes;
+    }
+    if (is_kx_encoding(form) && form.kind != EncodingKind::kx) return {};
+    std::uint16_t value = control;
+    for (const KxChar code : {KX_TAB, KX_LINE_FEED, KX_FORM_FEED, KX_CARRIAGE_RETURN})
+        if (form.kind == EncodingKind::kx && kxstr::control_of_code(code) == control) value = code;
+    const std::size_t size = unit_size(form);
+    std::array<std::uint8_t, 4> unit{};
+    for (std::size_t i = 0; i < sizeof value && i < size; ++i)
+        unit[is_high_first(form) ? size - 1 - i : i] = static_cast<std::uint8_t>(value >> (8 * i));
+    return {unit.begin(), unit.begin() + static_cast<std::ptrdiff_t>(size)};
+}
+
 bool has_lines(const Encoding &form) {
-    return !is_kx_encoding(form) || form.kind == EncodingKind::kx;
+    return !unit_of_control('\n', form).empty() && !unit_of_control('\r', form).empty();
 }
 
 ByteBuffer byte_order_mark(const Encoding &form) {
-    switch (form.kind) {
-    case EncodingKind::utf8: return {0xEF, 0xBB, 0xBF};
-    case EncodingKind::utf16le: return {0xFF, 0xFE};
-    case EncodingKind::utf16be: return {0xFE, 0xFF};
-    default: return {};
-    }
+    constexpr char32_t mark = 0xFEFF;
+    if (form.kind == EncodingKind::utf8) return {0xEF, 0xBB, 0xBF};
+    if (form.kind == EncodingKind::utf16le) return {0xFF, 0xFE};
+    if (form.kind == EncodingKind::utf16be) return {0xFE, 0xFF};
+    return goes_through_unicode(form) ? bytes_of_character(mark, form) : ByteBuffer{};
 }
 
-LineEndFilter::LineEndFilter(LineEnds wanted, const Encoding &form)
-    : wanted_(wanted),
-      carriage_return_(bytes_of(KX_CARRIAGE_RETURN, form.kind)),
-      line_feed_(bytes_of(KX_LINE_FEED, form.kind)) {}
+LineEndFilter::LineEndFilter(LineEnds wanted, const Encoding &form) : wanted_(wanted) {
+    if (wanted == LineEnds::keep) return;
+    carriage_return_ = unit_of_control('\r', form);
+    line_feed_ = unit_of_control('\n', form);
+}
 
 void LineEndFilter::pass(ByteBuffer &bytes, bool last) {
     if (wanted_ == LineEnds::keep) return;
@@ -88,16 +95,44 @@ void LineEndFilter::pass(ByteBuffer &bytes, bool last) {
     bytes.swap(passed_);
 }
 
+namespace {
+
+const Encoding kUnits{EncodingKind::utf16le, {}};
+
+// What a form is counted in: those that go through Unicode, in what they become.
+const Encoding &counted(const Encoding &form) {
+    return goes_through_unicode(form) ? kUnits : form;
+}
+
+} // namespace
+
 TextPlace::TextPlace(const Encoding &form)
-    : form_(form),
-      line_feed_(bytes_of(KX_LINE_FEED, form.kind)),
-      mark_(byte_order_mark(form)),
+    : form_(counted(form)),
+      unicode_(goes_through_unicode(form) ? std::make_unique<UnicodeText>(form) : nullptr),
+      line_feed_(unit_of_control('\n', form_)),
+      mark_(unicode_ ? ByteBuffer{} : byte_order_mark(form_)),
       is_double_byte_(form.kind == EncodingKind::code_page && is_double_byte(form.page)) {
     for (unsigned byte = 0x80; byte <= 0xFF && is_double_byte_; ++byte)
         is_lead_[byte] = is_lead_byte(form.page, static_cast<std::uint8_t>(byte));
 }
 
 void TextPlace::pass(Bytes bytes) {
+    if (!unicode_) return pass_units(bytes);
+    waiting_.insert(waiting_.end(), bytes.begin(), bytes.end());
+    for (std::size_t at = 0;;) {
+        unicode_->load({Bytes(waiting_).subspan(at), offset_ + at, false});
+        pass_units(unicode_->units());
+        const std::size_t bad = unicode_->bad();
+        column_ += bad != 0 ? 1 : 0;
+        at += unicode_->size() + bad;
+        if (bad != 0) continue;
+        offset_ += at;
+        waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(at));
+        return;
+    }
+}
+
+void TextPlace::pass_units(Bytes bytes) {
     const std::size_t unit = line_feed_.size();
     // A byte order mark stands before the first column.
     const bool has_mark = begins_ && !mark_.empty() && bytes.size() >= mark_.size() &&
@@ -142,7 +177,7 @@ std::size_t count_characters(const Encoding &form, Bytes bytes) {
             std::ranges::count_if(bytes, [](std::uint8_t byte) { return (byte & 0xC0u) != 0x80; }));
     case EncodingKind::utf16le:
     case EncodingKind::utf16be: {
-        const std::size_t high = form.kind == EncodingKind::utf16be ? 0 : 1;
+        const std::size_t high = is_high_first(form) ? 0 : 1;
         for (std::size_t at = 0; at < bytes.size(); at += 2)
             count += at + high < bytes.size() && (bytes[at + high] & 0xFCu) == 0xDC ? 0 : 1; // the second of a pair
         return count;
@@ -152,7 +187,7 @@ std::size_t count_characters(const Encoding &form, Bytes bytes) {
         for (std::size_t at = 0; at < bytes.size(); ++count)
             at += is_lead_byte(form.page, bytes[at]) ? 2 : 1;
         return count;
-    default: return bytes.size() / bytes_of(KX_LINE_FEED, form.kind).size();
+    default: return bytes.size() / unit_size(form);
     }
 }
 

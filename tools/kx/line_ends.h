@@ -5,14 +5,17 @@
 #include <optional>
 
 #include "encodings.h"
+#include "through_unicode.h"
 
 namespace kx {
 
 enum class LineEnds { keep, lf, crlf };
 std::optional<LineEnds> find_line_ends(const std::string &name);
 
-// Whether a text in this form is lines, which end with a code that can be told without decoding. The document streams
-// and sio have theirs among other codes.
+// A control character in a form; empty where it is more than one unit, or not to be told without decoding. The document
+// streams and sio have theirs among other codes.
+ByteBuffer unit_of_control(std::uint8_t control, const Encoding &form);
+// Whether a text in this form is lines, which end with such a unit.
 bool has_lines(const Encoding &form);
 
 // U+FEFF as it begins a file of this form; empty where no file begins with one.
@@ -34,7 +37,7 @@ class LineEndFilter {
     ByteBuffer passed_;
 };
 
-// The characters in whole ones of a form that has lines.
+// The characters in whole ones of a form that has lines and does not go through Unicode.
 std::size_t count_characters(const Encoding &form, std::span<const std::uint8_t> bytes);
 
 // Counts where in a text a byte is, as an editor does: lines and characters from 1.
@@ -49,9 +52,13 @@ class TextPlace {
     std::uint64_t column() const noexcept { return column_; }
 
   private:
+    void pass_units(std::span<const std::uint8_t> bytes);
     std::size_t characters_in(std::span<const std::uint8_t> bytes);
 
     Encoding form_;
+    std::unique_ptr<UnicodeText> unicode_; // of a form that goes through Unicode; else null
+    ByteBuffer waiting_;                   // for the rest of a character of it
+    std::uint64_t offset_ = 0;             // of these in the file
     ByteBuffer line_feed_;
     ByteBuffer mark_;
     bool is_double_byte_;

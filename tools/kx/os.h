@@ -3,7 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <span>
+#include <string>
 
 namespace kx::os {
 
@@ -21,6 +24,35 @@ int open_to_write(const char *path); // created, or emptied
 std::ptrdiff_t read(int descriptor, void *bytes, std::size_t size);
 std::ptrdiff_t write(int descriptor, const void *bytes, std::size_t size);
 int close(int descriptor);
+
+// ---- Converters of text ----
+
+// From one form of text to another, piece by piece. Either one form is UTF-16, low byte first.
+class Transcoder {
+  public:
+    struct Result {
+        enum Stop { done, full, incomplete, fault } stop;
+        std::size_t read;    // bytes
+        std::size_t written; // bytes
+        std::size_t bad;     // for a fault: bytes of the character behind those read
+    };
+
+    Transcoder() = default;
+    virtual ~Transcoder() = default;
+    Transcoder(const Transcoder &) = delete;
+    Transcoder &operator=(const Transcoder &) = delete;
+
+    // Up to the first character that does not convert, that is not complete or that does not fit.
+    virtual Result convert(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination) = 0;
+    // Begins anew; writes what a text must end with. Returns the number of bytes.
+    virtual std::size_t end(std::span<std::uint8_t>) { return 0; }
+};
+constexpr std::size_t kMostAtEnd = 64; // bytes that `end` may write
+
+// What the system has; null for an encoding that it does not know.
+std::unique_ptr<Transcoder> open_reader(const std::string &encoding); // to UTF-16
+std::unique_ptr<Transcoder> open_writer(const std::string &encoding); // from it
+extern const char *const kWhereEncodingsAre;                          // for people
 
 // ---- A new file in the place of an old one ----
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <iconv.h>
 #include <initializer_list>
 #include <mutex>
 #include <sys/stat.h>
@@ -106,6 +107,122 @@ std::ptrdiff_t write(int descriptor, const void *bytes, std::size_t size) {
 
 int close(int descriptor) {
     return ::close(descriptor);
+}
+
+// ---- Converters of text ----
+
+namespace {
+
+constexpr const char *kUnits = "UTF-16LE";
+
+class Iconv final : public Transcoder {
+  public:
+    Iconv(iconv_t descriptor, iconv_t probe, bool reads) : descriptor_(descriptor), probe_(probe), reads_(reads) {}
+    ~Iconv() override {
+        ::iconv_close(descriptor_);
+        ::iconv_close(probe_);
+    }
+
+    Result convert(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination) override {
+        const Result done = call(descriptor_, source, destination);
+        if (!replaced_) return done;
+        // Some systems write another character for one that the encoding lacks, and only count it. That one is a fault.
+        ::iconv(descriptor_, nullptr, nullptr, nullptr, nullptr);
+        Result one_by_one{Result::done, 0, 0, 0};
+        while (one_by_one.read < source.size()) {
+            const auto rest = source.subspan(one_by_one.read);
+            const auto character = rest.first(std::min(rest.size(), size_of_first(rest)));
+            const Result one = call(descriptor_, character, destination.subspan(one_by_one.written));
+            if (replaced_) return {Result::fault, one_by_one.read, one_by_one.written, character.size()};
+            one_by_one.read += one.read;
+            one_by_one.written += one.written;
+            if (one.stop != Result::done) return {one.stop, one_by_one.read, one_by_one.written, one.bad};
+        }
+        return one_by_one;
+    }
+
+    std::size_t end(std::span<std::uint8_t> destination) override {
+        char *to = reinterpret_cast<char *>(destination.data());
+        std::size_t room = destination.size();
+        ::iconv(descriptor_, nullptr, nullptr, &to, &room);
+        ::iconv(descriptor_, nullptr, nullptr, nullptr, nullptr);
+        return destination.size() - room;
+    }
+
+  private:
+    Result call(iconv_t descriptor, std::span<const std::uint8_t> source, std::span<std::uint8_t> destination) {
+        // It reads through a pointer to what need not be constant.
+        char *from = const_cast<char *>(reinterpret_cast<const char *>(source.data()));
+        char *to = reinterpret_cast<char *>(destination.data());
+        std::size_t left = source.size(), room = destination.size();
+        const std::size_t count = ::iconv(descriptor, &from, &left, &to, &room);
+        Result result{Result::done, source.size() - left, destination.size() - room, 0};
+        replaced_ = !reads_ && count != 0 && count != static_cast<std::size_t>(-1);
+        if (count != static_cast<std::size_t>(-1)) return result;
+        switch (errno) {
+        case E2BIG: result.stop = Result::full; break;
+        case EINVAL: result.stop = Result::incomplete; break;
+        default:
+            result.stop = Result::fault;
+            if (descriptor == descriptor_) result.bad = size_of_fault(source.subspan(result.read));
+        }
+        return result;
+    }
+
+    static std::size_t size_of_first(std::span<const std::uint8_t> units) {
+        return units.size() > 1 && (units[1] & 0xFCu) == 0xD8 ? 4 : 2;
+    }
+
+    // As much as could have begun a character. What follows it goes with it unless it may be one of its own, such as a
+    // line end.
+    std::size_t size_of_fault(std::span<const std::uint8_t> bytes) {
+        if (!reads_) return std::min(bytes.size(), size_of_first(bytes));
+        constexpr std::uint8_t first_trail_byte = 0x40;
+        for (std::size_t size = 1; size <= bytes.size(); ++size) {
+            std::array<std::uint8_t, 16> units;
+            ::iconv(probe_, nullptr, nullptr, nullptr, nullptr);
+            const Result one = call(probe_, bytes.first(size), units);
+            if (one.stop == Result::incomplete && one.read == 0) continue;
+            return size > 1 && bytes[size - 1] < first_trail_byte ? size - 1 : size;
+        }
+        return bytes.size();
+    }
+
+    iconv_t descriptor_;
+    iconv_t probe_; // for the size of faults
+    bool reads_;
+    bool replaced_ = false; // by the last call
+};
+
+// By the name as it is, and as systems spell the numbers of pages.
+std::unique_ptr<Transcoder> open_iconv(const std::string &encoding, bool reads) {
+    // What follows a slash would let characters change.
+    if (encoding.find('/') != std::string::npos) return nullptr;
+    const auto open = [&](const std::string &name) {
+        return reads ? ::iconv_open(kUnits, name.c_str()) : ::iconv_open(name.c_str(), kUnits);
+    };
+    const auto none = reinterpret_cast<iconv_t>(-1);
+    for (const char *prefix : {"", "CP", "IBM", "WINDOWS-", "MAC-"}) {
+        const iconv_t descriptor = open(prefix + encoding);
+        if (descriptor == none) continue;
+        const iconv_t probe = open(prefix + encoding);
+        if (probe != none) return std::make_unique<Iconv>(descriptor, probe, reads);
+        ::iconv_close(descriptor);
+        return nullptr;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+const char *const kWhereEncodingsAre = "`iconv -l` lists them";
+
+std::unique_ptr<Transcoder> open_reader(const std::string &encoding) {
+    return open_iconv(encoding, true);
+}
+
+std::unique_ptr<Transcoder> open_writer(const std::string &encoding) {
+    return open_iconv(encoding, false);
 }
 
 bool may_write(const char *path) {

@@ -129,6 +129,8 @@ std::string take_form(Arguments &arguments, const Argument &name) {
     // A line end of the streams may also stand inside their other codes.
     if (is_kx_encoding(name.form) && name.form.kind != EncodingKind::kx)
         return "'" + name.text + "' has no lines; convert it first";
+    if (name.form.kind == EncodingKind::utf16) return "utf-16le or utf-16be?";
+    if (goes_through_unicode(name.form)) return "'" + name.text + "' is not sorted; convert it to UTF-8 first";
     arguments.form = name.form;
     return "";
 }

@@ -9,7 +9,7 @@
 
 namespace kxstr::platform {
 
-constinit KxPlatformSettings settings{1252, 437, 0, 0x0409, 0x0409, {}};
+constinit KxPlatformSettings live_settings{1252, 437, 0, 0x0409, 0x0409, {}};
 constinit Origins settings_origins{};
 
 namespace {
@@ -25,26 +25,26 @@ const char *read_variable(const char *name) noexcept {
 
 // Before the initialisers of a host that has the library linked in statically, which may call it already.
 [[gnu::constructor(101)]] void load_settings() noexcept {
-    settings = settings_from(read_variable, &settings_origins);
+    live_settings = settings_from(read_variable, &settings_origins);
 }
 
 } // namespace
 
 std::uint32_t oem_code_page() noexcept {
-    return settings.oem_code_page;
+    return live_settings.oem_code_page;
 }
 std::uint16_t system_language() noexcept {
-    return settings.system_language;
+    return live_settings.system_language;
 }
 std::uint16_t keyboard_language() noexcept {
-    return settings.keyboard_language;
+    return live_settings.keyboard_language;
 }
 const char *settings_file() noexcept {
-    return settings.registry_path;
+    return live_settings.registry_path;
 }
 Origins origins() noexcept {
     Origins from = settings_origins;
-    from.store_path = settings.registry_path;
+    from.store_path = live_settings.registry_path;
     return from;
 }
 
@@ -53,14 +53,14 @@ Origins origins() noexcept {
 extern "C" {
 
 void KxPlatformGet(KxPlatformSettings *out) {
-    if (out != nullptr) *out = kxstr::platform::settings;
+    if (out != nullptr) *out = kxstr::platform::live_settings;
 }
 
 void KxPlatformSet(const KxPlatformSettings *in) {
     if (in == nullptr) return;
     namespace platform = kxstr::platform;
-    const KxPlatformSettings before = platform::settings;
-    KxPlatformSettings &now = platform::settings;
+    const KxPlatformSettings before = platform::live_settings;
+    KxPlatformSettings &now = platform::live_settings;
     now = *in;
     now.registry_path[KX_REGISTRY_PATH_SIZE - 1] = 0;
     // What the host left as it read it keeps its origin.
