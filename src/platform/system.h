@@ -9,16 +9,18 @@
 #include <span>
 
 #ifndef _WIN32
-#    include "platform/portable/settings.h" // has two of these in place
+#    include "platform/portable/settings.h"
 #endif
 
 namespace kxstr::platform {
 
 // ---- Code pages, languages, keyboard ----
 
-std::uint32_t ansi_code_page() noexcept;                                   // GetACP
+#ifdef _WIN32                            // else in place, in portable/settings.h
+std::uint32_t ansi_code_page() noexcept; // GetACP
+bool is_double_byte_system() noexcept;   // GetSystemMetrics(SM_DBCSENABLED)
+#endif
 std::uint32_t oem_code_page() noexcept;                                    // GetOEMCP
-bool is_double_byte_system() noexcept;                                     // GetSystemMetrics(SM_DBCSENABLED)
 std::uint16_t system_language() noexcept;                                  // GetSystemDefaultLangID
 std::uint16_t keyboard_language() noexcept;                                // low word of GetKeyboardLayout(0)
 bool is_lead_byte(std::uint8_t byte) noexcept;                             // IsDBCSLeadByte: of the ANSI code page
