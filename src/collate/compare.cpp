@@ -41,6 +41,15 @@ std::size_t common_start(const KxChar *a, const KxChar *b) noexcept {
     return simd::kernels().mismatch16(a, b, std::numeric_limits<std::size_t>::max());
 }
 
+// The same for words that have little in common at the start: the processor guesses how much sooner than it can tell.
+std::size_t short_common_start(const KxChar *a, const KxChar *b) noexcept {
+    constexpr std::size_t kShort = 4;
+    std::size_t alike = 0;
+    while (alike < kShort && a[alike] == b[alike] && a[alike] != 0)
+        ++alike;
+    return alike < kShort ? alike : kShort + common_start(a + kShort, b + kShort);
+}
+
 // Most comparisons are decided where the strings differ first, at the first level. So that has a short way for each
 // kind of language, which keeps nothing and ends in a jump: to the function for strings that begin alike, or to the one
 // that goes on where nothing is decided. `case_flag` and `kana_flag` are what the caller gave, looked at by the last.
@@ -165,6 +174,25 @@ template <bool contractions>
     return compare_letters_alike<contractions>(behind_leading_code(a), behind_leading_code(b), weights, case_flag);
 }
 
+// By the first level alone, of strings that differ first at a place where characters of the table stand, the place
+// before given where there is one; 0 where that takes more.
+template <bool contractions>
+int order_at(const KxChar *a, const KxChar *b, const KxChar *before, const Weights &weights) noexcept {
+    const Weight weight_a = weights.tabulated(*a);
+    const Weight weight_b = weights.tabulated(*b);
+    if constexpr (contractions) {
+        const KxChar next_a = a[*a != 0], next_b = b[*b != 0];
+        if (!Weights::has_all(next_a, next_b)) [[unlikely]]
+            return 0;
+        std::uint32_t contracts = weight_a.begins_contraction(weights.tabulated(next_a)) |
+                                  weight_b.begins_contraction(weights.tabulated(next_b));
+        if (before != nullptr) contracts |= Weight::reaches_over(weights.tabulated(*before), weight_a, weight_b);
+        if (contracts != 0) return 0;
+    }
+    if (weight_a.has_primary_of(weight_b)) return 0;
+    return weight_a.sorts_before(weight_b) ? -1 : 1;
+}
+
 template <bool contractions>
 int compare_letters(const KxChar *a, const KxChar *b, const simd::OrderValues &values, std::uint32_t case_flag,
                     std::uint32_t kana_flag) noexcept {
@@ -172,17 +200,18 @@ int compare_letters(const KxChar *a, const KxChar *b, const simd::OrderValues &v
     const KxChar first_a = *a, first_b = *b;
     if (!Weights::has_all(first_a, first_b)) [[unlikely]]
         return compare_rare_letters<contractions>(a, b, weights, case_flag);
-    const Weight weight_a = weights.tabulated(first_a);
-    const Weight weight_b = weights.tabulated(first_b);
-    std::uint32_t contracts = 0;
-    if constexpr (contractions) {
-        const KxChar next_a = a[first_a != 0], next_b = b[first_b != 0];
-        if (!Weights::has_all(next_a, next_b)) [[unlikely]]
-            return compare_rare_letters<contractions>(a, b, weights, case_flag);
-        contracts = weight_a.begins_contraction(weights.tabulated(next_a)) |
-                    weight_b.begins_contraction(weights.tabulated(next_b));
+    if (!contractions || first_a != first_b) {
+        if (const int order = order_at<contractions>(a, b, nullptr, weights); order != 0) return order;
+    } else {
+        // Where letters contract, words that have little in common are told apart before the vectors have begun.
+        std::size_t place = 0;
+        while (place < 3 && a[place] == b[place] && a[place] != 0)
+            ++place;
+        if (a[place] != b[place] && Weights::has_all(a[place - 1], a[place], b[place])) {
+            const int order = order_at<contractions>(a + place, b + place, a + place - 1, weights);
+            if (order != 0) return order;
+        }
     }
-    if (contracts == 0 && !weight_a.has_primary_of(weight_b)) return weight_a.sorts_before(weight_b) ? -1 : 1;
     if (Weights::may_tell(first_a, first_b))
         return simd::kernels().order_by_values16(a, b, values, case_flag, kana_flag);
     return compare_letters_alike<contractions>(a, b, weights, case_flag);
@@ -215,7 +244,7 @@ int compare_letters(const KxChar *a, const KxChar *b, const simd::OrderValues &v
 
 [[gnu::noinline]] int compare_with_ignorables_alike(const KxChar *a, const KxChar *b, const Weights &weights,
                                                     std::uint32_t case_flag) noexcept {
-    const std::size_t alike = common_start(a, b);
+    const std::size_t alike = short_common_start(a, b);
     const Weight weight_a = weights[a[alike]];
     const Weight weight_b = weights[b[alike]];
     if (Weight::decide(weight_a, weight_b)) return weight_a.sorts_before(weight_b) ? -1 : 1;
@@ -264,7 +293,7 @@ int compare_with_ignorables(const KxChar *a, const KxChar *b, const simd::OrderV
 
 [[gnu::noinline]] int compare_east_asian_alike(const KxChar *a, const KxChar *b, const EastAsianTable &table,
                                                std::uint32_t case_flag, std::uint32_t kana_flag) noexcept {
-    const std::size_t alike = common_start(a, b);
+    const std::size_t alike = short_common_start(a, b);
     // Kana that differ in their sound marks or in their kind are the same at the first level, and often more than one.
     for (std::size_t i = alike;; ++i) {
         const auto order_a = table.order(a[i]), order_b = table.order(b[i]);
