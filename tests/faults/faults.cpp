@@ -215,6 +215,7 @@ Case tool(const std::string &name, Files before, std::vector<std::string> argume
     const auto run = [arguments] {
         std::vector<std::string> copies = arguments;
         std::vector<char *> argv;
+        argv.reserve(copies.size() + 1);
         for (std::string &argument : copies)
             argv.push_back(argument.data());
         argv.push_back(nullptr);
