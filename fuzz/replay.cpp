@@ -37,7 +37,7 @@ void change(std::vector<std::uint8_t> &bytes, std::mt19937 &random) {
     if (bytes.empty()) return;
     const auto place = [&] { return static_cast<std::ptrdiff_t>(random() % bytes.size()); };
     const auto length = [&](std::ptrdiff_t at) {
-        return std::min<std::ptrdiff_t>(random() % 16, static_cast<std::ptrdiff_t>(bytes.size()) - at);
+        return std::min(static_cast<std::ptrdiff_t>(random() % 16), static_cast<std::ptrdiff_t>(bytes.size()) - at);
     };
     const auto at = bytes.begin() + place();
     const std::ptrdiff_t size = length(at - bytes.begin());
@@ -90,7 +90,7 @@ int main(int argc, char **argv) {
             change(bytes, random);
         }
     }
-    std::fprintf(stderr, "\n");
-    std::printf("%s: %zu files, %zu runs\n", argv[first], files.size(), files.size() * (copies + std::size_t{1}));
+    std::fprintf(stderr, "\n%s: %zu files, %zu runs\n", argv[first], files.size(),
+                 files.size() * (copies + std::size_t{1}));
     return files.empty() ? 1 : 0;
 }

@@ -49,9 +49,13 @@ def fuzz(build, target, seconds, corpus):
 
 
 def valgrind(build, target, corpus):
+    """The vector kernels read whole blocks, and valgrind takes what lies behind the text in the last one for a fault."""
     regressions = [folder for folder in [HERE / "regressions" / target] if folder.is_dir()]
-    run = subprocess.run(["valgrind", "--quiet", "--error-exitcode=9", build / "fuzz_replay", target, corpus / target,
-                          *regressions], text=True, errors="replace", stderr=subprocess.PIPE, check=False)
+    command = ["valgrind", "--quiet", "--error-exitcode=9", f"--suppressions={HERE}/valgrind.supp",
+               build / "fuzz_replay", target, corpus / target, *regressions]
+    run = subprocess.run(command, env={**os.environ, "KXSTR_KERNELS": "plain"}, text=True, errors="replace",
+                         stderr=subprocess.PIPE, check=False)
+    print(f"{target:12} {'clean' if run.returncode == 0 else 'FAILED'}", flush=True)
     if run.returncode != 0:
         print("\n".join(line for line in run.stderr.splitlines() if "==" in line or "hold" in line))
     return run.returncode == 0

@@ -119,8 +119,11 @@ void try_with(const Case &one, const Plan &plan, const Files &before, const File
         if (one.tells) expect(one.tells(), "failed without a word");
         expect(plan.error != 0 || !plan.call, "less at once is no failure");
     }
-    for (const auto &[name, content] : now) {
-        const auto is = [&](const Files &files) { return files.contains(name) && files.at(name) == content; };
+    for (const auto &file : now) {
+        const std::string &name = file.first;
+        const auto is = [&file](const Files &files) {
+            return files.contains(file.first) && files.at(file.first) == file.second;
+        };
         const bool left_over = !before.contains(name) && !after.contains(name);
         expect(is(before) || is(after) || (left_over && may_leave), name + " is neither old nor new");
     }
@@ -212,6 +215,7 @@ Case tool(const std::string &name, Files before, std::vector<std::string> argume
     const auto run = [arguments] {
         std::vector<std::string> copies = arguments;
         std::vector<char *> argv;
+        argv.reserve(copies.size() + 1);
         for (std::string &argument : copies)
             argv.push_back(argument.data());
         argv.push_back(nullptr);
