@@ -153,7 +153,7 @@ class Bench:
         subprocess.run(["ninja", "-C", self.out, "-j1", "kx", "kxstr_tests"], check=True, stdout=subprocess.DEVNULL)
         self.objects = self.code()
         listing = self.scratch / "tests.json"
-        run([self.out / "kxstr_tests", f"--gtest_output=json:{listing}"], 900, cwd=self.scratch, env=self.environment)
+        run([self.out / "kxstr_tests", f"--gtest_output=json:{listing}"], 3600, cwd=self.scratch, env=self.environment)
         self.folders = collections.defaultdict(set)  # of tests/, and the suites in each
         self.seconds = collections.Counter()  # that their tests take
         for suite in json.loads(listing.read_text(encoding="utf-8"))["testsuites"]:
@@ -205,7 +205,7 @@ class Bench:
         for script in filter(None, (first, OTHERS)):
             stages.append((script, ["ctest", "--test-dir", self.out, "--stop-on-failure", "-R", f"^({script})$"], 10))
         for name, command, seconds in stages:
-            status = run(command, 900 if patient else 300, cwd=self.scratch, env=self.environment, memory=8 << 30,
+            status = run(command, 3600 if patient else 300, cwd=self.scratch, env=self.environment, memory=8 << 30,
                          seconds=int(4 + 3 * seconds))
             if status != 0:
                 return name + (" (time)" if status is None else "")
