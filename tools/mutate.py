@@ -15,6 +15,7 @@ Build and run this at low priority: a mutant takes about as long as compiling on
 """
 import argparse
 import collections
+import fcntl
 import hashlib
 import json
 import os
@@ -290,6 +291,11 @@ def main():
 
     journal_file = WORK / "journal.jsonl"
     WORK.mkdir(parents=True, exist_ok=True)
+    lock = open(WORK / "lock", "w", encoding="utf-8")  # held until the end: two runs in one tree spoil each other
+    try:
+        fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+    except BlockingIOError:
+        sys.exit("mutate.py: another run is at work in build/mutate")
     earlier = read_journal(arguments.again) if arguments.again else []
     if arguments.fresh or arguments.again:
         journal_file.unlink(missing_ok=True)
