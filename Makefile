@@ -51,7 +51,7 @@ test-clang:
 coverage:
 	@tools/deps.sh default coverage
 	cmake --preset coverage
-	cmake --build --preset coverage -j$(JOBS) --target kxstr_tests
+	cmake --build --preset coverage -j$(JOBS) --target kxstr_tests kx
 	tools/coverage.sh build/coverage
 
 # How many of 400 small faults in the sources the tests see; takes hours, and goes on where it was. build/mutate/report.md

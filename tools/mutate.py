@@ -15,6 +15,7 @@ Build and run this at low priority: a mutant takes about as long as compiling on
 """
 import argparse
 import collections
+import fcntl
 import hashlib
 import json
 import os
@@ -37,9 +38,9 @@ EQUAL = ROOT / "tools/equal_mutants.tsv"
 # What a mutant's own folder says about the scripts that see it. They run first; the other fast ones follow.
 SCRIPTS = {"src/collate|tools/kx/(sort|coll|merge|lines|languages)": "kx.sort", "tools/kx/(regis|codep)": "kx.registry",
            "tools/kx/detect": "kx.detect", "tools/kx/(east|strip)": "kx.letters",
-           "tools/kx/(dump|names|stream|archive)": "kx.streams", "tools/kx/(files|options|main|os)": "kx.files",
+           "tools/kx/(dump|names|stream|archive)": "kx.(streams|characters)", "tools/kx/(files|options|main|os)": "kx.files",
            "tools/kx": "kx.convert", "src/platform": "platform.settings_before_main", "src/simd/plain": "kernels.plain"}
-OTHERS = "platform.settings_before_main|kx.(files|letters|detect|registry|streams|convert|demo|show)"
+OTHERS = "platform.settings_before_main|kx.(files|letters|characters|detect|registry|streams|convert|demo|show)"
 
 # Code is formatted: a space on both sides makes an operator a binary one, and never a template's bracket.
 OPERATORS = {"<": ("<=", ">="), "<=": ("<", ">"), ">": (">=", "<="), ">=": (">", "<"), "==": ("!=",), "!=": ("==",),
@@ -153,7 +154,7 @@ class Bench:
         subprocess.run(["ninja", "-C", self.out, "-j1", "kx", "kxstr_tests"], check=True, stdout=subprocess.DEVNULL)
         self.objects = self.code()
         listing = self.scratch / "tests.json"
-        run([self.out / "kxstr_tests", f"--gtest_output=json:{listing}"], 900, cwd=self.scratch, env=self.environment)
+        run([self.out / "kxstr_tests", f"--gtest_output=json:{listing}"], 3600, cwd=self.scratch, env=self.environment)
         self.folders = collections.defaultdict(set)  # of tests/, and the suites in each
         self.seconds = collections.Counter()  # that their tests take
         for suite in json.loads(listing.read_text(encoding="utf-8"))["testsuites"]:
@@ -205,7 +206,7 @@ class Bench:
         for script in filter(None, (first, OTHERS)):
             stages.append((script, ["ctest", "--test-dir", self.out, "--stop-on-failure", "-R", f"^({script})$"], 10))
         for name, command, seconds in stages:
-            status = run(command, 900 if patient else 300, cwd=self.scratch, env=self.environment, memory=8 << 30,
+            status = run(command, 3600 if patient else 300, cwd=self.scratch, env=self.environment, memory=8 << 30,
                          seconds=int(4 + 3 * seconds))
             if status != 0:
                 return name + (" (time)" if status is None else "")
@@ -290,6 +291,11 @@ def main():
 
     journal_file = WORK / "journal.jsonl"
     WORK.mkdir(parents=True, exist_ok=True)
+    lock = open(WORK / "lock", "w", encoding="utf-8")  # held until the end: two runs in one tree spoil each other
+    try:
+        fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+    except BlockingIOError:
+        sys.exit("mutate.py: another run is at work in build/mutate")
     earlier = read_journal(arguments.again) if arguments.again else []
     if arguments.fresh or arguments.again:
         journal_file.unlink(missing_ok=True)

@@ -118,6 +118,10 @@ TEST(Descriptors, AreFilledOnceAndWhenNeeded) {
     const codepage::CodePageState &state = codepage::code_page_state();
     std::vector<std::uint8_t> out(16);
     EXPECT_EQ(str_AnsiToKx(out.data(), "plain", 16), 6u);
+    char native[16];
+    const Code plain{'a', 'b', 0x84, 'c', 0};
+    EXPECT_EQ(TpiKxToAnsiBuff(native, plain.data(), 16), 4u);
+    EXPECT_STREQ(native, "abc");
     EXPECT_FALSE(state.descriptors_ready);
     TpiSetCodepage();
     EXPECT_EQ(state.ansi.input_code_page, 1252u);

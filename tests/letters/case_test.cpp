@@ -18,6 +18,8 @@ TEST(Case, KxStrings) {
     EXPECT_EQ(text, upper);
     EXPECT_EQ(W6wstrlwr(text.data()), text.data());
     EXPECT_EQ(text, (Units{0x0061, KX_TAB, 0x0141, 0x2540, 0xFE61, 0x0061, 0}));
+    EXPECT_EQ(W6wstrLowerCh(0x2520), 0x2540);
+    EXPECT_EQ(W6wstrUpperCh(0x2540), 0x2520);
 
     ws2upper(text.data(), mixed.data());
     EXPECT_EQ(text, upper);

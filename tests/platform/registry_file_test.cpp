@@ -27,79 +27,30 @@ std::string repeated(std::string_view text, int times) {
 }
 
 TEST(RegistryFile, ReadsValuesOfAllShapes) {
-    const struct {
-        const char *why;
-        const char *line;
-        std::u16string name;
-        std::uint32_t type;
-        Bytes data;
-    } cases[] = {
-        {"text has a terminator", R"("v"="ab")", u"v", 1, {'a', 0, 'b', 0, 0, 0}},
-        {"empty text", R"("v"="")", u"v", 1, {0, 0}},
-        {"escapes in names and texts", R"("a\\\"b"="\\\"")", u"a\\\"b", 1, {'\\', 0, '"', 0, 0, 0}},
-        {"a line end within quotes", "\"v\"=\"a\r\nb\"", u"v", 1, {'a', 0, '\r', 0, '\n', 0, 'b', 0, 0, 0}},
-        {"UTF-8, beyond the basic plane too",
-         "\"\xC3\xA9\"=\"\xF0\x9F\x98\x80\"",
-         u"\u00E9",
-         1,
-         {0x3D, 0xD8, 0x00, 0xDE, 0, 0}},
-        {"the default value", R"(@="x")", u"", 1, {'x', 0, 0, 0}},
-        {"double word", R"("v"=dword:12aBcD34)", u"v", 4, {0x34, 0xCD, 0xAB, 0x12}},
-        {"short double word, as people write it", R"("v"=dword:1)", u"v", 4, {1, 0, 0, 0}},
-        {"bytes", R"("v"=hex:00,fF,7)", u"v", 3, {0x00, 0xFF, 0x07}},
-        {"no bytes", R"("v"=hex:)", u"v", 3, {}},
-        {"type in hexadecimal", R"("v"=hex(80000002):e4,04)", u"v", 0x80000002, {0xE4, 0x04}},
-        {"continued lines", "\"v\"=hex(7):01,\\\r\n  02,\\\n\t03", u"v", 7, {1, 2, 3}},
-        {"blanks and a comment", "  \"v\" = hex: 01 , 02 ; \"v\"=\"no\"", u"v", 3, {1, 2}},
-        {"a semicolon within quotes", R"("v;"="a;b")", u"v;", 1, {'a', 0, ';', 0, 'b', 0, 0, 0}},
-        {"the later of two", "\"v\"=\"no\"\n\"V\"=hex:05", u"v", 3, {5}},
-    };
-    for (const auto &c : cases) {
+    const auto rows = reference::read_barred_rows("../tests/platform/registry_lines.txt");
+    EXPECT_EQ(rows.size(), 15u);
+    for (const auto &row : rows) {
+        const auto name = test::units_of<char16_t>(row.at(1));
         for (const char *end : {"", "\n", "\r\n"}) {
-            const auto file = parse_registry(in_key(std::string(c.line) + end));
-            ASSERT_TRUE(file) << c.why;
-            const RegistryValue *value = file->find_value(u"hkey_current_user\\SOFTWARE\\k", c.name);
-            ASSERT_NE(value, nullptr) << c.why;
-            EXPECT_EQ(value->type, c.type) << c.why;
-            EXPECT_EQ(value->data, c.data) << c.why;
+            const auto file = parse_registry(in_key(row[0] + end));
+            ASSERT_TRUE(file) << row[4];
+            const RegistryValue *value =
+                file->find_value(u"hkey_current_user\\SOFTWARE\\k", {name.begin(), name.end()});
+            ASSERT_NE(value, nullptr) << row[4];
+            EXPECT_EQ(value->type, std::stoul(row[2], nullptr, 16)) << row[4];
+            EXPECT_EQ(value->data, test::units_of<std::uint8_t>(row[3])) << row[4];
         }
     }
 }
 
 TEST(RegistryFile, DamagedTexts) {
-    using namespace std::string_literals;
-    const struct {
-        const char *why;
-        std::string text;
-    } cases[] = {
-        {"nothing at all", ""},
-        {"another format", "REGEDIT4\n\n[HKEY_CURRENT_USER\\K]\n"},
-        {"a longer first line", "Windows Registry Editor Version 5.001\n"},
-        {"a remark behind it", "Windows Registry Editor Version 5.00 ; x\n"},
-        {"keys too deep", std::string(kHeader) + "[HKEY_USERS" + repeated("\\k", 512) + "]\n"},
-        {"key without its bracket", kHeader + "[HKEY_CURRENT_USER\\K\n"s},
-        {"something behind the bracket", kHeader + "[HKEY_CURRENT_USER\\K] x\n"s},
-        {"value outside of any key", kHeader + "\"v\"=\"x\"\n"s},
-        {"no equals sign", in_key("\"v\"\n")},
-        {"unknown kind of data", in_key("\"v\"=word:1\n")},
-        {"unknown escape", in_key("\"v\"=\"C:\\Temp\"\n")},
-        {"text without its end", in_key("\"v\"=\"x\n\n; the file goes on\n")},
-        {"text behind the text", in_key("\"v\"=\"x\" y\n")},
-        {"comma without a byte", in_key("\"v\"=hex:01,\n")},
-        {"no comma", in_key("\"v\"=hex:01 02\n")},
-        {"three digits", in_key("\"v\"=hex:012\n")},
-        {"nine digits", in_key("\"v\"=dword:012345678\n")},
-        {"continued into nothing", in_key("\"v\"=hex:01,\\\n")},
-        {"continued by an empty line", in_key("\"v\"=hex:\\\n\n")},
-        {"zero bytes, as a crashed disk leaves them", in_key("\"v\"=\"x\"\n\0\0\0\0"s)},
-        {"no UTF-8 in a text", in_key("\"v\"=\"\xE9\"\n")},
-        {"UTF-8 longer than need be", in_key("\"v\"=\"\xC0\x80\"\n")},
-        {"cut off", in_key("\"v\"=\"\xC3\"\n")},
-        {"gone on wrongly", in_key("\"v\"=\"\xC3x\"\n")},
-        {"beyond the last character", in_key("\"v\"=\"\xF4\x90\x80\x80\"\n")},
-    };
-    for (const auto &c : cases)
-        EXPECT_FALSE(parse_registry(c.text)) << c.why;
+    const auto rows = reference::read_barred_rows("../tests/platform/damaged.txt");
+    EXPECT_EQ(rows.size(), 24u);
+    for (const auto &row : rows) {
+        const std::string text = row[0] == "K" ? in_key(row[1]) : row[0] == "H" ? kHeader + row[1] : row[1];
+        EXPECT_FALSE(parse_registry(text)) << row.at(2);
+    }
+    EXPECT_FALSE(parse_registry(kHeader + ("[HKEY_USERS" + repeated("\\k", 512)) + "]\n")) << "keys too deep";
 }
 
 TEST(RegistryFile, LinesThatMeanNothingAreNoDamage) {

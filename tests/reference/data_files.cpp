@@ -42,6 +42,30 @@ std::vector<std::vector<std::string>> read_rows(const std::string &name) {
     return rows;
 }
 
+std::vector<std::vector<std::string>> read_barred_rows(const std::string &name) {
+    std::vector<std::vector<std::string>> rows;
+    std::ifstream file(KXSTR_DATA_DIR "/" + name, std::ios::binary);
+    for (std::string line; std::getline(file, line);) {
+        if (line.empty() || line[0] == '#') continue;
+        std::vector<std::string> row(1);
+        for (std::size_t i = 0; i < line.size(); ++i) {
+            if (line.compare(i, 3, " | ") == 0) {
+                row.emplace_back();
+                i += 2;
+            } else if (line[i] != '\\') {
+                row.back() += line[i];
+            } else if (line[++i] == 'x') {
+                row.back() += static_cast<char>(hex(line.substr(i + 1, 2)));
+                i += 2;
+            } else {
+                row.back() += line[i] == 'n' ? '\n' : line[i] == 'r' ? '\r' : line[i] == 't' ? '\t' : line[i];
+            }
+        }
+        rows.push_back(row);
+    }
+    return rows;
+}
+
 Map unicode_to_kx() {
     return read_map("charset/unicode_to_kx.txt");
 }

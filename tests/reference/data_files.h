@@ -13,6 +13,9 @@ using Map = std::map<unsigned, unsigned>;
 // Fields of the rows of a file below data/; empty when there is no such file.
 std::vector<std::vector<std::string>> read_rows(const std::string &name);
 
+// The same for fields with blanks in them, which stand between bars, with a few of the escapes of C.
+std::vector<std::vector<std::string>> read_barred_rows(const std::string &name);
+
 struct Page {
     unsigned kx_number = 0;
     Map low, high; // byte -> KX character
