@@ -63,11 +63,14 @@ class ChunkConverter {
     struct Piece {
         Decoder::Result decoded;
         std::uint64_t characters;
+        bool united; // some of them, by KX text
     };
     Piece decode(const Chunk &chunk, bool placed);
     std::size_t end_of(std::size_t unit, std::size_t consumed) const;
     bool comes_back(std::span<const std::uint8_t> bytes);
+    bool comes_back(const Chunk &chunk, std::size_t place, std::size_t end, KxChar ch);
     void list_united(const Chunk &chunk, std::size_t consumed);
+    bool pass(const Chunk &chunk, const Change &change, ByteBuffer &bytes);
     bool encode(const Chunk &chunk, std::size_t consumed, std::size_t offset, ByteBuffer &bytes,
                 const OnChange &on_change, std::size_t &stopped_at);
 
@@ -81,7 +84,8 @@ class ChunkConverter {
     std::unique_ptr<Encoder> back_; // to the form of the input, where characters may be united; else null
     bool counts_ = false;
     DecodedText units_;
-    std::vector<std::size_t> united_; // which of them are
+    std::vector<std::uint32_t> united_; // the places of those that are
+    std::unique_ptr<Converter> around_; // for what a transform does not know, from one form without KX to another; or null
     ByteBuffer came_back_;
     DecodedText one_;
 };
