@@ -16,7 +16,9 @@
 #include "codepage/selection.h"
 #include "command.h"
 #include "core/kx_char.h"
+#include "encodings.h"
 #include "files.h"
+#include "languages.h"
 #include "options.h"
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
@@ -59,9 +61,12 @@ std::optional<std::uint16_t> parse_page(const std::string &text) {
     std::uint16_t number = 0;
     const char *const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc{} || stop != end) return std::nullopt;
-    if (codepage::find_code_page(number) == nullptr && !codepage::has_double_byte_rule(number)) return std::nullopt;
-    return number;
+    if (error == std::errc{} && stop == end &&
+        (codepage::find_code_page(number) != nullptr || codepage::has_double_byte_rule(number)))
+        return number;
+    std::optional<CodePage> page;
+    if (!take_page(page, text).empty()) return std::nullopt;
+    return static_cast<std::uint16_t>(page->kx_number);
 }
 
 std::string no_page(const std::string &text) {

@@ -151,13 +151,25 @@ void narrow(DecodedText &units) {
     units = std::move(single);
 }
 
-std::optional<Transform> case_transform(const std::string &action, const Country &) {
-    if (action == "upper") return each([](KxChar ch) { return wtoupper(ch); });
-    if (action == "lower") return each([](KxChar ch) { return wtolower(ch); });
+// Some letters have a counterpart in KX text only, such as that of U+0149: a private-use character would be nothing
+// elsewhere, so there they stay.
+template <class Change> Transform each_letter(Change change, bool to_kx) {
+    return each([=, page = system_page()](KxChar ch) {
+        constexpr std::uint16_t first_private = 0xE000, last_private = 0xF8FF;
+        const KxChar other = change(ch);
+        if (to_kx || other == ch) return other;
+        const std::uint16_t unit = unicode_of_kx(page, other);
+        return unit >= first_private && unit <= last_private ? ch : other;
+    });
+}
+
+std::optional<Transform> case_transform(const std::string &action, const Country &, bool to_kx) {
+    if (action == "upper") return each_letter([](KxChar ch) { return wtoupper(ch); }, to_kx);
+    if (action == "lower") return each_letter([](KxChar ch) { return wtolower(ch); }, to_kx);
     return std::nullopt;
 }
 
-std::optional<Transform> width_transform(const std::string &action, const Country &country) {
+std::optional<Transform> width_transform(const std::string &action, const Country &country, bool) {
     if (action == "double") return Transform{[](DecodedText &units) { widen(units, false); }, may_take_mark};
     if (action == "single") return Transform{narrow, never_joins};
     if (action == "hiragana") {
@@ -210,7 +222,7 @@ constexpr Usage kHanUsage{
 
 // ---- the commands ----
 
-using MakeTransform = std::optional<Transform> (*)(const std::string &action, const Country &country);
+using MakeTransform = std::optional<Transform> (*)(const std::string &action, const Country &country, bool to_kx);
 
 int run_by_country(int argc, char **argv, const Usage &usage, bool needs_country, MakeTransform make_transform) {
     Action action;
@@ -218,7 +230,7 @@ int run_by_country(int argc, char **argv, const Usage &usage, bool needs_country
     if (parsed.stop) return parsed.status;
     if (!action.text.to) action.text.to = action.text.from;
     const Country &country = set_country(action.named_country, action.text);
-    const auto transform = make_transform(action.name, country);
+    const auto transform = make_transform(action.name, country, is_kx_encoding(*action.text.to));
     if (!transform) return unknown_action(usage, action);
     if (needs_country && country.id == 0 && action.named_country == nullptr) {
         return usage_error(usage, "of which country? --country tells");
