@@ -11,6 +11,7 @@ class Letters(KxTest):
             ("every script with case", "case upper --country=japanese", "abc é жя αω ａｚ", "ABC É ЖЯ ΑΩ ＡＺ"),
             ("small letters", "case lower --country=japanese", "ABC É ЖЯ ΑΩ ＡＺ", "abc é жя αω ａｚ"),
             ("no country, no double-width case", "case upper --ansi=932 --country=none", "a ａ", "A ａ"),
+            ("a country by its language", "width single --country=ko_KR", "Ａ", "A"),
             ("narrow", "width single --country=korean", "Ａｂ１！", "Ab1!"),
             ("widen, marks combine", "width double --country=japanese", "Aｶﾞﾊﾟｱﾞﾞｱ", "Ａガパア゛゛ア"),
             ("a lone mark", "width double --country=japanese", "ﾞａ", "゛ａ"),

@@ -156,7 +156,7 @@ class Registry(KxTest):
 
     def test_code_pages_in_force_and_why(self):
         system = "437, the system's 1252, the system's"
-        self.assertEqual(self.in_force("-l", "fr"), ["EN " + system, "fr " + system])
+        self.assertEqual(self.in_force("-l", "french"), ["EN " + system, "FR " + system])
         self.assertFalse(self.file.exists(), "looking leaves nothing behind")
         self.kx("registry", "set", "-t", "codepage", FRENCH, "Windows Code Page", "1250")
         self.kx("registry", "set", "-t", "link", FRENCH, "DOS Code Page", "<K\\dos>")
@@ -167,8 +167,8 @@ class Registry(KxTest):
         self.assertNotIn("DE", self.file.read_text(encoding="utf-8"), "nor in a file that is there")
 
     def test_code_pages_are_set_by_their_names(self):
-        self.kx("codepages", "set", "FR", "--dos", "852", "--windows", "1250")
-        self.kx("codepages", "set", "fr", "--dos=850")
+        self.kx("codepages", "set", "FR", "--dos", "852", "--windows", "windows-1250")
+        self.kx("codepages", "set", "fr_FR", "--dos=cp850")
         self.assertEqual(self.in_force(), ["EN 437, the system's 1252, the system's", "FR 850, stored 1250, stored"])
         self.kx("registry", "set", "-t", "link", FRENCH, "DOS Code Page", "<\\HKEY_USERS\\K\\v>")
         self.kx("codepages", "set", "FR", "--dos", "866")
@@ -177,7 +177,7 @@ class Registry(KxTest):
         self.refused("codepages", "set", "FR", "--dos", "850", message="cannot be stored (status 5)")
         for arguments, message in (
             ("set", "a language"), ("set FR", "--dos or"), ("set LANGUAGES --dos 852", "at most 7"), ("852 850", "one page"),
-            ("set FR --dos 999", "no code page '999'"), ("85x", "no code page '85x'"), ("--dos 852", "go with set"),
+            ("set sl --dos 852", "no rules for Slovene"), ("set FR --dos 999", "no code page '999'"), ("85x", "no code page '85x'"), ("--dos 852", "go with set"),
         ):
             self.refused("codepages", *arguments.split(), status=2, message=message)
 

@@ -34,10 +34,25 @@ ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const T
         around_ = Converter::make(from, to, pages.text, pages.written);
     decoder_ =
         decoder ? std::move(decoder) : make_decoder(from, pages.text, is_kx_encoding(to), /* composes = */ !around_);
+    if (naming_ && !is_double_byte(from.page)) find_united_bytes();
     // What is KX text already has nothing to be united any more.
     const Encoding back = goes_through_unicode(from) ? Encoding{EncodingKind::utf16le, {}} : from;
     if ((transform != nullptr || is_kx_encoding(to)) && !is_kx_encoding(from))
         back_ = make_encoder(back, pages.text, pages.text);
+}
+
+// A page without a published mapping goes by the library's table, where a few of its characters are one with others:
+// the byte does not come back then.
+void ChunkConverter::find_united_bytes() {
+    const auto back = Converter::make({EncodingKind::utf8, {}}, from_, text_page_, text_page_);
+    std::array<bool, 256> united{};
+    for (unsigned byte = 0x80; byte <= 0xFF; ++byte) {
+        const std::uint8_t source[]{static_cast<std::uint8_t>(byte)};
+        ByteBuffer utf8, again;
+        if (naming_->convert({source, 1, true}, utf8).bad_length != 0) continue;
+        united[byte] = back->convert({utf8, 1, true}, again).bad_length == 0 && again.size() == 1 && again[0] < 0x80;
+    }
+    if (std::ranges::count(united, true) != 0) united_bytes_ = united;
 }
 
 void ChunkConverter::begin() {
@@ -65,10 +80,24 @@ ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, ByteBuffer &b
 ChunkConverter::Result ChunkConverter::convert_directly(const Chunk &chunk, ByteBuffer &bytes,
                                                         const OnChange &on_change) {
     Result result{0, 0, false};
+    std::size_t told = chunk.bytes.size(); // the byte that was told to be united
     do {
-        const Chunk rest{chunk.bytes.subspan(result.consumed), chunk.offset + result.consumed, chunk.last};
+        const auto bytes_left = chunk.bytes.subspan(result.consumed);
+        const std::size_t skip = result.consumed == told ? 1 : 0;
+        const auto end = united_bytes_
+                             ? std::find_if(bytes_left.begin() + static_cast<std::ptrdiff_t>(skip), bytes_left.end(),
+                                            [&](std::uint8_t byte) { return (*united_bytes_)[byte]; })
+                             : bytes_left.end();
+        const Chunk rest{{bytes_left.begin(), end}, chunk.offset + result.consumed, chunk.last};
         const Decoder::Result done = direct_->convert(rest, bytes, counts_ ? &result.characters : nullptr);
         result.consumed += done.consumed;
+        if (done.bad_length == 0 && end != bytes_left.end()) {
+            if (on_change({Change::united, result.consumed, 1})) {
+                told = result.consumed;
+                continue;
+            }
+            result.stopped = true;
+        }
         if (done.bad_length == 0) break;
         if (!on_change({Change::lost, result.consumed, done.bad_length})) {
             result.stopped = true;

@@ -8,6 +8,7 @@
 #include "conversion.h"
 #include "core/kx_char.h"
 #include "files.h"
+#include "languages.h"
 #include "letters/width.h"
 
 namespace kx {
@@ -21,6 +22,7 @@ constexpr Option kCountryOption{kCountryId, "country", "NAME",
 
 struct Country {
     const char *name;
+    const char *language;    // its code
     std::uint8_t id;         // as WtpiGetCountryID gives it
     std::uint32_t code_page; // 0: none in particular
     std::uint16_t hiragana;  // mode of wtoall; the order of the kana differs between the tables. 0: no kana
@@ -28,11 +30,11 @@ struct Country {
 };
 
 constexpr Country kCountries[] = {
-    {"none", 0, 0, 0, 0},
-    {"japanese", 1, 932, KX_FORM_FIRST_KANA, KX_FORM_SECOND_KANA},
-    {"korean", 2, 949, 0, 0},
-    {"traditional-chinese", 3, 950, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
-    {"simplified-chinese", 4, 936, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
+    {"none", "", 0, 0, 0, 0},
+    {"japanese", "JP", 1, 932, KX_FORM_FIRST_KANA, KX_FORM_SECOND_KANA},
+    {"korean", "KR", 2, 949, 0, 0},
+    {"traditional-chinese", "CT", 3, 950, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
+    {"simplified-chinese", "CS", 4, 936, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
 };
 
 template <class Matches> const Country *find_country(Matches matches) {
@@ -73,7 +75,11 @@ struct Action {
 Parsed parse(int argc, char **argv, const Usage &usage, Action &action) {
     Parsed parsed = parse_options(argc, argv, usage, [&](int id, const std::string &argument) -> std::string {
         if (id != kCountryId) return take_text_option(action.text, id, argument);
-        action.named_country = find_country([&](const Country &country) { return argument == country.name; });
+        const Language *const language = find_language(argument).language;
+        action.named_country = find_country([&](const Country &country) {
+            return argument == country.name ||
+                   (language != nullptr && language->code == std::string_view(country.language));
+        });
         return action.named_country != nullptr ? "" : "no country '" + argument + "'";
     });
     if (parsed.stop) return parsed;

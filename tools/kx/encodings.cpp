@@ -398,8 +398,7 @@ class DirectConverter final : public Converter {
 
 } // namespace
 
-std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes,
-                                      bool composes) {
+std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes, bool composes) {
     switch (form.kind) {
     case EncodingKind::stream: return make_stream_decoder(with_codes);
     case EncodingKind::stream5: return make_stream5_decoder(text_page, with_codes);

@@ -139,7 +139,8 @@ class Encoder {
 };
 
 // Both take the page of the KX text between them (see text.h). A decoder of streams gives codes that are no characters
-// only `with_codes`; letters and marks from Unicode are one character where `composes`. An encoder for a KX form writes it as a text of `written_page`. Sio text is only written.
+// only `with_codes`; letters and marks from Unicode are one character where `composes`. An encoder for a KX form writes
+// it as a text of `written_page`. Sio text is only written.
 std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes = false,
                                       bool composes = true);
 std::unique_ptr<Encoder> make_encoder(const Encoding &form, const CodePage &text_page, const CodePage &written_page);

@@ -152,7 +152,7 @@ class Work {
                    kxstr::text::kx_of_unicode(page, static_cast<std::uint16_t>(character)) != KX_NONE;
         };
         const bool is_native = choices_.from->kind == EncodingKind::code_page || is_kx_encoding(*choices_.from);
-        if (is_native || choices_.to.kind == EncodingKind::code_page || has(choices_.pages.text)) return "";
+        if (is_native || !is_kx_encoding(choices_.to) || has(choices_.pages.text)) return "";
         std::string list;
         for (const std::uint32_t number : {932u, 936u, 949u, 950u})
             if (has(page_of_windows_number(number)))

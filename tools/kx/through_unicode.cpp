@@ -503,8 +503,7 @@ class UnicodeConverter final : public Converter {
 
 } // namespace
 
-std::unique_ptr<Decoder> make_decoder_through_unicode(const Encoding &form, const CodePage &text_page,
-                                                      bool composes) {
+std::unique_ptr<Decoder> make_decoder_through_unicode(const Encoding &form, const CodePage &text_page, bool composes) {
     return std::make_unique<UnicodeDecoder>(form, text_page, composes);
 }
 

@@ -18,8 +18,7 @@ std::unique_ptr<Transcoder> make_writer(const Encoding &form);
 // The bytes of a character in a form that goes through Unicode; empty where it has none.
 ByteBuffer bytes_of_character(char32_t character, const Encoding &form);
 
-std::unique_ptr<Decoder> make_decoder_through_unicode(const Encoding &form, const CodePage &text_page,
-                                                      bool composes);
+std::unique_ptr<Decoder> make_decoder_through_unicode(const Encoding &form, const CodePage &text_page, bool composes);
 std::unique_ptr<Encoder> make_encoder_through_unicode(const CodePage &text_page, const Encoding &form);
 std::unique_ptr<Converter> make_converter_through_unicode(const Encoding &from, const Encoding &to,
                                                           const CodePage &text_page, const CodePage &written_page);
@@ -37,7 +36,7 @@ class UnicodeText {
     std::span<const std::uint8_t> units() const noexcept { return std::span(units_).subspan(2 * first_); }
     // Where in the chunk the character lies that begins at this byte of the units.
     std::size_t place(std::size_t at);
-    std::size_t end_of(std::size_t at); // and where it ends
+    std::size_t end_of(std::size_t at);                          // and where it ends
     std::size_t size() const noexcept { return size_ - start_; } // bytes of the chunk that the units are of
     std::size_t bad() const noexcept { return bad_; }            // not 0: so many bytes behind them are no character
     // The character that began at this place of the file, as long as it is here.
@@ -64,8 +63,9 @@ class UnicodeText {
     std::size_t size_ = 0;
     std::size_t mark_ = 0; // that it begins with
     std::size_t bad_ = 0;
-    std::uint64_t looked_at_ = 0; // where in the file that ends which these were read from, perhaps with half a character
-    bool was_last_ = false;       // nothing follows there
+    std::uint64_t looked_at_ =
+        0;                  // where in the file that ends which these were read from, perhaps with half a character
+    bool was_last_ = false; // nothing follows there
     // Where the chunk begins in it.
     std::size_t start_ = 0;
     std::size_t first_ = 0; // unit
