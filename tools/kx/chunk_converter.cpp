@@ -235,10 +235,12 @@ bool ChunkConverter::comes_back(const Chunk &chunk, std::size_t place, std::size
     if (goes_through_unicode(from_)) {
         const auto character = decoder_->character_at(chunk.offset + place);
         if (!character) return true;
+        for (std::size_t at = place + 1; at < end; ++at)
+            if (decoder_->character_at(chunk.offset + at)) return true; // a letter and its marks are the same
         const auto low_first = kxstr::text::ByteOrder::low_first;
         bytes = std::span(unicode).first(kxstr::text::write_utf16(*character, unicode.data(), low_first));
     } else if (is_unicode(from_) && kx::count_characters(from_, bytes) > 1) {
-        return true; // a letter and its marks are the same
+        return true;
     }
     came_back_.clear();
     return back_->encode({&ch, 1}, came_back_) == 1 && std::ranges::equal(came_back_, bytes);
