@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """registry_test.py KX: runs `kx registry` and `kx codepages` as a user does."""
 import pathlib
+import subprocess
 import tempfile
 import unittest
 
-from kx_tool import KxTest, environment
+from kx_tool import KX, KxTest, environment
 
 HEADER = "Windows Registry Editor Version 5.00\r\n"
 SOFTWARE = "HKEY_CURRENT_USER\\Software\\"
@@ -180,6 +181,15 @@ class Registry(KxTest):
             ("set sl --dos 852", "no rules for Slovene"), ("set FR --dos 999", "no code page '999'"), ("85x", "no code page '85x'"), ("--dos 852", "go with set"),
         ):
             self.refused("codepages", *arguments.split(), status=2, message=message)
+
+    def test_what_import_takes(self):
+        text = "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\K]\r\n\"x\"=\"y\"\r\n"
+        subprocess.run([KX, "registry", "import", "-"], input=text.encode("utf-16"), check=True,
+                       env=environment(KX_REGISTRY=str(self.file)))
+        self.assertIn('"x"="y"', self.kx("registry", "show"))
+        older = self.file.with_name("older.reg")
+        older.write_text("REGEDIT4\n", encoding="ascii")
+        self.refused("registry", "import", str(older), message="older form")
 
     def test_a_page_as_a_table(self):
         for page in (437, 852, 866, 1251):

@@ -50,7 +50,7 @@ constexpr Usage kUsageText{
     "  unset KEY NAME                  remove one value\n"
     "  delete KEY                      remove a key and all below it\n"
     "  export [KEY]                    print as show does, for another registry to import\n"
-    "  import FILE                     take over what FILE sets and removes",
+    "  import FILE                     take over what FILE, or - for standard input, sets and removes",
     kOptions,
     "TYPE dword is 32 bits, codepage 16 bits under the type of the code page settings, link an\n"
     "expression such as '<Key\\Value>', hex pairs of digits such as '01 ff'. Without a TYPE the code\n"
@@ -292,7 +292,25 @@ constexpr Operands kCommands[] = {{"show", 0, 1},   {"get", 2, 2},    {"set", 3,
 
 int import_file(const std::string &path, const std::string &settings_path) {
     platform::FileContent content;
-    std::uint32_t status = platform::read_file(path, content);
+    std::uint32_t status = platform::kSuccess;
+    if (path == "-") {
+        Input input(kUsageText.command, path);
+        Chunk chunk{};
+        do {
+            chunk = input.next();
+            content.bytes.insert(content.bytes.end(), chunk.bytes.begin(), chunk.bytes.end());
+            input.consume(chunk.bytes.size());
+        } while (input.good() && !chunk.last);
+        if (!input.good()) return kFailure;
+    } else {
+        status = platform::read_file(path, content);
+    }
+    constexpr std::string_view older = "REGEDIT4";
+    if (content.bytes.size() >= older.size() && std::equal(older.begin(), older.end(), content.bytes.begin())) {
+        report(kUsageText.command,
+               path + ": files of the older form, REGEDIT4, are not taken; export it in the newer one");
+        return kFailure;
+    }
     const auto other = status == platform::kSuccess ? platform::parse_registry(std::move(content.bytes)) : std::nullopt;
     if (!other) return fail(path, status == platform::kSuccess ? std::uint32_t{platform::kDamaged} : status);
     status = platform::change_registry([&](const RegistryFile &file) {
