@@ -494,6 +494,10 @@ std::span<const std::uint8_t> bytes_of(const void *bytes, std::size_t count) noe
 
 } // namespace
 
+void keep_marks_apart(KxTextConverter &converter) noexcept {
+    converter_in(&converter).composes = false;
+}
+
 std::size_t size_of_first(const KxTextConverter &converter, std::span<const std::uint8_t> source) noexcept {
     constexpr bool last = true;
     return read_with_marks(*std::launder(reinterpret_cast<const Converter *>(&converter)), source, last).length;

@@ -51,6 +51,9 @@ bool set_substitute(Converter &converter, std::uint32_t character) noexcept;
 std::uint32_t convert(Converter &converter, std::span<const std::uint8_t> source, bool last,
                       std::span<std::uint8_t> destination, KxTextResult &result) noexcept;
 
+// A letter and its marks stay two characters, also towards KX text.
+void keep_marks_apart(KxTextConverter &converter) noexcept;
+
 // Bytes of the character that begins the source, of which it holds all. It is one that converts.
 std::size_t size_of_first(const KxTextConverter &converter, std::span<const std::uint8_t> source) noexcept;
 

@@ -74,6 +74,18 @@ class Exact(KxTest):
                 if page == "1258":
                     self.assertEqual(sum(len(code) == 2 for code in back.values()), 104)
 
+    def test_encodings_without_a_table(self):
+        for name, codec in {"720": "cp720", "858": "cp858", "koi8-r": "koi8_r", "874": "cp874", "euc-jp": "euc_jp",
+                            **{f"iso-8859-{part}": f"iso8859_{part}" for part in (5, 9, 15)}}.items():
+            with self.subTest(name):
+                texts = [text for text in BMP if len(text.encode(codec, "ignore")) > 0 and text not in "¥‾\\~"]
+                codes = [text.encode(codec) for text in texts]
+                pairs = [(text, code) for text, code in zip(texts, codes) if code.decode(codec) == text]
+                ours = self.lines(name, "utf-8", [code for _, code in pairs])
+                back = self.lines("utf-8", name, [text.encode() for text, _ in pairs])
+                self.assertEqual([pair for pair, text in zip(pairs, ours) if text != pair[0].encode()], [])
+                self.assertEqual([pair for pair, code in zip(pairs, back) if code != pair[1]], [])
+
     def test_unicode_to_unicode(self):
         text = "".join(BMP) + "\n" + "".join(map(chr, range(0x10000, 0x110000, 0x3FB)))
         forms = ("utf-8", "utf-16le", "utf-16be")

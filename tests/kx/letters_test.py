@@ -2,7 +2,7 @@
 """letters_test.py KX: runs `kx case`, `kx width` and `kx han` as a user does."""
 import unittest
 
-from kx_tool import CHUNK, KxTest
+from kx_tool import CHUNK, KxTest, kx
 
 
 class Letters(KxTest):
@@ -11,6 +11,7 @@ class Letters(KxTest):
             ("every script with case", "case upper --country=japanese", "abc é жя αω ａｚ", "ABC É ЖЯ ΑΩ ＡＺ"),
             ("small letters", "case lower --country=japanese", "ABC É ЖЯ ΑΩ ＡＺ", "abc é жя αω ａｚ"),
             ("no country, no double-width case", "case upper --ansi=932 --country=none", "a ａ", "A ａ"),
+            ("a country by its language", "width single --country=ko_KR", "Ａ", "A"),
             ("narrow", "width single --country=korean", "Ａｂ１！", "Ab1!"),
             ("widen, marks combine", "width double --country=japanese", "Aｶﾞﾊﾟｱﾞﾞｱ", "Ａガパア゛゛ア"),
             ("a lone mark", "width double --country=japanese", "ﾞａ", "゛ａ"),
@@ -61,10 +62,26 @@ class Letters(KxTest):
         ):
             with self.subTest(arguments):
                 self.assert_fails(arguments, data=b"a", message=message, status=2)
-        foreign = "aガb".encode("cp932")
-        self.assert_fails("width single -f 932 -t 936", data=foreign, output=b"a",
-                          message="83 4B) does not convert from 932 to 936")
-        self.assertEqual(self.output("width single -f 932 -t 936 --subst=?", data=foreign), b"a??b")
+        self.assert_fails("width single -f 932 -t 1252", data="aガb".encode("cp932"), output=b"a",
+                          message="83 4B) does not convert from 932 to 1252")
+
+    def test_what_no_rule_knows_stays(self):
+        for why, arguments, data, wanted in (
+            ("a character that KX lacks", "case upper", "e🚢".encode(), "E🚢".encode()),
+            ("one that KX unites", "case upper -f 1250", b"a\xadb", b"A\xadB"),
+            ("a counterpart in KX text only", "case upper", "ŉ".encode(), "ŉ".encode()),
+            ("a mark", "case upper", "e\u0301".encode(), "E\u0301".encode()),
+            ("a letter whose counterpart the page lacks", "case upper -f 437", b"na\x8b", b"NA\x8b"),
+            ("also in two units", "width single -f 932 -t 936", "aガb".encode("cp932"), "aガb".encode("gbk")),
+            ("all of GBK", "case upper -f gbk", b"a\x81\x40", b"A\x81\x40"),
+            ("an encoding of the system", "case upper -f koi8-r", "жЖ\u00a0x".encode("koi8-r"), "ЖЖ\u00a0X".encode("koi8-r")),
+        ):
+            with self.subTest(why):
+                self.assertEqual(self.output(arguments, data=data), wanted)
+        for arguments in ("case upper -t kx", "case upper -t 437"):
+            result = kx(arguments, data="a\u00adb".encode())
+            self.assertEqual((result.returncode, "U+00AD (1)" in result.stderr.decode()), (0, True), arguments)
+            self.assert_fails(arguments + " --strict", data="a\u00adb".encode(), message="becomes another character", output=None)
 
 
 if __name__ == "__main__":

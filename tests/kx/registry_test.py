@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """registry_test.py KX: runs `kx registry` and `kx codepages` as a user does."""
 import pathlib
+import subprocess
 import tempfile
 import unittest
 
-from kx_tool import KxTest, environment
+from kx_tool import KX, KxTest, environment
 
 HEADER = "Windows Registry Editor Version 5.00\r\n"
 SOFTWARE = "HKEY_CURRENT_USER\\Software\\"
@@ -156,7 +157,7 @@ class Registry(KxTest):
 
     def test_code_pages_in_force_and_why(self):
         system = "437, the system's 1252, the system's"
-        self.assertEqual(self.in_force("-l", "fr"), ["EN " + system, "fr " + system])
+        self.assertEqual(self.in_force("-l", "french"), ["EN " + system, "FR " + system])
         self.assertFalse(self.file.exists(), "looking leaves nothing behind")
         self.kx("registry", "set", "-t", "codepage", FRENCH, "Windows Code Page", "1250")
         self.kx("registry", "set", "-t", "link", FRENCH, "DOS Code Page", "<K\\dos>")
@@ -167,8 +168,8 @@ class Registry(KxTest):
         self.assertNotIn("DE", self.file.read_text(encoding="utf-8"), "nor in a file that is there")
 
     def test_code_pages_are_set_by_their_names(self):
-        self.kx("codepages", "set", "FR", "--dos", "852", "--windows", "1250")
-        self.kx("codepages", "set", "fr", "--dos=850")
+        self.kx("codepages", "set", "FR", "--dos", "852", "--windows", "windows-1250")
+        self.kx("codepages", "set", "fr_FR", "--dos=cp850")
         self.assertEqual(self.in_force(), ["EN 437, the system's 1252, the system's", "FR 850, stored 1250, stored"])
         self.kx("registry", "set", "-t", "link", FRENCH, "DOS Code Page", "<\\HKEY_USERS\\K\\v>")
         self.kx("codepages", "set", "FR", "--dos", "866")
@@ -177,9 +178,18 @@ class Registry(KxTest):
         self.refused("codepages", "set", "FR", "--dos", "850", message="cannot be stored (status 5)")
         for arguments, message in (
             ("set", "a language"), ("set FR", "--dos or"), ("set LANGUAGES --dos 852", "at most 7"), ("852 850", "one page"),
-            ("set FR --dos 999", "no code page '999'"), ("85x", "no code page '85x'"), ("--dos 852", "go with set"),
+            ("set sl --dos 852", "no rules for Slovene"), ("set FR --dos 999", "no code page '999'"), ("85x", "no code page '85x'"), ("--dos 852", "go with set"),
         ):
             self.refused("codepages", *arguments.split(), status=2, message=message)
+
+    def test_what_import_takes(self):
+        text = "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\K]\r\n\"x\"=\"y\"\r\n"
+        subprocess.run([KX, "registry", "import", "-"], input=text.encode("utf-16"), check=True,
+                       env=environment(KX_REGISTRY=str(self.file)))
+        self.assertIn('"x"="y"', self.kx("registry", "show"))
+        older = self.file.with_name("older.reg")
+        older.write_text("REGEDIT4\n", encoding="ascii")
+        self.refused("registry", "import", str(older), message="older form")
 
     def test_a_page_as_a_table(self):
         for page in (437, 852, 866, 1251):

@@ -1,6 +1,7 @@
 #include "chunk_converter.h"
 
 #include <algorithm>
+#include <array>
 
 #include "line_ends.h"
 #include "text/scalars.h"
@@ -28,11 +29,30 @@ ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const T
       naming_(direct_ && from.kind == EncodingKind::code_page
                   ? Converter::make(from, {EncodingKind::utf8, {}}, pages.text, pages.written)
                   : nullptr),
-      decoder_(decoder ? std::move(decoder) : make_decoder(from, pages.text, is_kx_encoding(to))),
       encoder_(make_encoder(to, pages.text, pages.written)) {
+    if (transform != nullptr && !is_kx_encoding(from) && !is_kx_encoding(to))
+        around_ = Converter::make(from, to, pages.text, pages.written);
+    decoder_ =
+        decoder ? std::move(decoder) : make_decoder(from, pages.text, is_kx_encoding(to), /* composes = */ !around_);
+    if (naming_ && !is_double_byte(from.page)) find_united_bytes();
     // What is KX text already has nothing to be united any more.
-    if (transform == nullptr && is_kx_encoding(to) && !is_kx_encoding(from))
-        back_ = make_encoder(from, pages.text, pages.text);
+    const Encoding back = goes_through_unicode(from) ? Encoding{EncodingKind::utf16le, {}} : from;
+    if ((transform != nullptr || is_kx_encoding(to)) && !is_kx_encoding(from))
+        back_ = make_encoder(back, pages.text, pages.text);
+}
+
+// A page without a published mapping goes by the library's table, where a few of its characters are one with others:
+// the byte does not come back then.
+void ChunkConverter::find_united_bytes() {
+    const auto back = Converter::make({EncodingKind::utf8, {}}, from_, text_page_, text_page_);
+    std::array<bool, 256> united{};
+    for (unsigned byte = 0x80; byte <= 0xFF; ++byte) {
+        const std::uint8_t source[]{static_cast<std::uint8_t>(byte)};
+        ByteBuffer utf8, again;
+        if (naming_->convert({source, 1, true}, utf8).bad_length != 0) continue;
+        united[byte] = back->convert({utf8, 1, true}, again).bad_length == 0 && again.size() == 1 && again[0] < 0x80;
+    }
+    if (std::ranges::count(united, true) != 0) united_bytes_ = united;
 }
 
 void ChunkConverter::begin() {
@@ -60,10 +80,24 @@ ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, ByteBuffer &b
 ChunkConverter::Result ChunkConverter::convert_directly(const Chunk &chunk, ByteBuffer &bytes,
                                                         const OnChange &on_change) {
     Result result{0, 0, false};
+    std::size_t told = chunk.bytes.size(); // the byte that was told to be united
     do {
-        const Chunk rest{chunk.bytes.subspan(result.consumed), chunk.offset + result.consumed, chunk.last};
+        const auto bytes_left = chunk.bytes.subspan(result.consumed);
+        const std::size_t skip = result.consumed == told ? 1 : 0;
+        const auto end = united_bytes_
+                             ? std::find_if(bytes_left.begin() + static_cast<std::ptrdiff_t>(skip), bytes_left.end(),
+                                            [&](std::uint8_t byte) { return (*united_bytes_)[byte]; })
+                             : bytes_left.end();
+        const Chunk rest{{bytes_left.begin(), end}, chunk.offset + result.consumed, chunk.last};
         const Decoder::Result done = direct_->convert(rest, bytes, counts_ ? &result.characters : nullptr);
         result.consumed += done.consumed;
+        if (done.bad_length == 0 && end != bytes_left.end()) {
+            if (on_change({Change::united, result.consumed, 1})) {
+                told = result.consumed;
+                continue;
+            }
+            result.stopped = true;
+        }
         if (done.bad_length == 0) break;
         if (!on_change({Change::lost, result.consumed, done.bad_length})) {
             result.stopped = true;
@@ -86,13 +120,10 @@ ChunkConverter::Result ChunkConverter::convert_by_kx_text(const Chunk &chunk, By
         const Chunk rest{chunk.bytes.subspan(begin), chunk.offset + begin, chunk.last};
         const std::size_t size = bytes.size();
         Piece piece = decode(rest, placed);
-        const bool united = back_ && !comes_back(rest.bytes.first(piece.decoded.consumed));
-        united_.clear();
-        if (united || encoder_->encode(units_.chars, bytes) != units_.chars.size()) {
+        if (piece.united || encoder_->encode(units_.chars, bytes) != units_.chars.size()) {
             // Whose unit it is that does not convert is told by decoding again; that is rarely needed.
             bytes.resize(size);
             if (!placed) piece = decode(rest, true);
-            if (united) list_united(rest, piece.decoded.consumed);
             std::size_t stopped_at = 0;
             if (!encode(rest, piece.decoded.consumed, begin, bytes, on_change, stopped_at))
                 return {begin + stopped_at, result.characters, true};
@@ -102,7 +133,8 @@ ChunkConverter::Result ChunkConverter::convert_by_kx_text(const Chunk &chunk, By
         const std::size_t bad = piece.decoded.bad_length;
         if (bad == 0) break;
         placed = piece.decoded.consumed < near;
-        if (!on_change({Change::lost, result.consumed, bad})) {
+        const Change change{Change::lost, result.consumed, bad};
+        if (!pass(chunk, change, bytes) && !on_change(change)) {
             result.stopped = true;
             break;
         }
@@ -115,38 +147,72 @@ ChunkConverter::Result ChunkConverter::convert_by_kx_text(const Chunk &chunk, By
 ChunkConverter::Piece ChunkConverter::decode(const Chunk &chunk, bool placed) {
     units_.clear();
     units_.placed = placed;
+    united_.clear();
     Decoder::Result result = decoder_->decode(chunk, units_);
-    if (!transform_) return {result, units_.chars.size()};
     const bool next_follows = !chunk.last && result.bad_length == 0;
-    if (next_follows && !units_.chars.empty() && transform_->joins_next(units_.chars.back())) {
+    if (transform_ && next_follows && !units_.chars.empty() && transform_->joins_next(units_.chars.back())) {
         if (!placed) return decode(chunk, true);
         result.consumed = units_.places.back();
         units_.chars.pop_back();
         units_.places.pop_back();
     }
+    const bool united = back_ && !comes_back(chunk.bytes.first(result.consumed));
+    if (united && placed) list_united(chunk, result.consumed);
     const std::uint64_t characters = units_.chars.size();
-    transform_->apply(units_);
-    return {result, characters};
+    if (transform_) transform_->apply(units_);
+    return {result, characters, united};
 }
 
 bool ChunkConverter::encode(const Chunk &chunk, std::size_t consumed, std::size_t offset, ByteBuffer &bytes,
                             const OnChange &on_change, std::size_t &stopped_at) {
     const std::span<const KxChar> units = units_.chars;
     auto united = united_.begin();
+    std::size_t told = units.size(); // the unit that was told to be united
     for (std::size_t done = 0;;) {
-        const std::size_t end = united != united_.end() ? *united : units.size();
-        done += encoder_->encode(units.subspan(done, end - done), bytes);
+        std::size_t end = units.size();
+        if (united != united_.end())
+            end = static_cast<std::size_t>(std::ranges::lower_bound(units_.places, *united) - units_.places.begin());
+        if (end > done) done += encoder_->encode(units.subspan(done, end - done), bytes);
         if (done == units.size()) return true;
-        const bool is_united = done == end;
+        const bool is_united = done == end && done != told;
         const std::size_t place = stopped_at = units_.places[done];
         const std::size_t length = decoder_->length(chunk, place, end_of(done, consumed));
-        if (!on_change({is_united ? Change::united : Change::lost, offset + place, length})) return false;
-        if (is_united) {
-            ++united;
+        const Change::Kind kind = is_united ? Change::united : Change::lost;
+        if (pass({chunk.bytes, chunk.offset, chunk.last}, {kind, place, length}, bytes)) {
+            while (done < units.size() && units_.places[done] == place)
+                ++done;
+        } else if (!on_change({kind, offset + place, length})) {
+            return false;
+        } else if (is_united) {
+            told = done;
         } else {
             ++done;
         }
+        if (is_united) ++united;
     }
+}
+
+// What no rule of KX text knows stays what it is where both forms have it: an emoji, a soft hyphen, a letter whose
+// counterpart the page lacks.
+bool ChunkConverter::pass(const Chunk &chunk, const Change &change, ByteBuffer &bytes) {
+    if (!around_) return false;
+    if (goes_through_unicode(from_) || goes_through_unicode(to_)) {
+        const auto character = code_point(chunk, change);
+        const std::size_t size = bytes.size();
+        if (!character) return false;
+        if (encoder_->append(*character, bytes)) return true;
+        bytes.resize(size);
+        ByteBuffer units(4);
+        units.resize(kxstr::text::write_utf16(*character, units.data(), kxstr::text::ByteOrder::low_first));
+        if (goes_through_unicode(to_)) return false;
+        const auto writer = Converter::make({EncodingKind::utf16le, {}}, to_, text_page_, text_page_);
+        return writer->convert({units, 1, true}, bytes).bad_length == 0;
+    }
+    const std::size_t size = bytes.size();
+    const auto one = chunk.bytes.subspan(change.place, change.length);
+    if (around_->convert({one, 1, true}, bytes).bad_length == 0) return true;
+    bytes.resize(size);
+    return false;
 }
 
 // Where the character of a unit ends in the chunk. It may have become several units, all with its place.
@@ -157,21 +223,34 @@ std::size_t ChunkConverter::end_of(std::size_t unit, std::size_t consumed) const
 }
 
 bool ChunkConverter::comes_back(std::span<const std::uint8_t> bytes) {
+    if (goes_through_unicode(from_)) bytes = decoder_->unicode();
     came_back_.clear();
     return back_->encode(units_.chars, came_back_) == units_.chars.size() && std::ranges::equal(came_back_, bytes);
 }
 
-void ChunkConverter::list_united(const Chunk &chunk, std::size_t consumed) {
-    for (std::size_t at = 0; at < units_.chars.size(); ++at) {
-        const std::size_t place = units_.places[at];
-        const auto bytes = chunk.bytes.subspan(place, end_of(at, consumed) - place);
-        if (is_unicode(from_) && kx::count_characters(from_, bytes) > 1)
-            continue; // a letter and its marks are the same
-        came_back_.clear();
-        const bool same =
-            back_->encode({&units_.chars[at], 1}, came_back_) == 1 && std::ranges::equal(came_back_, bytes);
-        if (!same) united_.push_back(at);
+// The same for the unit of one character.
+bool ChunkConverter::comes_back(const Chunk &chunk, std::size_t place, std::size_t end, KxChar ch) {
+    std::array<std::uint8_t, 4> unicode;
+    std::span<const std::uint8_t> bytes = chunk.bytes.subspan(place, end - place);
+    if (goes_through_unicode(from_)) {
+        const auto character = decoder_->character_at(chunk.offset + place);
+        if (!character) return true;
+        for (std::size_t at = place + 1; at < end; ++at)
+            if (decoder_->character_at(chunk.offset + at)) return true; // a letter and its marks are the same
+        const auto low_first = kxstr::text::ByteOrder::low_first;
+        bytes = std::span(unicode).first(kxstr::text::write_utf16(*character, unicode.data(), low_first));
+    } else if (is_unicode(from_) && kx::count_characters(from_, bytes) > 1) {
+        return true;
     }
+    came_back_.clear();
+    return back_->encode({&ch, 1}, came_back_) == 1 && std::ranges::equal(came_back_, bytes);
+}
+
+void ChunkConverter::list_united(const Chunk &chunk, std::size_t consumed) {
+    for (std::size_t at = 0; at < units_.chars.size(); ++at)
+        if (!comes_back(chunk, units_.places[at], end_of(at, consumed), units_.chars[at]))
+            united_.push_back(units_.places[at]);
+    united_.erase(std::unique(united_.begin(), united_.end()), united_.end());
 }
 
 std::optional<char32_t> ChunkConverter::code_point(const Chunk &chunk, const Change &change) {

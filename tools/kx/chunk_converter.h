@@ -1,6 +1,7 @@
 // The one place where text becomes text of another form: a chunk at a time, and without a word to anybody.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <optional>
 
@@ -63,25 +64,32 @@ class ChunkConverter {
     struct Piece {
         Decoder::Result decoded;
         std::uint64_t characters;
+        bool united; // some of them, by KX text
     };
     Piece decode(const Chunk &chunk, bool placed);
     std::size_t end_of(std::size_t unit, std::size_t consumed) const;
+    void find_united_bytes();
     bool comes_back(std::span<const std::uint8_t> bytes);
+    bool comes_back(const Chunk &chunk, std::size_t place, std::size_t end, KxChar ch);
     void list_united(const Chunk &chunk, std::size_t consumed);
+    bool pass(const Chunk &chunk, const Change &change, ByteBuffer &bytes);
     bool encode(const Chunk &chunk, std::size_t consumed, std::size_t offset, ByteBuffer &bytes,
                 const OnChange &on_change, std::size_t &stopped_at);
 
     Encoding from_, to_;
     CodePage text_page_;
-    std::optional<Transform> transform_; // a copy, with tables of its own
-    std::unique_ptr<Converter> direct_;  // without KX text between; null: by the next two
-    std::unique_ptr<Converter> naming_;  // to UTF-8, where it is direct and the input is a code page's
+    std::optional<Transform> transform_;                // a copy, with tables of its own
+    std::unique_ptr<Converter> direct_;                 // without KX text between; null: by the next two
+    std::optional<std::array<bool, 256>> united_bytes_; // of such a page, if it has any
+    std::unique_ptr<Converter> naming_;                 // to UTF-8, where it is direct and the input is a code page's
     std::unique_ptr<Decoder> decoder_;
     std::unique_ptr<Encoder> encoder_;
     std::unique_ptr<Encoder> back_; // to the form of the input, where characters may be united; else null
     bool counts_ = false;
     DecodedText units_;
-    std::vector<std::size_t> united_; // which of them are
+    std::vector<std::uint32_t> united_; // the places of those that are
+    std::unique_ptr<Converter>
+        around_; // for what a transform does not know, from one form without KX to another; or null
     ByteBuffer came_back_;
     DecodedText one_;
 };

@@ -16,7 +16,9 @@
 #include "codepage/selection.h"
 #include "command.h"
 #include "core/kx_char.h"
+#include "encodings.h"
 #include "files.h"
+#include "languages.h"
 #include "option_list.h"
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
@@ -36,7 +38,8 @@ namespace platform = kxstr::platform;
 
 constexpr std::size_t kMaxLanguage = 7; // bytes that the library keeps
 
-constexpr Option kOptions[] = {option::kLanguage, option::kDos, option::kWindows, option::kOutput};
+constexpr Option kOptions[] = {said(option::kLanguage, "tell what is in force for LANG too, such as FR or french"),
+                               option::kDos, option::kWindows, option::kOutput};
 
 constexpr Action kActions[] = {{"set", "LANG", "store the code pages of a language"}};
 
@@ -66,9 +69,24 @@ std::optional<std::uint16_t> parse_page(const std::string &text) {
     std::uint16_t number = 0;
     const char *const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc{} || stop != end) return std::nullopt;
-    if (codepage::find_code_page(number) == nullptr && !codepage::has_double_byte_rule(number)) return std::nullopt;
-    return number;
+    if (error == std::errc{} && stop == end &&
+        (codepage::find_code_page(number) != nullptr || codepage::has_double_byte_rule(number)))
+        return number;
+    std::optional<CodePage> page;
+    if (!take_page(page, text).empty()) return std::nullopt;
+    return static_cast<std::uint16_t>(page->kx_number);
+}
+
+// Capital letters are what the settings have; other names are those of kx sort, and become its code. Returns what is
+// wrong with the name, or an empty string.
+std::string take_language(std::string &language, const std::string &name) {
+    const bool is_code = std::ranges::all_of(name, [](char letter) { return letter >= 'A' && letter <= 'Z'; });
+    language = name;
+    if (is_code) return name.empty() || name.size() > kMaxLanguage ? "a language has at most 7 bytes" : "";
+    const FoundLanguage found = find_language(name);
+    if (found.language != nullptr) language = found.language->code;
+    if (language == "US") language = "EN"; // which the library starts with
+    return found.fault;
 }
 
 std::string no_page(const std::string &text) {
@@ -228,16 +246,17 @@ int run_codepages(int argc, char **argv) {
             const auto page = (id == kDosId ? dos : windows) = parse_page(argument.text);
             return page ? "" : no_page(argument.text);
         }
-        languages.push_back(argument.text);
-        return argument.text.size() <= kMaxLanguage ? "" : "a language has at most 7 bytes";
+        return take_language(languages.emplace_back(), argument.text);
     });
     if (parsed.stop) return parsed.status;
     const std::vector<std::string> operands(argv + parsed.first_operand, argv + argc);
     if (!operands.empty() && operands[0] == "set") {
-        if (operands.size() != 2 || operands[1].empty() || operands[1].size() > kMaxLanguage)
-            return usage_error(kUsageText, "set takes a language of at most 7 bytes");
+        if (operands.size() != 2) return usage_error(kUsageText, "set takes a language");
+        std::string language;
+        if (const std::string fault = take_language(language, operands[1]); !fault.empty())
+            return usage_error(kUsageText, fault);
         if (!dos && !windows) return usage_error(kUsageText, "set needs --dos or --windows");
-        return set_pages(operands[1], dos, windows);
+        return set_pages(language, dos, windows);
     }
     if (dos || windows) return usage_error(kUsageText, "--dos and --windows go with set");
     if (operands.size() > 1) return usage_error(kUsageText, "one page at a time");

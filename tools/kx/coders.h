@@ -6,7 +6,7 @@
 namespace kx {
 
 // Of the forms that the library converts texts of, from and to KX text of a page.
-std::unique_ptr<Decoder> make_text_decoder(const KxTextForm &form, const CodePage &text_page);
+std::unique_ptr<Decoder> make_text_decoder(const KxTextForm &form, const CodePage &text_page, bool composes);
 std::unique_ptr<Encoder> make_text_encoder(const CodePage &text_page, const KxTextForm &form);
 
 // What a decoder of streams makes of a 0 where a code begins: nothing as the last byte of a file, else no code.

@@ -139,7 +139,6 @@ int run_text(const Usage &usage, const TextRequest &request, const TextPages &pa
         Lane lane{choices, nullptr};
         lane.choices.from = from;
         if (!request.from) lane.choices.pages = pages_of(own, pages.text);
-        lane.choices.passes_unknown = transform != nullptr && is_unicode(from) && is_unicode(choices.to);
         lane.converter = std::make_unique<ChunkConverter>(from, choices.to, lane.choices.pages, transform,
                                                           make_decoder ? make_decoder() : nullptr);
         if (request.verbose) lane.converter->count_characters();

@@ -27,6 +27,7 @@ constexpr Usage kUsageText{
     "A character that does not convert ends the work on its file: its line and column, and its place\n"
     "in bytes from 0, are told. What came before it is written to standard output; a file stays what\n"
     "it was. The other files are done, and the exit status is 1.\n"
+    "What the library has no table for the system may have: koi8-r, iso-8859-15, euc-jp ... (see -l).\n"
     "-f auto takes the form that `kx detect` tells for each FILE, and fails when two answers are close.\n"
     "Tab, line feed, form feed and carriage return are the same in all forms. The other control\n"
     "characters are kept, too; in KX text those of a DOS code page are glyphs.\n"

@@ -8,6 +8,7 @@
 #include "conversion.h"
 #include "core/kx_char.h"
 #include "files.h"
+#include "languages.h"
 #include "letters/width.h"
 #include "unit_table.h"
 
@@ -18,6 +19,7 @@ namespace {
 
 struct Country {
     const char *name;
+    const char *language;    // its code
     std::uint8_t id;         // as WtpiGetCountryID gives it
     std::uint32_t code_page; // 0: none in particular
     std::uint16_t hiragana;  // mode of wtoall; the order of the kana differs between the tables. 0: no kana
@@ -25,11 +27,11 @@ struct Country {
 };
 
 constexpr Country kCountries[] = {
-    {"none", 0, 0, 0, 0},
-    {"japanese", 1, 932, KX_FORM_FIRST_KANA, KX_FORM_SECOND_KANA},
-    {"korean", 2, 949, 0, 0},
-    {"traditional-chinese", 3, 950, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
-    {"simplified-chinese", 4, 936, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
+    {"none", "", 0, 0, 0, 0},
+    {"japanese", "JP", 1, 932, KX_FORM_FIRST_KANA, KX_FORM_SECOND_KANA},
+    {"korean", "KR", 2, 949, 0, 0},
+    {"traditional-chinese", "CT", 3, 950, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
+    {"simplified-chinese", "CS", 4, 936, KX_FORM_SECOND_KANA, KX_FORM_FIRST_KANA},
 };
 
 template <class Matches> const Country *find_country(Matches matches) {
@@ -70,8 +72,12 @@ struct Request {
 Parsed parse(int argc, char **argv, const Usage &usage, Request &action) {
     Parsed parsed = parse_options(argc, argv, usage, [&](int id, const Argument &argument) -> std::string {
         if (id != kCountryId) return take_text_option(action.text, id, argument);
-        action.named_country = find_country([&](const Country &country) { return argument.text == country.name; });
-        return "";
+        const Language *const language = find_language(argument.text).language;
+        action.named_country = find_country([&](const Country &country) {
+            return argument.text == country.name ||
+                   (language != nullptr && language->code == std::string_view(country.language));
+        });
+        return action.named_country != nullptr ? "" : "no country '" + argument.text + "'";
     });
     if (parsed.stop) return parsed;
     if (parsed.first_operand == argc) return {true, usage_error(usage, "nothing to do is named"), argc};
@@ -210,13 +216,25 @@ class Narrow {
     Rewriter rewriter_{alone};
 };
 
-std::optional<Transform> case_transform(const std::string &action, const Country &) {
-    if (action == "upper") return each([](KxChar ch) { return wtoupper(ch); });
-    if (action == "lower") return each([](KxChar ch) { return wtolower(ch); });
+// Some letters have a counterpart in KX text only, such as that of U+0149: a private-use character would be nothing
+// elsewhere, so there they stay.
+template <class Change> Transform each_letter(Change change, bool to_kx) {
+    return each([=, page = system_page()](KxChar ch) {
+        constexpr std::uint16_t first_private = 0xE000, last_private = 0xF8FF;
+        const KxChar other = change(ch);
+        if (to_kx || other == ch) return other;
+        const std::uint16_t unit = unicode_of_kx(page, other);
+        return unit >= first_private && unit <= last_private ? ch : other;
+    });
+}
+
+std::optional<Transform> case_transform(const std::string &action, const Country &, bool to_kx) {
+    if (action == "upper") return each_letter([](KxChar ch) { return wtoupper(ch); }, to_kx);
+    if (action == "lower") return each_letter([](KxChar ch) { return wtolower(ch); }, to_kx);
     return std::nullopt;
 }
 
-std::optional<Transform> width_transform(const std::string &action, const Country &country) {
+std::optional<Transform> width_transform(const std::string &action, const Country &country, bool) {
     if (action == "double") return Transform{Widen(false), may_take_mark};
     if (action == "single") return Transform{Narrow(), never_joins};
     if (action == "hiragana") {
@@ -306,7 +324,7 @@ constexpr Usage kHanUsage{
 
 // ---- the commands ----
 
-using MakeTransform = std::optional<Transform> (*)(const std::string &action, const Country &country);
+using MakeTransform = std::optional<Transform> (*)(const std::string &action, const Country &country, bool to_kx);
 
 int run_by_country(int argc, char **argv, const Usage &usage, bool needs_country, MakeTransform make_transform) {
     Request action;
@@ -314,7 +332,7 @@ int run_by_country(int argc, char **argv, const Usage &usage, bool needs_country
     if (parsed.stop) return parsed.status;
     if (!action.text.to) action.text.to = action.text.from;
     const Country &country = set_country(action.named_country, action.text);
-    const auto transform = make_transform(action.name, country);
+    const auto transform = make_transform(action.name, country, is_kx_encoding(*action.text.to));
     if (!transform) return unknown_action(usage, action);
     if (needs_country && country.id == 0 && action.named_country == nullptr) {
         return usage_error(usage, "of which country? --country tells");

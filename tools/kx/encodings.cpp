@@ -407,15 +407,16 @@ class DirectConverter final : public Converter {
 
 } // namespace
 
-std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes) {
+std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes, bool composes) {
     switch (form.kind) {
     case EncodingKind::stream: return make_stream_decoder(with_codes);
     case EncodingKind::stream5: return make_stream5_decoder(text_page, with_codes);
     case EncodingKind::sio: return nullptr;
     default: break;
     }
-    if (goes_through_unicode(form)) return make_decoder_through_unicode(form, text_page);
-    return make_text_decoder(*text_form(form, text_page), form.kind == EncodingKind::code_page ? form.page : text_page);
+    if (goes_through_unicode(form)) return make_decoder_through_unicode(form, text_page, composes);
+    return make_text_decoder(*text_form(form, text_page), form.kind == EncodingKind::code_page ? form.page : text_page,
+                             composes);
 }
 
 std::unique_ptr<Encoder> make_encoder(const Encoding &form, const CodePage &text_page, const CodePage &written_page) {

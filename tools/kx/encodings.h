@@ -117,6 +117,8 @@ class Decoder {
 
     // Another file follows.
     virtual void begin() {}
+    // The text of the last chunk in UTF-16, low byte first, where the form goes through it.
+    virtual std::span<const std::uint8_t> unicode() const { return {}; }
     // The character that began at this place of the file, where the decoder knows it and the bytes alone do not tell.
     virtual std::optional<char32_t> character_at(std::uint64_t) { return std::nullopt; }
 
@@ -143,8 +145,10 @@ class Encoder {
 };
 
 // Both take the page of the KX text between them (see text.h). A decoder of streams gives codes that are no characters
-// only `with_codes`. An encoder for a KX form writes it as a text of `written_page`. Sio text is only written.
-std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes = false);
+// only `with_codes`; letters and marks from Unicode are one character where `composes`. An encoder for a KX form writes
+// it as a text of `written_page`. Sio text is only written.
+std::unique_ptr<Decoder> make_decoder(const Encoding &form, const CodePage &text_page, bool with_codes = false,
+                                      bool composes = true);
 std::unique_ptr<Encoder> make_encoder(const Encoding &form, const CodePage &text_page, const CodePage &written_page);
 
 // Bytes from one form to another, without KX text between: by the library's own conversion of texts (kxstr/text.h),

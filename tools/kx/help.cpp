@@ -222,14 +222,17 @@ std::string bash_part(const Usage &usage) {
         // One that may be missing is never a word of its own.
         append(cases, {"        ", is_optional(option) ? joined({name, "="}) : replaced(both, " ", " | "), ") "});
         switch (option.kind) {
-        case Kind::word: append(cases, {"kind=words words=", quoted(option.words)}); break;
         case Kind::form:
         case Kind::page:
             append(cases, {"kind=forms words=", quoted(option.words != nullptr ? option.words : "")});
             break;
         case Kind::folder: cases += "kind=folders"; break;
         case Kind::file: cases += "kind=files"; break;
-        default: cases += "kind=none";
+        default:
+            if (option.words != nullptr)
+                append(cases, {"kind=words words=", quoted(option.words)});
+            else
+                cases += "kind=none";
         }
         cases += " ;;\n";
     }
@@ -246,12 +249,12 @@ std::string zsh_part(const Usage &usage) {
         if (option.argument != nullptr) {
             values = (is_optional(option) ? "::" : ":") + argument_of(option) + ":";
             switch (option.kind) {
-            case Kind::word: append(values, {"(", option.words, ")"}); break;
             case Kind::form:
             case Kind::page: append(values, {"{_kx_forms ", option.words != nullptr ? option.words : "", "}"}); break;
             case Kind::folder: values += "_files -/"; break;
             case Kind::file: values += "_files"; break;
-            default: break;
+            default:
+                if (option.words != nullptr) append(values, {"(", option.words, ")"});
             }
         }
         const std::string help =

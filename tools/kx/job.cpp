@@ -17,15 +17,6 @@ std::string name_of(char32_t character) {
     return text;
 }
 
-void append_unicode(char32_t character, EncodingKind form, ByteBuffer &bytes) {
-    std::uint8_t written[4];
-    const auto order =
-        form == EncodingKind::utf16be ? kxstr::text::ByteOrder::high_first : kxstr::text::ByteOrder::low_first;
-    const std::size_t size = form == EncodingKind::utf8 ? kxstr::text::write_utf8(character, written)
-                                                        : kxstr::text::write_utf16(character, written, order);
-    bytes.insert(bytes.end(), written, written + size);
-}
-
 class Work {
   public:
     Work(const Job &job, const Choices &choices, ChunkConverter &converter, const Surroundings &surroundings)
@@ -108,8 +99,6 @@ class Work {
         if (change.kind == Change::united) {
             if (choices_.strict) return tell_fault(input, chunk, change, character, "becomes another character");
             result_.united.add(character, bytes);
-        } else if (choices_.passes_unknown && character) {
-            append_unicode(*character, choices_.to.kind, bytes_);
         } else if (choices_.lost == Choices::drop) {
             result_.left_out.add(character, bytes);
         } else if (choices_.lost == Choices::substitute) {
@@ -163,7 +152,7 @@ class Work {
                    kxstr::text::kx_of_unicode(page, static_cast<std::uint16_t>(character)) != KX_NONE;
         };
         const bool is_native = choices_.from->kind == EncodingKind::code_page || is_kx_encoding(*choices_.from);
-        if (is_native || choices_.to.kind == EncodingKind::code_page || has(choices_.pages.text)) return "";
+        if (is_native || !is_kx_encoding(choices_.to) || has(choices_.pages.text)) return "";
         std::string list;
         for (const std::uint32_t number : {932u, 936u, 949u, 950u})
             if (has(page_of_windows_number(number)))

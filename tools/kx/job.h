@@ -19,7 +19,6 @@ struct Choices {
     enum { stop, drop, substitute } lost = stop; // what becomes of characters that do not convert
     ByteBuffer substitute_bytes{};
     char32_t substitute_character = 0; // the same, where its bytes depend on those before
-    bool passes_unknown = false;       // characters that KX text lacks pass by the transform, from Unicode to Unicode
     bool strict = false;               // a character that is united with another ends the work
     LineEnds line_ends = LineEnds::keep;
     bool control_z_ends = false;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <cstring>
 #include <fcntl.h>
 #include <initializer_list>
 #include <io.h>
@@ -116,6 +118,123 @@ std::ptrdiff_t write(int descriptor, const void *bytes, std::size_t size) {
 
 int close(int descriptor) {
     return _close(descriptor);
+}
+
+// ---- Converters of text ----
+
+const char *const kWhereEncodingsAre = "a code page of Windows by its number, koi8-r, iso-8859-15 and the like by name";
+
+namespace {
+
+constexpr struct {
+    const char *name;
+    UINT page;
+} kNames[] = {{"koi8-r", 20866}, {"koi8-u", 21866},       {"euc-jp", 20932},    {"gb18030", 54936},
+              {"tis-620", 874},  {"mac-cyrillic", 10007}, {"mac-greek", 10006}, {"mac-turkish", 10081},
+              {"mac-ce", 10029}, {"johab", 1361},         {"big5-hkscs", 951}};
+
+// 0 for none, and for one that cannot tell what is no character of it.
+UINT page_of(const std::string &encoding) {
+    UINT page = 0;
+    for (const auto &known : kNames)
+        if (encoding == known.name) page = known.page;
+    std::string_view digits = encoding;
+    constexpr std::string_view iso = "iso-8859-";
+    constexpr UINT first_iso = 28590;
+    for (const std::string_view prefix :
+         {iso, std::string_view("windows-"), std::string_view("cp"), std::string_view("ibm")})
+        if (page == 0 && digits.starts_with(prefix)) {
+            digits.remove_prefix(prefix.size());
+            break;
+        }
+    const bool is_iso = page == 0 && encoding.starts_with(iso);
+    UINT number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (page == 0 && error == std::errc{} && end == digits.data() + digits.size())
+        page = is_iso ? first_iso + number : number;
+    constexpr UINT symbols = 42, first_own = 65000;
+    wchar_t unit = 0;
+    const bool tells =
+        page > symbols && page < first_own && MultiByteToWideChar(page, MB_ERR_INVALID_CHARS, "a", 1, &unit, 1) == 1;
+    return tells ? page : 0;
+}
+
+// One character at a time: the system says nothing of where a text is wrong.
+class CodePage final : public Transcoder {
+  public:
+    CodePage(UINT page, bool reads) : page_(page), reads_(reads) {}
+
+    Result convert(std::span<const std::uint8_t> source, std::span<std::uint8_t> destination) override {
+        Result done{Result::done, 0, 0, 0};
+        while (done.read < source.size()) {
+            std::uint8_t bytes[8];
+            const Result one =
+                reads_ ? read(source.subspan(done.read), bytes) : write(source.subspan(done.read), bytes);
+            done.stop =
+                one.stop == Result::done && one.written > destination.size() - done.written ? Result::full : one.stop;
+            done.bad = done.stop == Result::fault ? one.bad : 0;
+            if (done.stop != Result::done) return done;
+            std::memcpy(destination.data() + done.written, bytes, one.written);
+            done.read += one.read;
+            done.written += one.written;
+        }
+        return done;
+    }
+
+  private:
+    Result read(std::span<const std::uint8_t> source, std::uint8_t *bytes) const {
+        constexpr std::size_t longest = 4;
+        constexpr std::uint8_t first_trail_byte = 0x40;
+        for (std::size_t size = 1; size <= std::min(source.size(), longest); ++size) {
+            wchar_t units[4];
+            const int count =
+                MultiByteToWideChar(page_, MB_ERR_INVALID_CHARS, reinterpret_cast<const char *>(source.data()),
+                                    static_cast<int>(size), units, 4);
+            if (count <= 0) continue;
+            std::memcpy(bytes, units, static_cast<std::size_t>(count) * sizeof *units);
+            return {Result::done, size, static_cast<std::size_t>(count) * sizeof *units, 0};
+        }
+        const bool leads = IsDBCSLeadByteEx(page_, source[0]) != 0;
+        if (leads && source.size() < 2) return {Result::incomplete, 0, 0, 0};
+        const bool takes_next = leads && source[1] >= first_trail_byte;
+        return {Result::fault, 0, 0, std::size_t{takes_next ? 2U : 1U}};
+    }
+
+    Result write(std::span<const std::uint8_t> source, std::uint8_t *bytes) const {
+        if (source.size() < 2) return {Result::incomplete, 0, 0, 0};
+        wchar_t units[2];
+        std::memcpy(units, source.data(), sizeof *units);
+        const std::size_t size = units[0] >= 0xD800 && units[0] < 0xDC00 && source.size() >= 4 ? 4 : 2;
+        std::memcpy(units, source.data(), size);
+        char text[8];
+        const int count =
+            WideCharToMultiByte(page_, 0, units, static_cast<int>(size / 2), text, sizeof text, nullptr, nullptr);
+        // It writes another character for one that the page lacks.
+        wchar_t back[4] = {};
+        const int units_back = count <= 0 ? 0 : MultiByteToWideChar(page_, MB_ERR_INVALID_CHARS, text, count, back, 4);
+        if (units_back != static_cast<int>(size / 2) || std::memcmp(back, units, size) != 0)
+            return {Result::fault, 0, 0, size};
+        std::memcpy(bytes, text, static_cast<std::size_t>(count));
+        return {Result::done, size, static_cast<std::size_t>(count), 0};
+    }
+
+    UINT page_;
+    bool reads_;
+};
+
+std::unique_ptr<Transcoder> open_page(const std::string &encoding, bool reads) {
+    const UINT page = page_of(encoding);
+    return page != 0 ? std::make_unique<CodePage>(page, reads) : nullptr;
+}
+
+} // namespace
+
+std::unique_ptr<Transcoder> open_reader(const std::string &encoding) {
+    return open_page(encoding, true);
+}
+
+std::unique_ptr<Transcoder> open_writer(const std::string &encoding) {
+    return open_page(encoding, false);
 }
 
 bool may_write(const char *path) {

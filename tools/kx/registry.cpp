@@ -321,6 +321,12 @@ std::uint32_t read_standard_input(std::string &bytes) {
 int import_file(const std::string &path, const std::string &settings_path) {
     platform::FileContent content;
     std::uint32_t status = path == "-" ? read_standard_input(content.bytes) : platform::read_file(path, content);
+    constexpr std::string_view older = "REGEDIT4";
+    if (content.bytes.size() >= older.size() && std::equal(older.begin(), older.end(), content.bytes.begin())) {
+        report(kUsageText.command,
+               path + ": files of the older form, REGEDIT4, are not taken; export it in the newer one");
+        return kFailure;
+    }
     const auto other = status == platform::kSuccess ? platform::parse_registry(std::move(content.bytes)) : std::nullopt;
     if (!other) return fail(path, status == platform::kSuccess ? std::uint32_t{platform::kDamaged} : status);
     status = platform::change_registry([&](const RegistryFile &file) {

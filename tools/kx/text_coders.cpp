@@ -10,7 +10,10 @@ namespace {
 // One converter of the library, from one form to another.
 class Conversion {
   public:
-    Conversion(const KxTextForm &from, const KxTextForm &to) { KxTextPrepare(&converter_, &from, &to, 0); }
+    Conversion(const KxTextForm &from, const KxTextForm &to, bool composes = true) {
+        KxTextPrepare(&converter_, &from, &to, 0);
+        if (!composes) kxstr::text::keep_marks_apart(converter_);
+    }
 
     KxTextResult convert(std::span<const std::uint8_t> source, bool last, void *to, std::size_t room) {
         KxTextResult result;
@@ -31,8 +34,8 @@ KxTextForm kx_text(const CodePage &page) {
 
 class TextDecoder final : public Decoder {
   public:
-    TextDecoder(const KxTextForm &form, const CodePage &text_page)
-        : form_(form.form), conversion_(form, kx_text(text_page)) {}
+    TextDecoder(const KxTextForm &form, const CodePage &text_page, bool composes)
+        : form_(form.form), conversion_(form, kx_text(text_page), composes) {}
 
     Result decode(const Chunk &chunk, DecodedText &units) override {
         const std::size_t mark = chunk.offset == 0 ? KxTextMark(form_, chunk.bytes.data(), chunk.bytes.size()) : 0;
@@ -76,8 +79,8 @@ class TextEncoder final : public Encoder {
 
 } // namespace
 
-std::unique_ptr<Decoder> make_text_decoder(const KxTextForm &form, const CodePage &text_page) {
-    return std::make_unique<TextDecoder>(form, text_page);
+std::unique_ptr<Decoder> make_text_decoder(const KxTextForm &form, const CodePage &text_page, bool composes) {
+    return std::make_unique<TextDecoder>(form, text_page, composes);
 }
 
 std::unique_ptr<Encoder> make_text_encoder(const CodePage &text_page, const KxTextForm &form) {

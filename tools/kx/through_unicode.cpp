@@ -397,8 +397,8 @@ namespace {
 
 class UnicodeDecoder final : public Decoder {
   public:
-    UnicodeDecoder(const Encoding &form, const CodePage &text_page)
-        : text_(form), decoder_(make_text_decoder(*text_form(kUnits, text_page), text_page)) {}
+    UnicodeDecoder(const Encoding &form, const CodePage &text_page, bool composes)
+        : text_(form), decoder_(make_text_decoder(*text_form(kUnits, text_page), text_page, composes)) {}
 
     void begin() override { text_.begin(); }
 
@@ -408,6 +408,7 @@ class UnicodeDecoder final : public Decoder {
         const std::size_t first = units.places.size();
         const bool last = (chunk.last && text_.size() == chunk.bytes.size()) || text_.bad() != 0;
         const Result done = decoder_->decode({text_.units(), inside, last}, units);
+        decoded_ = done.consumed;
         for (std::size_t i = first; i < units.places.size(); ++i)
             units.places[i] = static_cast<std::uint32_t>(text_.place(units.places[i]));
         const std::size_t consumed = text_.place(done.consumed);
@@ -416,10 +417,12 @@ class UnicodeDecoder final : public Decoder {
     }
 
     std::optional<char32_t> character_at(std::uint64_t offset) override { return text_.character_at(offset); }
+    Bytes unicode() const override { return text_.units().first(decoded_); }
 
   private:
     UnicodeText text_;
     std::unique_ptr<Decoder> decoder_;
+    std::size_t decoded_ = 0; // bytes of the units
 };
 
 // What both directions that end in a form beyond Unicode have.
@@ -500,8 +503,8 @@ class UnicodeConverter final : public Converter {
 
 } // namespace
 
-std::unique_ptr<Decoder> make_decoder_through_unicode(const Encoding &form, const CodePage &text_page) {
-    return std::make_unique<UnicodeDecoder>(form, text_page);
+std::unique_ptr<Decoder> make_decoder_through_unicode(const Encoding &form, const CodePage &text_page, bool composes) {
+    return std::make_unique<UnicodeDecoder>(form, text_page, composes);
 }
 
 std::unique_ptr<Encoder> make_encoder_through_unicode(const CodePage &text_page, const Encoding &form) {

@@ -18,7 +18,7 @@ std::unique_ptr<Transcoder> make_writer(const Encoding &form);
 // The bytes of a character in a form that goes through Unicode; empty where it has none.
 ByteBuffer bytes_of_character(char32_t character, const Encoding &form);
 
-std::unique_ptr<Decoder> make_decoder_through_unicode(const Encoding &form, const CodePage &text_page);
+std::unique_ptr<Decoder> make_decoder_through_unicode(const Encoding &form, const CodePage &text_page, bool composes);
 std::unique_ptr<Encoder> make_encoder_through_unicode(const CodePage &text_page, const Encoding &form);
 std::unique_ptr<Converter> make_converter_through_unicode(const Encoding &from, const Encoding &to,
                                                           const CodePage &text_page, const CodePage &written_page);
