@@ -98,7 +98,7 @@ class Chart(KxTest):
         self.assertEqual([chr(cell[2]) for cell in charts["Code page 932, lead byte 88"]][:2], ["亜", "唖"])
 
     def test_command_line(self):
-        for arguments, message in (("--set 20", "no characters in set 20"), ("--set 1x", "no set '1x'"),
+        for arguments, message in (("--set 20", "no characters in set 20"), ("--set 1x", "'1x' is no number"),
                                    ("--set 300", "no set '300'"), ("--page 7", "no code page '7'"),
                                    ("--page utf-8", "no code page 'utf-8'"), ("--set 1 --page 852", "not both"),
                                    ("-l xx", "no language 'xx'"), ("file", "takes no files")):

@@ -116,7 +116,7 @@ class Pages(KxTest):
     def test_completion(self):
         self.assertEqual(complete("kx co"), ["convert", "codepages"])
         for line, wanted in (("kx convert --ou", ["--output", "--output-dir"]), ("kx convert --eol=", ["keep", "lf", "crlf"]),
-                             ("kx convert -f aut", ["auto"]), ("kx convert --to utf-1", ["utf-16le", "utf-16be"]),
+                             ("kx convert -f aut", ["auto"]), ("kx convert --to utf-1", ["utf-16", "utf-16le", "utf-16be"]),
                              ("kx convert --ansi 125", [f"125{digit}" for digit in range(9)]),
                              ("kx case up", ["upper"]), ("kx registry --type=dw", ["dword"]), ("kx help de", ["detect"]),
                              (f"kx dump {KX.parent}/CMakeCa", [f"{KX.parent}/CMakeCache.txt"]),

@@ -57,7 +57,7 @@ class Letters(KxTest):
             ("case", "nothing to do is named"),
             ("case sideways", "does not know 'sideways'"),
             ("width double", "of which country?"),
-            ("width double --country=atlantis", "--country: no 'atlantis'"),
+            ("width double --country=atlantis", "no country 'atlantis'"),
             ("han latin", "does not know 'latin'"),
         ):
             with self.subTest(arguments):

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
 
 #include "coders.h"
 #include "line_ends.h"
@@ -356,8 +357,16 @@ std::string list_of_encodings() {
             "names that it has there (";
     text += os::kWhereEncodingsAre;
     text += "). Here they are, among others:\n ";
-    for (const char *name : kOfSystems)
-        if (system_has(name)) text.append(" ").append(name);
+    constexpr std::size_t width = 100;
+    std::size_t line = text.size() - 1;
+    for (const char *name : kOfSystems) {
+        if (!system_has(name)) continue;
+        if (text.size() - line + std::strlen(name) >= width) {
+            line = text.size() + 1;
+            text += "\n ";
+        }
+        text.append(" ").append(name);
+    }
     return text + '\n';
 }
 

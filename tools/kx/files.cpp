@@ -28,12 +28,12 @@ std::int64_t now_in_milliseconds() {
 } // namespace
 
 void report(const char *command, const std::string &what, int error) {
-    std::string line = command;
-    if (has_colours(os::kStandardError)) line = kBold + line + kPlain;
-    line += ": " + what;
+    // Without memory of its own: that there is none left may be what it tells.
+    const bool bold = has_colours(os::kStandardError);
     // NOLINTNEXTLINE(concurrency-mt-unsafe): glibc and the Windows runtime keep a text for each thread
-    if (error != 0) line += std::string(": ") + std::strerror(error);
-    std::fprintf(stderr, "%s\n", line.c_str());
+    const char *const reason = error != 0 ? std::strerror(error) : "";
+    std::fprintf(stderr, "%s%s%s: %s%s%s\n", bold ? kBold : "", command, bold ? kPlain : "", what.c_str(),
+                 error != 0 ? ": " : "", reason);
 }
 
 bool has_colours(int descriptor) {

@@ -85,14 +85,14 @@ inline constexpr Option kQuiet{'q', "quiet", nullptr,
                                "do not tell which characters were left out or came out as others"};
 inline constexpr Option kYes{kYesId, "yes", nullptr, "with -f auto: take the best answer, though others are close"};
 inline constexpr Option kList{kListId, "list", nullptr, "list the forms and the code pages"};
-inline constexpr Option kCountry{
-    kCountryId,
-    "country",
-    "NAME",
-    "japanese, korean, traditional-chinese, simplified-chinese, or a language of theirs; or none",
-    Kind::text,
-    0,
-    "none japanese korean traditional-chinese simplified-chinese"};
+inline constexpr Option kCountry{kCountryId,
+                                 "country",
+                                 "NAME",
+                                 "japanese, korean, traditional-chinese, simplified-chinese or none; or\n"
+                                 "one of their languages",
+                                 Kind::text,
+                                 0,
+                                 "none japanese korean traditional-chinese simplified-chinese"};
 
 // Streams.
 inline constexpr Option kKeep{kKeepId, "keep", "LIST",

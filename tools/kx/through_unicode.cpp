@@ -461,10 +461,10 @@ class UnicodeEncoder final : public Encoder {
         while (done < units.size()) {
             const auto some = units.subspan(done, std::min(block, units.size() - done));
             unicode_.clear();
-            const std::size_t count = encoder_->encode(some, unicode_); // a unit of UTF-16 each
-            done += writer_.write(unicode_, bytes).read / 2;
-            if (unicode_.size() / 2 != some.size() || count != some.size()) break;
-            if (done % block != 0 && done != units.size()) break;
+            encoder_->encode(some, unicode_); // a unit of UTF-16 each, up to the first that has none
+            const std::size_t count = writer_.write(unicode_, bytes).read / 2;
+            done += count;
+            if (count != some.size()) break;
         }
         return done;
     }
