@@ -6,6 +6,7 @@
 
 #include "coders.h"
 #include "line_ends.h"
+#include "tables/tool_pages.h"
 #include "text/scalars.h"
 
 namespace kx {
@@ -13,17 +14,36 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 using kxstr::text::ByteOrder;
+namespace tables = kxstr::tables;
 
 const Encoding kUnits{EncodingKind::utf16le, {}};
-constexpr std::size_t kMostUnits = 4; // bytes of a character in UTF-16
+constexpr std::size_t kMostUnits = 4;          // bytes of a character in UTF-16
+constexpr std::uint32_t kNoCharacter = 0xFFFD; // of a table
 
 // ---- Converters of our own ----
+
+// The number or the name of one of the tool's own pages.
+const tables::ToolPage *table_page(const Encoding &form) {
+    for (const tables::ToolPage &page : tables::kToolPages)
+        for (const char *const before : {"", "cp", "dos-"})
+            if (form.name == before + std::to_string(page.number)) return &page;
+    return nullptr;
+}
+
+struct OwnForm {
+    explicit OwnForm(const Encoding &encoding)
+        : size(unit_size(encoding)), high_first(is_high_first(encoding)), page(table_page(encoding)) {}
+
+    std::size_t size; // bytes of a unit
+    bool high_first;
+    const tables::ToolPage *page; // null for ASCII, which is a page without the bytes from 80 up
+};
 
 // Between UTF-16 and a form of other characters, one at a time.
 class ByCharacters final : public Transcoder {
   public:
-    using Read = kxstr::text::Scalar(const Encoding &form, Bytes source);
-    using Write = std::size_t(const Encoding &form, std::uint32_t character, std::uint8_t *bytes); // at most 4, or 0
+    using Read = kxstr::text::Scalar(const OwnForm &form, Bytes source);
+    using Write = std::size_t(const OwnForm &form, std::uint32_t character, std::uint8_t *bytes); // at most 4, or 0
 
     ByCharacters(const Encoding &from, const Encoding &to, Read *read, Write *write)
         : from_(from), to_(to), read_(read), write_(write) {}
@@ -50,78 +70,50 @@ class ByCharacters final : public Transcoder {
     }
 
   private:
-    Encoding from_, to_;
+    OwnForm from_, to_;
     Read *read_;
     Write *write_;
 };
 
-kxstr::text::Scalar read_utf16(const Encoding &, Bytes source) {
+kxstr::text::Scalar read_utf16(const OwnForm &, Bytes source) {
     return kxstr::text::read_utf16(source, ByteOrder::low_first);
 }
 
-std::size_t write_utf16(const Encoding &, std::uint32_t character, std::uint8_t *bytes) {
+std::size_t write_utf16(const OwnForm &, std::uint32_t character, std::uint8_t *bytes) {
     return kxstr::text::write_utf16(character, bytes, ByteOrder::low_first);
 }
 
-kxstr::text::Scalar read_utf32(const Encoding &form, Bytes source) {
+kxstr::text::Scalar read_utf32(const OwnForm &form, Bytes source) {
     using kxstr::text::Scalar;
-    const std::size_t size = unit_size(form);
+    const std::size_t size = form.size;
     if (source.size() < size) return {Scalar::incomplete, source.size(), 0};
     std::uint32_t value = 0;
     for (std::size_t i = 0; i < size; ++i)
-        value = value << 8 | source[is_high_first(form) ? i : size - 1 - i];
+        value = value << 8 | source[form.high_first ? i : size - 1 - i];
     const bool is_one = value <= kxstr::text::kLastScalar && !kxstr::text::is_surrogate(value);
     return {is_one ? Scalar::character : Scalar::malformed, size, value};
 }
 
-std::size_t write_utf32(const Encoding &form, std::uint32_t character, std::uint8_t *bytes) {
-    const std::size_t size = unit_size(form);
-    for (std::size_t i = 0; i < size; ++i)
-        bytes[is_high_first(form) ? size - 1 - i : i] = static_cast<std::uint8_t>(character >> (8 * i));
-    return size;
+std::size_t write_utf32(const OwnForm &form, std::uint32_t character, std::uint8_t *bytes) {
+    for (std::size_t i = 0; i < form.size; ++i)
+        bytes[form.high_first ? form.size - 1 - i : i] = static_cast<std::uint8_t>(character >> (8 * i));
+    return form.size;
 }
 
-// Pages that not every system has, though they are found in old files: the characters from 80 up. U+FFFD: none.
-struct TablePage {
-    const char *names[3];
-    char16_t characters[129];
-};
-constexpr TablePage kTablePages[] = {
-    {{"720", "cp720", "dos-720"},
-     u"\u0080\u0081\u00E9\u00E2\u0084\u00E0\u0086\u00E7\u00EA\u00EB\u00E8\u00EF\u00EE\u008D\u008E\u008F"
-     u"\u0090\u0651\u0652\u00F4\u00A4\u0640\u00FB\u00F9\u0621\u0622\u0623\u0624\u00A3\u0625\u0626\u0627"
-     u"\u0628\u0629\u062A\u062B\u062C\u062D\u062E\u062F\u0630\u0631\u0632\u0633\u0634\u0635\u00AB\u00BB"
-     u"\u2591\u2592\u2593\u2502\u2524\u2561\u2562\u2556\u2555\u2563\u2551\u2557\u255D\u255C\u255B\u2510"
-     u"\u2514\u2534\u252C\u251C\u2500\u253C\u255E\u255F\u255A\u2554\u2569\u2566\u2560\u2550\u256C\u2567"
-     u"\u2568\u2564\u2565\u2559\u2558\u2552\u2553\u256B\u256A\u2518\u250C\u2588\u2584\u258C\u2590\u2580"
-     u"\u0636\u0637\u0638\u0639\u063A\u0641\u00B5\u0642\u0643\u0644\u0645\u0646\u0647\u0648\u0649\u064A"
-     u"\u2261\u064B\u064C\u064D\u064E\u064F\u0650\u2248\u00B0\u2219\u00B7\u221A\u207F\u00B2\u25A0\u00A0"},
-};
-
-const TablePage *table_page(const Encoding &form) {
-    for (const TablePage &page : kTablePages)
-        for (const char *name : page.names)
-            if (form.name == name) return &page;
-    return nullptr;
-}
-
-// ASCII is a page without those.
-kxstr::text::Scalar read_byte(const Encoding &form, Bytes source) {
+kxstr::text::Scalar read_byte(const OwnForm &form, Bytes source) {
     using kxstr::text::Scalar;
-    const TablePage *const page = table_page(form);
-    if (source[0] >= 0x80 && page == nullptr) return {Scalar::malformed, 1, 0};
-    return {Scalar::character, 1, source[0] < 0x80 ? source[0] : std::uint32_t{page->characters[source[0] - 0x80]}};
+    if (source[0] < 0x80) return {Scalar::character, 1, source[0]};
+    const std::uint32_t character = form.page != nullptr ? form.page->characters[source[0] - 0x80] : kNoCharacter;
+    return {character != kNoCharacter ? Scalar::character : Scalar::malformed, 1, character};
 }
 
-std::size_t write_byte(const Encoding &form, std::uint32_t character, std::uint8_t *bytes) {
+std::size_t write_byte(const OwnForm &form, std::uint32_t character, std::uint8_t *bytes) {
     bytes[0] = static_cast<std::uint8_t>(character);
     if (character < 0x80) return 1;
-    const TablePage *const page = table_page(form);
-    if (page == nullptr) return 0;
-    const auto all = std::span(page->characters).first(0x80);
-    const auto found = std::ranges::find(all, character);
-    bytes[0] = static_cast<std::uint8_t>(0x80 + (found - all.begin()));
-    return found != all.end() ? 1 : 0;
+    if (form.page == nullptr || character == kNoCharacter) return 0;
+    const auto *const found = std::ranges::find(form.page->characters, character);
+    bytes[0] = static_cast<std::uint8_t>(0x80 + (found - form.page->characters.begin()));
+    return found != form.page->characters.end() ? 1 : 0;
 }
 
 // The library's conversion.
@@ -227,7 +219,8 @@ ByteBuffer bytes_of_character(char32_t character, const Encoding &form) {
     ByteBuffer bytes;
     const auto writer = make_writer(form);
     if (!writer) return bytes;
-    const auto done = convert_all(*writer, Bytes(units, write_utf16(kUnits, character, units)), bytes);
+    const auto done =
+        convert_all(*writer, Bytes(units, kxstr::text::write_utf16(character, units, ByteOrder::low_first)), bytes);
     if (done.stop != Transcoder::Result::done) return {};
     end(*writer, bytes);
     return bytes;
@@ -438,7 +431,7 @@ class UnicodeWriter {
     Transcoder::Result write(Bytes units, ByteBuffer &bytes) { return convert_all(*writer_, units, bytes); }
     bool append(char32_t character, ByteBuffer &bytes) {
         std::uint8_t units[kMostUnits];
-        const std::size_t size = write_utf16(kUnits, character, units);
+        const std::size_t size = kxstr::text::write_utf16(character, units, ByteOrder::low_first);
         return write({units, size}, bytes).stop == Transcoder::Result::done;
     }
 
