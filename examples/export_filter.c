@@ -186,8 +186,8 @@ int main(int argc, char **argv) {
     end_line(&out);
 
     status = out.replaced != 0;
-    if (out.no_markup != 0) fprintf(stderr, "%lu signs stand for themselves\n", out.no_markup);
-    if (out.replaced != 0) fprintf(stderr, "%lu characters became question marks\n", out.replaced);
+    if (out.no_markup != 0) fprintf(stderr, "signs that begin no markup: %lu\n", out.no_markup);
+    if (out.replaced != 0) fprintf(stderr, "question marks in place of characters: %lu\n", out.replaced);
     if (ferror(in) || ferror(out.file) | fclose(out.file)) {
         fputs("a file could not be read or written\n", stderr);
         status = 2;

@@ -136,10 +136,10 @@ int main(int argc, char **argv) {
     flush(&out);
 
     status = damaged != 0 || unknown_codes != 0;
-    if (damaged != 0) fprintf(stderr, "%lu damaged bytes were left out\n", damaged);
-    if (unknown_codes != 0) fprintf(stderr, "%lu codes were left out\n", unknown_codes);
+    if (damaged != 0) fprintf(stderr, "damaged bytes that were left out: %lu\n", damaged);
+    if (unknown_codes != 0) fprintf(stderr, "codes that were left out: %lu\n", unknown_codes);
     if (out.unknown_characters != 0)
-        fprintf(stderr, "%lu characters without a Unicode value are in markup\n", out.unknown_characters);
+        fprintf(stderr, "characters without a Unicode value, in markup: %lu\n", out.unknown_characters);
     if (terminated && (at != end || fgetc(in) != EOF)) {
         fprintf(stderr, "byte %lu: the stream ends, and what follows was left out\n", before + (unsigned long)at - 1);
         status = 1;

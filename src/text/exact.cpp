@@ -34,6 +34,10 @@ std::uint16_t unit_of_pair(const tables::WindowsPage &page, std::uint16_t code) 
 
 } // namespace
 
+bool has_published_mapping(const CodePage &page) noexcept {
+    return published(page) != nullptr;
+}
+
 std::uint16_t unit_of_code(const CodePage &page, std::uint16_t code) noexcept {
     if (code < 0x20 || code == 0x7F) return code;
     const tables::WindowsPage *const table = published(page);

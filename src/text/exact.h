@@ -7,6 +7,8 @@
 
 namespace kxstr::text {
 
+// Whether there is one, so that every code of the page is a character of its own.
+bool has_published_mapping(const CodePage &page) noexcept;
 // The unit of a byte or double-byte code, or kNone.
 std::uint16_t unit_of_code(const CodePage &page, std::uint16_t code) noexcept;
 // The code of a unit in a double-byte page, or kNone.

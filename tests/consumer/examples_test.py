@@ -50,7 +50,7 @@ class Examples(unittest.TestCase):
         stream = (b"A\x80\x84b\xcc\xf2\x0c\xf2<&>\xf3\x0c\xf3\xcf\xf2\x05\xf2\xf0\x29\x01\xf0\xf3\x05\xf3" +
                   b"\xf0\x09\xf9\xf0\x07\xf0\xff\xff\xf0")
         text = "A -b\n<b>&lt;&amp;></b><soft/><a5>é</a5>\t<kx 0007/><kx FFFF/>"
-        one = "1 characters without a Unicode value are in markup\n"
+        one = "characters without a Unicode value, in markup: 1\n"
         self.assertEqual(self.filter("import_filter", stream), (text.encode(), one))
         self.assertEqual(self.filter("import_filter", b"\xf0\x5f\x25\xf0", "932"), ("あ".encode(), ""))
         for damaged, place in ((b"\xd4\1\xff\xff", "byte 9: the code D4 is cut off"),
@@ -67,7 +67,7 @@ class Examples(unittest.TestCase):
     def test_export_and_back(self):
         text = "\ufeffa\r\n<b>&lt;&amp;x</b><soft/>\r\r\né<a255><kx 0007/>\t😀"
         stream = b"a\xcc\xf2\x0c\xf2<&x\xf3\x0c\xf3\xcf\xcf\xcc\xf0\x29\x01\xf0\xf2\xff\xf2\x07\xf0\x09\xf9\xf0?"
-        said = "line 3: KX text has no F0 9F 98 80 (😀)\n1 characters became question marks\n"
+        said = "line 3: KX text has no F0 9F 98 80 (😀)\nquestion marks in place of characters: 1\n"
         self.assertEqual(self.filter("export_filter", text.encode(), status=1), (stream, said))
         self.assertEqual(self.filter("export_filter", b"<i>&nbsp;<")[0], b"<i>&nbsp;<")
         self.assertEqual(self.filter("export_filter", b"a\0b\xffc", status=1)[0], b"a?b?c")

@@ -125,7 +125,7 @@ class Archives(Folder):
                       "0 replaced, 26 left out, 0 united\n", result.stderr.decode())
 
     def test_strict(self):
-        for source, data, place in (("1252", b"ab\xadc\xa6", "3: byte 2: AD"), ("1255", b"\xc9", "1: byte 0: C9"),
+        for source, data, place in (("1252", b"ab\xadc\xa6", "3: byte 2: U+00AD (AD)"), ("1255", b"\xc9", "1: byte 0: U+05B9 (C9)"),
                                     ("utf-8", "\ufeffé\u00ad".encode(), "2: byte 5: U+00AD (C2 AD)")):
             self.assert_fails(f"convert -f {source} -t kx --strict", data=data, output=None,
                               message=f":1:{place} becomes another character from {source}")

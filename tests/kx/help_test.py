@@ -118,6 +118,7 @@ class Pages(KxTest):
         for line, wanted in (("kx convert --ou", ["--output", "--output-dir"]), ("kx convert --eol=", ["keep", "lf", "crlf"]),
                              ("kx convert -f aut", ["auto"]), ("kx convert --to utf-1", ["utf-16", "utf-16le", "utf-16be"]),
                              ("kx convert --ansi 125", [f"125{digit}" for digit in range(9)]),
+                             ("kx convert -t koi8", ["koi8-r", "koi8-u"]), ("kx convert -t th", []),
                              ("kx case up", ["upper"]), ("kx registry --type=dw", ["dword"]), ("kx help de", ["detect"]),
                              (f"kx dump {KX.parent}/CMakeCa", [f"{KX.parent}/CMakeCache.txt"]),
                              (f"kx convert -O {KX.parent}/CMakeCa", [])):

@@ -25,6 +25,8 @@ def kx(*arguments, data=b""):
 
 class Pages(unittest.TestCase):
     def test_samples_and_codecs(self):
+        names = ("kamenicky", "Mazovia", "windows1251", "cp-1251", "windows-31j", "iso8859-2", "mac_roman")
+        self.assertEqual("".join(kxstr.decode(b"\xb1", name) for name in names), "▒▒±±ｱą±")
         for path in sorted(TEXTS.glob("*.txt")):
             page, data = path.stem.rsplit("-", 1)[1], path.read_bytes()
             text = (TEXTS / "utf-8" / path.name).read_bytes().decode()
@@ -69,7 +71,7 @@ class Pages(unittest.TestCase):
                 self.assertEqual(ours, theirs, (data, handler))
         codecs.register_error("back", lambda fault: ("?", -1))
         self.assertEqual(kxstr.encode("a€€€b", 437, "back"), b"a?b")
-        for page in (0, 99999, 12345, "koi8-x", "kx-"):
+        for page in (0, 99999, 12345, "koi8-x", "kx-852", "", "é852"):
             self.assertRaises(LookupError, kxstr.decode, b"", page)
         self.assertRaises(LookupError, codecs.lookup, "kx-12345")
         self.assertRaises(UnicodeDecodeError, b"a\x82".decode, "kx-932")

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "line_ends.h"
+#include "text/exact.h"
 #include "text/scalars.h"
 
 namespace kx {
@@ -26,7 +27,7 @@ ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const T
       direct_(transform == nullptr && !decoder && !is_kx_encoding(to)
                   ? Converter::make(from, to, pages.text, pages.written)
                   : nullptr),
-      naming_(direct_ && from.kind == EncodingKind::code_page
+      naming_(from.kind == EncodingKind::code_page
                   ? Converter::make(from, {EncodingKind::utf8, {}}, pages.text, pages.written)
                   : nullptr),
       encoder_(make_encoder(to, pages.text, pages.written)) {
@@ -34,7 +35,7 @@ ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const T
         around_ = Converter::make(from, to, pages.text, pages.written);
     decoder_ =
         decoder ? std::move(decoder) : make_decoder(from, pages.text, is_kx_encoding(to), /* composes = */ !around_);
-    if (naming_ && !is_double_byte(from.page)) find_united_bytes();
+    if (direct_ && naming_ && !is_double_byte(from.page)) find_united_bytes();
     // What is KX text already has nothing to be united any more.
     const Encoding back = goes_through_unicode(from) ? Encoding{EncodingKind::utf16le, {}} : from;
     if ((transform != nullptr || is_kx_encoding(to)) && !is_kx_encoding(from))
@@ -268,6 +269,8 @@ std::optional<char32_t> ChunkConverter::code_point(const Chunk &chunk, const Cha
         return value ? told(*value) : std::nullopt;
     }
     if (naming_) {
+        // What a byte was before it was united only a published mapping knows.
+        if (change.kind == Change::united && !kxstr::text::has_published_mapping(from_.page)) return std::nullopt;
         ByteBuffer utf8;
         const auto done = naming_->convert({bytes, 1, true}, utf8);
         const auto value =

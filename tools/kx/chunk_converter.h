@@ -81,7 +81,7 @@ class ChunkConverter {
     std::optional<Transform> transform_;                // a copy, with tables of its own
     std::unique_ptr<Converter> direct_;                 // without KX text between; null: by the next two
     std::optional<std::array<bool, 256>> united_bytes_; // of such a page, if it has any
-    std::unique_ptr<Converter> naming_;                 // to UTF-8, where it is direct and the input is a code page's
+    std::unique_ptr<Converter> naming_;                 // to UTF-8, where the input is a code page's
     std::unique_ptr<Decoder> decoder_;
     std::unique_ptr<Encoder> encoder_;
     std::unique_ptr<Encoder> back_; // to the form of the input, where characters may be united; else null

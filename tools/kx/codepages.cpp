@@ -64,8 +64,8 @@ constexpr Usage kUsageText{
     kActions,
 };
 
-// Nothing for text that names no code page of the library.
-std::optional<std::uint16_t> parse_page(const std::string &text) {
+// Nothing for text that names no code page of the library; then the fault says so.
+std::optional<std::uint16_t> parse_page(const std::string &text, std::string &fault) {
     std::uint16_t number = 0;
     const char *const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
@@ -73,7 +73,8 @@ std::optional<std::uint16_t> parse_page(const std::string &text) {
         (codepage::find_code_page(number) != nullptr || codepage::has_double_byte_rule(number)))
         return number;
     std::optional<CodePage> page;
-    if (!take_page(page, text).empty()) return std::nullopt;
+    fault = take_page(page, text);
+    if (!page) return std::nullopt;
     return static_cast<std::uint16_t>(page->kx_number);
 }
 
@@ -87,10 +88,6 @@ std::string take_language(std::string &language, const std::string &name) {
     if (found.language != nullptr) language = found.language->code;
     if (language == "US") language = "EN"; // which the library starts with
     return found.fault;
-}
-
-std::string no_page(const std::string &text) {
-    return "no code page '" + text + "'; `kx codepages` lists them";
 }
 
 // The character of a byte, as KX text has it; empty where there is none.
@@ -243,8 +240,9 @@ int run_codepages(int argc, char **argv) {
             return "";
         }
         if (id == kDosId || id == kWindowsId) {
-            const auto page = (id == kDosId ? dos : windows) = parse_page(argument.text);
-            return page ? "" : no_page(argument.text);
+            std::string fault;
+            (id == kDosId ? dos : windows) = parse_page(argument.text, fault);
+            return fault;
         }
         return take_language(languages.emplace_back(), argument.text);
     });
@@ -261,8 +259,9 @@ int run_codepages(int argc, char **argv) {
     if (dos || windows) return usage_error(kUsageText, "--dos and --windows go with set");
     if (operands.size() > 1) return usage_error(kUsageText, "one page at a time");
     if (operands.size() == 1) {
-        const auto page = parse_page(operands[0]);
-        if (!page) return usage_error(kUsageText, no_page(operands[0]));
+        std::string fault;
+        const auto page = parse_page(operands[0], fault);
+        if (!page) return usage_error(kUsageText, fault);
         return write_text(kUsageText.command, output, characters_of(*page)) ? kSuccess : kFailure;
     }
     std::ranges::copy(languages_with_settings(), std::back_inserter(languages));

@@ -177,14 +177,15 @@ std::string normalized(std::string_view name) {
     return text;
 }
 
-// "437", "cp437", "ibm437", "windows1252", of a normalized name.
+// "437" of "437", "cp437", "ibm437", of a normalized name.
+std::string_view without_prefix(std::string_view name) {
+    for (const std::string_view prefix : {"windows", "codepage", "xcp", "dos", "ibm", "win", "cp", "ms"})
+        if (name.starts_with(prefix)) return name.substr(prefix.size());
+    return name;
+}
+
 std::optional<std::uint32_t> page_number(std::string_view name) {
-    for (const std::string_view prefix : {"windows", "codepage", "xcp", "dos", "ibm", "win", "cp", "ms"}) {
-        if (name.starts_with(prefix)) {
-            name.remove_prefix(prefix.size());
-            break;
-        }
-    }
+    name = without_prefix(name);
     std::uint32_t number = 0;
     const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
     if (error != std::errc{} || end != name.data() + name.size()) return std::nullopt;
@@ -223,23 +224,28 @@ std::optional<Encoding> find_own(const std::string &wanted) {
     return std::nullopt;
 }
 
-// Names of ours that somebody may have meant, and of the system's that people ask for.
-std::string near_names(const std::string &wanted) {
+// Names of ours that somebody may have meant and, unless only pages will do, of the system's that people ask for.
+std::string near_names(const std::string &wanted, bool only_pages) {
     constexpr std::size_t most = 4;
     std::vector<std::string> found;
-    const auto consider = [&](const char *name) {
-        if (name == nullptr || *name == 0) return;
-        const std::string small = normalized(name);
-        const bool starts = wanted.size() > 2 && (small.starts_with(wanted) || wanted.starts_with(small));
-        const bool near = small.size() > 3 && edit_distance(small, wanted) <= 1 + small.size() / 6;
-        if ((starts || near) && small.size() > 2) found.emplace_back(name);
+    const auto is_near = [](const std::string &small, const std::string &other) {
+        const bool starts = other.size() > 2 && (small.starts_with(other) || other.starts_with(small));
+        const bool near = small.size() > 3 && edit_distance(small, other) <= 1 + small.size() / 6;
+        return (starts || near) && small.size() > 2;
     };
-    for (const Form &form : kForms)
-        std::ranges::for_each(form.names, consider);
-    for (const NamedPage &page : kPages)
+    const auto consider = [&](const char *name) {
+        if (name != nullptr && *name != 0 && is_near(normalized(name), wanted)) found.emplace_back(name);
+    };
+    const std::string number(without_prefix(wanted));
+    for (const NamedPage &page : kPages) {
+        if (const std::string known = std::to_string(page.kx_number); is_near(known, number)) found.push_back(known);
         std::ranges::for_each(page.names, consider);
-    for (const char *name : kOfSystems)
-        consider(name);
+    }
+    if (!only_pages) {
+        for (const Form &form : kForms)
+            std::ranges::for_each(form.names, consider);
+        std::ranges::for_each(kOfSystems, consider);
+    }
     if (found.empty() || found.size() > most) return "";
     std::string text = "; nearest:";
     for (const std::string &one : found)
@@ -264,13 +270,16 @@ std::string take_encoding(std::optional<Encoding> &form, const std::string &name
     form = find_encoding(name);
     if (form) return "";
     return "no form or code page '" + name + "', nor has the system one; `kx convert --list` lists them" +
-           near_names(normalized(name));
+           near_names(normalized(name), false);
 }
 
 std::string take_page(std::optional<CodePage> &page, const std::string &name) {
     const std::optional<Encoding> form = find_own(normalized(name));
-    if (!form || form->kind != EncodingKind::code_page)
-        return "no code page '" + name + "'; `kx convert --list` lists them" + near_names(normalized(name));
+    if (!form || form->kind != EncodingKind::code_page) {
+        const std::string fault = "no code page '" + name + "'";
+        if (find_encoding(name)) return fault + ": it is a form of text, but the library has no table for it";
+        return fault + "; `kx convert --list` lists them" + near_names(normalized(name), true);
+    }
     page = form->page;
     return "";
 }

@@ -298,7 +298,8 @@ constexpr const char *kBashEnd = R"sh(    if ((COMP_CWORD == 1)); then
     elif [[ $kind == operand && -n $actions ]] && ((COMP_CWORD == 2)); then
         kind=words words=$actions
     elif [[ $kind == forms ]]; then
-        words+=" $("${COMP_WORDS[0]}" convert --list 2>/dev/null | sed -n 's/^  \([^ ]*\).*/\1/p')"
+        words+=" $("${COMP_WORDS[0]}" convert --list 2>/dev/null |
+            awk '/^These/ { all = 1 } /^  / { print all ? $0 : $1 }')"
         kind=words
     fi
     COMPREPLY=()
@@ -318,7 +319,8 @@ constexpr const char *kZshStart = R"sh(#compdef kx
 # zsh completion of kx, written by `kx --help=zsh`.
 
 _kx_forms() {
-  local -a forms=($@ ${(f)"$(kx convert --list 2>/dev/null | sed -n 's/^  \([^ ]*\).*/\1/p')"})
+  local -a forms=($@ ${(f)"$(kx convert --list 2>/dev/null |
+    awk '/^These/ { all = 1 } /^  / { print all ? $0 : $1 }' | tr ' ' '\n')"})
   compadd -a forms
 }
 

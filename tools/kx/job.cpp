@@ -93,9 +93,7 @@ class Work {
 
     bool take_change(const Input &input, const Chunk &chunk, const Change &change) {
         const std::span<const std::uint8_t> bytes = chunk.bytes.subspan(change.place, change.length);
-        std::optional<char32_t> character = converter_.code_point(chunk, change);
-        // What a byte of a page was before KX text united it is not known any more.
-        if (change.kind == Change::united && choices_.from->kind == EncodingKind::code_page) character.reset();
+        const std::optional<char32_t> character = converter_.code_point(chunk, change);
         if (change.kind == Change::united) {
             if (choices_.strict) return tell_fault(input, chunk, change, character, "becomes another character");
             result_.united.add(character, bytes);

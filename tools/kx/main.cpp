@@ -15,6 +15,7 @@
 #include "east_asian.h"
 #include "files.h"
 #include "help.h"
+#include "near.h"
 #include "os.h"
 #include "registry.h"
 #include "sort.h"
@@ -60,7 +61,11 @@ int run_command(char *name, int argc, char **argv) {
     const auto *const command = std::ranges::find_if(
         kCommands, [&](const kx::Command &one) { return one.run != nullptr && std::strcmp(name, one.name) == 0; });
     if (command != std::end(kCommands)) return command->run(argc, argv);
-    kx::report("kx", std::string("no command '") + name + "'; `kx --help` lists them");
+    std::string fault = std::string("no command '") + name + "'; `kx --help` lists them";
+    for (const kx::Command &one : kCommands)
+        if (kx::edit_distance(one.name, name) <= std::strlen(one.name) / 3)
+            fault.append("; nearest: ").append(one.name);
+    kx::report("kx", fault);
     return kx::kUsage;
 }
 

@@ -19,22 +19,27 @@ class Form(NamedTuple):
 
 
 _UTF8 = Form(native.UTF8, 0)
+# The names of `kx convert`, in small letters and figures; all else in a name does not count.
 _NAMES = {
-    "utf-8": _UTF8,
     "utf8": _UTF8,
-    "utf-16le": Form(native.UTF16LE, 0),
-    "utf-16-le": Form(native.UTF16LE, 0),
-    "utf-16be": Form(native.UTF16BE, 0),
-    "utf-16-be": Form(native.UTF16BE, 0),
+    "utf16le": Form(native.UTF16LE, 0),
+    "utf16be": Form(native.UTF16BE, 0),
     "kx": Form(native.KXLE, 0),
-    "latin1": Form(native.CODE_PAGE, 28591),
-    "shift-jis": Form(native.CODE_PAGE, 932),
-    "gbk": Form(native.CODE_PAGE, 936),
-    "euc-kr": Form(native.CODE_PAGE, 949),
-    "big5": Form(native.CODE_PAGE, 950),
 }
-_NUMBERED = re.compile(r"(?:cp|ibm|windows-)?(\d{3,5})")
-_ISO_8859 = re.compile(r"iso-?8859-(\d+)")
+for _page, _of_page in (
+    (895, "kamenicky"),
+    (896, "mazovia"),
+    (932, "shiftjis sjis windows31j mskanji"),
+    (936, "gbk gb2312 euccn"),
+    (949, "euckr uhc ksc56011987"),
+    (950, "big5"),
+    (10001, "macintosh macroman"),
+    (28591, "latin1 l1"),
+    (28592, "latin2 l2"),
+):
+    _NAMES.update((name, Form(native.CODE_PAGE, _page)) for name in _of_page.split())
+_NUMBERED = re.compile(r"(?:windows|codepage|dos|ibm|win|cp|ms)?(\d{3,5})")
+_ISO_8859 = re.compile(r"iso8859(\d{1,2})")
 
 # Bytes that a call takes at most: enough for the call to cost nothing, little enough for the room it needs.
 _PIECE = 1 << 16
@@ -57,7 +62,7 @@ _kept = _Kept()
 def _number(page: int | str) -> Form | None:
     if isinstance(page, int):
         return Form(native.CODE_PAGE, page) if 0 < page <= 0xFFFF else None
-    name = page.strip().lower().replace("_", "-")
+    name = re.sub(r"[^a-z0-9]", "", page.lower()) if page.isascii() else ""
     numbered = _NUMBERED.fullmatch(name)
     if numbered:
         return Form(native.CODE_PAGE, int(numbered[1]))
