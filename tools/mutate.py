@@ -180,7 +180,7 @@ class Bench:
     def code(self):
         """What the compiler has made of the sources that are mutated."""
         digests = hashlib.sha256()
-        for folder in ("src/CMakeFiles/kxstr_objects.dir", "tools/kx/CMakeFiles/kx.dir"):
+        for folder in ("src/CMakeFiles/kxstr_objects.dir", "tools/kx/CMakeFiles/kx_objects.dir", "tools/kx/CMakeFiles/kx.dir"):
             for path in sorted((self.out / folder).rglob("*.o")):
                 digests.update(path.read_bytes())
         return digests.hexdigest()

@@ -101,6 +101,13 @@ TEST(TextConverter, PiecesOfAnySizeGiveTheSameText) {
                 ASSERT_EQ(measured.replaced, whole.replaced);
             }
         }
+    // It has room for some thousand bytes at a time.
+    KxTextConverter converter = prepared(kForms[0], kForms[5]);
+    const Bytes text(10000, 'a');
+    KxTextResult measured;
+    ASSERT_EQ(KxTextMeasure(&converter, text.data(), text.size(), 1, &measured), KX_TEXT_DONE);
+    ASSERT_EQ(measured.read, text.size());
+    ASSERT_EQ(measured.written, text.size());
 }
 
 TEST(TextConverter, TellsWhyItEnds) {
