@@ -16,6 +16,7 @@ constexpr Cost kStrangeCharacter = 14 * kNat;
 constexpr Cost kSign = 4 * kNat; // that all languages share
 constexpr Cost kOtherScript = 3 * kNat;
 constexpr std::uint16_t kBad = 0xFFFD;
+constexpr std::uint32_t kMark = 0xFEFF;
 
 // Bytes of the character that begins with this one; 0 when none does.
 constexpr std::size_t length_of(unsigned lead) {
@@ -165,6 +166,18 @@ std::vector<std::uint16_t> units_of_utf16(std::span<const std::uint8_t> text, bo
         const unsigned high = text[place + (high_first ? 0 : 1)];
         const unsigned low = text[place + (high_first ? 1 : 0)];
         units.push_back(static_cast<std::uint16_t>(high << 8 | low));
+    }
+    return units;
+}
+
+std::vector<std::uint16_t> units_of_utf32(std::span<const std::uint8_t> text, bool high_first, std::size_t most) {
+    std::vector<std::uint16_t> units;
+    for (std::size_t place = 0; place + 3 < text.size() && units.size() < most; place += 4) {
+        std::uint32_t code = 0;
+        for (std::size_t byte = 0; byte < 4; ++byte)
+            code = code << 8 | text[place + (high_first ? byte : 3 - byte)];
+        if (code == 0 || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return {};
+        if (place != 0 || code != kMark) units.push_back(code > 0xFFFF ? kBad : static_cast<std::uint16_t>(code));
     }
     return units;
 }

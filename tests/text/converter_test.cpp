@@ -186,7 +186,8 @@ TEST(TextConverter, ComposesForKxText) {
         ASSERT_EQ(KxTextConvert(&from_page, bytes, sizeof bytes, 1, &ch, sizeof ch, &result), KX_TEXT_DONE);
         ASSERT_EQ(converted({whole, 1}), std::vector{ch});
         ASSERT_EQ(KxTextConvert(&back, &ch, sizeof ch, 1, again, sizeof again, &result), KX_TEXT_DONE);
-        if (result.written == 2) ASSERT_EQ(std::string(bytes, 2), std::string(again, 2));
+        const bool apart = result.written == 2; // the page has no byte for it
+        ASSERT_EQ(std::string(again, apart ? 2 : 0), std::string(bytes, apart ? 2 : 0));
     }
     EXPECT_GT(of_page, 30u);
 }
