@@ -79,7 +79,11 @@ std::vector<Candidate> candidates_of(std::span<const std::uint8_t> text) {
 
     const TextPairs pairs = count_pairs(text);
     if (pairs.upper_bytes == 0) {
-        candidates = pairs.bytes[kEscape] != 0 ? score_shifting(text) : candidates;
+        if (pairs.bytes[kEscape] != 0) candidates = score_shifting(text);
+        if (candidates.empty() && pairs.bytes['+'] != 0) {
+            const std::vector<std::uint16_t> units = units_of_utf7(text, kUnitsRead);
+            if (!units.empty()) return score_unicode(units, "utf-7");
+        }
         return candidates.empty() ? score_ascii(pairs) : candidates;
     }
     const AsciiWords ascii(pairs);

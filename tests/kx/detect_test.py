@@ -25,7 +25,8 @@ class Detect(KxTest):
             (RUSSIAN, "ru", {"1251": "cp1251", "866": "cp866", "koi8-r": "koi8-r", "855": "cp855",
                              "iso-8859-5": "iso8859-5", "utf-16le": "utf-16le", "utf-16be": "utf-16be"}),
             (RUSSIAN.replace("Съ", "Съ Аз"), "ru", {"mac-cyrillic": "mac-cyrillic", "utf-32be": "utf-32-be"}),
-            ("Єдиний їжак з'їв усі ґудзики, і ніхто його не бачив.", "uk", {"koi8-u": "koi8-u", "1251": "cp1251"}),
+            ("Єдиний їжак з'їв усі ґудзики, і ніхто його не бачив.", "uk", {
+                "koi8-u": "koi8-u", "1251": "cp1251", "utf-7": "utf-7"}),
             (RUSSIAN.upper(), "ru", {"1251": "cp1251", "866": "cp866", "koi8-r": "koi8-r"}),
             ("Τα λεφτά δεν φέρνουν πάντα την ευτυχία στους ανθρώπους.", "el", {"1253": "cp1253", "737": "cp737"}),
             ("Voilà l’été où les élèves n’ont rien à faire.", "fr", {"1252": "cp1252", "10001": "mac-roman"}),
@@ -57,6 +58,7 @@ class Detect(KxTest):
             ("cut off inside a character", CZECH[:9].encode()[:-1], r"utf-8 \S+ [\d.]+%"),
             ("a mark alone", b"\xff\xfe", r"utf-16le - 100.0%"),
             ("nothing", b"", r"ascii - 100.0%"),
+            ("sums are no UTF-7", b"C++, 1+1, a+ABC- and +information-", r"ascii \S+ [\d.]+%"),
             ("a frame is of DOS", frame.encode("cp850"), r"850 de [\d.]+%"),
         ):
             with self.subTest(why):

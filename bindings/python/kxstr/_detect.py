@@ -9,6 +9,7 @@ from . import _native as native
 # The detector knows a few pages that the library does not convert; these are in Python.
 _PYTHON_CODECS = {
     "ascii": "ascii",
+    "utf-7": "utf-7",
     "utf-8": "utf-8",
     "utf-16le": "utf-16-le",
     "utf-16be": "utf-16-be",
