@@ -49,6 +49,10 @@ constexpr bool is_upper_half(unsigned byte) {
     return within(byte, 0xA1, 0xFE);
 }
 
+// A byte before a half-width kana, and one before the two bytes of a rare character.
+constexpr unsigned kKanaShift = 0x8E;
+constexpr unsigned kRareShift = 0x8F;
+
 constexpr Shape kEucJp{
     "euc-jp", "932", is_upper_half, [](unsigned, unsigned byte) { return is_upper_half(byte); }, false, code_of_euc_jp};
 
@@ -64,7 +68,6 @@ constexpr Shape kShapes[] = {
      false, own_code},
     {"950", "950", [](unsigned byte) { return within(byte, 0x81, 0xFE); },
      [](unsigned, unsigned byte) { return within(byte, 0x40, 0x7E) || within(byte, 0xA1, 0xFE); }, false, own_code},
-    kEucJp,
 };
 
 Cost find_cost(std::span<const CharacterCost> costs, std::uint16_t character) {
@@ -99,6 +102,15 @@ std::optional<DoubleByteReading> read(std::span<const std::uint8_t> text, const 
         }
         if (behind_letter) reading.cost += kBehindLetter;
         behind_letter = false;
+        const bool shifts = &shape == &kEucJp && (byte == kKanaShift || byte == kRareShift);
+        if (shifts && place + 1 < text.size() && is_upper_half(text[place + 1])) {
+            const bool kana = byte == kKanaShift;
+            reading.cost += !kana ? kRareCharacter : behind_kana ? kHalfWidthKana : kFirstHalfWidthKana;
+            behind_kana = kana;
+            ++characters;
+            place += kana ? 1 : 2;
+            continue;
+        }
         if (shape.leads(byte)) {
             if (place + 1 == text.size()) break; // the text is cut off here
             const unsigned trail = text[place + 1];
@@ -143,7 +155,7 @@ std::vector<Candidate> score_double_byte(std::span<const std::uint8_t> text, con
             letters += pair.second != kEdge && pair.second < 0x80 ? pair.count : 0;
     }
     std::vector<Candidate> candidates;
-    for (const Shape &shape : kShapes) {
+    const auto try_shape = [&](const Shape &shape) {
         const CharacterModel &model = model_of(shape);
         if (const auto reading = read(part, shape, model)) {
             const auto whole = [&](Cost cost) { return cost * all / std::max<Cost>(upper, 1); };
@@ -152,7 +164,9 @@ std::vector<Candidate> score_double_byte(std::span<const std::uint8_t> text, con
             const Cost misfit = misfit_of(reading->cost, model.usual, reading->characters);
             candidates.push_back({shape.page, model.code, cost, 0, misfit});
         }
-    }
+    };
+    std::ranges::for_each(kShapes, try_shape);
+    try_shape(kEucJp);
     return candidates;
 }
 

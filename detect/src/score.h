@@ -24,7 +24,7 @@ struct Candidate {
 // A text that costs so much more, a pair or a character, than its language does in its own page is in another page. In
 // few of them it may be chance.
 inline constexpr Cost kMisfitEach = 24;
-inline constexpr Cost kMisfitAtAll = 8 * 16;
+inline constexpr Cost kMisfitAtAll = Cost{8} * 16;
 
 constexpr Cost misfit_of(Cost cost, Cost usual, Cost count) {
     return cost - (usual + kMisfitEach) * count - kMisfitAtAll;
