@@ -20,6 +20,8 @@ constexpr Cost kUnmarkedUtf16 = Cost{4} * 16;
 // Letters are no independent draws, so the odds of two readings are less than their costs say.
 constexpr double kCostOfE = 24.0;
 
+constexpr std::uint8_t kEscape = 0x1B;
+
 std::vector<Candidate> binary() {
     return {{"binary", "", 0, 0}};
 }
@@ -29,13 +31,16 @@ bool begins_with(std::span<const std::uint8_t> text, std::string_view mark) {
 }
 
 // One reading of 16-bit units, when it is no nonsense.
-std::optional<std::vector<Candidate>> read_utf16(std::span<const std::uint8_t> text, bool high_first) {
-    const std::vector<std::uint16_t> units = units_of_utf16(text, high_first, kUnitsRead);
+std::optional<std::vector<Candidate>> read_units(const std::vector<std::uint16_t> &units, const char *page) {
     if (units.empty() || !is_likely_unicode(units)) return std::nullopt;
-    std::vector<Candidate> candidates = score_unicode(units, high_first ? "utf-16be" : "utf-16le");
+    std::vector<Candidate> candidates = score_unicode(units, page);
     const Cost best = std::ranges::min(candidates, {}, &Candidate::cost).cost;
     if (best > kUnitAtMost * static_cast<Cost>(units.size())) return std::nullopt;
     return candidates;
+}
+
+std::optional<std::vector<Candidate>> read_utf16(std::span<const std::uint8_t> text, bool high_first) {
+    return read_units(units_of_utf16(text, high_first, kUnitsRead), high_first ? "utf-16be" : "utf-16le");
 }
 
 std::vector<Candidate> read_utf8(std::span<const std::uint8_t> text, const Utf8Check &check) {
@@ -47,6 +52,10 @@ std::vector<Candidate> read_utf8(std::span<const std::uint8_t> text, const Utf8C
 
 std::vector<Candidate> candidates_of(std::span<const std::uint8_t> text) {
     if (begins_with(text, "\xEF\xBB\xBF")) return read_utf8(text, check_utf8(text));
+    for (const bool order : {false, true}) {
+        if (auto found = read_units(units_of_utf32(text, order, kUnitsRead), order ? "utf-32be" : "utf-32le"))
+            return *found;
+    }
     const bool high_first = begins_with(text, "\xFE\xFF");
     if (high_first || begins_with(text, "\xFF\xFE")) {
         if (auto found = read_utf16(text.subspan(2), high_first)) return *found;
@@ -69,7 +78,14 @@ std::vector<Candidate> candidates_of(std::span<const std::uint8_t> text) {
     if (check.characters > 0 && check.broken * 4 <= check.characters) return read_utf8(text, check);
 
     const TextPairs pairs = count_pairs(text);
-    if (pairs.upper_bytes == 0) return score_ascii(pairs);
+    if (pairs.upper_bytes == 0) {
+        if (pairs.bytes[kEscape] != 0) candidates = score_shifting(text);
+        if (candidates.empty() && pairs.bytes['+'] != 0) {
+            const std::vector<std::uint16_t> units = units_of_utf7(text, kUnitsRead);
+            if (!units.empty()) return score_unicode(units, "utf-7");
+        }
+        return candidates.empty() ? score_ascii(pairs) : candidates;
+    }
     const AsciiWords ascii(pairs);
     for (auto &&found : {score_single_byte(pairs, ascii), score_double_byte(text, pairs, ascii)})
         candidates.insert(candidates.end(), found.begin(), found.end());
@@ -89,7 +105,8 @@ std::vector<Candidate> ranked(std::vector<Candidate> candidates) {
 }
 
 void write(std::span<const Candidate> answers, std::span<KxDetectGuess> guesses) {
-    double sum = 0;
+    // The text may be in a page that is not known, too.
+    double sum = answers[0].misfit == 0 ? 0 : std::exp(static_cast<double>(answers[0].misfit) / kCostOfE);
     const auto weight = [&](const Candidate &one) {
         return std::exp(static_cast<double>(answers[0].cost - one.cost) / kCostOfE);
     };

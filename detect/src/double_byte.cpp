@@ -21,27 +21,53 @@ constexpr Cost kPageCost = 2 * kNat;
 // The bytes of a character of two bytes.
 struct Shape {
     const char *page;
+    const char *model; // the page whose codes the model has
     bool (*leads)(unsigned byte);
     bool (*trails)(unsigned lead, unsigned byte);
     bool half_width_kana;
+    unsigned (*code)(unsigned lead, unsigned trail); // the code in that page
 };
 
 constexpr bool within(unsigned byte, unsigned first, unsigned last) {
     return byte - first <= last - first;
 }
 
+constexpr unsigned own_code(unsigned lead, unsigned trail) {
+    return lead << 8 | trail;
+}
+
+// Both have the rows of 94 characters of one standard: this one has a row for each lead byte, 932 has two.
+constexpr unsigned code_of_euc_jp(unsigned lead, unsigned trail) {
+    const unsigned row = lead - 0xA1;
+    const unsigned column = trail - 0xA1;
+    const unsigned high = row / 2 + (row < 62 ? 0x81 : 0xC1);
+    const unsigned low = row % 2 != 0 ? column + 0x9F : column + (column < 63 ? 0x40 : 0x41);
+    return high << 8 | low;
+}
+
+constexpr bool is_upper_half(unsigned byte) {
+    return within(byte, 0xA1, 0xFE);
+}
+
+// A byte before a half-width kana, and one before the two bytes of a rare character.
+constexpr unsigned kKanaShift = 0x8E;
+constexpr unsigned kRareShift = 0x8F;
+
+constexpr Shape kEucJp{
+    "euc-jp", "932", is_upper_half, [](unsigned, unsigned byte) { return is_upper_half(byte); }, false, code_of_euc_jp};
+
 constexpr Shape kShapes[] = {
-    {"932", [](unsigned byte) { return within(byte, 0x81, 0x9F) || within(byte, 0xE0, 0xFC); },
-     [](unsigned, unsigned byte) { return within(byte, 0x40, 0x7E) || within(byte, 0x80, 0xFC); }, true},
-    {"936", [](unsigned byte) { return within(byte, 0x81, 0xFE); },
-     [](unsigned, unsigned byte) { return within(byte, 0x40, 0x7E) || within(byte, 0x80, 0xFE); }, false},
-    {"949", [](unsigned byte) { return within(byte, 0x81, 0xFD); },
+    {"932", "932", [](unsigned byte) { return within(byte, 0x81, 0x9F) || within(byte, 0xE0, 0xFC); },
+     [](unsigned, unsigned byte) { return within(byte, 0x40, 0x7E) || within(byte, 0x80, 0xFC); }, true, own_code},
+    {"936", "936", [](unsigned byte) { return within(byte, 0x81, 0xFE); },
+     [](unsigned, unsigned byte) { return within(byte, 0x40, 0x7E) || within(byte, 0x80, 0xFE); }, false, own_code},
+    {"949", "949", [](unsigned byte) { return within(byte, 0x81, 0xFD); },
      [](unsigned, unsigned byte) {
          return within(byte, 0x41, 0x5A) || within(byte, 0x61, 0x7A) || within(byte, 0x81, 0xFE);
      },
-     false},
-    {"950", [](unsigned byte) { return within(byte, 0x81, 0xFE); },
-     [](unsigned, unsigned byte) { return within(byte, 0x40, 0x7E) || within(byte, 0xA1, 0xFE); }, false},
+     false, own_code},
+    {"950", "950", [](unsigned byte) { return within(byte, 0x81, 0xFE); },
+     [](unsigned, unsigned byte) { return within(byte, 0x40, 0x7E) || within(byte, 0xA1, 0xFE); }, false, own_code},
 };
 
 Cost find_cost(std::span<const CharacterCost> costs, std::uint16_t character) {
@@ -56,6 +82,7 @@ constexpr bool is_ascii_letter(unsigned byte) {
 struct DoubleByteReading {
     Cost cost;
     Cost trailing_letters; // letters of ASCII that are second bytes
+    Cost characters;
 };
 
 // Nothing when too many bytes cannot be.
@@ -75,11 +102,20 @@ std::optional<DoubleByteReading> read(std::span<const std::uint8_t> text, const 
         }
         if (behind_letter) reading.cost += kBehindLetter;
         behind_letter = false;
+        const bool shifts = &shape == &kEucJp && (byte == kKanaShift || byte == kRareShift);
+        if (shifts && place + 1 < text.size() && is_upper_half(text[place + 1])) {
+            const bool kana = byte == kKanaShift;
+            reading.cost += !kana ? kRareCharacter : behind_kana ? kHalfWidthKana : kFirstHalfWidthKana;
+            behind_kana = kana;
+            ++characters;
+            place += kana ? 1 : 2;
+            continue;
+        }
         if (shape.leads(byte)) {
             if (place + 1 == text.size()) break; // the text is cut off here
             const unsigned trail = text[place + 1];
             if (shape.trails(byte, trail)) {
-                reading.cost += find_cost(model.in_page, static_cast<std::uint16_t>(byte << 8 | trail));
+                reading.cost += find_cost(model.in_page, static_cast<std::uint16_t>(shape.code(byte, trail)));
                 if (is_ascii_letter(trail)) ++reading.trailing_letters;
                 ++characters;
                 behind_kana = false;
@@ -96,7 +132,13 @@ std::optional<DoubleByteReading> read(std::span<const std::uint8_t> text, const 
         ++broken;
     }
     if (broken * 50 > characters) return std::nullopt;
+    reading.characters = static_cast<Cost>(characters);
     return reading;
+}
+
+const CharacterModel &model_of(const Shape &shape) {
+    return *std::ranges::find_if(kCharacterModels,
+                                 [&](const CharacterModel &one) { return std::string_view(one.page) == shape.model; });
 }
 
 } // namespace
@@ -113,17 +155,43 @@ std::vector<Candidate> score_double_byte(std::span<const std::uint8_t> text, con
             letters += pair.second != kEdge && pair.second < 0x80 ? pair.count : 0;
     }
     std::vector<Candidate> candidates;
-    for (const CharacterModel &model : kCharacterModels) {
-        const auto *const shape =
-            std::ranges::find_if(kShapes, [&](const Shape &one) { return std::string_view(one.page) == model.page; });
-        if (const auto reading = read(part, *shape, model)) {
+    const auto try_shape = [&](const Shape &shape) {
+        const CharacterModel &model = model_of(shape);
+        if (const auto reading = read(part, shape, model)) {
             const auto whole = [&](Cost cost) { return cost * all / std::max<Cost>(upper, 1); };
             const Cost others = std::max<Cost>(letters - whole(reading->trailing_letters), 0);
             const Cost cost = whole(reading->cost) + kAsciiLetter * others + ascii.english_cost() + kPageCost;
-            candidates.push_back({model.page, model.code, cost, 0});
+            const Cost misfit = misfit_of(reading->cost, model.usual, reading->characters);
+            candidates.push_back({shape.page, model.code, cost, 0, misfit});
         }
-    }
+    };
+    std::ranges::for_each(kShapes, try_shape);
+    try_shape(kEucJp);
     return candidates;
+}
+
+std::vector<Candidate> score_shifting(std::span<const std::uint8_t> text) {
+    std::vector<std::uint8_t> euc;
+    bool in_pairs = false;
+    while (!text.empty()) {
+        constexpr std::uint8_t escape = 0x1B;
+        if (text[0] != escape) {
+            const bool upper = in_pairs && within(text[0], 0x21, 0x7E);
+            euc.push_back(static_cast<std::uint8_t>(upper ? text[0] | 0x80U : text[0]));
+            text = text.subspan(1);
+            continue;
+        }
+        if (text.size() < 3) break; // the text is cut off here
+        const bool to_pairs = text[1] == '$' && (text[2] == '@' || text[2] == 'B');
+        const bool to_letters = text[1] == '(' && (text[2] == 'B' || text[2] == 'J');
+        if (!to_pairs && !to_letters) return {};
+        in_pairs = to_pairs;
+        text = text.subspan(3);
+    }
+    const CharacterModel &model = model_of(kEucJp);
+    const auto reading = read(euc, kEucJp, model);
+    if (!reading || reading->characters == 0) return {};
+    return {{"iso-2022-jp", model.code, reading->cost, 0, misfit_of(reading->cost, model.usual, reading->characters)}};
 }
 
 } // namespace kxdetect

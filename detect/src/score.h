@@ -17,8 +17,18 @@ struct Candidate {
     const char *language;
     Cost cost;
     std::uint64_t same; // the pages, for those of one byte a character
+    Cost misfit = 0;    // by how much it is worse than the language in a page that nobody knows
     std::uint32_t broken = 0;
 };
+
+// A text that costs so much more, a pair or a character, than its language does in its own page is in another page. In
+// few of them it may be chance.
+inline constexpr Cost kMisfitEach = 24;
+inline constexpr Cost kMisfitAtAll = Cost{8} * 16;
+
+constexpr Cost misfit_of(Cost cost, Cost usual, Cost count) {
+    return cost - (usual + kMisfitEach) * count - kMisfitAtAll;
+}
 
 // The words of ASCII, which are in the language or in English, by language.
 class AsciiWords {
@@ -40,6 +50,8 @@ std::vector<Candidate> score_single_byte(const TextPairs &pairs, const AsciiWord
 // The pages of two bytes that can be read so.
 std::vector<Candidate> score_double_byte(std::span<const std::uint8_t> text, const TextPairs &pairs,
                                          const AsciiWords &ascii);
+// ISO-2022-JP, which shifts by escape sequences; nothing for a text with other ones.
+std::vector<Candidate> score_shifting(std::span<const std::uint8_t> text);
 // The languages of 16-bit units.
 std::vector<Candidate> score_unicode(std::span<const std::uint16_t> text, const char *page);
 

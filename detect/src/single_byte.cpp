@@ -153,6 +153,7 @@ struct Reading {
     Cost cost = 0;
     Cost running = 0;
     Cost capitals = kAllCapitals;
+    Cost count = 0; // of all pairs
 
     void add(const BytePair &pair, const std::array<Code, 256> &codes) {
         const Code first = pair.first == kEdge ? kUndefined : codes[pair.first];
@@ -160,6 +161,7 @@ struct Reading {
         Cost own = cost_of_place(first, second, pair);
         if (pair.second >= 0x80) own += cost_of_itself(second, first);
         cost += own * pair.count;
+        count += pair.count;
         const auto from = static_cast<std::size_t>(kind_of(first));
         const auto to = static_cast<std::size_t>(kind_of(second));
         running += Cost{kRunningText[from][to]} * pair.count;
@@ -343,9 +345,12 @@ std::vector<Candidate> score_single_byte(const TextPairs &pairs, const AsciiWord
             // The most usual of the pages in which the language was written gives its name.
             const auto name = static_cast<std::size_t>(std::countr_zero(written));
             const Cost others = reading.cost + page_cost + ascii_costs[index];
-            const Cost cost = others + languages[index].cost(reading, languages[0], best + kHopeless - others);
+            const Cost letters = languages[index].cost(reading, languages[0], best + kHopeless - others);
+            const Cost cost = others + letters;
             best = std::min(best, cost);
-            candidates.push_back({kPages[name].name, kModels[index].code, cost, same});
+            const Cost fit = letters + reading.cost - std::min(within.running, within.capitals);
+            const Cost misfit = misfit_of(fit, kModels[index].usual, reading.count);
+            candidates.push_back({kPages[name].name, kModels[index].code, cost, same, misfit});
         }
     }
     return candidates;

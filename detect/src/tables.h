@@ -47,6 +47,7 @@ struct Model {
     const char *code;
     const char *name;
     std::uint64_t pages; // bit N: written in kPages[N]
+    std::uint8_t usual;  // what a pair with a letter outside ASCII costs in the language itself, on the average
     std::span<const std::uint16_t> letters;
     std::span<const std::uint8_t> costs;
     std::span<const std::uint8_t> starts;
@@ -62,6 +63,7 @@ struct CharacterModel {
     const char *code;
     const char *name;
     const char *page;
+    std::uint8_t usual; // what a character costs in the language itself, on the average
     std::span<const CharacterCost> in_unicode;
     std::span<const CharacterCost> in_page; // lead byte high
 };

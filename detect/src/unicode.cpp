@@ -16,6 +16,7 @@ constexpr Cost kStrangeCharacter = 14 * kNat;
 constexpr Cost kSign = 4 * kNat; // that all languages share
 constexpr Cost kOtherScript = 3 * kNat;
 constexpr std::uint16_t kBad = 0xFFFD;
+constexpr std::uint32_t kMark = 0xFEFF;
 
 // Bytes of the character that begins with this one; 0 when none does.
 constexpr std::size_t length_of(unsigned lead) {
@@ -50,6 +51,14 @@ bool is_ascii_block(const std::uint8_t *bytes) {
     std::uint64_t block = 0;
     std::memcpy(&block, bytes, sizeof block);
     return (block & 0x8080808080808080U) == 0;
+}
+
+// The value of a digit of base 64; 64 for other bytes.
+constexpr unsigned digit_of(std::uint8_t byte) {
+    if (byte >= 'A' && byte <= 'Z') return byte - 'A';
+    if (byte >= 'a' && byte <= 'z') return byte - 'a' + 26U;
+    if (byte >= '0' && byte <= '9') return byte - '0' + 52U;
+    return byte == '+' ? 62 : byte == '/' ? 63 : 64;
 }
 
 struct Symbols {
@@ -166,6 +175,52 @@ std::vector<std::uint16_t> units_of_utf16(std::span<const std::uint8_t> text, bo
         const unsigned low = text[place + (high_first ? 1 : 0)];
         units.push_back(static_cast<std::uint16_t>(high << 8 | low));
     }
+    return units;
+}
+
+std::vector<std::uint16_t> units_of_utf32(std::span<const std::uint8_t> text, bool high_first, std::size_t most) {
+    std::vector<std::uint16_t> units;
+    for (std::size_t place = 0; place + 3 < text.size() && units.size() < most; place += 4) {
+        std::uint32_t code = 0;
+        for (std::size_t byte = 0; byte < 4; ++byte)
+            code = code << 8 | text[place + (high_first ? byte : 3 - byte)];
+        if (code == 0 || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return {};
+        if (place != 0 || code != kMark) units.push_back(code > 0xFFFF ? kBad : static_cast<std::uint16_t>(code));
+    }
+    return units;
+}
+
+std::vector<std::uint16_t> units_of_utf7(std::span<const std::uint8_t> text, std::size_t most) {
+    constexpr std::uint16_t first_of_many = 0x0600; // below lie alphabets, above nearly all else
+    constexpr std::size_t no_chance = 4;
+    std::vector<std::uint16_t> units;
+    std::vector<std::uint16_t> shifted;
+    for (std::size_t place = 0; place < text.size() && units.size() < most;) {
+        const std::uint8_t byte = text[place++];
+        const bool shifts = byte == '+' && (place == text.size() || text[place] != '-');
+        if (!shifts) {
+            units.push_back(byte);
+            if (byte == '+') ++place;
+            continue;
+        }
+        std::uint32_t bits = 0;
+        unsigned count = 0;
+        const std::size_t before = shifted.size();
+        for (; place < text.size() && digit_of(text[place]) < 64; ++place) {
+            bits = bits << 6 | digit_of(text[place]);
+            count += 6;
+            if (count < 16) continue;
+            count -= 16;
+            shifted.push_back(static_cast<std::uint16_t>(bits >> count));
+            bits &= (1U << count) - 1;
+        }
+        if (place == text.size()) break; // the text is cut off here
+        if (shifted.size() == before || count >= 6 || bits != 0) return {};
+        units.insert(units.end(), shifted.begin() + static_cast<std::ptrdiff_t>(before), shifted.end());
+        if (text[place] == '-') ++place;
+    }
+    const bool letters = std::ranges::all_of(shifted, [](std::uint16_t unit) { return unit < first_of_many; });
+    if (shifted.empty() || !(letters || shifted.size() >= no_chance) || !is_likely_unicode(shifted)) return {};
     return units;
 }
 

@@ -10,8 +10,9 @@
  * character comes out as what it is and comes back, control characters too (in a DOS page as well, where KX text has
  * glyphs for them). A page without a published mapping goes by the library's tables. To page 1258 a Vietnamese letter
  * that the page lacks is written as a letter and a mark. With KX text on one side the rules of KX hold: a few
- * characters have no place of their own there (the soft hyphen is the hyphen). From Unicode a letter and its combining
- * marks become one KX character where there is one.
+ * characters have no place of their own there (the soft hyphen is the hyphen). From Unicode and from page 1258, whose
+ * tones are marks, a letter and its combining marks become one KX character where there is one; to 1258 such a
+ * character that the page lacks is written as a letter and a mark, too.
  *
  * Threads: re-entrant; a converter is for one thread at a time.
  *

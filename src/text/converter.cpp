@@ -266,8 +266,10 @@ simd::Progress convert_blocks(Converter &converter, std::span<const std::uint8_t
         simd::Progress read = read_units(converter, bytes, units);
         if (converter.composes) {
             const bool more_follows = !last || read.read < source.size() - done.read;
+            if (from_single) simd::kernels().translate8(bytes.data(), read.read, units, converter.letters);
             const std::size_t plain = count_plain(std::span(units).first(read.written), more_follows);
             if (plain < read.written) read = {bytes_of_units(converter, bytes, plain), plain};
+            if (from_single) read = read_units(converter, bytes.first(plain), units);
         }
         const std::size_t good = translate(converter, units, read.written);
         const simd::Progress written =
@@ -312,15 +314,20 @@ Scalar read_one(const Converter &converter, std::span<const std::uint8_t> bytes)
 // The same with the marks behind it. One that may get some from what follows is incomplete.
 Scalar read_with_marks(const Converter &converter, std::span<const std::uint8_t> bytes, bool last) noexcept {
     Scalar one = read_one(converter, bytes);
-    while (converter.composes && one.kind == Scalar::character && is_base(one.value)) {
+    if (!converter.composes || one.kind != Scalar::character) return one;
+    const bool from_single = converter.from.kind == Kind::single_byte;
+    std::uint32_t letter = from_single ? converter.letters[bytes[0]] : one.value;
+    while (is_base(letter)) {
         const auto rest = bytes.subspan(one.length);
         const Scalar next = rest.empty() ? Scalar{Scalar::incomplete, 0, 0} : read_one(converter, rest);
         if (next.kind == Scalar::incomplete && !last) return {Scalar::incomplete, bytes.size(), 0};
-        if (next.kind != Scalar::character || !is_mark(next.value)) break;
+        if (next.kind != Scalar::character) break;
+        const std::uint32_t mark = from_single ? converter.letters[rest[0]] : next.value;
         const std::uint16_t both =
-            compose(static_cast<std::uint16_t>(one.value), static_cast<std::uint16_t>(next.value));
+            is_mark(mark) ? compose(static_cast<std::uint16_t>(letter), static_cast<std::uint16_t>(mark)) : 0;
         if (both == 0) break;
-        one.value = both;
+        letter = both;
+        one.value = from_single ? kx_of_unicode(converter.to.page, both, converter.rule.ends) : both;
         one.length += next.length;
     }
     return one;
@@ -332,6 +339,20 @@ std::size_t write_code(std::uint16_t code, std::uint8_t *bytes) noexcept {
     if (code > 0xFF) bytes[size++] = static_cast<std::uint8_t>(code >> 8);
     bytes[size++] = static_cast<std::uint8_t>(code);
     return size;
+}
+
+// A letter and its mark to page 1258, which has marks under codes of their own.
+std::size_t write_apart(const Converter &converter, LetterAndTone parts, std::uint8_t *bytes) noexcept {
+    bytes[0] = converter.bytes[parts.letter];
+    bytes[1] = converter.bytes[parts.tone];
+    return bytes[0] != 0 && bytes[1] != 0 ? 2 : 0;
+}
+
+// What reading that page has made one character of.
+LetterAndTone parts_of_kx(const CodePage &page, KxChar ch) noexcept {
+    const auto &all = tables::kCompositions;
+    const auto *const found = std::ranges::find(all, unicode_of_kx(page, ch), &tables::Composition::character);
+    return found != all.end() ? LetterAndTone{found->letter, found->mark} : LetterAndTone{0, 0};
 }
 
 // The bytes of a character, at most kLongest; 0 when there are none.
@@ -346,12 +367,7 @@ std::size_t write_exact(const Converter &converter, std::uint32_t character, std
     if (converter.to.kind == Kind::double_byte) return write_code(double_byte_code_of(converter.to.page, unit), bytes);
     bytes[0] = converter.bytes[unit];
     if (bytes[0] != 0 || unit == 0) return 1;
-    if (converter.to.page.windows_number != kVietnamese) return 0;
-    const LetterAndTone parts = vietnamese_parts(unit);
-    if (parts.letter == 0) return 0;
-    bytes[0] = converter.bytes[parts.letter];
-    bytes[1] = converter.bytes[parts.tone];
-    return bytes[0] != 0 && bytes[1] != 0 ? 2 : 0;
+    return converter.to.page.windows_number == kVietnamese ? write_apart(converter, vietnamese_parts(unit), bytes) : 0;
 }
 
 std::size_t write_one(const Converter &converter, std::uint32_t character, std::uint8_t *bytes) noexcept {
@@ -359,7 +375,11 @@ std::size_t write_one(const Converter &converter, std::uint32_t character, std::
     if (character > 0xFFFF) return 0;
     auto unit = static_cast<std::uint16_t>(character);
     if (!converter.same && converter.from.kind != Kind::single_byte) unit = converter.rule(unit);
-    if (unit == KX_NONE && !converter.same) return 0;
+    if (unit == KX_NONE && !converter.same) {
+        const bool apart = converter.to.kind == Kind::single_byte && converter.to.page.windows_number == kVietnamese;
+        const auto ch = static_cast<KxChar>(character);
+        return apart ? write_apart(converter, parts_of_kx(converter.from.page, ch), bytes) : 0;
+    }
     switch (converter.to.kind) {
     case Kind::utf8: return is_surrogate(unit) ? 0 : write_utf8(unit, bytes);
     case Kind::utf16: return is_surrogate(unit) ? 0 : write_utf16(unit, bytes, converter.to.order);
@@ -388,11 +408,19 @@ bool prepare(Converter &converter, const KxTextForm &from, const KxTextForm &to,
     converter.to = written;
     converter.exact = read.kind != Kind::kx && written.kind != Kind::kx;
     converter.same = read.kind == Kind::kx && written.kind == Kind::kx && read.page == written.page;
-    converter.composes = (read.kind == Kind::utf8 || read.kind == Kind::utf16) && written.kind == Kind::kx;
+    const bool has_marks = read.kind == Kind::utf8 || read.kind == Kind::utf16 ||
+                           (read.kind == Kind::single_byte && read.page.windows_number == kVietnamese);
+    converter.composes = has_marks && written.kind == Kind::kx;
     converter.replaces = (flags & KX_TEXT_DROP) != 0;
     const LineEnds ends = (flags & KX_TEXT_GLYPHS) != 0 ? LineEnds::glyphs : LineEnds::codes;
     converter.rule = rule_of(read, written, ends);
     fill_leads(read.page, converter.leads);
+    if (converter.composes && read.kind == Kind::single_byte) fill_units(read.page, converter.letters);
+    if (!converter.exact && written.kind == Kind::single_byte && written.page.windows_number == kVietnamese) {
+        simd::MapPage units;
+        fill_units(written.page, units);
+        fill_bytes(units, converter.bytes);
+    }
     if (converter.exact) {
         if (read.kind == Kind::single_byte) {
             fill_units(read.page, converter.units);

@@ -29,7 +29,7 @@ struct Converter {
     Side from, to;
     bool exact;    // no KX: the units are UTF-16
     bool same;     // the units stay whatever they are: KX text to KX text of the same page
-    bool composes; // Unicode to KX text: a letter and its marks are one character where KX has it
+    bool composes; // Unicode or page 1258 to KX text: a letter and its marks are one character where KX has it
     bool replaces; // what does not convert gives way to `substitute`, which may be empty
     std::uint8_t substitute_size;
     std::uint8_t substitute[4];
@@ -43,7 +43,8 @@ struct Converter {
     const std::uint16_t *codes_of_units; // of one that is written, exact; or null
     simd::MapPage units;                 // of a single-byte page that is read: what its bytes become
     simd::Utf8OfHighBytes utf8;          // the same in UTF-8, exact
-    simd::ByteOfUnits bytes;             // of a single-byte page that is written, exact
+    simd::MapPage letters;               // of such a page with marks towards KX text: what its bytes are in Unicode
+    simd::ByteOfUnits bytes;             // of a single-byte page that is written, exact or with marks
 };
 
 bool prepare(Converter &converter, const KxTextForm &from, const KxTextForm &to, std::uint32_t flags) noexcept;

@@ -41,6 +41,8 @@ class Converts(KxTest):
             ("a byte that is only a glyph is better", "kx", "850", units(0x405, 0x406), b"\xf4\xf5"),
             ("and with a page of other letters", "1252", "850", b"\xb6\xa7", b"\xf4\xf5"),
             ("letters and marks are one in KX text", "utf-8", "kx", "e\u0301x".encode(), units(0x129, 0x78)),
+            ("and from 1258", "1258", "kx", b"a\xde\xea\xf2e\xecx", units(0x14D, 0x12B, 0x221, 0x129, 0x78)),
+            ("which get their tones back", "kx", "1258", units(0x14D, 0x12B, 0x221), b"a\xde\xea\xf2"),
             ("and two elsewhere", "utf-8", "utf-16le", "e\u0301".encode(), "e\u0301".encode("utf-16le")),
             ("Vietnamese letters that 1258 lacks", "utf-8", "1258", "ệẾỳÃã".encode(), b"\xea\xf2\xca\xecy\xccA\xdea\xde"),
             ("come out as letter and mark", "1258", "utf-8", b"\xea\xf2", "ê\u0323".encode()),

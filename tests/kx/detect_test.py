@@ -24,6 +24,9 @@ class Detect(KxTest):
             ("Árvíztűrő tükörfúrógép, és minden ember szabadnak születik.", "hu", {"1250": "cp1250", "852": "cp852"}),
             (RUSSIAN, "ru", {"1251": "cp1251", "866": "cp866", "koi8-r": "koi8-r", "855": "cp855",
                              "iso-8859-5": "iso8859-5", "utf-16le": "utf-16le", "utf-16be": "utf-16be"}),
+            (RUSSIAN.replace("Съ", "Съ Аз"), "ru", {"mac-cyrillic": "mac-cyrillic", "utf-32be": "utf-32-be"}),
+            ("Єдиний їжак з'їв усі ґудзики, і ніхто його не бачив.", "uk", {
+                "koi8-u": "koi8-u", "1251": "cp1251", "utf-7": "utf-7"}),
             (RUSSIAN.upper(), "ru", {"1251": "cp1251", "866": "cp866", "koi8-r": "koi8-r"}),
             ("Τα λεφτά δεν φέρνουν πάντα την ευτυχία στους ανθρώπους.", "el", {"1253": "cp1253", "737": "cp737"}),
             ("Voilà l’été où les élèves n’ont rien à faire.", "fr", {"1252": "cp1252", "10001": "mac-roman"}),
@@ -33,7 +36,9 @@ class Detect(KxTest):
             ("يولد جميع الناس أحرارا متساوين في الكرامة والحقوق.", "ar", {"1256": "cp1256", "720": "cp720"}),
             ("Bütün insanlar hür, haysiyet ve haklar bakımından eşit doğarlar.", "tr", {"1254": "cp1254", "857": "cp857"}),
             ("มนุษย์ทั้งหลายเกิดมามีอิสระและเสมอภาคกัน", "th", {"874": "cp874"}),
-            ("すべての人間は、生まれながらにして自由である。", "ja", {"932": "cp932", "utf-16le": "utf-16le"}),
+            ("すべての人間は、生まれながらにして自由である。", "ja", {
+                "932": "cp932", "utf-16le": "utf-16le", "euc-jp": "euc-jp", "iso-2022-jp": "iso2022-jp",
+                "utf-32le": "utf-32"}),
             ("모든 인간은 태어날 때부터 자유로우며 동등하다.", "ko", {"949": "cp949"}),
             ("人人生而自由，在尊严和权利上一律平等。", "zh-CN", {"936": "gbk", "utf-8": "utf-8"}),
             ("人人生而自由，在尊嚴和權利上一律平等。", "zh-TW", {"950": "big5"}),
@@ -53,10 +58,19 @@ class Detect(KxTest):
             ("cut off inside a character", CZECH[:9].encode()[:-1], r"utf-8 \S+ [\d.]+%"),
             ("a mark alone", b"\xff\xfe", r"utf-16le - 100.0%"),
             ("nothing", b"", r"ascii - 100.0%"),
+            ("sums are no UTF-7", b"C++, 1+1, a+ABC- and +information-", r"ascii \S+ [\d.]+%"),
             ("a frame is of DOS", frame.encode("cp850"), r"850 de [\d.]+%"),
         ):
             with self.subTest(why):
                 self.assertRegex(self.output("detect", data=data).decode(), rf"^\(standard input\): {wanted}\n$")
+
+    def test_pages_that_nobody_knows(self):
+        for text, codec in (("모든 인간은 태어날 때부터 자유로우며 동등하다.", "johab"), (CZECH, "mac-latin2"), (CZECH, "cp037"),
+                            ("Τα λεφτά δεν φέρνουν πάντα την ευτυχία στους ανθρώπους.", "mac-greek")):
+            with self.subTest(codec):
+                self.assertLess(float(self.answer(text.encode(codec, "replace"))[2].rstrip("%")), 75)
+                self.assert_fails("convert -f auto -t utf-8", data=text.encode(codec, "replace"), output=None,
+                                  message="no answer stands alone")
 
     def test_files_and_forms(self):
         with tempfile.TemporaryDirectory() as folder:

@@ -50,6 +50,23 @@ class Archives(Folder):
         self.assert_fails("convert -f 852 -t 1250 -r -O in/new in", message="1 of 4 files failed")
         self.assertEqual(tree("in/new"), self.good, "what was made is no input of the next time")
 
+    def test_an_archive_in_many_pages(self):
+        texts = {"cp852": "Příliš žluťoučký kůň úpěl ďábelské ódy, ale nikdo ho neslyšel.",
+                 "cp866": "Съешь же ещё этих мягких французских булок, да выпей чаю.",
+                 "cp1253": "Τα λεφτά δεν φέρνουν πάντα την ευτυχία στους ανθρώπους.",
+                 "cp932": "すべての人間は、生まれながらにして自由である。",
+                 "cp437": "Die Größe der Bücher änderte sich für die Schüler völlig.", "ascii": "Nothing but plain words."}
+        wanted = {}
+        for number in range(200):
+            codec, text = list(texts.items())[number % len(texts)]
+            name, text = f"{number % 7}/{number % 3}/{number}.txt", f"{number}: {text}\n" * (number % 9 + 1)
+            write(f"old/{name}", text.encode(codec))
+            wanted[name] = text.encode()
+        write("old/3/broken.txt", b"\x7fELF\2\1\1\0\0\0")
+        self.assert_fails("convert -f auto -t utf-8 -r -O new -j2 old", message=(
+            "kx convert: old/3/broken.txt: does not convert from binary\nkx convert: 1 of 201 files failed\n"))
+        self.assertEqual(tree("new"), wanted)
+
     def test_where_names_lead(self):
         pathlib.Path("list").write_bytes(b"in/deep/c d.txt\n../" + os.path.basename(os.getcwd()).encode() +
                                          b"/in/a.txt\n\n" + os.path.abspath("in/deep/er/b.txt").encode())

@@ -178,6 +178,25 @@ TEST(TextConverter, ComposesForKxText) {
     }
     EXPECT_EQ(converted(u"e\u0302\u0323"), (std::vector<KxChar>{0x12B, 0x221}));
     EXPECT_EQ(converted(u"x\u0301"), (std::vector<KxChar>{'x', 0x106}));
+
+    // So does a text in 1258, which has some marks, and it goes back as letter and mark.
+    std::size_t of_page = 0;
+    KxTextConverter to_page = prepared(utf16, kForms[1]), from_page = prepared(kForms[1], kx),
+                    back = prepared(kx, kForms[1]);
+    for (const auto &[letter, mark, character] : kxstr::tables::kCompositions) {
+        const char16_t parts[]{letter, mark}, whole[]{character};
+        char bytes[2], again[2];
+        KxChar ch = 0;
+        KxTextResult result;
+        if (KxTextConvert(&to_page, parts, sizeof parts, 1, bytes, sizeof bytes, &result) != KX_TEXT_DONE) continue;
+        ++of_page;
+        ASSERT_EQ(KxTextConvert(&from_page, bytes, sizeof bytes, 1, &ch, sizeof ch, &result), KX_TEXT_DONE);
+        ASSERT_EQ(converted({whole, 1}), std::vector{ch});
+        ASSERT_EQ(KxTextConvert(&back, &ch, sizeof ch, 1, again, sizeof again, &result), KX_TEXT_DONE);
+        const bool apart = result.written == 2; // the page has no byte for it
+        ASSERT_EQ(std::string(again, apart ? 2 : 0), std::string(bytes, apart ? 2 : 0));
+    }
+    EXPECT_GT(of_page, 30u);
 }
 
 // A descriptor that the library filled is as good as its number; one with other tables goes by those.

@@ -15,8 +15,9 @@ ROOT = Path(__file__).resolve().parents[2]
 PAGES = """1252:0 850:4 437:4 iso-8859-1:4 1250:2 852:4 iso-8859-2:6 1251:0 866:2 koi8-r:4 1253:2 737:4 1254:4 857:6
     1255:4 862:6 1256:4 720:8 1257:4 775:6 1258:4 874:4 10001:8 iso-8859-5:12 855:10 iso-8859-7:6 869:8 851:14 333:20
     8510:22 iso-8859-8:6 iso-8859-6:10 864:8 708:16 710:20 895:8 897:16 896:8 860:12 863:12 865:10 861:10 853:16
-    8600:24 8601:26 8660:14 1004:24 19000:16 19001:16"""
-CODECS = {"koi8-r": "koi8-r", "iso-8859-5": "iso8859-5", "720": "cp720", "874": "cp874"}
+    8600:24 8601:26 8660:14 1004:24 19000:16 19001:16 koi8-u:6 mac-cyrillic:12"""
+CODECS = {"koi8-r": "koi8-r", "iso-8859-5": "iso8859-5", "720": "cp720", "874": "cp874", "koi8-u": "koi8-u",
+          "mac-cyrillic": "mac-cyrillic"}
 MAPPINGS = {"iso-8859-1": "iso8859_1", "iso-8859-2": "iso8859_2", "iso-8859-6": "iso8859_6", "iso-8859-7": "iso8859_7",
             "iso-8859-8": "iso8859_8", "10001": "mac_roman"}
 UPPER = range(0x80, 0x100)
@@ -47,8 +48,8 @@ def main():
     lines = ["# The pages of one byte a character that can be detected, in the order of preference among those that decode a",
              "# text alike: the name as `kx convert -l` has it, and what it costs to guess the page, in eighths of a nat.",
              "# Then the characters of the bytes 80 to FF, sixteen a line; - for a byte that is undefined.",
-             "# Written by tools/detect/pages.py from data/mappings/ and kx; koi8-r, iso-8859-5, 720 and 874 from Python's",
-             "# codecs."]
+             "# Written by tools/detect/pages.py from data/mappings/ and kx; koi8-r, koi8-u, iso-8859-5, 720, 874 and",
+             "# mac-cyrillic from Python's codecs."]
     for entry in PAGES.split():
         name, cost = entry.split(":")
         mapping = ROOT / "data" / "mappings" / (MAPPINGS.get(name, "cp" + name) + ".txt")

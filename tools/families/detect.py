@@ -86,7 +86,15 @@ def costs_of(rows):
         elsewhere = sum(rows[name].values())
         expected = {second: (rows[name].get(second, 0) + PRIOR * usual[second]) / (elsewhere + PRIOR) for second in names}
         starts += matrix_of([rows["_" + name]], names, expected)
-    return names, pairs, [[0] * len(names), *starts]
+    return names, pairs, [[0] * len(names), *starts], usual_cost(rows, names, pairs)
+
+
+def usual_cost(rows, names, pairs):
+    """What a pair with a letter outside ASCII costs in the language itself, on the average."""
+    counts = {(first, second): rows[names[first]].get(names[second], 0)
+              for first in range(len(names)) for second in range(len(names)) if max(names[first], names[second]) > "\x7f"}
+    total = sum(counts.values())
+    return round(sum(count * pairs[first][second] for (first, second), count in counts.items()) / total) if total else WORST
 
 
 def is_letter(sign):
@@ -125,11 +133,13 @@ def numbers(values, per_line=24):
 
 
 def characters_of(data, code):
-    """(character, cost) of a language with thousands of characters."""
+    """(character, cost) of a language with thousands of characters, and what one of them costs on the average."""
     rows = (line.rsplit(" ", 1) for line in text_lines(data / f"{code}.txt") if not line.startswith("characters "))
     counts = {character(name): int(count) for name, count in rows}
-    total = 1.01 * sum(counts.values())  # the rest is for what was not seen
-    return [(one, cost(count / total)) for one, count in counts.items() if ord(one) <= 0xFFFF]
+    seen = sum(counts.values())
+    costs = {one: cost(count / (1.01 * seen)) for one, count in counts.items()}  # the rest is for what was not seen
+    usual = round(sum(count * costs[one] for one, count in counts.items()) / seen)
+    return [(one, value) for one, value in costs.items() if ord(one) <= 0xFFFF], usual
 
 
 def generate(data):
@@ -203,7 +213,7 @@ def generate(data):
     for code, name, _, its_pages in languages:
         if code in CODECS:
             continue
-        names, pairs, starts = models[code]
+        names, pairs, starts, usual = models[code]
         symbol = "k" + "".join(part.capitalize() for part in code.split("-"))
         text += f"constexpr std::uint16_t {symbol}Letters[{len(names) - 1}] = {{\n"
         text += numbers([letter_ids[letter] for letter in names[1:]], 20) + "};\n"
@@ -211,7 +221,7 @@ def generate(data):
             text += f"constexpr std::uint8_t {symbol}{kind}[{len(names) ** 2}] = {{\n"
             text += numbers([value for row in matrix for value in row]) + "};\n"
         mask = sum(1 << page_numbers[page] for page in its_pages.split())
-        table.append(f'{{"{code}", "{name}", {mask:#x}U, {symbol}Letters, {symbol}Costs, {symbol}Starts}}')
+        table.append(f'{{"{code}", "{name}", {mask:#x}U, {usual}, {symbol}Letters, {symbol}Costs, {symbol}Starts}}')
     text += f"\nconstexpr Model kModelRows[{len(table)}] = {{\n{_emit.lines_of(table, 1)}}};\n"
     text += "constinit const std::span<const Model> kModels{kModelRows};\n" + tail
     result["models.cpp"] = text
@@ -222,7 +232,7 @@ def generate(data):
         if code not in CODECS:
             continue
         page, codec = CODECS[code]
-        rows = characters_of(data, code)
+        rows, usual = characters_of(data, code)
         symbol = "k" + "".join(part.capitalize() for part in code.split("-"))
         text += f"constexpr CharacterCost {symbol}InUnicode[{len(rows)}] = {{\n"
         text += _emit.lines_of([f"{{{_emit.hex16(ord(one))}, {value}}}" for one, value in sorted(rows)], 8) + "};\n"
@@ -230,7 +240,7 @@ def generate(data):
                         if len(one.encode(codec, "ignore")) == 2)
         text += f"constexpr CharacterCost {symbol}InPage[{len(native)}] = {{\n"
         text += _emit.lines_of([f"{{{_emit.hex16(one)}, {value}}}" for one, value in native], 8) + "};\n"
-        table.append(f'{{"{code}", "{name}", "{page}", {symbol}InUnicode, {symbol}InPage}}')
+        table.append(f'{{"{code}", "{name}", "{page}", {usual}, {symbol}InUnicode, {symbol}InPage}}')
     text += f"\nconstexpr CharacterModel kCharacterModelRows[{len(table)}] = {{\n{_emit.lines_of(table, 1)}}};\n"
     text += "constinit const std::span<const CharacterModel> kCharacterModels{kCharacterModelRows};\n" + tail
     result["characters.cpp"] = text

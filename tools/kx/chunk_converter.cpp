@@ -240,7 +240,7 @@ bool ChunkConverter::comes_back(const Chunk &chunk, std::size_t place, std::size
             if (decoder_->character_at(chunk.offset + at)) return true; // a letter and its marks are the same
         const auto low_first = kxstr::text::ByteOrder::low_first;
         bytes = std::span(unicode).first(kxstr::text::write_utf16(*character, unicode.data(), low_first));
-    } else if (is_unicode(from_) && kx::count_characters(from_, bytes) > 1) {
+    } else if (kx::count_characters(from_, bytes) > 1) {
         return true;
     }
     came_back_.clear();

@@ -34,8 +34,9 @@ constexpr Usage kUsageText{
     kOptions,
     "One line an answer, the best first: FILE: PAGE LANGUAGE SHARE. The page is named as `kx convert\n"
     "--list` has it; `ascii` is a text without bytes from 80 up, and `binary` what is no text. The share is\n"
-    "how likely this answer is among all. Of the pages that decode the file to the same text the most\n"
-    "usual one is told. No more than the first MiB of a file is looked at.",
+    "how likely this answer is among all, and beside a page that is not known: where none fits, all are low.\n"
+    "Of the pages that decode the file to the same text the most usual one is told. No more than the first\n"
+    "MiB of a file is looked at.",
     kExamples,
     "all files were read",
     "something could not be read or written",

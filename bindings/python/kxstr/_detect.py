@@ -9,10 +9,17 @@ from . import _native as native
 # The detector knows a few pages that the library does not convert; these are in Python.
 _PYTHON_CODECS = {
     "ascii": "ascii",
+    "utf-7": "utf-7",
     "utf-8": "utf-8",
     "utf-16le": "utf-16-le",
     "utf-16be": "utf-16-be",
+    "utf-32le": "utf-32-le",
+    "utf-32be": "utf-32-be",
+    "euc-jp": "euc-jp",
+    "iso-2022-jp": "iso2022-jp",
     "koi8-r": "koi8-r",
+    "koi8-u": "koi8-u",
+    "mac-cyrillic": "mac-cyrillic",
     "iso-8859-5": "iso8859-5",
     "720": "cp720",
     "874": "cp874",

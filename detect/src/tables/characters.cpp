@@ -1194,10 +1194,10 @@ constexpr CharacterCost kZhTwInPage[1456] = {
 };
 
 constexpr CharacterModel kCharacterModelRows[4] = {
-    {"ja", "Japanese", "932", kJaInUnicode, kJaInPage},
-    {"ko", "Korean", "949", kKoInUnicode, kKoInPage},
-    {"zh-CN", "Simplified Chinese", "936", kZhCnInUnicode, kZhCnInPage},
-    {"zh-TW", "Traditional Chinese", "950", kZhTwInUnicode, kZhTwInPage},
+    {"ja", "Japanese", "932", 82, kJaInUnicode, kJaInPage},
+    {"ko", "Korean", "949", 84, kKoInUnicode, kKoInPage},
+    {"zh-CN", "Simplified Chinese", "936", 93, kZhCnInUnicode, kZhCnInPage},
+    {"zh-TW", "Traditional Chinese", "950", 93, kZhTwInUnicode, kZhTwInPage},
 };
 constinit const std::span<const CharacterModel> kCharacterModels{kCharacterModelRows};
 
