@@ -161,7 +161,7 @@ std::vector<Candidate> score_double_byte(std::span<const std::uint8_t> text, con
             const auto whole = [&](Cost cost) { return cost * all / std::max<Cost>(upper, 1); };
             const Cost others = std::max<Cost>(letters - whole(reading->trailing_letters), 0);
             const Cost cost = whole(reading->cost) + kAsciiLetter * others + ascii.english_cost() + kPageCost;
-            const Cost misfit = misfit_of(reading->cost, model.usual, reading->characters);
+            const Cost misfit = misfit_of(reading->cost, model.usual, reading->characters, kMisfitOfCharacter);
             candidates.push_back({shape.page, model.code, cost, 0, misfit});
         }
     };
@@ -191,7 +191,8 @@ std::vector<Candidate> score_shifting(std::span<const std::uint8_t> text) {
     const CharacterModel &model = model_of(kEucJp);
     const auto reading = read(euc, kEucJp, model);
     if (!reading || reading->characters == 0) return {};
-    return {{"iso-2022-jp", model.code, reading->cost, 0, misfit_of(reading->cost, model.usual, reading->characters)}};
+    return {{"iso-2022-jp", model.code, reading->cost, 0,
+             misfit_of(reading->cost, model.usual, reading->characters, kMisfitOfCharacter)}};
 }
 
 } // namespace kxdetect

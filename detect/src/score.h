@@ -24,10 +24,12 @@ struct Candidate {
 // A text that costs so much more, a pair or a character, than its language does in its own page is in another page. In
 // few of them it may be chance.
 inline constexpr Cost kMisfitEach = 24;
+inline constexpr Cost kMisfitOfCharacter =
+    48; // of East Asian text, whose choice of characters goes by what it is about
 inline constexpr Cost kMisfitAtAll = Cost{8} * 16;
 
-constexpr Cost misfit_of(Cost cost, Cost usual, Cost count) {
-    return cost - (usual + kMisfitEach) * count - kMisfitAtAll;
+constexpr Cost misfit_of(Cost cost, Cost usual, Cost count, Cost each = kMisfitEach) {
+    return cost - (usual + each) * count - kMisfitAtAll;
 }
 
 // The words of ASCII, which are in the language or in English, by language.
