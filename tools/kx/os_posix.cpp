@@ -62,8 +62,10 @@ extern "C" void remove_unfinished(int signal) {
     ::raise(signal);
 }
 
+constexpr int kCaughtSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
 void catch_signals() {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : kCaughtSignals) {
         struct sigaction action {};
         ::sigaction(signal, nullptr, &action);
         if (action.sa_handler == SIG_IGN) continue; // as nohup(1) wants it
@@ -232,8 +234,17 @@ bool may_write(const char *path) {
 int create(const char *path) {
     static std::once_flag once;
     std::call_once(once, catch_signals);
+    // A signal waits until the file that it should remove is known.
+    sigset_t caught, before;
+    ::sigemptyset(&caught);
+    for (const int signal : kCaughtSignals)
+        ::sigaddset(&caught, signal);
+    ::pthread_sigmask(SIG_BLOCK, &caught, &before);
     const int descriptor = uninterrupted([&] { return ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666); });
+    const int error = errno;
     if (descriptor >= 0) keep_unfinished(path);
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    errno = error;
     return descriptor;
 }
 
