@@ -48,9 +48,9 @@ void ChunkConverter::find_united_bytes() {
     const auto back = Converter::make({EncodingKind::utf8, {}}, from_, text_page_, text_page_);
     std::array<bool, 256> united{};
     for (unsigned byte = 0x80; byte <= 0xFF; ++byte) {
-        const std::uint8_t source[]{static_cast<std::uint8_t>(byte)};
+        const auto source = static_cast<std::uint8_t>(byte);
         ByteBuffer utf8, again;
-        if (naming_->convert({source, 1, true}, utf8).bad_length != 0) continue;
+        if (naming_->convert({{&source, 1}, 1, true}, utf8).bad_length != 0) continue;
         united[byte] = back->convert({utf8, 1, true}, again).bad_length == 0 && again.size() == 1 && again[0] < 0x80;
     }
     if (std::ranges::count(united, true) != 0) united_bytes_ = united;

@@ -28,7 +28,7 @@ extern "C" {
 
 /* One answer. All strings are constant and live as long as the library. */
 typedef struct KxDetectGuess {
-    const char *page;     /* as `kx convert -l` has it: "852", "iso-8859-2", "koi8-r", "utf-8", "utf-16le", "euc-jp" or "ascii";
+    const char *page;     /* as `kx convert --list` has it: "852", "iso-8859-2", "koi8-r", "utf-8", "euc-jp" or "ascii";
                              "binary" for what is no text, which is then the only answer */
     const char *language; /* "cs"; "" for binary data and where nothing tells */
     uint32_t share;       /* of all answers and a page that is not known, in thousandths; how sure the answer is */
