@@ -9,6 +9,12 @@
 
 #include "encodings.h"
 #include "json.h"
+#include "through_unicode.h"
+
+// A browser has no converter beside the library.
+bool kx::system_has(const std::string &) {
+    return false;
+}
 
 namespace {
 

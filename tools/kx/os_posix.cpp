@@ -203,11 +203,12 @@ std::unique_ptr<Transcoder> open_iconv(const std::string &encoding, bool reads) 
     const auto open = [&](const std::string &name) {
         return reads ? ::iconv_open(kUnits, name.c_str()) : ::iconv_open(name.c_str(), kUnits);
     };
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): so POSIX says that there is none
     const auto none = reinterpret_cast<iconv_t>(-1);
     for (const char *prefix : {"", "CP", "IBM", "WINDOWS-", "MAC-"}) {
-        const iconv_t descriptor = open(prefix + encoding);
+        iconv_t descriptor = open(prefix + encoding);
         if (descriptor == none) continue;
-        const iconv_t probe = open(prefix + encoding);
+        iconv_t probe = open(prefix + encoding);
         if (probe != none) return std::make_unique<Iconv>(descriptor, probe, reads);
         ::iconv_close(descriptor);
         return nullptr;
