@@ -24,7 +24,7 @@ struct Form {
     std::uint32_t text_form; // of the library's conversion of texts; 0: it has none
     std::uint8_t unit;       // bytes
     bool high_first;
-    enum { kx, unicode, other } family;
+    enum Family : std::uint8_t { kx, unicode, other } family;
     bool through_unicode = false;
 };
 
