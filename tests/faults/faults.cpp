@@ -40,7 +40,7 @@ void expect(bool holds, const std::string &what) {
     if (holds) return;
     ++g_wrong;
     std::printf("%s: %s\n", g_where.c_str(), what.c_str());
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
 }
 
 const fs::path &folder() {
@@ -219,7 +219,7 @@ Case tool(const std::string &name, Files before, std::vector<std::string> argume
         for (std::string &argument : copies)
             argv.push_back(argument.data());
         argv.push_back(nullptr);
-        std::fflush(stderr);
+        static_cast<void>(std::fflush(stderr));
         const int kept = ::dup(2);
         static_cast<void>(::ftruncate(messages, 0));
         ::dup2(messages, 2);

@@ -129,7 +129,7 @@ std::optional<Encoding> detect_encoding(Input &input, const AutoOptions &options
         return std::nullopt;
     }
     // What is in ASCII reads the same in UTF-8.
-    const auto form = find_encoding(guesses[0].page == "ascii" ? "utf-8" : guesses[0].page);
+    auto form = find_encoding(guesses[0].page == "ascii" ? "utf-8" : guesses[0].page);
     if (!form) tell(path + ": does not convert from " + guesses[0].page, 0);
     return form;
 }
