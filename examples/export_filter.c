@@ -7,6 +7,7 @@
  * with files.
  * Status: 0 all of the text is in the stream, 1 not all, 2 a file or the command line is at fault.
  */
+#include <ctype.h>
 #include <kxstr/text.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -96,10 +97,24 @@ static size_t put_text(Output *out, const unsigned char *text, size_t length, in
     }
 }
 
+/* The number at the start of `text`: how many digits it has, at most `most`. */
+static size_t read_number(const char *text, int base, size_t most, unsigned *number) {
+    static const char digits[] = "0123456789ABCDEF";
+    size_t size = 0;
+    *number = 0;
+    for (; size < most && text[size] != 0; ++size) {
+        const char *digit = strchr(digits, toupper((unsigned char)text[size]));
+        if (digit == NULL || digit - digits >= base) break;
+        *number = *number * (unsigned)base + (unsigned)(digit - digits);
+    }
+    return size;
+}
+
 /* What stands at the start of `text` if it is markup: its size, and 0 if it is none. `text` ends with a 0. */
 static size_t put_if_markup(Output *out, const char *text) {
     unsigned number = 0;
-    int size = 0, on = text[1] != '/';
+    size_t size = 0;
+    const int on = text[1] != '/';
     if (strncmp(text, "&lt;", 4) == 0 || strncmp(text, "&amp;", 5) == 0) {
         put_character(out, text[1] == 'l' ? '<' : '&');
         return text[1] == 'l' ? 4 : 5;
@@ -108,7 +123,8 @@ static size_t put_if_markup(Output *out, const char *text) {
         put_byte_code(out, 0xCF);
         return 7;
     }
-    if (sscanf(text, "<kx %4x/>%n", &number, &size) == 1 && size == 10 && number != 0) {
+    if (strncmp(text, "<kx ", 4) == 0 && read_number(text + 4, 16, 4, &number) == 4 &&
+        strncmp(text + 8, "/>", 2) == 0 && number != 0) {
         end_line(out);
         put_character(out, (KxChar)number);
         return 10;
@@ -117,12 +133,14 @@ static size_t put_if_markup(Output *out, const char *text) {
     if (strncmp(text, "b>", 2) == 0 || strncmp(text, "u>", 2) == 0) {
         number = *text == 'b' ? 12 : 14;
         size = 2;
-    } else if (text[0] != 'a' || text[1] < '0' || text[1] > '9' || sscanf(text, "a%3u>%n", &number, &size) != 1 ||
-               size == 0 || number > 0xFF) {
+    } else if (text[0] != 'a' || (size = read_number(text + 1, 10, 3, &number)) == 0 || text[size + 1] != '>' ||
+               number > 0xFF) {
         return 0;
+    } else {
+        size += 2;
     }
     put_attribute(out, number, on);
-    return (size_t)size + (on ? 1 : 2);
+    return size + (on ? 1 : 2);
 }
 
 static size_t plain_length(const unsigned char *text, size_t length) {
