@@ -36,7 +36,8 @@ WORK = ROOT / "build/mutate"
 EQUAL = ROOT / "tools/equal_mutants.tsv"
 
 # What a mutant's own folder says about the scripts that see it. They run first; the other fast ones follow.
-SCRIPTS = {"src/collate|tools/kx/(sort|coll|merge|lines|languages)": "kx.sort", "tools/kx/(regis|codep)": "kx.registry",
+SCRIPTS = {"tools/kx/sort_key": "kx.sort|python.package",
+           "src/collate|tools/kx/(sort|coll|merge|lines|languages)": "kx.sort", "tools/kx/(regis|codep)": "kx.registry",
            "tools/kx/detect": "kx.detect", "tools/kx/(east|strip)": "kx.letters",
            "tools/kx/(dump|names|stream|archive)": "kx.(streams|characters)", "tools/kx/(files|options|main|os)": "kx.files",
            "tools/kx": "kx.convert", "src/platform": "platform.settings_before_main", "src/simd/plain": "kernels.plain"}
@@ -151,7 +152,7 @@ class Bench:
         subprocess.run(["cmake", "-S", self.tree, "-B", self.out, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
                         "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG", "-DKXSTR_WERROR=OFF", *flags],
                        check=True, stdout=subprocess.DEVNULL)
-        subprocess.run(["ninja", "-C", self.out, "-j1", "kx", "kxstr_tests"], check=True, stdout=subprocess.DEVNULL)
+        subprocess.run(["ninja", "-C", self.out, "-j1", "kx", "kxstr", "kxstr_tests"], check=True, stdout=subprocess.DEVNULL)
         self.objects = self.code()
         listing = self.scratch / "tests.json"
         run([self.out / "kxstr_tests", f"--gtest_output=json:{listing}"], 3600, cwd=self.scratch, env=self.environment)
@@ -188,7 +189,7 @@ class Bench:
     def is_wide(self):
         """Whether more is to be compiled than one mutant is worth: the headers that everything reads."""
         plan = subprocess.run(["ninja", "-C", self.out, "-n", "kx", "kxstr_tests"], capture_output=True, check=True)
-        return plan.stdout.count(b"Building CXX") > 40
+        return plan.stdout.count(b"Building CXX") > 16
 
     def build(self, *targets):
         return run(["ninja", "-C", self.out, "-j1", *targets], 1800, env=self.environment) == 0
@@ -226,7 +227,7 @@ class Bench:
                 return "no code"
             if self.code() == self.objects:
                 return "same code"
-            if not self.build("kxstr_tests"):
+            if not self.build("kxstr", "kxstr_tests"):
                 return "no code"
             return self.killer(mutant["file"]) or "survived"
         finally:
