@@ -83,6 +83,11 @@ void single_characters(Input &input) {
     }
 }
 
+template <typename Table> void require_same_address(Table *(*ask)()) {
+    const Table *const first = ask();
+    require(ask() == first, "one address");
+}
+
 // What the process is set to, in any order.
 void process(Input &input) {
     const std::string file = std::string(own_folder()) + "/conversions.reg";
@@ -100,7 +105,7 @@ void process(Input &input) {
         case 3: require(std::strlen(VaskGetLanguage()) <= 7, "a language is cut"); break;
         case 4:
             // Rarely a settings file, since writing one takes time.
-            std::strcpy(settings.registry_path, input.below(16) == 0 ? file.c_str() : "");
+            settings.registry_path[input.below(16) == 0 ? file.copy(settings.registry_path, file.size()) : 0] = 0;
             KxPlatformSet(input.flag() ? &settings : nullptr);
             break;
         case 5: WcvtGetDOSCodepage(); break;
@@ -113,8 +118,8 @@ void process(Input &input) {
             break;
         }
         case 8: require(WtpiGetCountryID() <= 6, "six countries"); break;
-        case 9: require(WtpiGetAnsiCodepageTbl() == WtpiGetAnsiCodepageTbl(), "one address"); break;
-        case 10: require(WtpiGetOemCodepageTbl() == WtpiGetOemCodepageTbl(), "one address"); break;
+        case 9: require_same_address(WtpiGetAnsiCodepageTbl); break;
+        case 10: require_same_address(WtpiGetOemCodepageTbl); break;
         case 11: TpiSetCodepage(); break;
         case 12: require(str_SetCodePage() == 1, "str_SetCodePage gives 1"); break;
         default: str_ClrCodePage(); break;

@@ -101,7 +101,7 @@ using kxstr::faults::Call;
 using kxstr::faults::Fate;
 using namespace kxstr::faults;
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the names that the linker's --wrap asks for
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the names that the linker's --wrap asks for
 extern "C" {
 
 void *__real_malloc(std::size_t);
@@ -210,4 +210,4 @@ void operator delete(void *block) noexcept {
 void operator delete(void *block, std::size_t) noexcept {
     __wrap_free(block);
 }
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)

@@ -54,7 +54,7 @@ void links(Input &input) {
     const std::string text = settings_text(input);
     std::FILE *out = std::fopen(file.c_str(), "wb");
     require(out != nullptr && std::fwrite(text.data(), 1, text.size(), out) == text.size(), "a settings file");
-    std::fclose(out);
+    require(std::fclose(out) == 0, "all of it is written");
 
     const auto reads = input.below(64);
     if (reads < 4) { // the library's own way to them

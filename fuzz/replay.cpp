@@ -60,7 +60,7 @@ int main(int argc, char **argv) {
     int first = 1;
     unsigned copies = 0;
     if (argc > 2 && std::string_view(argv[1]) == "-c") {
-        copies = static_cast<unsigned>(std::atoi(argv[2]));
+        copies = static_cast<unsigned>(std::strtoul(argv[2], nullptr, 10));
         first = 3;
     }
     const auto *const target = argc > first + 1 ? std::ranges::find(kTargets, std::string_view(argv[first]),

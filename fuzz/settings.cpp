@@ -48,7 +48,7 @@ std::vector<std::pair<std::u16string, Data>> values_but(const RegistryFile &file
             Data data = value.data;
             for (const unsigned shift : {0u, 8u, 16u, 24u})
                 data.push_back(static_cast<std::uint8_t>(value.type >> shift));
-            values.emplace_back(path + u'\n' + upper, std::move(data));
+            values.emplace_back(path, std::move(data)).first.append(1, u'\n').append(upper);
         }
     }
     return values;
@@ -140,7 +140,7 @@ void settings(Input &input) {
     const auto file = platform::parse_registry(text_of(input.part(texts)));
     const auto other = platform::parse_registry(text_of(input.rest()));
     if (!file) return;
-    require(file->text.size() >= 1, "there is a text");
+    require(!file->text.empty(), "there is a text");
     switch (how) {
     case 1: change_keys(choices, *file); break;
     case 2: take_over(choices, *file, other ? *other : platform::empty_registry()); break;

@@ -41,6 +41,7 @@ void write_file(const std::string &path, std::span<const std::uint8_t> bytes) {
 int run(std::vector<std::string> arguments) {
     std::vector<char *> argv;
     arguments.insert(arguments.begin(), "kx");
+    argv.reserve(arguments.size() + 1);
     for (std::string &argument : arguments)
         argv.push_back(argument.data());
     argv.push_back(nullptr);

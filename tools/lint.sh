@@ -46,7 +46,7 @@ echo "clang-tidy of the headers: clean"
 
 # clang-tidy reads gcc's options, too, some of which clang does not know.
 # Generated tables have nothing to say to clang-tidy; what this machine does not build has no compile command.
-hand_written 'src/*.cpp' 'detect/*.cpp' 'tools/*.cpp' 'tests/*.cpp' 'bench/*.cpp' 'examples/*.c' |
+hand_written 'src/*.cpp' 'detect/*.cpp' 'tools/*.cpp' 'tests/*.cpp' 'fuzz/*.cpp' 'bench/*.cpp' 'examples/*.c' |
     while read -r file; do grep -q "\"file\": \".*/$file\"" "$build/compile_commands.json" && echo "$file"; done |
     xargs -P "$(nproc)" -n 1 clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p "$build"
 echo "clang-tidy: clean"
