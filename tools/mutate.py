@@ -118,7 +118,7 @@ def run(command, timeout, **options):
     """The exit status, or None when it took too long; with limits on what a wild program can do. An endless loop is told
     by the time that it takes of the processor, whatever else runs here."""
     def limits():
-        os.setsid()
+        os.setpgrp()
         if "seconds" in options:
             resource.setrlimit(resource.RLIMIT_CPU, (options["seconds"], options["seconds"]))
         resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, resource.RLIM_INFINITY))
