@@ -38,10 +38,11 @@ EQUAL = ROOT / "tools/equal_mutants.tsv"
 # What a mutant's own folder says about the scripts that see it. They run first; the other fast ones follow.
 SCRIPTS = {"tools/kx/sort_key": "kx.sort|python.package",
            "src/collate|tools/kx/(sort|coll|merge|lines|languages)": "kx.sort", "tools/kx/(regis|codep)": "kx.registry",
+           "tools/kx/(help|option|version|near)": "kx.help", "tools/kx/(chart|unit_table|json)": "kx.chart",
            "tools/kx/detect": "kx.detect", "tools/kx/(east|strip)": "kx.letters",
            "tools/kx/(dump|names|stream|archive)": "kx.(streams|characters)", "tools/kx/(files|options|main|os)": "kx.files",
            "tools/kx": "kx.convert", "src/platform": "platform.settings_before_main", "src/simd/plain": "kernels.plain"}
-OTHERS = "platform.settings_before_main|kx.(files|letters|characters|detect|registry|streams|convert|demo|show)"
+OTHERS = "platform.settings_before_main|kx.(files|letters|characters|detect|registry|streams|convert|help|chart|exact|demo|sort)"
 
 # Code is formatted: a space on both sides makes an operator a binary one, and never a template's bracket.
 OPERATORS = {"<": ("<=", ">="), "<=": ("<", ">"), ">": (">=", "<="), ">=": (">", "<"), "==": ("!=",), "!=": ("==",),
