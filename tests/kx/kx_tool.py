@@ -20,7 +20,7 @@ def kx(*arguments, data=b"", **options):
     """Runs the tool; one argument alone is a command line, split at its spaces. Options are those of subprocess.run."""
     arguments = arguments[0].split() if len(arguments) == 1 else arguments
     streams = {"input": data, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
-    return subprocess.run([KX, *arguments], **streams | {"env": environment(), "timeout": 60} | options, check=False)
+    return subprocess.run([KX, *arguments], **streams | {"env": environment(), "timeout": 240} | options, check=False)
 
 
 def rows_of(name):

@@ -95,6 +95,8 @@ class Registry(KxTest):
         for text in ('[HKEY_USERS\\K]\n"v"="new"\n', "[-HKEY_USERS\\K]\n", '[HKEY_USERS\\K]\n"v"=-\n'):
             other.write_text(HEADER + text, encoding="utf-8")
             self.refused("registry", "import", str(other), message="write-protected")
+        other.write_text(HEADER + '[HKEY_USERS\\K]\n"v"=hex(40000003):00\n"w"="x"\n', encoding="utf-8")
+        self.kx("registry", "import", str(other))  # it stays what it is
 
     def test_only_what_is_named_is_shown_and_changes(self):
         before = '; mine\r\n[HKEY_USERS\\K]\r\n"v" = hex:01 ; one\r\n"a"="x"\r\n[HKEY_USERS\\Kx]\r\n"b"="y"\r\n'
