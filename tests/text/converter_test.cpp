@@ -129,13 +129,15 @@ TEST(TextConverter, TellsWhyItEnds) {
     };
     for (const auto &c : cases) {
         KxTextConverter converter = prepared(c.from, c.to);
+        const std::size_t length = std::char_traits<char>::length(c.source);
         std::uint8_t room[16];
         KxTextResult result;
-        EXPECT_EQ(KxTextConvert(&converter, c.source, std::char_traits<char>::length(c.source), c.last, room, c.room,
-                                &result),
-                  c.status);
+        EXPECT_EQ(KxTextConvert(&converter, c.source, length, c.last, room, c.room, &result), c.status);
         EXPECT_EQ(result.read, c.read) << c.source;
         EXPECT_EQ(result.written, c.written) << c.source;
+        EXPECT_EQ(result.fault, c.fault) << c.source;
+        if (c.status == KX_TEXT_FULL) continue;
+        EXPECT_EQ(KxTextMeasure(&converter, c.source, length, c.last, &result), c.status);
         EXPECT_EQ(result.fault, c.fault) << c.source;
     }
 }
