@@ -153,6 +153,11 @@ std::size_t translate(Converter &converter, std::uint16_t *units, std::size_t co
     const bool as_read = converter.from.kind == Kind::single_byte; // by their table
     if (converter.exact || converter.same || as_read) return count;
     std::size_t done = 0;
+    if (converter.map != nullptr) { // whoever writes them stops at KX_NONE
+        for (; done < count; ++done)
+            units[done] = converter.map[units[done]];
+        return done;
+    }
     for (;;) {
         done += simd::kernels().translate16(units + done, count - done, units + done, converter.pages);
         if (done == count) return done;
@@ -250,7 +255,7 @@ simd::Progress convert_blocks(Converter &converter, std::span<const std::uint8_t
                               std::span<std::uint8_t> destination, std::size_t block) noexcept {
     const std::size_t most = most_bytes(converter.to.kind);
     const bool from_single = converter.from.kind == Kind::single_byte;
-    if (converter.exact && from_single && converter.to.kind == Kind::utf8) {
+    if (converter.by_bytes) {
         return simd::kernels().utf8_of_bytes(converter.utf8, source.data(),
                                              std::min(source.size(), destination.size() / most), destination.data());
     }
@@ -374,9 +379,12 @@ std::size_t write_one(const Converter &converter, std::uint32_t character, std::
     if (converter.exact) return write_exact(converter, character, bytes);
     if (character > 0xFFFF) return 0;
     auto unit = static_cast<std::uint16_t>(character);
-    if (!converter.same && converter.from.kind != Kind::single_byte) unit = converter.rule(unit);
+    const bool has_map = converter.map != nullptr;
+    if (!converter.same && converter.from.kind != Kind::single_byte)
+        unit = has_map ? converter.map[unit] : converter.rule(unit);
     if (unit == KX_NONE && !converter.same) {
-        const bool apart = converter.to.kind == Kind::single_byte && converter.to.page.windows_number == kVietnamese;
+        const bool apart =
+            !has_map && converter.to.kind == Kind::single_byte && converter.to.page.windows_number == kVietnamese;
         const auto ch = static_cast<KxChar>(character);
         return apart ? write_apart(converter, parts_of_kx(converter.from.page, ch), bytes) : 0;
     }
@@ -424,7 +432,7 @@ bool prepare(Converter &converter, const KxTextForm &from, const KxTextForm &to,
     if (converter.exact) {
         if (read.kind == Kind::single_byte) {
             fill_units(read.page, converter.units);
-            fill_utf8(converter.units, converter.utf8);
+            converter.by_bytes = written.kind == Kind::utf8 && fill_utf8(converter.units, converter.utf8);
         }
         if (read.kind == Kind::double_byte) converter.units_of_codes = units_of_codes(read.page);
         if (written.kind == Kind::double_byte) converter.codes_of_units = codes_of_units(written.page);
@@ -524,6 +532,17 @@ std::span<const std::uint8_t> bytes_of(const void *bytes, std::size_t count) noe
 
 void keep_marks_apart(KxTextConverter &converter) noexcept {
     converter_in(&converter).composes = false;
+}
+
+void set_map(KxTextConverter &place, const std::uint16_t *map) noexcept {
+    Converter &converter = converter_in(&place);
+    converter.exact = false;
+    converter.map = map;
+    converter.units_of_codes = converter.codes_of_units = nullptr; // codes are read and written as they are
+    if (converter.from.kind != Kind::single_byte) return;
+    for (unsigned byte = 0; byte <= 0xFF; ++byte)
+        converter.units.set(byte, map[byte]);
+    converter.by_bytes = converter.to.kind == Kind::utf8 && fill_utf8(converter.units, converter.utf8);
 }
 
 std::size_t size_of_first(const KxTextConverter &converter, std::span<const std::uint8_t> source) noexcept {
