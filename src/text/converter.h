@@ -23,6 +23,12 @@ struct Side {
     bool is_code_page() const noexcept { return kind == Kind::single_byte || kind == Kind::double_byte; }
 };
 
+// What a map has for a unit: the units or native codes to be written, of which the second may be none (0). `first` is
+// KX_NONE for a unit that ends the work, as a character without an equivalent.
+struct Mapped {
+    std::uint16_t first = KX_NONE, second = 0;
+};
+
 // A conversion reads units (UTF-16 without pairs, or native codes, or KX characters), gives each way to another by
 // table or rule, and writes those; a few pairs of forms go by kernels of their own without the units between.
 struct Converter {
@@ -35,9 +41,9 @@ struct Converter {
     std::uint8_t substitute_size;
     std::uint8_t substitute[4];
 
-    RuleOfPages rule;         // what makes one unit the other, unless `exact`, `same` or by a map
-    const std::uint16_t *map; // of the caller (set_map), or null
-    SharedPages *shared;      // or null
+    RuleOfPages rule;    // what makes one unit the other, unless `exact`, `same` or by a map
+    const Mapped *map;   // of the caller (set_map), or null
+    SharedPages *shared; // or null
     const simd::MapPage *pages[0x100];
 
     std::uint8_t leads[0x100];           // of a double-byte page that is read
@@ -57,10 +63,10 @@ std::uint32_t convert(Converter &converter, std::span<const std::uint8_t> source
 // A letter and its marks stay two characters, also towards KX text.
 void keep_marks_apart(KxTextConverter &converter) noexcept;
 
-// Makes an exact conversion one by a map instead: from the units or native codes that are read (65,536 of them) to
-// those that are written, KX_NONE for what ends the work as a character without an equivalent. The map must live as
-// long as the converter, and may change; what it says about a single-byte page is asked here only.
-void set_map(KxTextConverter &converter, const std::uint16_t *map) noexcept;
+// Makes an exact conversion one by a map instead, of the 65,536 units or native codes that may be read. It must live as
+// long as the converter, and may change; what it says about a single-byte page is asked here only, and there two units
+// count as none. A character then takes up to twice the room.
+void set_map(KxTextConverter &converter, const Mapped *map) noexcept;
 
 // Bytes of the character that begins the source, of which it holds all. It is one that converts.
 std::size_t size_of_first(const KxTextConverter &converter, std::span<const std::uint8_t> source) noexcept;

@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "encodings.h"
+#include "text/converter.h"
 
 namespace kx {
 
@@ -22,13 +23,15 @@ class CharacterMap {
     std::size_t convert(const Chunk &chunk, ByteBuffer &bytes, const Way &way);
 
   private:
+    static constexpr std::size_t kUnits = 0x10000;
+
     CharacterMap(const Encoding &from, const Encoding &to, const KxTextForm &source, const KxTextForm &target);
     bool learn(std::span<const std::uint8_t> character, const Way &way);
 
     Encoding from_, to_;
     KxTextConverter converter_;
-    std::vector<KxChar> units_; // to be written for those that are read; KX_NONE for those that stop
-    std::bitset<0x10000> known_;
+    std::vector<kxstr::text::Mapped> units_; // of those that are read
+    std::bitset<kUnits> known_;
     ByteBuffer written_;
 };
 
