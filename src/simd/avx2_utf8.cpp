@@ -58,8 +58,8 @@ Progress mapped(const std::uint16_t *const &map, const std::uint16_t *units, std
 
 } // namespace
 
-Progress utf8_of_bytes(const Utf8OfHighBytes &page, const std::uint8_t *from, std::size_t count,
-                       std::uint8_t *to) noexcept {
+Progress utf8_of_bytes(const Utf8Page &page, const std::uint8_t *from, std::size_t count, std::uint8_t *to) noexcept {
+    if (page.changes_low) return plain::utf8_of_bytes(page, from, count, to);
     return by_turns(page, from, count, to, 0, plain::utf8_of_bytes);
 }
 

@@ -74,9 +74,9 @@ std::uint8_t *store_quarter(std::uint8_t *to, const __m512i (&bytes)[3], const s
 
 } // namespace
 
-Progress utf8_of_bytes(const Utf8OfHighBytes &page, const std::uint8_t *from, std::size_t count,
-                       std::uint8_t *to) noexcept {
-    const Table firsts(page.apart[0]), seconds(page.apart[1]), thirds(page.apart[2]);
+Progress utf8_of_bytes(const Utf8Page &page, const std::uint8_t *from, std::size_t count, std::uint8_t *to) noexcept {
+    const Table firsts(page.apart[0]), seconds(page.apart[1]), thirds(page.apart[2]), lows(page.low);
+    const bool changes_low = page.changes_low;
     std::uint8_t *out = to;
     std::size_t read = 0;
     while (read < count) {
@@ -85,18 +85,19 @@ Progress utf8_of_bytes(const Utf8OfHighBytes &page, const std::uint8_t *from, st
         std::size_t size = whole ? kBlock : left;
         std::uint64_t here = low_bits(size);
         const __m512i block = whole ? load(from + read) : _mm512_maskz_loadu_epi8(here, from + read);
+        const __m512i lower = changes_low ? lows[block] : block; // of its bytes below 0x80
         const __mmask64 upper = _mm512_movepi8_mask(block);
         if (upper == 0) {
             if (whole) {
-                _mm512_storeu_si512(out, block);
+                _mm512_storeu_si512(out, lower);
             } else {
-                _mm512_mask_storeu_epi8(out, here, block);
+                _mm512_mask_storeu_epi8(out, here, lower);
             }
             read += size;
             out += size;
             continue;
         }
-        const __m512i bytes[3] = {_mm512_mask_mov_epi8(block, upper, firsts[block]),
+        const __m512i bytes[3] = {_mm512_mask_mov_epi8(lower, upper, firsts[block]),
                                   _mm512_maskz_mov_epi8(upper, seconds[block]),
                                   _mm512_maskz_mov_epi8(upper, thirds[block])};
         const std::uint64_t stops = _mm512_mask_testn_epi8_mask(upper, bytes[0], bytes[0]);

@@ -171,14 +171,16 @@ using Translate16 = std::size_t(const std::uint16_t *from, std::size_t count, st
                                 const MapPage *const *pages) noexcept;
 using Utf8OfUnits = Progress(const std::uint16_t *units, std::size_t count, std::uint8_t *bytes) noexcept;
 using UnitsOfUtf8 = Progress(const std::uint8_t *bytes, std::size_t count, std::uint16_t *units) noexcept;
-// The bytes 0x80..0xFF of a page in UTF-8, up to three bytes for each, in two layouts: together with their number,
-// which is 0 for a byte without a character; and the first, second and third ones apart, 0 where there is none. The
-// bytes below are themselves.
-struct Utf8OfHighBytes {
+// A page in UTF-8. The bytes 0x80..0xFF: up to three bytes for each, in two layouts: together with their number, which
+// is 0 for a byte without a character; and the first, second and third ones apart, 0 where there is none. The bytes
+// below: one for each, below 0x80 as well; themselves, unless `changes_low`.
+struct Utf8Page {
     std::uint8_t entries[0x80][4];
     std::uint8_t apart[3][0x80];
+    std::uint8_t low[0x80];
+    bool changes_low;
 };
-using Utf8OfBytes = Progress(const Utf8OfHighBytes &page, const std::uint8_t *from, std::size_t count,
+using Utf8OfBytes = Progress(const Utf8Page &page, const std::uint8_t *from, std::size_t count,
                              std::uint8_t *to) noexcept;
 // The byte that a page has for a unit, 0 for none, in tables of 256 for the high bytes that occur. Units below 0x80 are
 // themselves.

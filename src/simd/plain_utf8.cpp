@@ -2,14 +2,13 @@
 
 namespace kxstr::simd::plain {
 
-Progress utf8_of_bytes(const Utf8OfHighBytes &page, const std::uint8_t *from, std::size_t count,
-                       std::uint8_t *to) noexcept {
+Progress utf8_of_bytes(const Utf8Page &page, const std::uint8_t *from, std::size_t count, std::uint8_t *to) noexcept {
     Progress done{0, 0};
     for (; done.read < count; ++done.read) {
         const std::uint8_t byte = from[done.read];
         std::uint8_t *const at = to + done.written;
         if (byte < 0x80) {
-            *at = byte;
+            *at = page.low[byte];
             ++done.written;
             continue;
         }

@@ -163,6 +163,46 @@ std::size_t translate(Converter &converter, std::uint16_t *units, std::size_t co
     }
 }
 
+bool goes_by_map(const Converter &converter) noexcept {
+    return converter.map != nullptr && converter.from.kind != Kind::single_byte; // which has it as its table
+}
+
+// The same by a map, KX_NONE included, at which the writing stops. Returns how many they became. `to` has room for two
+// each.
+std::size_t map_units(const Converter &converter, std::span<const std::uint16_t> units, std::uint16_t *to) noexcept {
+    constexpr std::size_t group = 16; // where none becomes two, no place waits for those before
+    std::size_t count = 0;
+    for (std::size_t done = 0; done < units.size(); done += group) {
+        const auto some = units.subspan(done, std::min(group, units.size() - done));
+        unsigned seconds = 0;
+        for (std::size_t i = 0; i < some.size(); ++i) {
+            const Mapped mapped = converter.map[some[i]];
+            to[count + i] = mapped.first;
+            seconds |= mapped.second;
+        }
+        if (seconds == 0) {
+            count += some.size();
+            continue;
+        }
+        for (const std::uint16_t unit : some) {
+            const Mapped mapped = converter.map[unit];
+            to[count++] = mapped.first;
+            if (mapped.second != 0) to[count++] = mapped.second;
+        }
+    }
+    return count;
+}
+
+// From how many of these the first `count` were made.
+std::size_t units_behind(const Converter &converter, std::span<const std::uint16_t> units, std::size_t count) noexcept {
+    std::size_t done = 0;
+    for (std::size_t made = 0; done < units.size(); ++done) {
+        made += converter.map[units[done]].second != 0 ? 2 : 1;
+        if (made > count) break;
+    }
+    return done;
+}
+
 simd::Progress write_units(const Converter &converter, std::span<const std::uint16_t> units,
                            std::uint8_t *bytes) noexcept {
     const simd::Kernels &kernels = simd::kernels();
@@ -248,9 +288,10 @@ std::size_t bytes_of_units(const Converter &converter, std::span<const std::uint
 // are plain they grow.
 simd::Progress convert_blocks(Converter &converter, std::span<const std::uint8_t> source, bool last,
                               std::span<std::uint8_t> destination, std::size_t block) noexcept {
-    const std::size_t most = most_bytes(converter.to.kind);
+    const bool by_map = goes_by_map(converter);
+    const std::size_t most = most_bytes(converter.to.kind) * (by_map ? 2 : 1);
     const bool from_single = converter.from.kind == Kind::single_byte;
-    if (converter.exact && from_single && converter.to.kind == Kind::utf8) {
+    if (converter.by_bytes) {
         return simd::kernels().utf8_of_bytes(converter.utf8, source.data(),
                                              std::min(source.size(), destination.size() / most), destination.data());
     }
@@ -258,7 +299,7 @@ simd::Progress convert_blocks(Converter &converter, std::span<const std::uint8_t
         return simd::kernels().bytes_of_utf8(converter.bytes, source.data(),
                                              std::min(source.size(), destination.size()), destination.data());
     }
-    std::uint16_t units[kBlock];
+    std::uint16_t units[kBlock], mapped[2 * kBlock];
     simd::Progress done{0, 0};
     for (;;) {
         const auto bytes = source.subspan(
@@ -271,9 +312,13 @@ simd::Progress convert_blocks(Converter &converter, std::span<const std::uint8_t
             if (plain < read.written) read = {bytes_of_units(converter, bytes, plain), plain};
             if (from_single) read = read_units(converter, bytes.first(plain), units);
         }
-        const std::size_t good = translate(converter, units, read.written);
-        const simd::Progress written =
-            write_units(converter, std::span(units).first(good), destination.data() + done.written);
+        const auto source_units = std::span<const std::uint16_t>(units).first(read.written);
+        const std::size_t good =
+            by_map ? map_units(converter, source_units, mapped) : translate(converter, units, read.written);
+        simd::Progress written =
+            write_units(converter, {by_map ? mapped : units, good}, destination.data() + done.written);
+        if (by_map)
+            written.read = written.read == good ? read.written : units_behind(converter, source_units, written.read);
         done.written += written.written;
         if (written.read < read.written) {
             done.read += bytes_of_units(converter, bytes, written.read);
@@ -370,16 +415,8 @@ std::size_t write_exact(const Converter &converter, std::uint32_t character, std
     return converter.to.page.windows_number == kVietnamese ? write_apart(converter, vietnamese_parts(unit), bytes) : 0;
 }
 
-std::size_t write_one(const Converter &converter, std::uint32_t character, std::uint8_t *bytes) noexcept {
-    if (converter.exact) return write_exact(converter, character, bytes);
-    if (character > 0xFFFF) return 0;
-    auto unit = static_cast<std::uint16_t>(character);
-    if (!converter.same && converter.from.kind != Kind::single_byte) unit = converter.rule(unit);
-    if (unit == KX_NONE && !converter.same) {
-        const bool apart = converter.to.kind == Kind::single_byte && converter.to.page.windows_number == kVietnamese;
-        const auto ch = static_cast<KxChar>(character);
-        return apart ? write_apart(converter, parts_of_kx(converter.from.page, ch), bytes) : 0;
-    }
+// A unit of the form that is written.
+std::size_t write_unit(const Converter &converter, std::uint16_t unit, std::uint8_t *bytes) noexcept {
     switch (converter.to.kind) {
     case Kind::utf8: return is_surrogate(unit) ? 0 : write_utf8(unit, bytes);
     case Kind::utf16: return is_surrogate(unit) ? 0 : write_utf16(unit, bytes, converter.to.order);
@@ -389,6 +426,26 @@ std::size_t write_one(const Converter &converter, std::uint32_t character, std::
     }
     store_unit(unit, bytes, converter.to.order);
     return 2;
+}
+
+std::size_t write_one(const Converter &converter, std::uint32_t character, std::uint8_t *bytes) noexcept {
+    if (converter.exact) return write_exact(converter, character, bytes);
+    if (character > 0xFFFF) return 0;
+    auto unit = static_cast<std::uint16_t>(character);
+    if (goes_by_map(converter)) {
+        const Mapped mapped = converter.map[unit];
+        if (mapped.first == KX_NONE) return 0;
+        const std::size_t size = write_unit(converter, mapped.first, bytes);
+        return mapped.second == 0 ? size : size + write_unit(converter, mapped.second, bytes + size);
+    }
+    if (!converter.same && converter.from.kind != Kind::single_byte) unit = converter.rule(unit);
+    if (unit == KX_NONE && !converter.same) {
+        const bool apart = converter.map == nullptr && converter.to.kind == Kind::single_byte &&
+                           converter.to.page.windows_number == kVietnamese;
+        const auto ch = static_cast<KxChar>(character);
+        return apart ? write_apart(converter, parts_of_kx(converter.from.page, ch), bytes) : 0;
+    }
+    return write_unit(converter, unit, bytes);
 }
 
 } // namespace
@@ -424,7 +481,7 @@ bool prepare(Converter &converter, const KxTextForm &from, const KxTextForm &to,
     if (converter.exact) {
         if (read.kind == Kind::single_byte) {
             fill_units(read.page, converter.units);
-            fill_utf8(converter.units, converter.utf8);
+            converter.by_bytes = written.kind == Kind::utf8 && fill_utf8(converter.units, converter.utf8);
         }
         if (read.kind == Kind::double_byte) converter.units_of_codes = units_of_codes(read.page);
         if (written.kind == Kind::double_byte) converter.codes_of_units = codes_of_units(written.page);
@@ -486,7 +543,7 @@ std::uint32_t convert(Converter &converter, std::span<const std::uint8_t> source
             result.fault = one.length;
             return KX_TEXT_INCOMPLETE;
         }
-        std::uint8_t bytes[kLongest];
+        std::uint8_t bytes[2 * kLongest]; // by a map there may be two
         std::size_t size = one.kind == Scalar::character ? write_one(converter, one.value, bytes) : 0;
         const std::uint8_t *from = bytes;
         const bool converts = size != 0;
@@ -524,6 +581,17 @@ std::span<const std::uint8_t> bytes_of(const void *bytes, std::size_t count) noe
 
 void keep_marks_apart(KxTextConverter &converter) noexcept {
     converter_in(&converter).composes = false;
+}
+
+void set_map(KxTextConverter &place, const Mapped *map) noexcept {
+    Converter &converter = converter_in(&place);
+    converter.exact = false;
+    converter.map = map;
+    converter.units_of_codes = converter.codes_of_units = nullptr; // codes are read and written as they are
+    if (converter.from.kind != Kind::single_byte) return;
+    for (unsigned byte = 0; byte <= 0xFF; ++byte)
+        converter.units.set(byte, map[byte].second == 0 ? map[byte].first : KX_NONE);
+    converter.by_bytes = converter.to.kind == Kind::utf8 && fill_utf8(converter.units, converter.utf8);
 }
 
 std::size_t size_of_first(const KxTextConverter &converter, std::span<const std::uint8_t> source) noexcept {

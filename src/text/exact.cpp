@@ -97,9 +97,13 @@ void fill_units(const CodePage &page, simd::MapPage &units) noexcept {
                                     : unit_of_code(page, static_cast<std::uint16_t>(byte)));
 }
 
-void fill_utf8(const simd::MapPage &units, simd::Utf8OfHighBytes &utf8) noexcept {
+bool fill_utf8(const simd::MapPage &units, simd::Utf8Page &utf8) noexcept {
     utf8 = {};
+    bool fits = true;
     for (std::size_t i = 0; i < 0x80; ++i) {
+        fits = fits && units[i] < 0x80;
+        utf8.low[i] = static_cast<std::uint8_t>(units[i]);
+        utf8.changes_low = utf8.changes_low || units[i] != i;
         const std::uint16_t unit = units[0x80 + i];
         if (unit == kNone || is_surrogate(unit)) continue;
         const std::size_t length = write_utf8(unit, utf8.entries[i]);
@@ -107,6 +111,7 @@ void fill_utf8(const simd::MapPage &units, simd::Utf8OfHighBytes &utf8) noexcept
             utf8.apart[k][i] = utf8.entries[i][k];
         utf8.entries[i][3] = static_cast<std::uint8_t>(length);
     }
+    return fits;
 }
 
 void fill_bytes(const simd::MapPage &units, simd::ByteOfUnits &bytes) noexcept {

@@ -23,7 +23,8 @@ const std::uint16_t *codes_of_units(const CodePage &page) noexcept;
 
 // Of a single-byte page.
 void fill_units(const CodePage &page, simd::MapPage &units) noexcept;
-void fill_utf8(const simd::MapPage &units, simd::Utf8OfHighBytes &utf8) noexcept;
+// False where a byte below 0x80 is a character beyond, which has no place there.
+bool fill_utf8(const simd::MapPage &units, simd::Utf8Page &utf8) noexcept;
 void fill_bytes(const simd::MapPage &units, simd::ByteOfUnits &bytes) noexcept;
 
 // A Vietnamese letter as letter and tone, which page 1258 has under codes of their own. Both 0 for other characters.

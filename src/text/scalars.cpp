@@ -15,11 +15,11 @@ Scalar read_utf16(std::span<const std::uint8_t> bytes, ByteOrder order) noexcept
     if (bytes.size() < 2) return {Scalar::incomplete, bytes.size(), 0};
     const std::uint16_t unit = load_unit(bytes.data(), order);
     if (!is_surrogate(unit)) return {Scalar::character, 2, unit};
-    if (unit >= 0xDC00) return {Scalar::malformed, 2, 0};
+    if (!is_first_half(unit)) return {Scalar::malformed, 2, 0};
     if (bytes.size() < 4) return {Scalar::incomplete, bytes.size(), 0};
     const std::uint16_t next = load_unit(bytes.data() + 2, order);
-    if (next < 0xDC00 || next > 0xDFFF) return {Scalar::malformed, 2, 0};
-    return {Scalar::character, 4, 0x10000u + ((unit & 0x3FFu) << 10) + (next & 0x3FFu)};
+    if (!is_second_half(next)) return {Scalar::malformed, 2, 0};
+    return {Scalar::character, 4, join_halves(unit, next)};
 }
 
 std::size_t write_utf8(std::uint32_t character, std::uint8_t *bytes) noexcept {
@@ -27,12 +27,12 @@ std::size_t write_utf8(std::uint32_t character, std::uint8_t *bytes) noexcept {
 }
 
 std::size_t write_utf16(std::uint32_t character, std::uint8_t *bytes, ByteOrder order) noexcept {
-    if (character < 0x10000) {
+    if (character < kFirstOfPairs) {
         store_unit(static_cast<std::uint16_t>(character), bytes, order);
         return 2;
     }
-    store_unit(static_cast<std::uint16_t>(0xD800u + ((character - 0x10000u) >> 10)), bytes, order);
-    store_unit(static_cast<std::uint16_t>(0xDC00u + (character & 0x3FFu)), bytes + 2, order);
+    store_unit(first_half(character), bytes, order);
+    store_unit(second_half(character), bytes + 2, order);
     return 4;
 }
 

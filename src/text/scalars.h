@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <span>
 
+#include "platform/utf16.h"
+
 namespace kxstr::text {
 
 struct Scalar {
@@ -18,9 +20,7 @@ enum class ByteOrder { low_first, high_first };
 
 inline constexpr std::uint32_t kLastScalar = 0x10FFFF;
 
-constexpr bool is_surrogate(std::uint32_t value) noexcept {
-    return value >= 0xD800 && value <= 0xDFFF;
-}
+using kxstr::is_surrogate;
 
 // Not for empty spans. Malformed bytes are taken in the largest piece that could have begun a character, as the Unicode
 // Standard recommends.

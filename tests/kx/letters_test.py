@@ -52,6 +52,32 @@ class Letters(KxTest):
         alternating = b"a" + "ﾊﾟ".encode("cp932") * CHUNK
         self.assertEqual(self.output("width double -f 932", data=alternating).decode("cp932"), "ａ" + "パ" * CHUNK)
 
+    def test_all_characters_as_in_kx_text(self):
+        for page, country, actions in (
+            ("932", "JP", ("width double", "width single", "width hiragana", "width katakana", "case upper")),
+            ("949", "KR", ("width double", "width single")), ("936", "CS", ("han big5", "case lower")), ("950", "CT", ("han gb",)),
+            ("1253", "none", ("case upper",)),
+        ):
+            mark = b"\xde" if page == "932" else b"!"
+            codec = "cp" + page
+            codes = {chr(unit).encode(codec, "ignore") for unit in range(0x20, 0xFFFF)} - {b""}
+            lines = [code + behind for code in sorted(codes) for behind in (b"", mark)]
+            as_kx = self.output(f"convert -q -c -f {page} -t kx", data=b"\n".join(lines))
+            back = self.output(f"convert -f kx -t {page}", data=as_kx).split(b"\n")
+            lines = [line for line, again in zip(lines, back, strict=True) if line == again]
+            self.assertGreater(len(lines), 400)
+            data = b"\n".join(lines)
+            as_kx = self.output(f"convert -f {page} -t kx", data=data)
+            for action in actions:
+                options = "" if action.startswith("han") else f" --country={country}"
+                directly = self.output(f"{action} -q -c -f {page} -t utf-8{options}", data=data).split(b"\n")
+                changed = self.output(f"{action} -f kx -t kx --ansi={page}{options}", data=as_kx)
+                by_kx = self.output(f"convert -q -c -f kx --ansi={page} -t utf-8", data=changed).split(b"\n")
+                for line, ours, other in zip(lines, directly, by_kx, strict=True):
+                    # What KX text lacks stays what it is.
+                    same = line.decode(codec).encode()
+                    self.assertIn(ours, (other, same) if len(other) < len(same) else (other,), (page, action, line))
+
     def test_faults(self):
         for arguments, message in (
             ("case", "nothing to do is named"),

@@ -72,7 +72,7 @@ class Sorts(KxTest):
         self.assertEqual(result.stdout, "ab\nz\n─\n".encode().replace("z\n─\n".encode(), "a\ud7a4\na😀\na".encode())
                          + b"\xff\n" + "z\n─\n".encode())
         self.assertEqual(result.stderr.decode(), "kx sort: characters that KX lacks, behind all others: 3, "
-                                                 "the first one U+1F600 in (standard input), line 1, column 2\n")
+                                                 "the first one U+1F600 in (standard input):1:2\n")
         self.assertEqual(result.returncode, 0)
 
     def test_fields_are_those_of_sort(self):

@@ -116,11 +116,13 @@ TEST(TextKernels, FormsByTablesAgree) {
         (*map)[unit] = static_cast<std::uint16_t>(unit < 0x80 ? unit : random(400) == 0 ? 0xFFFF : random(0xFFFF));
     compare_forms<std::uint16_t, std::uint8_t>(&simd::Kernels::bytes_of_mapped, 2, fill_units, map->data());
     for (const unsigned limit : {0x800u, 0x2600u}) {
-        simd::Utf8OfHighBytes utf8{};
+        simd::Utf8Page utf8{};
+        utf8.changes_low = limit > 0x800;
         simd::ByteOfUnits bytes{};
         for (unsigned i = 0; i < 0x80; ++i) {
             const auto unit = static_cast<std::uint16_t>(random(40) == 0 ? '-' : 0x80 + random(limit - 0x80));
             std::uint8_t *const entry = utf8.entries[i];
+            utf8.low[i] = static_cast<std::uint8_t>(utf8.changes_low ? random(0x80) : i);
             if (i % 32 == 7) continue;
             entry[3] = static_cast<std::uint8_t>(simd::available().front()->utf8_of_units(&unit, 1, entry).written);
             for (std::size_t k = 0; k < entry[3]; ++k)

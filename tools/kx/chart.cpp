@@ -306,11 +306,7 @@ std::string take_option(Request &request, int id, const Argument &argument) {
         return argument.number > kxstr::kLastDoubleByteSet ? "no set '" + argument.text + "'" : "";
     case kPageId: request.page = argument.page; return "";
     case kAnsiId: request.ansi = argument.page; return "";
-    case 'l': {
-        const FoundLanguage found = find_language(argument.text);
-        request.language = found.language;
-        return found.language != nullptr ? "" : found.fault + " (`kx sort --list` lists all)";
-    }
+    case 'l': return take_language(request.language, argument.text);
     default: request.output = argument.text; return "";
     }
 }

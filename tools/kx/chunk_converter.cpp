@@ -31,8 +31,10 @@ ChunkConverter::ChunkConverter(const Encoding &from, const Encoding &to, const T
                   ? Converter::make(from, {EncodingKind::utf8, {}}, pages.text, pages.written)
                   : nullptr),
       encoder_(make_encoder(to, pages.text, pages.written)) {
-    if (transform != nullptr && !is_kx_encoding(from) && !is_kx_encoding(to))
+    if (transform != nullptr && !is_kx_encoding(from) && !is_kx_encoding(to)) {
         around_ = Converter::make(from, to, pages.text, pages.written);
+        map_ = CharacterMap::make(from, to);
+    }
     decoder_ =
         decoder ? std::move(decoder) : make_decoder(from, pages.text, is_kx_encoding(to), /* composes = */ !around_);
     if (direct_ && naming_ && !is_double_byte(from.page)) find_united_bytes();
@@ -67,8 +69,9 @@ bool ChunkConverter::append(char32_t character, ByteBuffer &bytes) {
 }
 
 ChunkConverter::Result ChunkConverter::convert(const Chunk &chunk, ByteBuffer &bytes, const OnChange &on_change) {
-    const Result result =
-        direct_ ? convert_directly(chunk, bytes, on_change) : convert_by_kx_text(chunk, bytes, on_change);
+    const Result result = direct_ ? convert_directly(chunk, bytes, on_change)
+                          : map_  ? convert_by_map(chunk, bytes, on_change)
+                                  : convert_by_kx_text(chunk, 0, bytes, on_change);
     if (!chunk.last || result.stopped) return result;
     if (direct_) {
         direct_->end(bytes);
@@ -110,9 +113,52 @@ ChunkConverter::Result ChunkConverter::convert_directly(const Chunk &chunk, Byte
     return result;
 }
 
-ChunkConverter::Result ChunkConverter::convert_by_kx_text(const Chunk &chunk, ByteBuffer &bytes,
+// What cannot go by the map takes the other way, in stretches that grow where such characters are many.
+ChunkConverter::Result ChunkConverter::convert_by_map(const Chunk &chunk, ByteBuffer &bytes,
+                                                      const OnChange &on_change) {
+    constexpr std::size_t least = 64, most = 4096;
+    const CharacterMap::Way way = [this](std::span<const std::uint8_t> character, ByteBuffer &written) {
+        return convert_alone(character, written);
+    };
+    const std::size_t mark =
+        chunk.offset == 0 ? KxTextMark(text_form(from_, text_page_)->form, chunk.bytes.data(), chunk.bytes.size()) : 0;
+    Result result{mark, 0, false};
+    for (std::size_t stretch = least;;) {
+        const Chunk rest{chunk.bytes.subspan(result.consumed), chunk.offset + result.consumed, chunk.last};
+        const std::size_t mapped = map_->convert(rest, bytes, way);
+        if (counts_) result.characters += kx::count_characters(from_, rest.bytes.first(mapped));
+        result.consumed += mapped;
+        if (result.consumed == chunk.bytes.size()) return result;
+        stretch = mapped < stretch ? std::min(2 * stretch, most) : least;
+        const std::size_t end = std::min(result.consumed + stretch, chunk.bytes.size());
+        const Chunk part{chunk.bytes.first(end), chunk.offset, chunk.last && end == chunk.bytes.size()};
+        const Result more = convert_by_kx_text(part, result.consumed, bytes, on_change);
+        const bool is_stuck =
+            more.consumed == result.consumed; // before half of a character, or one that joins the next
+        result = {more.consumed, result.characters + more.characters, more.stopped};
+        if (more.stopped || is_stuck) return result;
+    }
+}
+
+// Of a single character; false where its neighbours or whoever is told about changes have a say.
+bool ChunkConverter::convert_alone(std::span<const std::uint8_t> character, ByteBuffer &bytes) {
+    const Chunk chunk{character, 1, true}; // not at the start of a file, where a mark would be skipped
+    units_.clear();
+    units_.placed = false;
+    if (decoder_->decode(chunk, units_).bad_length == 0) {
+        if (units_.chars.size() != 1 || transform_->joins_next(units_.chars[0])) return false;
+        if (comes_back(character)) {
+            transform_->apply(units_);
+            if (encoder_->encode(units_.chars, bytes) == units_.chars.size()) return true;
+            if (units_.chars.size() != 1) return false;
+        }
+    }
+    return pass(chunk, {Change::lost, 0, character.size()}, bytes);
+}
+
+ChunkConverter::Result ChunkConverter::convert_by_kx_text(const Chunk &chunk, std::size_t first, ByteBuffer &bytes,
                                                           const OnChange &on_change) {
-    Result result{0, 0, false};
+    Result result{first, 0, false};
     // Decoding without places goes by blocks, which is for nothing where a fault is in every one of them.
     constexpr std::size_t near = 256;
     bool placed = false;

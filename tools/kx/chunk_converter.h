@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 
+#include "character_map.h"
 #include "encodings.h"
 
 namespace kx {
@@ -60,7 +61,9 @@ class ChunkConverter {
 
   private:
     Result convert_directly(const Chunk &chunk, ByteBuffer &bytes, const OnChange &on_change);
-    Result convert_by_kx_text(const Chunk &chunk, ByteBuffer &bytes, const OnChange &on_change);
+    Result convert_by_map(const Chunk &chunk, ByteBuffer &bytes, const OnChange &on_change);
+    Result convert_by_kx_text(const Chunk &chunk, std::size_t first, ByteBuffer &bytes, const OnChange &on_change);
+    bool convert_alone(std::span<const std::uint8_t> character, ByteBuffer &bytes);
     struct Piece {
         Decoder::Result decoded;
         std::uint64_t characters;
@@ -90,6 +93,7 @@ class ChunkConverter {
     std::vector<std::uint32_t> united_; // the places of those that are
     std::unique_ptr<Converter>
         around_; // for what a transform does not know, from one form without KX to another; or null
+    std::unique_ptr<CharacterMap> map_; // of what the transform makes of characters, in such a case; or null
     ByteBuffer came_back_;
     DecodedText one_;
 };

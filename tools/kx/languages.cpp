@@ -214,6 +214,12 @@ FoundLanguage find_language(const std::string &name) {
     return {nullptr, "no language '" + name + "'" + near_spellings(small)};
 }
 
+std::string take_language(const Language *&language, const std::string &name) {
+    const FoundLanguage found = find_language(name);
+    language = found.language;
+    return found.language != nullptr ? "" : found.fault + " (`kx sort --list` lists all)";
+}
+
 FoundLanguage language_of_locale() {
     // The first one that is set decides, even when it says nothing of use.
     for (const char *variable : {"LC_ALL", "LC_COLLATE", "LANG"}) {

@@ -30,6 +30,9 @@ struct FoundLanguage {
 // code in other letters where they cannot.
 FoundLanguage find_language(const std::string &name);
 
+// The argument of an option that takes a language; what is wrong with it, or nothing.
+std::string take_language(const Language *&language, const std::string &name);
+
 // By the environment, as the C library finds the locale of collation; the fault says when it names no language.
 FoundLanguage language_of_locale();
 

@@ -5,6 +5,7 @@
 
 #include "core/kx_char.h"
 #include "platform/system.h"
+#include "platform/utf16.h"
 #include "simd/kernels.h"
 #include "text/scalars.h"
 
@@ -117,7 +118,7 @@ std::uint32_t LineReader::value_of(std::span<const std::uint8_t> bytes) const {
     case EncodingKind::utf16le:
     case EncodingKind::utf16be:
         if (bytes.size() == 2) return unit_at(0);
-        if (bytes.size() == 4) return 0x10000 + ((unit_at(0) & 0x3FF) << 10) + (unit_at(2) & 0x3FF);
+        if (bytes.size() == 4) return kxstr::join_halves(unit_at(0), unit_at(2));
         break;
     case EncodingKind::code_page:
         if (const auto unit = kxstr::platform::to_wide(form_.form.page.windows_number, bytes)) return *unit;

@@ -143,11 +143,7 @@ unsigned threads(unsigned wanted) {
 std::string take_option(Arguments &arguments, int id, const Argument &argument) {
     const std::string &text = argument.text;
     switch (id) {
-    case 'l': {
-        const FoundLanguage found = find_language(text);
-        arguments.language = found.language;
-        return found.language != nullptr ? "" : found.fault + " (`kx sort --list` lists all)";
-    }
+    case 'l': return take_language(arguments.language, text);
     case 'f': return take_form(arguments, argument);
     case 'k': {
         Key &key = arguments.keys.emplace_back();

@@ -17,14 +17,13 @@ std::string name_of_character(const LackingCharacter &character, ByteSpan bytes)
 } // namespace
 
 bool LackingReport::add(std::size_t count, const LackingCharacter &first, ByteSpan bytes, const Place &place) {
-    const std::string where = "line " + std::to_string(place.line) + ", column " + std::to_string(place.column);
+    const std::string where = place.input + ":" + std::to_string(place.line) + ":" + std::to_string(place.column);
     const std::string name = name_of_character(first, bytes);
     if (request_.strict) {
-        report(kSortCommand,
-               place.input + ": " + where + ": " + name + " does not convert from " + name_of(request_.form.form));
+        report(kSortCommand, where + ": " + name + " does not convert from " + name_of(request_.form.form));
         return false;
     }
-    if (count_ == 0) first_ = name + " in " + place.input + ", " + where;
+    if (count_ == 0) first_ = name + " in " + where;
     count_ += count;
     return true;
 }

@@ -39,42 +39,6 @@ struct OwnForm {
     const tables::ToolPage *page; // null for ASCII, which is a page without the bytes from 80 up
 };
 
-// Between UTF-16 and a form of other characters, one at a time.
-class ByCharacters final : public Transcoder {
-  public:
-    using Read = kxstr::text::Scalar(const OwnForm &form, Bytes source);
-    using Write = std::size_t(const OwnForm &form, std::uint32_t character, std::uint8_t *bytes); // at most 4, or 0
-
-    ByCharacters(const Encoding &from, const Encoding &to, Read *read, Write *write)
-        : from_(from), to_(to), read_(read), write_(write) {}
-
-    Result convert(Bytes source, std::span<std::uint8_t> destination) override {
-        using kxstr::text::Scalar;
-        Result done{Result::done, 0, 0, 0};
-        while (done.read < source.size()) {
-            const Scalar one = read_(from_, source.subspan(done.read));
-            std::uint8_t bytes[4];
-            const std::size_t size = one.kind == Scalar::character ? write_(to_, one.value, bytes) : 0;
-            const std::size_t room = destination.size() - done.written;
-            done.stop = one.kind == Scalar::incomplete ? Result::incomplete
-                        : size == 0                    ? Result::fault
-                        : size > room                  ? Result::full
-                                                       : Result::done;
-            done.bad = done.stop == Result::fault ? one.length : 0;
-            if (done.stop != Result::done) return done;
-            std::memcpy(destination.data() + done.written, bytes, size);
-            done.read += one.length;
-            done.written += size;
-        }
-        return done;
-    }
-
-  private:
-    OwnForm from_, to_;
-    Read *read_;
-    Write *write_;
-};
-
 kxstr::text::Scalar read_utf16(const OwnForm &, Bytes source) {
     return kxstr::text::read_utf16(source, ByteOrder::low_first);
 }
@@ -115,6 +79,54 @@ std::size_t write_byte(const OwnForm &form, std::uint32_t character, std::uint8_
     bytes[0] = static_cast<std::uint8_t>(0x80 + (found - form.page->characters.begin()));
     return found != form.page->characters.end() ? 1 : 0;
 }
+
+bool is_utf32(const Encoding &form) {
+    return form.kind == EncodingKind::utf32le || form.kind == EncodingKind::utf32be;
+}
+
+using Read = kxstr::text::Scalar(const OwnForm &form, Bytes source);
+using Write = std::size_t(const OwnForm &form, std::uint32_t character, std::uint8_t *bytes); // at most 4, or 0
+
+Read *read_of(const Encoding &form) {
+    return is_utf32(form) ? read_utf32 : form == kUnits ? read_utf16 : read_byte;
+}
+
+Write *write_of(const Encoding &form) {
+    return is_utf32(form) ? write_utf32 : form == kUnits ? write_utf16 : write_byte;
+}
+
+// Between UTF-16 and a form of other characters, one at a time.
+class ByCharacters final : public Transcoder {
+  public:
+    ByCharacters(const Encoding &from, const Encoding &to)
+        : from_(from), to_(to), read_(read_of(from)), write_(write_of(to)) {}
+
+    Result convert(Bytes source, std::span<std::uint8_t> destination) override {
+        using kxstr::text::Scalar;
+        Result done{Result::done, 0, 0, 0};
+        while (done.read < source.size()) {
+            const Scalar one = read_(from_, source.subspan(done.read));
+            std::uint8_t bytes[4];
+            const std::size_t size = one.kind == Scalar::character ? write_(to_, one.value, bytes) : 0;
+            const std::size_t room = destination.size() - done.written;
+            done.stop = one.kind == Scalar::incomplete ? Result::incomplete
+                        : size == 0                    ? Result::fault
+                        : size > room                  ? Result::full
+                                                       : Result::done;
+            done.bad = done.stop == Result::fault ? one.length : 0;
+            if (done.stop != Result::done) return done;
+            std::memcpy(destination.data() + done.written, bytes, size);
+            done.read += one.length;
+            done.written += size;
+        }
+        return done;
+    }
+
+  private:
+    OwnForm from_, to_;
+    Read *read_;
+    Write *write_;
+};
 
 // The library's conversion.
 class OfLibrary final : public Transcoder {
@@ -196,22 +208,25 @@ bool system_has(const std::string &name) {
     return table_page(form) != nullptr || os::open_reader(name) != nullptr;
 }
 
+namespace {
+
+// One of the two is UTF-16, the other is `form`.
+std::unique_ptr<Transcoder> make_transcoder(const Encoding &form, const Encoding &from, const Encoding &to,
+                                            std::unique_ptr<Transcoder> (*open_of_system)(const std::string &name)) {
+    const bool is_page = form.kind == EncodingKind::ascii || table_page(form) != nullptr;
+    if (is_page || is_utf32(form)) return std::make_unique<ByCharacters>(from, to);
+    if (form.kind == EncodingKind::system) return open_of_system(form.name);
+    return std::make_unique<OfLibrary>(from, to);
+}
+
+} // namespace
+
 std::unique_ptr<Transcoder> make_reader(const Encoding &form) {
-    if (form.kind == EncodingKind::utf32le || form.kind == EncodingKind::utf32be)
-        return std::make_unique<ByCharacters>(form, kUnits, read_utf32, write_utf16);
-    if (form.kind == EncodingKind::ascii || table_page(form) != nullptr)
-        return std::make_unique<ByCharacters>(form, kUnits, read_byte, write_utf16);
-    if (form.kind == EncodingKind::system) return os::open_reader(form.name);
-    return std::make_unique<OfLibrary>(form, kUnits);
+    return make_transcoder(form, form, kUnits, os::open_reader);
 }
 
 std::unique_ptr<Transcoder> make_writer(const Encoding &form) {
-    if (form.kind == EncodingKind::utf32le || form.kind == EncodingKind::utf32be)
-        return std::make_unique<ByCharacters>(kUnits, form, read_utf16, write_utf32);
-    if (form.kind == EncodingKind::ascii || table_page(form) != nullptr)
-        return std::make_unique<ByCharacters>(kUnits, form, read_utf16, write_byte);
-    if (form.kind == EncodingKind::system) return os::open_writer(form.name);
-    return std::make_unique<OfLibrary>(kUnits, form);
+    return make_transcoder(form, kUnits, form, os::open_writer);
 }
 
 ByteBuffer bytes_of_character(char32_t character, const Encoding &form) {

@@ -9,6 +9,7 @@
 #include "platform/portable/utf8.h"
 #include "platform/roots.h"
 #include "platform/system.h"
+#include "platform/utf16.h"
 
 namespace kxstr::platform {
 namespace {
@@ -338,8 +339,8 @@ std::optional<std::u16string> plain_text(std::span<const std::uint8_t> data) {
     for (std::size_t i = 0; i < units.size(); ++i) {
         const char16_t unit = units[i];
         if (unit < 0x20 || unit == 0x7F) return std::nullopt;
-        if ((unit & 0xF800) != 0xD800) continue;
-        const bool pair = unit < 0xDC00 && i + 1 < units.size() && (units[i + 1] & 0xFC00) == 0xDC00;
+        if (!is_surrogate(unit)) continue;
+        const bool pair = is_first_half(unit) && i + 1 < units.size() && is_second_half(units[i + 1]);
         if (!pair) return std::nullopt;
         ++i;
     }

@@ -3,28 +3,18 @@
 #include <cstdint>
 #include <span>
 
+#include "platform/utf16.h"
 #include "platform/utf8.h"
 
 namespace kxstr::platform {
-namespace {
-
-constexpr bool is_high(std::uint32_t unit) noexcept {
-    return (unit & 0xFC00u) == 0xD800;
-}
-constexpr bool is_low(std::uint32_t unit) noexcept {
-    return (unit & 0xFC00u) == 0xDC00;
-}
-
-} // namespace
 
 std::string to_utf8(std::u16string_view units) {
     std::string bytes;
     bytes.reserve(units.size());
     for (std::size_t i = 0; i < units.size(); ++i) {
         std::uint32_t point = units[i];
-        if (is_high(point) && i + 1 < units.size() && is_low(units[i + 1])) {
-            point = 0x10000 + ((point - 0xD800) << 10) + (units[++i] - 0xDC00u);
-        }
+        if (is_first_half(point) && i + 1 < units.size() && is_second_half(units[i + 1]))
+            point = join_halves(point, units[++i]);
         char sequence[kMostUtf8Bytes];
         bytes.append(sequence, write_utf8(point, sequence));
     }
@@ -39,11 +29,11 @@ std::optional<std::u16string> from_utf8(std::string_view text) {
         const auto [kind, length, point] = read_utf8(bytes, HalfSurrogates::taken);
         if (kind != Utf8Sequence::character) return std::nullopt;
         bytes = bytes.subspan(length);
-        if (point < 0x10000) {
+        if (point < kFirstOfPairs) {
             units += static_cast<char16_t>(point);
         } else {
-            units += static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10));
-            units += static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF));
+            units += static_cast<char16_t>(first_half(point));
+            units += static_cast<char16_t>(second_half(point));
         }
     }
     return units;
