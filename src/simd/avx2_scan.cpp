@@ -63,6 +63,10 @@ struct Words : Lanes {
         const Vector above = _mm256_sub_epi16(units, low);
         return _mm256_cmpeq_epi16(least(above, span), above);
     }
+    static Vector apart(Vector a, Vector b) noexcept {
+        const Vector letters = inside(a | all(kCase), all('a'), all('z' - 'a'));
+        return _mm256_andnot_si256(letters & all(kCase), a ^ b);
+    }
     static std::uint64_t zeros(Vector units) noexcept {
         return mask(_mm256_cmpeq_epi16(units, _mm256_setzero_si256()));
     }
@@ -138,6 +142,10 @@ std::size_t outside16(const std::uint16_t *units, std::size_t count, std::uint16
 
 std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
     return mismatch<Words>(a, b, limit);
+}
+
+std::size_t mismatch16_caseless(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
+    return mismatch<Words>(a, b, limit, Words::apart);
 }
 
 int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {

@@ -54,6 +54,10 @@ struct Words : Lanes {
     static Vector inside(Vector units, Vector low, Vector span) noexcept {
         return _mm512_movm_epi16(_mm512_cmple_epu16_mask(_mm512_sub_epi16(units, low), span));
     }
+    static Vector apart(Vector a, Vector b) noexcept {
+        const Vector from_a = _mm512_sub_epi16(a | all(kCase), all('a')), both = a ^ b;
+        return _mm512_mask_sub_epi16(both, _mm512_cmple_epu16_mask(from_a, all('z' - 'a')), both, both & all(kCase));
+    }
     static std::uint64_t zeros(Vector units) noexcept { return _mm512_testn_epi16_mask(units, units); }
 };
 
@@ -158,6 +162,10 @@ std::size_t outside16(const std::uint16_t *units, std::size_t count, std::uint16
 
 std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
     return mismatch<Words>(a, b, limit);
+}
+
+std::size_t mismatch16_caseless(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
+    return mismatch<Words>(a, b, limit, Words::apart);
 }
 
 int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {

@@ -230,6 +230,7 @@ struct Kernels {
 
     // Where two strings differ first or both end; `limit` when that is not before it.
     Mismatch16 *mismatch16;
+    Mismatch16 *mismatch16_caseless; // a to z are taken as A to Z
     // The difference of the units at that place, 0 for the limit.
     Compare8 *compare8;
     Compare8 *compare8_caseless; // a to z are taken as A to Z

@@ -13,7 +13,7 @@ template <class Unit> std::size_t outside(const Unit *units, std::size_t count, 
 }
 
 constexpr auto as_it_is = [](auto unit) { return unit; };
-constexpr auto capital = [](std::uint8_t byte) { return byte >= 'a' && byte <= 'z' ? byte - 'a' + 'A' : byte; };
+constexpr auto capital = [](auto unit) { return unit >= 'a' && unit <= 'z' ? unit - 'a' + 'A' : unit; };
 
 template <class Unit, class Fold>
 std::size_t mismatch(const Unit *a, const Unit *b, std::size_t limit, Fold fold) noexcept {
@@ -84,6 +84,10 @@ std::size_t outside16(const std::uint16_t *units, std::size_t count, std::uint16
 
 std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
     return mismatch(a, b, limit, as_it_is);
+}
+
+std::size_t mismatch16_caseless(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
+    return mismatch(a, b, limit, capital);
 }
 
 int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {

@@ -113,6 +113,7 @@ class Scan : public testing::TestWithParam<const Kernels *> {
         ASSERT_NO_FATAL_FAILURE(check_order(a, b));
         ASSERT_EQ(family.mismatch16(a, b, limit), plain.mismatch16(a, b, limit));
         ASSERT_EQ(family.mismatch16(b, a, limit), plain.mismatch16(b, a, limit));
+        ASSERT_EQ(family.mismatch16_caseless(a, b, limit), plain.mismatch16_caseless(a, b, limit));
         ASSERT_EQ(family.compare16(a, b, limit), plain.compare16(a, b, limit));
         auto *const room = reinterpret_cast<std::uint16_t *>(destination.end()) - count;
         std::fill_n(room - 64, 64 + count, std::uint16_t{0xA5A5});
