@@ -84,13 +84,13 @@ constexpr std::uint32_t kFillings[] = {
     return order != kOpen ? order : values.go_on(a, b, values, flag, other_flag);
 }
 
-// Both strings in one vector, the units of `a` below those of `b`. Without a jump that hangs on the strings but the
-// last ones: what a comparison finds nobody can predict.
+// Both strings in one vector, the units of `a` below those of `b`. `known` of each are the strings' own, what is behind
+// them is not known. Without a jump that hangs on the strings but the last ones: what a comparison finds nobody can
+// predict.
 template <bool has_pairs>
-[[gnu::noinline]] int order_by_vector(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values,
-                                      std::uint32_t flag, std::uint32_t other_flag) noexcept {
-    if (!fits_in_page<sizeof(__m256i)>(a) || !fits_in_page<sizeof(__m256i)>(b)) [[unlikely]]
-        return values.go_on(a, b, values, flag, other_flag);
+[[gnu::always_inline]] inline int
+order_by_units(__m256i units_a, __m256i units_b, unsigned known, const std::uint16_t *a, const std::uint16_t *b,
+               const OrderValues &values, std::uint32_t flag, std::uint32_t other_flag) noexcept {
     const std::uint32_t *fillings = kFillings;
     asm("" : "+r"(fillings)); // the compiler would have them from registers
     const auto all = [fillings](Filling unit) noexcept { return _mm512_set1_epi32(static_cast<int>(fillings[unit])); };
@@ -98,8 +98,6 @@ template <bool has_pairs>
     const auto look_up = [](const std::uint8_t *table, __m512i indices) noexcept {
         return _mm512_permutex2var_epi8(_mm512_load_si512(table), indices, _mm512_load_si512(table + 64));
     };
-    const __m256i units_a = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(a));
-    const __m256i units_b = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(b));
     const __m512i units = _mm512_inserti64x4(_mm512_castsi256_si512(units_a), units_b, 1);
     const __mmask32 is_ascii = _mm512_cmplt_epu16_mask(units, all(kEndOfAscii));
     const __mmask32 is_latin = _mm512_cmplt_epu16_mask(_mm512_sub_epi16(units, all(kFirstLatin)), all(kLatinSpan));
@@ -107,19 +105,44 @@ template <bool has_pairs>
     __m512i found = _mm512_mask_mov_epi16(all(kNotTold), is_ascii, look_up(values.ascii, units));
     found = _mm512_mask_mov_epi16(found, is_latin, look_up(values.latin, _mm512_srli_epi16(units, 1)));
 
-    // A bit for each pair of units.
+    // A bit for each two units.
     const __m256i found_a = _mm512_castsi512_si256(found), found_b = _mm512_extracti64x4_epi64(found, 1);
     const std::uint32_t differ = number(_mm256_cmpneq_epi16_mask(found_a, found_b));
-    const std::uint32_t less = number(_mm256_cmplt_epu16_mask(found_a, found_b));
-    // Neither 0 in both, where the strings end, nor kNotTold in one. What is behind the last unit is not known.
+    const __mmask16 less = _mm256_cmplt_epu16_mask(found_a, found_b);
+    // Neither 0 in both, where the strings end, nor kNotTold in one. The last unit may begin a pair.
     const __m256i behind = _mm256_add_epi16(_mm256_max_epu16(found_a, found_b), half(kOne));
-    const std::uint32_t stops = number(_mm256_testn_epi16_mask(behind, half(kTold))) | (has_pairs ? 0x18000 : 0x10000);
+    const std::uint32_t stops =
+        number(_mm256_testn_epi16_mask(behind, half(kTold))) | (has_pairs ? 3u << (known - 1) : 1u << known);
     if ((stops & (differ ^ (differ - 1))) != 0) [[unlikely]]
         return values.go_on(a, b, values, flag, other_flag);
     const auto place = static_cast<std::size_t>(__builtin_ctz(differ));
     if (has_pairs && may_be_paired(values, a, b, place)) [[unlikely]]
         return order_by_pairs(a, b, place, values, flag, other_flag);
-    return -static_cast<int>(less >> place & 1) | 1;
+    return -static_cast<int>(number(less) >> place & 1) | 1;
+}
+
+constexpr unsigned kUnitsAtOnce = sizeof(__m256i) / sizeof(std::uint16_t);
+
+// Near the end of a page nothing behind it is read.
+template <bool has_pairs>
+[[gnu::noinline]] int order_by_page_end(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values,
+                                        std::uint32_t flag, std::uint32_t other_flag) noexcept {
+    const std::size_t left_a = left_in_page(a), left_b = left_in_page(b), left = left_a < left_b ? left_a : left_b;
+    const auto known = static_cast<unsigned>(left / sizeof *a);
+    if (known == 0) return values.go_on(a, b, values, flag, other_flag);
+    const auto of_page = static_cast<__mmask16>((1u << known) - 1);
+    return order_by_units<has_pairs>(_mm256_maskz_loadu_epi16(of_page, a), _mm256_maskz_loadu_epi16(of_page, b), known,
+                                     a, b, values, flag, other_flag);
+}
+
+template <bool has_pairs>
+[[gnu::noinline]] int order_by_vector(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values,
+                                      std::uint32_t flag, std::uint32_t other_flag) noexcept {
+    if (!fits_in_page<sizeof(__m256i)>(a) || !fits_in_page<sizeof(__m256i)>(b)) [[unlikely]]
+        return order_by_page_end<has_pairs>(a, b, values, flag, other_flag);
+    const __m256i units_a = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(a));
+    const __m256i units_b = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(b));
+    return order_by_units<has_pairs>(units_a, units_b, kUnitsAtOnce, a, b, values, flag, other_flag);
 }
 
 } // namespace
