@@ -116,7 +116,8 @@ Weights::Weights(const LanguageRules &rules) noexcept : rules_(rules), way_(way_
 // Of the letters of ASCII that contract with one.
 void Weights::find_pairs() noexcept {
     pair_count = 0;
-    std::ranges::fill(traits, std::uint8_t{0});
+    std::ranges::fill(begins, kMoves);
+    std::ranges::fill(follows, std::uint8_t{0});
     for (KxChar letter = 'a'; letter <= 'z'; ++letter) {
         for (KxChar next = 'a'; next <= 'z' && table_[letter].is(Weight::kStarts); ++next) {
             const KxChar text[] = {next, 0};
@@ -125,9 +126,10 @@ void Weights::find_pairs() noexcept {
             if ((contract(result, position, rules_) & kContracted) == 0) continue;
             const int step = table_[result].primary() + 1 - table_[letter].primary();
             for (const KxChar case_bit : {KxChar{0}, kCaseBit}) {
-                const unsigned moves = table_[letter].is(Weight::kMoves) ? kMoves : 0;
-                traits[letter ^ case_bit] |= static_cast<std::uint8_t>(1u << pair_count | moves);
-                traits[next ^ case_bit] |= static_cast<std::uint8_t>(1u << kPairs << pair_count);
+                const auto bit = static_cast<std::uint8_t>(1u << pair_count);
+                begins[letter ^ case_bit] |= bit;
+                follows[next ^ case_bit] |= bit;
+                if (table_[letter].is(Weight::kMoves)) follows[letter ^ case_bit] |= kMoves;
             }
             pairs[pair_count++] = {letter, next, static_cast<std::uint16_t>(step)};
         }

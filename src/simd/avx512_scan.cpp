@@ -78,8 +78,8 @@ constexpr std::uint32_t kFillings[] = {
     0x10001 * 0xFE,
 };
 
-[[gnu::noinline]] int order_by_pairs(const std::uint16_t *a, const std::uint16_t *b, std::size_t place,
-                                     const OrderValues &values, std::uint32_t flag, std::uint32_t other_flag) noexcept {
+[[gnu::noinline]] int order_by_pairs(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values,
+                                     std::uint32_t flag, std::uint32_t other_flag, std::size_t place) noexcept {
     const Order order = order_with_pairs(values, a, b, place);
     return order != kOpen ? order : values.go_on(a, b, values, flag, other_flag);
 }
@@ -115,9 +115,9 @@ order_by_units(__m256i units_a, __m256i units_b, unsigned known, const std::uint
         number(_mm256_testn_epi16_mask(behind, half(kTold))) | (has_pairs ? 3u << (known - 1) : 1u << known);
     if ((stops & (differ ^ (differ - 1))) != 0) [[unlikely]]
         return values.go_on(a, b, values, flag, other_flag);
-    const auto place = static_cast<std::size_t>(__builtin_ctz(differ));
+    const std::size_t place = static_cast<unsigned>(__builtin_ctz(differ));
     if (has_pairs && may_be_paired(values, a, b, place)) [[unlikely]]
-        return order_by_pairs(a, b, place, values, flag, other_flag);
+        return order_by_pairs(a, b, values, flag, other_flag, place);
     return -static_cast<int>(number(less) >> place & 1) | 1;
 }
 

@@ -43,11 +43,11 @@ struct OrderValues {
     // The same of a string's first unit: kNotTold, too, where what stands behind it may tell another order.
     std::uint8_t first[kEndLatin];
 
-    // A unit's trait is a bit for each pair that it begins and, kPairs higher, that goes on with it; and kMoves where
-    // a pair that begins with it is not the next value.
+    // A bit for each pair that a unit begins, and for each that goes on with it. kMoves: always among the former, among
+    // the latter where a pair that begins with the unit is not the next value.
     static constexpr std::size_t kPairs = 2;
-    static constexpr std::uint8_t kMoves = 1 << 2 * kPairs;
-    std::uint8_t traits[kEndLatin];
+    static constexpr std::uint8_t kMoves = 1 << kPairs;
+    std::uint8_t begins[kEndLatin], follows[kEndLatin];
     static constexpr std::uint16_t kCaseBit = 0x20;
     struct Pair {
         std::uint16_t first, second; // small letters, the capitals count as well

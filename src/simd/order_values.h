@@ -33,9 +33,7 @@ inline unsigned value_of(const OrderValues &values, std::uint16_t unit) noexcept
                                                  const std::uint16_t *b, std::size_t i) noexcept {
     if (i == 0) [[unlikely]]
         return true;
-    unsigned here = values.traits[a[i]];
-    here |= values.traits[b[i]];
-    return (here & (unsigned{values.traits[a[i - 1]]} << OrderValues::kPairs | OrderValues::kMoves)) != 0;
+    return (values.begins[a[i - 1]] & (values.follows[a[i]] | values.follows[b[i]])) != 0;
 }
 
 inline unsigned step_at(const OrderValues &values, const std::uint16_t *place) noexcept {
@@ -53,17 +51,12 @@ inline bool is_open(const OrderValues &values, const std::uint16_t *text, std::s
            (value_of(values, text[i - 1]) == OrderValues::kNotTold || step_at(values, text + i - 1) != 0);
 }
 
-inline unsigned trait_of(const OrderValues &values, std::uint16_t unit) noexcept {
-    return unit < OrderValues::kEndLatin ? values.traits[unit] : 0u;
-}
-
 // Of strings that have the same values before a place.
 [[gnu::noinline]] inline Order order_with_pairs(const OrderValues &values, const std::uint16_t *a,
                                                 const std::uint16_t *b, std::size_t i) noexcept {
     // Nearly always one of them has a pair that reaches over the place from before, and comes later for it.
     const auto follows = [&](std::uint16_t first, std::uint16_t second) {
-        constexpr unsigned kBegins = (1u << OrderValues::kPairs) - 1;
-        return ((trait_of(values, first) & kBegins) << OrderValues::kPairs & trait_of(values, second)) != 0;
+        return (values.begins[first] & values.follows[second] & (OrderValues::kMoves - 1)) != 0;
     };
     if (i != 0 && follows(a[i - 1], a[i]) != follows(a[i - 1], b[i]) &&
         (i == 1 || (value_of(values, a[i - 2]) != OrderValues::kNotTold && !follows(a[i - 2], a[i - 1]))))

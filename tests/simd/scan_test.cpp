@@ -68,8 +68,9 @@ class Scan : public testing::TestWithParam<const Kernels *> {
             values.first[unit] = random() % 2 != 0 ? values.of(unit) : OrderValues::kNotTold;
         if (random() % 2 != 0) {
             values.ascii[2] = static_cast<std::uint8_t>(values.ascii[1] + 1);
-            values.traits[1] = 1 | 2 << OrderValues::kPairs | (random() % 2 != 0 ? OrderValues::kMoves : 0);
-            values.traits[2] = 2 | 1 << OrderValues::kPairs;
+            std::ranges::fill(values.begins, OrderValues::kMoves);
+            values.begins[1] = values.follows[2] = OrderValues::kMoves | 1;
+            values.begins[2] = values.follows[1] = OrderValues::kMoves | 2;
             values.pairs[0] = {0x21, 0x22, 5};
             values.pairs[1] = {0x22, 0x21, 5};
             values.pair_count = random() % 3;
