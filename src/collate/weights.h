@@ -119,7 +119,7 @@ struct Comparison {
 };
 Comparison comparison_of(Weights::Way way) noexcept;
 
-// Languages of the same rules share their weights: 16 KiB for each of 16 kinds, in static storage.
+// Languages of the same rules share their weights: 18 KiB for each of 16 kinds, in static storage.
 extern constinit std::array<std::atomic<const Weights *>, std::size(tables::kCollationLanguages)> weights_by_number;
 extern constinit std::array<std::atomic<const Weights *>, kCodePlaces> weights_by_code;
 

@@ -91,7 +91,8 @@ template <class Piece> void copy_pieces(void *destination, const void *source, s
     if (!fits_in_page<sizeof(__m256i)>(a) || !fits_in_page<sizeof(__m256i)>(b)) [[unlikely]]
         return values.go_on(a, b, values, flag, other_flag);
     const auto units = Words::load_anywhere(a);
-    std::uint64_t hits = Words::ends(units ^ Words::load_anywhere(b), units);
+    // A letter and its capital have one value.
+    std::uint64_t hits = Words::ends(Words::apart(units, Words::load_anywhere(b)), units);
     // The last unit may begin a pair.
     if (values.pair_count != 0) hits &= 0x3FFFFFFF;
     for (; hits != 0; hits &= hits - 1, hits &= hits - 1) {

@@ -29,7 +29,8 @@ struct Found16 {
 
 // A value for each of the units that words of Latin letters are made of, by which strings are ordered: 0 for the
 // terminator alone, kNotTold where it takes more than a value. Two letters of ASCII can be a pair, which moves the
-// value of the first one; no other letters but their capitals have the values of these.
+// value of the first one; no other letters but their capitals have the values of these. Letters of ASCII have the
+// values of their capitals.
 struct OrderValues {
     // Who goes on where that is not told, with what the caller gave; so nothing has to be kept for it.
     using GoOn = int(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values, std::uint32_t flag,

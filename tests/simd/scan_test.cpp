@@ -31,7 +31,8 @@ class Scan : public testing::TestWithParam<const Kernels *> {
     std::minstd_rand random;
 
     template <class Unit> Unit any_unit() {
-        static constexpr std::uint16_t kUnits[] = {0x0102, 0x0001, 0x6141, 0x4161, 0x615A, 0x7A7A, 0x7B5B, 0xFFFF};
+        static constexpr std::uint16_t kUnits[] = {0x0102, 0x0001, 0x6141, 0x4161, 0x615A,
+                                                   0x7A7A, 0x7B5B, 0xFFFF, 0x0061, 0x0041};
         return static_cast<Unit>(kUnits[random() % (random() % 4 == 0 ? std::size(kUnits) : 1)]);
     }
 
@@ -64,6 +65,7 @@ class Scan : public testing::TestWithParam<const Kernels *> {
         OrderValues values{};
         for (std::uint8_t *value : {&values.ascii[1], &values.ascii[2], &values.latin[1]})
             *value = static_cast<std::uint8_t>(random() % 4 == 0 ? OrderValues::kNotTold : 1 + random() % 3);
+        values.ascii['a'] = values.ascii['A'] = values.ascii[1];
         for (std::uint16_t unit = 0; unit < std::size(values.first); ++unit)
             values.first[unit] = random() % 2 != 0 ? values.of(unit) : OrderValues::kNotTold;
         if (random() % 2 != 0) {
