@@ -109,7 +109,7 @@ Weights::Weights(const LanguageRules &rules) noexcept : rules_(rules), way_(way_
         latin[index] = value == order_value(make_char(kLatinSet, 2 * index + 1)) ? value : kNotTold;
     }
     latin[0] = 0;
-    for (KxChar ch = 0; ch < std::size(first); ++ch)
+    for (KxChar ch = 0; ch < kEndLatin; ++ch)
         first[ch] = table_[ch].is(Weight::kMoves) ? kNotTold : of(ch);
 }
 
