@@ -163,57 +163,22 @@ template <bool contractions>
 }
 
 template <bool contractions>
-int go_on_with_letters(const KxChar *a, const KxChar *b, const simd::OrderValues &values, std::uint32_t case_flag,
-                       std::uint32_t) noexcept {
-    return compare_letters_alike<contractions>(a, b, static_cast<const Weights &>(values), case_flag);
-}
-
-template <bool contractions>
 [[gnu::noinline]] int compare_rare_letters(const KxChar *a, const KxChar *b, const Weights &weights,
                                            std::uint32_t case_flag) noexcept {
     return compare_letters_alike<contractions>(behind_leading_code(a), behind_leading_code(b), weights, case_flag);
 }
 
-// By the first level alone, of strings that differ first at a place where characters of the table stand, the place
-// before given where there is one; 0 where that takes more.
+// Where the kernels' values tell nothing: of other alphabets the first letters may.
 template <bool contractions>
-int order_at(const KxChar *a, const KxChar *b, const KxChar *before, const Weights &weights) noexcept {
+int go_on_with_letters(const KxChar *a, const KxChar *b, const simd::OrderValues &values, std::uint32_t case_flag,
+                       std::uint32_t) noexcept {
+    const Weights &weights = static_cast<const Weights &>(values);
+    if (!Weights::has_all(*a, *b)) [[unlikely]]
+        return compare_rare_letters<contractions>(a, b, weights, case_flag);
     const Weight weight_a = weights.tabulated(*a);
     const Weight weight_b = weights.tabulated(*b);
-    if constexpr (contractions) {
-        const KxChar next_a = a[*a != 0], next_b = b[*b != 0];
-        if (!Weights::has_all(next_a, next_b)) [[unlikely]]
-            return 0;
-        std::uint32_t contracts = weight_a.begins_contraction(weights.tabulated(next_a)) |
-                                  weight_b.begins_contraction(weights.tabulated(next_b));
-        if (before != nullptr) contracts |= Weight::reaches_over(weights.tabulated(*before), weight_a, weight_b);
-        if (contracts != 0) return 0;
-    }
-    if (weight_a.has_primary_of(weight_b)) return 0;
-    return weight_a.sorts_before(weight_b) ? -1 : 1;
-}
-
-template <bool contractions>
-int compare_letters(const KxChar *a, const KxChar *b, const simd::OrderValues &values, std::uint32_t case_flag,
-                    std::uint32_t kana_flag) noexcept {
-    const Weights &weights = static_cast<const Weights &>(values);
-    const KxChar first_a = *a, first_b = *b;
-    if (!Weights::has_all(first_a, first_b)) [[unlikely]]
-        return compare_rare_letters<contractions>(a, b, weights, case_flag);
-    if (!contractions || first_a != first_b) {
-        if (const int order = order_at<contractions>(a, b, nullptr, weights); order != 0) return order;
-    } else {
-        // Where letters contract, words that have little in common are told apart before the vectors have begun.
-        std::size_t place = 0;
-        while (place < 3 && a[place] == b[place] && a[place] != 0)
-            ++place;
-        if (a[place] != b[place] && Weights::has_all(a[place - 1], a[place], b[place])) {
-            const int order = order_at<contractions>(a + place, b + place, a + place - 1, weights);
-            if (order != 0) return order;
-        }
-    }
-    if (Weights::may_tell(first_a, first_b))
-        return simd::kernels().order_by_values16(a, b, values, case_flag, kana_flag);
+    if (!weight_a.has_primary_of(weight_b) && Weight::stay(weight_a, weight_b))
+        return weight_a.sorts_before(weight_b) ? -1 : 1;
     return compare_letters_alike<contractions>(a, b, weights, case_flag);
 }
 
@@ -348,10 +313,10 @@ int compare_in(Language language, const KxChar *s1, const KxChar *s2, std::uint3
 
 Comparison comparison_of(Weights::Way way) noexcept {
     switch (way) {
-    case Weights::Way::kContractions: return {compare_letters<true>, go_on_with_letters<true>};
+    case Weights::Way::kContractions: return {simd::kernels().order_by_values16, go_on_with_letters<true>};
     case Weights::Way::kIgnorables: return {compare_with_ignorables, compare_with_ignorables};
     case Weights::Way::kEastAsian: return {compare_east_asian, compare_east_asian};
-    default: return {compare_letters<false>, go_on_with_letters<false>};
+    default: return {simd::kernels().order_by_values16, go_on_with_letters<false>};
     }
 }
 

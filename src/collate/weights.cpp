@@ -54,6 +54,17 @@ std::uint32_t later_states(std::uint8_t first_state) noexcept {
     return states;
 }
 
+// Whether all that a match may come to from a state on is a contraction that lies right behind a letter: no character
+// has a value in between.
+bool stays_behind(KxChar letter, std::uint8_t state) noexcept {
+    const std::uint32_t states = later_states(state) | 1u << state;
+    return std::ranges::all_of(tables::kContractionSteps, [=](const tables::ContractionStep &step) {
+        if ((states >> step.state & 1) == 0 || step.target < tables::kFirstContractionResult) return true;
+        const auto &[first, second] = tables::kContractionResults[step.target - tables::kFirstContractionResult];
+        return first == letter && second == 0;
+    });
+}
+
 std::uint32_t contraction_traits(KxChar ch, std::uint8_t first_state, std::uint32_t later) noexcept {
     std::uint32_t traits = 0;
     for (const tables::ContractionStep &step : tables::kContractionSteps) {
@@ -61,7 +72,10 @@ std::uint32_t contraction_traits(KxChar ch, std::uint8_t first_state, std::uint3
         if ((later >> step.state & 1) != 0) traits |= Weight::kFollows | Weight::kReaches;
         if (step.state != first_state) continue;
         traits |= Weight::kStarts | Weight::kReaches;
-        if (step.target >= tables::kFirstContractionResult) traits |= Weight::kExpands;
+        if (step.target >= tables::kFirstContractionResult)
+            traits |= Weight::kExpands | Weight::kMoves;
+        else if (!stays_behind(letters::to_lower(ch), step.target))
+            traits |= Weight::kMoves;
     }
     return traits;
 }
@@ -87,23 +101,51 @@ Weights::Weights(const LanguageRules &rules) noexcept : rules_(rules), way_(way_
         table_[ch] = {primary, secondary_value(ch, primary, rules), case_value(ch),
                       contraction_traits(ch, rules.first_state, later) | ignored};
     }
-    has_traits = rules.first_state != 0;
+    find_pairs();
     for (unsigned index = 0; index < std::size(ascii); ++index) {
-        const auto ch = static_cast<KxChar>(index);
-        ascii[ch] = order_value(ch);
-        ascii_traits[ch] = (table_[ch].is(Weight::kStarts) ? simd::OrderValues::kBegins : 0) |
-                           (table_[ch].is(Weight::kFollows) ? simd::OrderValues::kFollows : 0);
+        ascii[index] = order_value(static_cast<KxChar>(index));
         // A capital and its letter.
         const std::uint8_t value = order_value(make_char(kLatinSet, 2 * index));
         latin[index] = value == order_value(make_char(kLatinSet, 2 * index + 1)) ? value : kNotTold;
+    }
+    latin[0] = 0;
+    for (KxChar ch = 0; ch < kEndLatin; ++ch)
+        first[ch] = table_[ch].is(Weight::kMoves) ? kNotTold : of(ch);
+}
+
+// Of the letters of ASCII that contract with one.
+void Weights::find_pairs() noexcept {
+    pair_count = 0;
+    std::ranges::fill(begins, kMoves);
+    std::ranges::fill(follows, std::uint8_t{0});
+    for (KxChar letter = 'a'; letter <= 'z'; ++letter) {
+        for (KxChar next = 'a'; next <= 'z' && table_[letter].is(Weight::kStarts); ++next) {
+            const KxChar text[] = {next, 0};
+            const KxChar *position = text;
+            KxChar result = letter;
+            if ((contract(result, position, rules_) & kContracted) == 0) continue;
+            const int step = table_[result].primary() + 1 - table_[letter].primary();
+            for (const KxChar case_bit : {KxChar{0}, kCaseBit}) {
+                const auto bit = static_cast<std::uint8_t>(1u << pair_count);
+                begins[letter ^ case_bit] |= bit;
+                follows[next ^ case_bit] |= bit;
+                if (table_[letter].is(Weight::kMoves)) follows[letter ^ case_bit] |= kMoves;
+            }
+            pairs[pair_count++] = {letter, next, static_cast<std::uint16_t>(step)};
+        }
     }
 }
 
 std::uint8_t Weights::order_value(KxChar ch) const noexcept {
     if (ch == 0) return 0;
     const Weight weight = table_[ch];
-    // Of the letters that contract those of ASCII have traits.
-    const bool is_told = !weight.is(Weight::kReaches) || (set_of(ch) == kAsciiSet && !weight.is(Weight::kExpands));
+    // Of the letters that contract those of ASCII are in pairs; an accented one must not be taken for one of these.
+    const auto passes_for = [this, weight](KxChar letter) { return weight.has_primary_of(table_[letter]); };
+    const bool is_ascii = set_of(ch) == kAsciiSet;
+    const bool is_mistaken = !is_ascii && std::any_of(pairs, pairs + pair_count, [passes_for](const Pair &pair) {
+        return passes_for(pair.first) || passes_for(pair.second);
+    });
+    const bool is_told = !is_mistaken && (!weight.is(Weight::kReaches) || (is_ascii && !weight.is(Weight::kExpands)));
     return is_told && weight.primary() < kIgnorable ? static_cast<std::uint8_t>(weight.primary() + 1)
                                                     : simd::OrderValues::kNotTold;
 }

@@ -20,6 +20,7 @@ class Weight {
         kReaches = 1u << 19, // either: what comes behind it may belong to it
         kExpands = 1u << 20, // it begins one whatever follows
         kIgnored = 1u << 21, // it decides nothing at the first level
+        kMoves = 1u << 22,   // what begins with it may lie elsewhere than right behind it
     };
 
     constexpr Weight() noexcept = default;
@@ -53,6 +54,9 @@ class Weight {
         return !a.has_primary_of(b) && ((a.bits_ | b.bits_) & kIgnored) == 0;
     }
 
+    // Whether what lies behind the two, which differ at the first level, makes no difference.
+    static constexpr bool stay(Weight a, Weight b) noexcept { return ((a.bits_ | b.bits_) & kMoves) == 0; }
+
   private:
     static constexpr unsigned kCaseShift = 16;
     static constexpr unsigned kPrimaryShift = 23;
@@ -82,9 +86,6 @@ class Weights : public simd::OrderValues {
         return beyond_table(ch);
     }
 
-    // Whether the values that the kernels take may tell anything of texts that begin so.
-    static bool may_tell(KxChar a, KxChar b) noexcept { return (a | b) < 0x200; }
-
     // Whether these are in the table.
     template <class... Char> static bool has_all(Char... chars) noexcept { return (chars | ...) < kTabulated; }
     Weight tabulated(KxChar ch) const noexcept { return table_[ch]; }
@@ -104,6 +105,7 @@ class Weights : public simd::OrderValues {
     }
 
     std::uint8_t order_value(KxChar ch) const noexcept;
+    void find_pairs() noexcept;
 
     LanguageRules rules_;
     Way way_;
@@ -117,7 +119,7 @@ struct Comparison {
 };
 Comparison comparison_of(Weights::Way way) noexcept;
 
-// Languages of the same rules share their weights: 16 KiB for each of 16 kinds, in static storage.
+// Languages of the same rules share their weights: 18 KiB for each of 16 kinds, in static storage.
 extern constinit std::array<std::atomic<const Weights *>, std::size(tables::kCollationLanguages)> weights_by_number;
 extern constinit std::array<std::atomic<const Weights *>, kCodePlaces> weights_by_code;
 

@@ -15,6 +15,7 @@ constinit const Kernels kKernels{
     .outside8 = outside8,
     .outside16 = outside16,
     .mismatch16 = mismatch16,
+    .mismatch16_caseless = mismatch16_caseless,
     .compare8 = compare8,
     .compare8_caseless = compare8_caseless,
     .compare16 = compare16,

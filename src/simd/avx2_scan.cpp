@@ -1,5 +1,6 @@
 #include <immintrin.h>
 
+#include "simd/order_values.h"
 #include "simd/scan_loops.h"
 
 namespace kxstr::simd::avx2 {
@@ -62,20 +63,14 @@ struct Words : Lanes {
         const Vector above = _mm256_sub_epi16(units, low);
         return _mm256_cmpeq_epi16(least(above, span), above);
     }
+    static Vector apart(Vector a, Vector b) noexcept {
+        const Vector letters = inside(a | all(kCase), all('a'), all('z' - 'a'));
+        return _mm256_andnot_si256(letters & all(kCase), a ^ b);
+    }
     static std::uint64_t zeros(Vector units) noexcept {
         return mask(_mm256_cmpeq_epi16(units, _mm256_setzero_si256()));
     }
 };
-
-// OrderValues' own, for this family.
-int value_of(const OrderValues &values, std::uint16_t unit) noexcept {
-    if (unit < 0x80) return values.ascii[unit];
-    return unit >= 0x100 && unit < 0x200 ? values.latin[(unit - 0x100) / 2] : OrderValues::kNotTold;
-}
-bool is_pair(const OrderValues &values, const std::uint16_t *place) noexcept {
-    return place[0] < 0x80 && (values.ascii_traits[place[0]] & OrderValues::kBegins) != 0 && place[1] < 0x80 &&
-           (values.ascii_traits[place[1]] & OrderValues::kFollows) != 0;
-}
 
 struct SixteenBytes {
     std::uint64_t halves[2];
@@ -88,6 +83,24 @@ template <class Piece> void copy_pieces(void *destination, const void *source, s
     __builtin_memcpy(&last, static_cast<const char *>(source) + size - sizeof last, sizeof last);
     __builtin_memcpy(destination, &first, sizeof first);
     __builtin_memcpy(static_cast<char *>(destination) + size - sizeof last, &last, sizeof last);
+}
+
+// Looks at the values of units that differ, one pair after the other.
+[[gnu::noinline]] int order_by_vector(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values,
+                                      std::uint32_t flag, std::uint32_t other_flag) noexcept {
+    if (!fits_in_page<sizeof(__m256i)>(a) || !fits_in_page<sizeof(__m256i)>(b)) [[unlikely]]
+        return values.go_on(a, b, values, flag, other_flag);
+    const auto units = Words::load_anywhere(a);
+    // A letter and its capital have one value.
+    std::uint64_t hits = Words::ends(Words::apart(units, Words::load_anywhere(b)), units);
+    // The last unit may begin a pair.
+    if (values.pair_count != 0) hits &= 0x3FFFFFFF;
+    for (; hits != 0; hits &= hits - 1, hits &= hits - 1) {
+        const Order order = order_at(values, a, b, first_of<Words>(hits));
+        if (order == kOpen) break;
+        if (order != kSame) return order;
+    }
+    return values.go_on(a, b, values, flag, other_flag);
 }
 
 } // namespace
@@ -132,6 +145,10 @@ std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size
     return mismatch<Words>(a, b, limit);
 }
 
+std::size_t mismatch16_caseless(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
+    return mismatch<Words>(a, b, limit, Words::apart);
+}
+
 int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
     std::size_t place;
     if (!mismatch_near<Bytes>(a, b, limit, place)) return compare_far<Bytes>(a, b, limit);
@@ -149,27 +166,12 @@ int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit)
     return place < limit ? a[place] - b[place] : 0;
 }
 
-// Looks at the values of units that differ, one pair after the other.
 int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values, std::uint32_t flag,
                       std::uint32_t other_flag) noexcept {
-    if (!fits_in_page<sizeof(__m256i)>(a) || !fits_in_page<sizeof(__m256i)>(b))
+    const Order first = order_of_first(values, a, b);
+    if (first == kOpen) [[unlikely]]
         return values.go_on(a, b, values, flag, other_flag);
-    const auto units = Words::load_anywhere(a);
-    std::uint64_t hits = Words::ends(units ^ Words::load_anywhere(b), units);
-    for (; hits != 0; hits &= hits - 1, hits &= hits - 1) {
-        const std::size_t i = first_of<Words>(hits), before = i != 0 ? i - 1 : 0;
-        const int value_a = value_of(values, a[i]), value_b = value_of(values, b[i]);
-        if (value_a == OrderValues::kNotTold || value_b == OrderValues::kNotTold || (value_a | value_b) == 0)
-            return values.go_on(a, b, values, flag, other_flag);
-        if (values.has_traits) {
-            // A unit before that has no value may mean something together with these.
-            if (value_of(values, a[before]) == OrderValues::kNotTold || is_pair(values, a + before) ||
-                is_pair(values, b + before) || is_pair(values, a + i) || is_pair(values, b + i))
-                return values.go_on(a, b, values, flag, other_flag);
-        }
-        if (value_a != value_b) return value_a < value_b ? -1 : 1;
-    }
-    return values.go_on(a, b, values, flag, other_flag);
+    return first != kSame ? first : order_by_vector(a, b, values, flag, other_flag);
 }
 
 std::uint16_t *copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {

@@ -28,28 +28,40 @@ struct Found16 {
 };
 
 // A value for each of the units that words of Latin letters are made of, by which strings are ordered: 0 for the
-// terminator alone, kNotTold where it takes more than a value. Two units of which one begins and the next follows mean
-// something together; where both strings have them they make no difference.
+// terminator alone, kNotTold where it takes more than a value. Two letters of ASCII can be a pair, which moves the
+// value of the first one; no other letters but their capitals have the values of these. Letters of ASCII have the
+// values of their capitals.
 struct OrderValues {
     // Who goes on where that is not told, with what the caller gave; so nothing has to be kept for it.
     using GoOn = int(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values, std::uint32_t flag,
                      std::uint32_t other_flag) noexcept;
 
     static constexpr std::uint8_t kNotTold = 0xFF;
-    static constexpr std::uint8_t kBegins = 1;
-    static constexpr std::uint8_t kFollows = 2;
+    static constexpr std::uint16_t kFirstLatin = 0x102, kEndLatin = 0x200;
 
     alignas(64) std::uint8_t ascii[0x80];
-    std::uint8_t latin[0x80]; // of the units from 0x100 on, one for each two of them
-    std::uint8_t ascii_traits[0x80];
-    bool has_traits;
+    std::uint8_t latin[0x80]; // of the units from 0x100 on, one for each two of them; the first is 0, and nobody's
+    // The same of a string's first unit: kNotTold, too, where what stands behind it may tell another order.
+    std::uint8_t first[kEndLatin];
+
+    // A bit for each pair that a unit begins, and for each that goes on with it. kMoves: always among the former, among
+    // the latter where a pair that begins with the unit is not the next value.
+    static constexpr std::size_t kPairs = 2;
+    static constexpr std::uint8_t kMoves = 1 << kPairs;
+    std::uint8_t begins[kEndLatin], follows[kEndLatin];
+    static constexpr std::uint16_t kCaseBit = 0x20;
+    struct Pair {
+        std::uint16_t first, second; // small letters, the capitals count as well
+        std::uint16_t step;
+    };
+    Pair pairs[kPairs];
+    std::size_t pair_count;
     GoOn *go_on;
 
     std::uint8_t of(std::uint16_t unit) const noexcept {
         if (unit < 0x80) return ascii[unit];
-        return unit >= 0x100 && unit < 0x200 ? latin[(unit - 0x100) / 2] : kNotTold;
+        return unit >= kFirstLatin && unit < kEndLatin ? latin[(unit - 0x100) / 2] : kNotTold;
     }
-    std::uint8_t traits_of(std::uint16_t unit) const noexcept { return unit < 0x80 ? ascii_traits[unit] : 0; }
 };
 
 // The kernels' types as functions: a member of the table is a pointer to one, and each family declares its form by it
@@ -221,15 +233,17 @@ struct Kernels {
 
     // Where two strings differ first or both end; `limit` when that is not before it.
     Mismatch16 *mismatch16;
+    Mismatch16 *mismatch16_caseless; // a to z are taken as A to Z
     // The difference of the units at that place, 0 for the limit.
     Compare8 *compare8;
     Compare8 *compare8_caseless; // a to z are taken as A to Z
     Compare16 *compare16;
 
     // How two strings lie by the first values that differ: negative or positive. What go_on says where that is not
-    // told: for strings without such values, where up to there units without a value differ, where one of those that
-    // differ or the one before them means something together with the next in one of the strings; and in vector forms
-    // where units without a value are the same or the way is long.
+    // told: for strings without such values, where a string begins with no ASCII and no Latin unit, where up to there
+    // units without a value differ, where (if there are pairs) one without a value stands right before that place or a
+    // pair may have lost its first letter to what stands before it; and in vector forms where units without a value are
+    // the same or the way is long.
     OrderByValues16 *order_by_values16;
 
     // Document streams.

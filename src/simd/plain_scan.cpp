@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "simd/families.h"
+#include "simd/order_values.h"
 
 namespace kxstr::simd::plain {
 namespace {
@@ -12,7 +13,7 @@ template <class Unit> std::size_t outside(const Unit *units, std::size_t count, 
 }
 
 constexpr auto as_it_is = [](auto unit) { return unit; };
-constexpr auto capital = [](std::uint8_t byte) { return byte >= 'a' && byte <= 'z' ? byte - 'a' + 'A' : byte; };
+constexpr auto capital = [](auto unit) { return unit >= 'a' && unit <= 'z' ? unit - 'a' + 'A' : unit; };
 
 template <class Unit, class Fold>
 std::size_t mismatch(const Unit *a, const Unit *b, std::size_t limit, Fold fold) noexcept {
@@ -85,6 +86,10 @@ std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size
     return mismatch(a, b, limit, as_it_is);
 }
 
+std::size_t mismatch16_caseless(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
+    return mismatch(a, b, limit, capital);
+}
+
 int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
     return compare(a, b, limit, as_it_is);
 }
@@ -99,24 +104,11 @@ int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit)
 
 int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values, std::uint32_t flag,
                       std::uint32_t other_flag) noexcept {
-    const auto is_pair = [&values](const std::uint16_t *place) {
-        return (values.traits_of(place[0]) & OrderValues::kBegins) != 0 &&
-               (values.traits_of(place[1]) & OrderValues::kFollows) != 0;
-    };
-    for (std::size_t i = 0;; ++i) {
-        if (a[i] == b[i] && a[i] != 0) continue;
-        const int value_a = values.of(a[i]), value_b = values.of(b[i]);
-        const bool is_told = value_a != OrderValues::kNotTold && value_b != OrderValues::kNotTold;
-        if (!is_told || (value_a | value_b) == 0) break;
-        if (values.has_traits) {
-            // A unit before that has no value may mean something together with these.
-            const std::size_t before = i != 0 ? i - 1 : 0;
-            if (values.of(a[before]) == OrderValues::kNotTold || is_pair(a + before) || is_pair(b + before)) break;
-            if (is_pair(a + i) || is_pair(b + i)) break;
-        }
-        if (value_a != value_b) return value_a < value_b ? -1 : 1;
+    Order order = order_of_first(values, a, b);
+    for (std::size_t i = 0; order == kSame; ++i) {
+        if (a[i] != b[i] || a[i] == 0) order = order_at(values, a, b, i);
     }
-    return values.go_on(a, b, values, flag, other_flag);
+    return order != kOpen ? order : values.go_on(a, b, values, flag, other_flag);
 }
 
 std::uint16_t *copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {

@@ -10,7 +10,7 @@
 //   inside(v, low, span)     0 for the lanes that are less than `low` or greater than low + span
 //   zeros(v)                 the mask of the lanes that are 0
 //   ends(d, v)               the mask of the lanes in which `d` is not 0 or `v` is
-//   apart(a, b)              0 in the lanes that are equal but for case (bytes only)
+//   apart(a, b)              0 in the lanes that are equal but for the case of a to z
 //   load, load_anywhere      from an aligned address, and from any
 //   store_anywhere           to any
 //

@@ -121,17 +121,20 @@ std::int32_t compare_at(const KxChar *p, const KxChar *q) noexcept {
     return result != kUndecided ? result : compare_on<Question<letter_case>, letter_case>(p, q);
 }
 
-// What is the same in both texts is stepped over at once: being the same, the codes in it are codes of both.
+// What is the same in both texts is stepped over at once: being the same, the codes in it are codes of both. So is,
+// where case is ignored, what differs in the case of ASCII letters alone.
 template <template <Case> class Question, Case letter_case>
 [[gnu::noinline]] std::int32_t compare_alike(const KxChar *a, const KxChar *b) noexcept {
-    const std::size_t same = simd::kernels().mismatch16(a, b, kUnlimited);
+    const std::size_t same = letter_case == Case::kIgnored ? simd::kernels().mismatch16_caseless(a, b, kUnlimited)
+                                                           : simd::kernels().mismatch16(a, b, kUnlimited);
     return compare_at<Question, letter_case>(a + same, b + same);
 }
 
 // Most comparisons end at the first difference; one at the start takes no room on the stack.
 template <template <Case> class Question, Case letter_case>
 std::int32_t compare_texts(const KxChar *a, const KxChar *b) noexcept {
-    if (*a == *b) return compare_alike<Question, letter_case>(a, b);
+    constexpr unsigned kCaseBit = letter_case == Case::kIgnored ? 0x20 : 0;
+    if (((*a ^ *b) & ~kCaseBit) == 0) return compare_alike<Question, letter_case>(a, b);
     return compare_at<Question, letter_case>(a, b);
 }
 

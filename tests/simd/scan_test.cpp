@@ -31,7 +31,8 @@ class Scan : public testing::TestWithParam<const Kernels *> {
     std::minstd_rand random;
 
     template <class Unit> Unit any_unit() {
-        static constexpr std::uint16_t kUnits[] = {0x0100, 0x0001, 0x6141, 0x4161, 0x615A, 0x7A7A, 0x7B5B, 0xFFFF};
+        static constexpr std::uint16_t kUnits[] = {0x0102, 0x0001, 0x6141, 0x4161, 0x615A,
+                                                   0x7A7A, 0x7B5B, 0xFFFF, 0x0061, 0x0041};
         return static_cast<Unit>(kUnits[random() % (random() % 4 == 0 ? std::size(kUnits) : 1)]);
     }
 
@@ -62,10 +63,20 @@ class Scan : public testing::TestWithParam<const Kernels *> {
     // Tells nothing but what a walk finds; the families that have vectors find it in the first 15 units.
     void check_order(const std::uint16_t *a, const std::uint16_t *b) {
         OrderValues values{};
-        for (std::uint8_t *value : {&values.ascii[1], &values.ascii[2], &values.latin[0]})
+        for (std::uint8_t *value : {&values.ascii[1], &values.ascii[2], &values.latin[1]})
             *value = static_cast<std::uint8_t>(random() % 4 == 0 ? OrderValues::kNotTold : 1 + random() % 3);
-        values.has_traits = random() % 2 != 0;
-        if (values.has_traits) std::generate_n(values.ascii_traits + 1, 2, [this] { return random() % 4; });
+        values.ascii['a'] = values.ascii['A'] = values.ascii[1];
+        for (std::uint16_t unit = 0; unit < std::size(values.first); ++unit)
+            values.first[unit] = random() % 2 != 0 ? values.of(unit) : OrderValues::kNotTold;
+        if (random() % 2 != 0) {
+            values.ascii[2] = static_cast<std::uint8_t>(values.ascii[1] + 1);
+            std::ranges::fill(values.begins, OrderValues::kMoves);
+            values.begins[1] = values.follows[2] = OrderValues::kMoves | 1;
+            values.begins[2] = values.follows[1] = OrderValues::kMoves | 2;
+            values.pairs[0] = {0x21, 0x22, 5};
+            values.pairs[1] = {0x22, 0x21, 5};
+            values.pair_count = random() % 3;
+        }
         constexpr int kWentOn = 7;
         values.go_on = [](const std::uint16_t *, const std::uint16_t *, const OrderValues &, std::uint32_t flag,
                           std::uint32_t other_flag) noexcept { return flag == 2 && other_flag == 3 ? kWentOn : 0; };
@@ -105,6 +116,7 @@ class Scan : public testing::TestWithParam<const Kernels *> {
         ASSERT_NO_FATAL_FAILURE(check_order(a, b));
         ASSERT_EQ(family.mismatch16(a, b, limit), plain.mismatch16(a, b, limit));
         ASSERT_EQ(family.mismatch16(b, a, limit), plain.mismatch16(b, a, limit));
+        ASSERT_EQ(family.mismatch16_caseless(a, b, limit), plain.mismatch16_caseless(a, b, limit));
         ASSERT_EQ(family.compare16(a, b, limit), plain.compare16(a, b, limit));
         auto *const room = reinterpret_cast<std::uint16_t *>(destination.end()) - count;
         std::fill_n(room - 64, 64 + count, std::uint16_t{0xA5A5});
