@@ -92,11 +92,8 @@ std::uint32_t bytes_to_stream(Native which, std::uint8_t *destination, const cha
 // In place: no code grows, so the output never overtakes what is still to be read, and the room for the stripped stream
 // is room enough. As long as the descriptors are not filled, only a stripped stream with extended characters asks for
 // one.
-std::uint32_t stream_to_native(Native which, char *destination, const std::uint8_t *source,
-                               std::uint16_t count) noexcept {
-    if (count == 0) return 0;
-    std::uint8_t *const stream = bytes_of(destination);
-    const std::size_t room = count - 1u;
+[[gnu::noinline]] std::uint32_t stream_to_native_anyhow(Native which, std::uint8_t *stream, const std::uint8_t *source,
+                                                        std::size_t room) noexcept {
     NativePage page(which);
     if (!NativePage::is_filled()) {
         const std::size_t length = strip_stream(stream, source, room, kLineEnds);
@@ -123,6 +120,14 @@ std::uint32_t stream_to_native(Native which, char *destination, const std::uint8
         }
     }
     return static_cast<std::uint32_t>(out.finish() + 1);
+}
+
+std::uint32_t stream_to_native(Native which, char *destination, const std::uint8_t *source,
+                               std::uint16_t count) noexcept {
+    if (count == 0) return 0;
+    const std::uint16_t *const map = usual_from_kx_map(which);
+    if (map == nullptr) return stream_to_native_anyhow(which, bytes_of(destination), source, count - 1u);
+    return static_cast<std::uint32_t>(strip_to_native(bytes_of(destination), source, count - 1u, map) + 1);
 }
 
 } // namespace

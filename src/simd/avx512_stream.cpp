@@ -40,8 +40,30 @@ bool has_none(const std::uint16_t *units, std::size_t count) noexcept {
     return _mm512_cmpeq_epi16_mask(most, _mm512_set1_epi16(-1)) != 0;
 }
 
-// The native codes of up to 16 characters.
+// The native codes of up to 16 characters. Those of an alphabet lie together: two rows of 64 of them are looked up at
+// once, in turns for two alphabets; what East Asia writes is scattered.
 __m256i codes_of(const std::uint16_t *codes, __m256i characters, std::size_t count) noexcept {
+    constexpr unsigned kPastAlphabets = 0x2000, kRows = 128, kLanes = 32;
+    const __m256i numbers = _mm256_srli_epi16(characters, 7);
+    const __mmask16 upper = _mm256_test_epi16_mask(characters, _mm256_set1_epi16(kRows / 2));
+    __m512i found = _mm512_castsi256_si512(characters);
+    auto left = static_cast<__mmask16>(first_bits(count));
+    __m256i next = characters;
+    for (int turn = 0; turn < 2; ++turn, next = _mm256_maskz_compress_epi16(left, characters)) {
+        const unsigned first = static_cast<std::uint16_t>(_mm256_cvtsi256_si32(next));
+        if (first >= kPastAlphabets) break;
+        const std::uint16_t *const rows = codes + first / kRows * kRows;
+        const auto look_up = [&](__mmask16 which, const std::uint16_t *row) {
+            found = _mm512_mask2_permutex2var_epi16(_mm512_loadu_si512(row), found, which,
+                                                    _mm512_loadu_si512(row + kLanes));
+        };
+        const __mmask16 here =
+            _mm256_mask_cmpeq_epi16_mask(left, numbers, _mm256_set1_epi16(static_cast<short>(first / kRows)));
+        look_up(here & static_cast<__mmask16>(~upper), rows);
+        look_up(here & upper, rows + kRows / 2);
+        left &= static_cast<__mmask16>(~here);
+        if (left == 0) return _mm512_castsi512_si256(found);
+    }
     alignas(32) std::uint16_t units[kUnits];
     _mm256_store_si256(reinterpret_cast<__m256i *>(units), characters);
     const __m256i values = _mm256_castsi128_si256(look_up8(codes, units));
