@@ -96,6 +96,12 @@ std::uint32_t bytes_to_stream(Native which, std::uint8_t *destination, const cha
                                                         std::size_t room) noexcept {
     NativePage page(which);
     if (!NativePage::is_filled()) {
+        const std::size_t text = simd::kernels().outside8(source, room, 0x20, 0x7E);
+        if (text == room || source[text] == 0) {
+            std::memmove(stream, source, text);
+            stream[text] = 0;
+            return static_cast<std::uint32_t>(text + 1);
+        }
         const std::size_t length = strip_stream(stream, source, room, kLineEnds);
         if (length_within(stream, length, kExtended) == length) return static_cast<std::uint32_t>(length + 1);
         source = stream;
