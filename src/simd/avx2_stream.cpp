@@ -94,7 +94,7 @@ Narrowed narrow_block(std::uint8_t *destination, const std::uint8_t *source, con
     for (std::uint64_t begins = (end - 1) & ~found.inside; begins != 0; begins &= begins - 1) {
         const std::uint8_t *const code = source + __builtin_ctzll(begins);
         const bool is_extended = *code == 0xF0;
-        const unsigned character = (code[1] | code[2] << 8) & (0U - is_extended);
+        const unsigned character = is_extended ? static_cast<unsigned>(code[1] | code[2] << 8) : 0;
         const unsigned value = is_extended ? codes[character] : kept[*code];
         if (!is_extended && value == 0) continue;
         done.filtered += is_extended ? 4 : 1;

@@ -5,7 +5,7 @@
 
 namespace kxstr::simd {
 
-constinit const StreamPlaces kStreamPlaces = [] {
+constinit const StreamPlaces kStreamPlaces = []() noexcept {
     constexpr unsigned kCharacters = 8, kSize = 4; // 0xF0, index, set, 0xF0: of each
     StreamPlaces result{};
     for (unsigned wide = 0; wide < 0x100; ++wide) {

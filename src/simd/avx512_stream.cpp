@@ -44,13 +44,13 @@ bool has_none(const std::uint16_t *units, std::size_t count) noexcept {
 // them are looked up at once.
 [[gnu::always_inline]] inline bool look_up_alphabets(const std::uint16_t *codes, __m256i characters, __mmask16 left,
                                                      __m256i &values) noexcept {
-    constexpr unsigned kPastAlphabets = 0x2000, kRows = 128, kLanes = 32; // what East Asia writes is scattered
+    constexpr std::size_t kPastAlphabets = 0x2000, kRows = 128, kLanes = 32; // what East Asia writes is scattered
     const __m256i numbers = _mm256_srli_epi16(characters, 7);
     const __mmask16 upper = _mm256_test_epi16_mask(characters, _mm256_set1_epi16(kRows / 2));
     __m512i found = _mm512_castsi256_si512(characters);
     __m256i next = characters;
     for (int turn = 0; turn < 2; ++turn, next = _mm256_maskz_compress_epi16(left, characters)) {
-        const unsigned first = static_cast<std::uint16_t>(_mm256_cvtsi256_si32(next));
+        const std::size_t first = static_cast<std::uint16_t>(_mm256_cvtsi256_si32(next));
         if (first >= kPastAlphabets) return false;
         const std::uint16_t *const rows = codes + first / kRows * kRows;
         const auto look_up = [&](__mmask16 which, const std::uint16_t *row) {
