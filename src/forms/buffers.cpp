@@ -31,7 +31,7 @@ struct Target {
 };
 
 // By maps, as many characters at a time as may fit. Gives the rest of the source, which goes code by code (a lead byte
-// at the end, all without maps), or null when a code does not fit.
+// at the end, all without maps), or null when nothing is left that fits.
 const std::uint8_t *convert_pieces(NativePage &page, const std::uint8_t *source, Target &to,
                                    bool double_byte) noexcept {
     constexpr std::size_t kPiece = 1024;
@@ -40,12 +40,12 @@ const std::uint8_t *convert_pieces(NativePage &page, const std::uint8_t *source,
     const std::uint8_t *const leads = double_byte ? codepage::lead_byte_map(platform::ansi_code_page()) : nullptr;
     if (map == nullptr || (double_byte && leads == nullptr)) return source;
     const simd::Kernels &kernels = simd::kernels();
+    if (!double_byte) {
+        to.written += kernels.stream_of_bytes(map, source, to.stream + to.written, to.room - to.written);
+        return nullptr;
+    }
     while (const std::size_t limit = std::min(to.room - to.written, kPiece)) {
-        simd::Progress piece{};
-        if (double_byte)
-            piece = kernels.decode_pairs(map, leads, source, length_within(source, limit), characters);
-        else
-            piece.read = piece.written = kernels.map_bytes(map, source, limit, characters);
+        const simd::Progress piece = kernels.decode_pairs(map, leads, source, length_within(source, limit), characters);
         const simd::Progress codes =
             kernels.write_stream(to.stream + to.written, characters, piece.written, to.room - to.written);
         source += piece.read;
@@ -79,16 +79,29 @@ std::uint32_t native_to_stream(Native which, std::uint8_t *destination, const ch
     return static_cast<std::uint32_t>(to.written + out.finish() + 1);
 }
 
+// The same of single bytes, most often without a way to the map.
+std::uint32_t bytes_to_stream(Native which, std::uint8_t *destination, const char *source,
+                              std::uint16_t count) noexcept {
+    const std::uint16_t *const map = usual_to_kx_map(which);
+    if (map == nullptr || count == 0) return native_to_stream(which, destination, source, count, false);
+    const std::size_t written = simd::kernels().stream_of_bytes(map, bytes_of(source), destination, count - 1u);
+    destination[written] = 0;
+    return static_cast<std::uint32_t>(written + 1);
+}
+
 // In place: no code grows, so the output never overtakes what is still to be read, and the room for the stripped stream
 // is room enough. As long as the descriptors are not filled, only a stripped stream with extended characters asks for
 // one.
-std::uint32_t stream_to_native(Native which, char *destination, const std::uint8_t *source,
-                               std::uint16_t count) noexcept {
-    if (count == 0) return 0;
-    std::uint8_t *const stream = bytes_of(destination);
-    const std::size_t room = count - 1u;
+[[gnu::noinline]] std::uint32_t stream_to_native_anyhow(Native which, std::uint8_t *stream, const std::uint8_t *source,
+                                                        std::size_t room) noexcept {
     NativePage page(which);
     if (!NativePage::is_filled()) {
+        const std::size_t text = simd::kernels().outside8(source, room, 0x20, 0x7E);
+        if (text == room || source[text] == 0) {
+            std::memmove(stream, source, text);
+            stream[text] = 0;
+            return static_cast<std::uint32_t>(text + 1);
+        }
         const std::size_t length = strip_stream(stream, source, room, kLineEnds);
         if (length_within(stream, length, kExtended) == length) return static_cast<std::uint32_t>(length + 1);
         source = stream;
@@ -113,6 +126,14 @@ std::uint32_t stream_to_native(Native which, char *destination, const std::uint8
         }
     }
     return static_cast<std::uint32_t>(out.finish() + 1);
+}
+
+std::uint32_t stream_to_native(Native which, char *destination, const std::uint8_t *source,
+                               std::uint16_t count) noexcept {
+    if (count == 0) return 0;
+    const std::uint16_t *const map = usual_from_kx_map(which);
+    if (map == nullptr) return stream_to_native_anyhow(which, bytes_of(destination), source, count - 1u);
+    return static_cast<std::uint32_t>(strip_to_native(bytes_of(destination), source, count - 1u, map) + 1);
 }
 
 } // namespace
@@ -153,11 +174,11 @@ uint32_t TpiGetOem(uint32_t ch) {
 }
 
 uint32_t str_AnsiToKx(uint8_t *destination, const char *source, uint32_t count) {
-    return forms::native_to_stream(Native::kAnsi, destination, source, low16(count), false);
+    return forms::bytes_to_stream(Native::kAnsi, destination, source, low16(count));
 }
 
 uint32_t str_OemToKx(uint8_t *destination, const char *source, uint32_t count) {
-    return forms::native_to_stream(Native::kOem, destination, source, low16(count), false);
+    return forms::bytes_to_stream(Native::kOem, destination, source, low16(count));
 }
 
 // The selector would choose between descriptors that hold the same code page.

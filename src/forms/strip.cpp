@@ -71,21 +71,35 @@ std::size_t strip_stream(std::uint8_t *destination, const std::uint8_t *source, 
     return written;
 }
 
-std::size_t strip_to_native(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
-                            const std::uint16_t *codes) noexcept {
+namespace {
+
+// Whether nothing is left: the room is full, for an extended character at least; or the stream ends.
+bool is_done(const simd::Narrowed &all, const std::uint8_t *source, std::size_t room) noexcept {
+    return all.filtered == room || *source == kExtended || *source == 0;
+}
+
+[[gnu::noinline]] simd::Narrowed strip_rest(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                                            const std::uint16_t *codes, simd::Narrowed all) noexcept {
     const auto narrow_stream = simd::kernels().narrow_stream;
     const std::uint8_t *const kept = kept_bytes(kLineEnds);
-    simd::Narrowed all{};
-    for (;;) {
+    source += all.read;
+    while (!is_done(all, source, room)) {
+        source += step(source); // a code that is not kept
         const simd::Narrowed run = narrow_stream(destination + all.written, source, room - all.filtered, kept, codes);
         source += run.read;
         all.filtered += run.filtered;
         all.written += run.written;
         all.dropped += run.dropped;
-        // The room is full, for an extended character at least; or the stream ends.
-        if (all.filtered == room || *source == kExtended || *source == 0) break;
-        source += step(source); // a code that is not kept
     }
+    return all;
+}
+
+} // namespace
+
+std::size_t strip_to_native(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                            const std::uint16_t *codes) noexcept {
+    simd::Narrowed all = simd::kernels().narrow_stream(destination, source, room, kept_bytes(kLineEnds), codes);
+    if (!is_done(all, source + all.read, room)) all = strip_rest(destination, source, room, codes, all);
     destination[all.written] = 0;
     return all.written + all.dropped;
 }

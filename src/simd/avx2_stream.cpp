@@ -1,6 +1,7 @@
 #include <immintrin.h>
 
 #include "simd/scan_loops.h"
+#include "simd/stream_blocks.h"
 
 namespace kxstr::simd::avx2 {
 namespace {
@@ -61,6 +62,52 @@ std::size_t copy_text(std::uint8_t *destination, const std::uint8_t *source, std
     return done;
 }
 
+constexpr std::size_t kBlock = 2 * sizeof(__m256i);
+
+// The whole codes of a block that can be read, and that there is room for: up to one that is neither a byte nor an
+// extended character, or is not told by parity. Where codes begin is known before they are read, so none waits for the
+// one before.
+Narrowed narrow_block(std::uint8_t *destination, const std::uint8_t *source, const std::uint8_t *kept,
+                      const std::uint16_t *codes) noexcept {
+    const __m256i low = load32(source), high = load32(source + sizeof low);
+    const auto both = [&](auto marks) {
+        const auto bits = [&](__m256i bytes) { return static_cast<std::uint32_t>(_mm256_movemask_epi8(marks(bytes))); };
+        return bits(low) | std::uint64_t{bits(high)} << 32;
+    };
+    const __m256i mark = _mm256_set1_epi8(static_cast<char>(0xF0));
+    const __m256i least = _mm256_set1_epi8(static_cast<char>(0xCF)), one = _mm256_set1_epi8(1);
+    const std::uint64_t extended = both([&](__m256i bytes) { return _mm256_cmpeq_epi8(bytes, mark); });
+    const std::uint64_t stops = both([&](__m256i bytes) { // 0 and the bytes from 0xD0 up
+        const __m256i less = _mm256_sub_epi8(bytes, one);
+        return _mm256_cmpeq_epi8(_mm256_max_epu8(less, least), less);
+    });
+    constexpr int kFew = 16; // bytes of extended characters, each two; where they are few, guessing right is faster
+    if (_mm_popcnt_u64(extended) < kFew) return {};
+    const StreamCodes found = find_codes({stops, extended}, 0);
+    const std::uint64_t marks = found.stops | found.odd;
+    std::uint64_t end = marks & (0 - marks); // 0: that of the block
+    if (const std::uint64_t openers = found.openers & (end - 1); openers != 0) {
+        const std::uint64_t last = std::uint64_t{1} << (63 - __builtin_clzll(openers));
+        if (end != 0 ? last >= end >> 3 : last >> 61 != 0) end = last;
+    }
+    Narrowed done{end != 0 ? static_cast<std::size_t>(__builtin_ctzll(end)) : kBlock, 0, 0, 0};
+    for (std::uint64_t begins = (end - 1) & ~found.inside; begins != 0; begins &= begins - 1) {
+        const std::uint8_t *const code = source + __builtin_ctzll(begins);
+        const bool is_extended = *code == 0xF0;
+        const unsigned character = is_extended ? static_cast<unsigned>(code[1] | code[2] << 8) : 0;
+        const unsigned value = is_extended ? codes[character] : kept[*code];
+        if (!is_extended && value == 0) continue;
+        done.filtered += is_extended ? 4 : 1;
+        if (value == 0xFFFF) {
+            ++done.dropped;
+            continue;
+        }
+        if (value > 0xFF) destination[done.written++] = static_cast<std::uint8_t>(value >> 8);
+        destination[done.written++] = static_cast<std::uint8_t>(value);
+    }
+    return done;
+}
+
 // How much of a stream goes plainly before text is tried again; an extended character fits.
 constexpr std::size_t kStretch = 64;
 
@@ -89,8 +136,12 @@ Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, st
     for (;;) {
         const std::size_t text = copy_text(destination + done.written, source + done.read, room - done.filtered);
         done = {done.read + text, done.filtered + text, done.written + text, done.dropped};
-        const Narrowed more = plain::narrow_stream(destination + done.written, source + done.read,
-                                                   stretch_of(room - done.filtered), kept, codes);
+        const std::uint8_t *const at = source + done.read;
+        Narrowed more{};
+        if (room - done.filtered > kBlock && left_in_page(at) >= kBlock + 2)
+            more = narrow_block(destination + done.written, at, kept, codes);
+        if (more.read == 0)
+            more = plain::narrow_stream(destination + done.written, at, stretch_of(room - done.filtered), kept, codes);
         if (more.read == 0) return done;
         done = {done.read + more.read, done.filtered + more.filtered, done.written + more.written,
                 done.dropped + more.dropped};

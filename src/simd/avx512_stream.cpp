@@ -40,21 +40,73 @@ bool has_none(const std::uint16_t *units, std::size_t count) noexcept {
     return _mm512_cmpeq_epi16_mask(most, _mm512_set1_epi16(-1)) != 0;
 }
 
-// The native codes of up to 16 characters.
-__m256i codes_of(const std::uint16_t *codes, __m256i characters, std::size_t count) noexcept {
+// The native codes of up to 16 characters, if they are of one alphabet or two, which lie together: two rows of 64 of
+// them are looked up at once.
+[[gnu::always_inline]] inline bool look_up_alphabets(const std::uint16_t *codes, __m256i characters, __mmask16 left,
+                                                     __m256i &values) noexcept {
+    constexpr std::size_t kPastAlphabets = 0x2000, kRows = 128, kLanes = 32; // what East Asia writes is scattered
+    const __m256i numbers = _mm256_srli_epi16(characters, 7);
+    const __mmask16 upper = _mm256_test_epi16_mask(characters, _mm256_set1_epi16(kRows / 2));
+    __m512i found = _mm512_castsi256_si512(characters);
+    __m256i next = characters;
+    for (int turn = 0; turn < 2; ++turn, next = _mm256_maskz_compress_epi16(left, characters)) {
+        const std::size_t first = static_cast<std::uint16_t>(_mm256_cvtsi256_si32(next));
+        if (first >= kPastAlphabets) return false;
+        const std::uint16_t *const rows = codes + first / kRows * kRows;
+        const auto look_up = [&](__mmask16 which, const std::uint16_t *row) {
+            found = _mm512_mask2_permutex2var_epi16(_mm512_loadu_si512(row), found, which,
+                                                    _mm512_loadu_si512(row + kLanes));
+        };
+        const __mmask16 here =
+            _mm256_mask_cmpeq_epi16_mask(left, numbers, _mm256_set1_epi16(static_cast<short>(first / kRows)));
+        look_up(here & static_cast<__mmask16>(~upper), rows);
+        look_up(here & upper, rows + kRows / 2);
+        left &= static_cast<__mmask16>(~here);
+        if (left == 0) {
+            values = _mm512_castsi512_si256(found);
+            return true;
+        }
+    }
+    return false;
+}
+// Of any characters.
+[[gnu::noinline]] __m256i look_up_each(const std::uint16_t *codes, __m256i characters, std::size_t count) noexcept {
     alignas(32) std::uint16_t units[kUnits];
     _mm256_store_si256(reinterpret_cast<__m256i *>(units), characters);
     const __m256i values = _mm256_castsi128_si256(look_up8(codes, units));
     return count <= kUnits / 2 ? values : _mm256_inserti128_si256(values, look_up8(codes, units + kUnits / 2), 1);
 }
 
-} // namespace
+// What the bytes of a block give way to.
+[[gnu::always_inline]] inline __m512i kept_of(const std::uint8_t *kept, __m512i bytes) noexcept {
+    const auto row = [kept](std::size_t number) { return _mm512_loadu_si512(kept + kBlock * number); };
+    return _mm512_mask_blend_epi8(_mm512_movepi8_mask(bytes), _mm512_permutex2var_epi8(row(0), bytes, row(1)),
+                                  _mm512_permutex2var_epi8(row(2), bytes, row(3)));
+}
+
+__m256i characters_of(__m512i bytes, std::uint64_t openers) noexcept {
+    return _mm512_castsi512_si256(_mm512_maskz_compress_epi8(openers << 1 | openers << 2, bytes));
+}
+
+// Puts codes in place of extended characters into the bytes of a block and into the bits of those that stay. Gives the
+// characters dropped.
+[[gnu::always_inline]] inline std::size_t put_codes(__m512i &bytes, std::uint64_t &stay, std::uint64_t openers,
+                                                    __m256i values) noexcept {
+    const std::size_t count = count_of(openers);
+    const auto some = static_cast<__mmask16>(first_bits(count));
+    const __mmask16 has_code = _mm256_mask_cmpneq_epi16_mask(some, values, _mm256_set1_epi16(-1));
+    const __mmask16 is_pair = _mm256_mask_cmpgt_epu16_mask(has_code, values, _mm256_set1_epi16(0xFF));
+    // Lead byte in place of the opener, trail or only byte behind it.
+    const __m256i swapped = _mm256_or_si256(_mm256_slli_epi16(values, 8), _mm256_srli_epi16(values, 8));
+    bytes = _mm512_mask_expand_epi8(bytes, openers | openers << 1, _mm512_castsi256_si512(swapped));
+    stay = (stay & ~(openers | openers << 1 | openers << 2 | openers << 3)) | _pdep_u64(is_pair, openers) |
+           _pdep_u64(has_code, openers) << 1;
+    return count - count_of(has_code);
+}
 
 // Blocks begin with a code and end with one, or with their page. What cannot be told by parity goes plainly.
-Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
-                       const std::uint8_t *kept, const std::uint16_t *codes) noexcept {
-    const __m512i low = _mm512_loadu_si512(kept), low_2 = _mm512_loadu_si512(kept + 64);
-    const __m512i high = _mm512_loadu_si512(kept + 128), high_2 = _mm512_loadu_si512(kept + 192);
+[[gnu::noinline]] Narrowed narrow_long_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                                              const std::uint8_t *kept, const std::uint16_t *codes) noexcept {
     Narrowed done{};
     const auto go_on_plainly = [&](std::size_t most) {
         const Narrowed more = plain::narrow_stream(destination + done.written, source + done.read, most, kept, codes);
@@ -85,35 +137,54 @@ Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, st
             if (!go_on_plainly(room - done.filtered < kExtendedSize ? 0 : kExtendedSize)) return done;
             continue;
         }
-        const std::uint64_t used = first_bits(end), inside = openers << 1 | openers << 2 | openers << 3;
-        const __m512i changed =
-            _mm512_mask_blend_epi8(_mm512_movepi8_mask(bytes), _mm512_permutex2var_epi8(low, bytes, low_2),
-                                   _mm512_permutex2var_epi8(high, bytes, high_2));
-        std::uint64_t stay = used & (inside | _mm512_test_epi8_mask(changed, changed));
+        const std::uint64_t inside = openers << 1 | openers << 2 | openers << 3;
+        __m512i changed = kept_of(kept, bytes);
+        std::uint64_t stay = first_bits(end) & (inside | _mm512_test_epi8_mask(changed, changed));
         if (count_of(stay) > room - done.filtered) {
             go_on_plainly(room - done.filtered);
             return done;
         }
         done.filtered += count_of(stay);
-        __m512i result = changed;
         if (openers != 0) {
+            const __m256i characters = characters_of(bytes, openers);
             const std::size_t count = count_of(openers);
-            const __m256i values = codes_of(
-                codes, _mm512_castsi512_si256(_mm512_maskz_compress_epi8(openers << 1 | openers << 2, bytes)), count);
-            const auto some = static_cast<__mmask16>(first_bits(count));
-            const __mmask16 has_code = _mm256_mask_cmpneq_epi16_mask(some, values, _mm256_set1_epi16(-1));
-            const __mmask16 is_pair = _mm256_mask_cmpgt_epu16_mask(has_code, values, _mm256_set1_epi16(0xFF));
-            // Lead byte in place of the opener, trail or only byte behind it.
-            const __m256i swapped = _mm256_or_si256(_mm256_slli_epi16(values, 8), _mm256_srli_epi16(values, 8));
-            result = _mm512_mask_expand_epi8(changed, openers | openers << 1, _mm512_castsi256_si512(swapped));
-            stay = (stay & ~openers & ~inside) | _pdep_u64(is_pair, openers) | _pdep_u64(has_code, openers) << 1;
-            done.dropped += count - count_of(has_code);
+            __m256i values;
+            if (!look_up_alphabets(codes, characters, static_cast<__mmask16>(first_bits(count)), values))
+                values = look_up_each(codes, characters, count);
+            done.dropped += put_codes(changed, stay, openers, values);
         }
         done.read += end;
-        done.written += store_some(destination + done.written, result, stay);
+        done.written += store_some(destination + done.written, changed, stay);
         if (end < size && (found.stops >> end & 1) != 0) return done;
     }
     return done;
+}
+
+} // namespace
+
+// Most streams are short, and end in their first block.
+Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                       const std::uint8_t *kept, const std::uint16_t *codes) noexcept {
+    if (left_in_page(source) < kBlock || room == 0) return narrow_long_stream(destination, source, room, kept, codes);
+    const __m512i bytes = _mm512_loadu_si512(source);
+    const std::uint64_t extended = _mm512_cmpeq_epi8_mask(bytes, all(0xF0));
+    const std::uint64_t stops = _mm512_cmpge_epu8_mask(_mm512_sub_epi8(bytes, all(1)), all(0xCF));
+    const StreamCodes found = extended != 0 ? find_codes({stops, extended}, 0) : StreamCodes{0, 0, stops, 0};
+    const std::uint64_t marks = found.stops | found.odd, end = marks & (0 - marks), used = end - 1;
+    if ((found.stops & ~found.odd & end) == 0) return narrow_long_stream(destination, source, room, kept, codes);
+    __m512i changed = kept_of(kept, bytes);
+    std::uint64_t stay = used & (found.inside | _mm512_test_epi8_mask(changed, changed));
+    const std::size_t filtered = count_of(stay);
+    if (filtered > room) return narrow_long_stream(destination, source, room, kept, codes);
+    std::size_t dropped = 0;
+    if (const std::uint64_t openers = found.openers & used; openers != 0) {
+        __m256i values;
+        if (!look_up_alphabets(codes, characters_of(bytes, openers),
+                               static_cast<__mmask16>(first_bits(count_of(openers))), values))
+            return narrow_long_stream(destination, source, room, kept, codes);
+        dropped = put_codes(changed, stay, openers, values);
+    }
+    return {count_of(used), filtered, store_some(destination, changed, stay), dropped};
 }
 
 Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std::size_t count,

@@ -114,6 +114,8 @@ using NarrowStream = Narrowed(std::uint8_t *destination, const std::uint8_t *sou
                               const std::uint8_t *kept, const std::uint16_t *codes) noexcept;
 using WriteStream = Progress(std::uint8_t *stream, const std::uint16_t *characters, std::size_t count,
                              std::size_t room) noexcept;
+using StreamOfBytes = std::size_t(const std::uint16_t *map, const std::uint8_t *source, std::uint8_t *stream,
+                                  std::size_t room) noexcept;
 
 // Letter case. The characters first to first + span, of one set, change by `step`: all of them, or (`pairs` is 1, not
 // 0) those of each pair 2k and 2k + 1 that stand in the other case. A step of 0: no range.
@@ -260,6 +262,9 @@ struct Kernels {
     // Characters as a stream: those of set 0 as a byte, others as extended characters, 0xFFFF for none. Stops at one
     // that does not fit.
     WriteStream *write_stream;
+    // The same of what a map has for the bytes of a string (the map as below), up to the terminator, and no further
+    // than there is room; gives the bytes written. The two do not overlap.
+    StreamOfBytes *stream_of_bytes;
 
     // A string up to its terminator, at most `limit` bytes, and a 0 behind the values; gives how many these are. Long
     // ones from the last byte to the first: source and destination may begin at one address.

@@ -24,6 +24,7 @@ constinit const Kernels kKernels{
     .filter_stream = filter_stream,
     .narrow_stream = narrow_stream,
     .write_stream = write_stream,
+    .stream_of_bytes = stream_of_bytes,
     .map_bytes = map_bytes,
     .map_units = map_units,
     .encode_units = encode_units,

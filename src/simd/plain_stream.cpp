@@ -91,4 +91,15 @@ Progress write_stream(std::uint8_t *stream, const std::uint16_t *characters, std
     return {read, static_cast<std::size_t>(to - stream)};
 }
 
+std::size_t stream_of_bytes(const std::uint16_t *map, const std::uint8_t *source, std::uint8_t *stream,
+                            std::size_t room) noexcept {
+    std::size_t written = 0;
+    for (; written < room && *source != 0; ++source) {
+        const Progress one = write_stream(stream + written, map + *source, 1, room - written);
+        if (one.read == 0) break;
+        written += one.written;
+    }
+    return written;
+}
+
 } // namespace kxstr::simd::plain

@@ -81,6 +81,26 @@ TEST_F(Maps, Bytes) {
     });
 }
 
+TEST_F(Maps, BytesToAStream) {
+    against_plain<std::uint8_t>([&](const Kernels &family, std::uint8_t *source, std::size_t count) {
+        if (count == 0) return;
+        const auto kinds = random() % 3; // every byte has a character, most have, many have none
+        for (unsigned byte = 0x80; byte <= 0xFF; ++byte)
+            map[byte] = static_cast<std::uint16_t>(random() % 10 < kinds * 2 ? 0xFFFF : byte << (random() % 2 * 4));
+        for (std::uint8_t &byte : std::span(source, count))
+            if (random() % 30 == 0) byte = random() % 2 != 0 ? 0x7F : '\n';
+        source[random() % 2 == 0 ? count - 1 : random() % count] = 0;
+        source[count - 1] = 0;
+        for (const std::size_t room : {4 * count, random() % (2 * count + 2)}) {
+            Bytes expected(room);
+            const std::size_t written = plain.stream_of_bytes(map.data(), source, expected.data(), room);
+            std::uint8_t *const result = results.end() - written; // not a byte more
+            ASSERT_EQ(family.stream_of_bytes(map.data(), source, result, room), written) << count << ' ' << room;
+            ASSERT_TRUE(std::equal(result, results.end(), expected.begin())) << count << ' ' << room;
+        }
+    });
+}
+
 TEST_F(Maps, UnitsUpToAZero) {
     against_plain<std::uint16_t>([&](const Kernels &family, std::uint16_t *source, std::size_t count) {
         const std::uint16_t stop = 0xA5A5;
