@@ -43,7 +43,7 @@ const std::uint8_t *convert_pieces(NativePage &page, const std::uint8_t *source,
     while (const std::size_t limit = std::min(to.room - to.written, kPiece)) {
         simd::Progress piece{};
         if (double_byte)
-            piece = kernels.decode_pairs(map, leads, source, length_within(source, limit), characters);
+            piece = kernels.decode_page(map, leads, source, length_within(source, limit), characters);
         else
             piece.read = piece.written = kernels.map_bytes(map, source, limit, characters);
         const simd::Progress codes =

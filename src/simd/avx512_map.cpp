@@ -259,10 +259,6 @@ bool is_text(__m256i bytes, __mmask32 live) noexcept {
     const __m256i place = _mm256_sub_epi8(bytes, _mm256_set1_epi8(0x20));
     return _mm256_mask_cmpgt_epu8_mask(live, place, _mm256_set1_epi8(0x7E - 0x20)) == 0;
 }
-bool is_text(__m512i bytes, __mmask64 live) noexcept {
-    const __m512i place = _mm512_sub_epi8(bytes, _mm512_set1_epi8(0x20));
-    return _mm512_mask_cmpgt_epu8_mask(live, place, _mm512_set1_epi8(0x7E - 0x20)) == 0;
-}
 
 // ---- Long strings: functions of their own, so that short ones pay for no frame ----
 
@@ -362,70 +358,6 @@ Progress encode_units(const std::uint16_t *map, const std::uint16_t *source, std
         return {count_of(string.live), static_cast<std::size_t>(end - destination)};
     }
     return encode_long_units(map, source, limit, destination, no_code);
-}
-
-Progress decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
-                      std::size_t count, std::uint16_t *destination) noexcept {
-    const __m512i leads_low = load(leads + 0x80), leads_high = load(leads + 0xC0);
-    // The codes wait for their look-ups until they are many: how many a block has is hard to foretell.
-    constexpr std::size_t kWaiting = 512;
-    alignas(64) std::uint16_t codes[kWaiting + kBlock];
-    std::size_t waiting = 0;
-    Progress done{};
-    const auto map_waiting = [&] {
-        std::uint16_t *to = destination + done.written;
-        std::size_t i = 0;
-        for (; map == nullptr && i < waiting; i += kHalf)
-            _mm512_mask_storeu_epi16(to + i, static_cast<__mmask32>(first_bits(waiting - i)), load(codes + i));
-        for (; i + kGroup <= waiting; i += kGroup)
-            _mm_storeu_si128(reinterpret_cast<__m128i *>(to + i), look_up8(map, codes + i));
-        if (i < waiting)
-            _mm_mask_storeu_epi16(to + i, static_cast<__mmask8>(first_bits(waiting - i)), look_up8(map, codes + i));
-        done.written += waiting;
-        waiting = 0;
-    };
-    while (done.read < count) {
-        const std::size_t size = lesser(count - done.read, kBlock);
-        const __mmask64 here = first_bits(size);
-        const __m512i bytes = _mm512_maskz_loadu_epi8(here, source + done.read);
-        if (waiting == 0 && is_text(bytes, here)) {
-            store(destination + done.written,
-                  {_mm512_cvtepu8_epi16(_mm512_castsi512_si256(bytes)),
-                   _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(bytes, 1))},
-                  here);
-            done = {done.read + size, done.written + size};
-            continue;
-        }
-        const __mmask64 upper = _mm512_movepi8_mask(bytes);
-        // Bytes that can be first ones. In a run of them every other one is, as in a run of backslashes every other
-        // one escapes: the carry of a subtraction runs through.
-        const std::uint64_t able = _mm512_movepi8_mask(_mm512_permutex2var_epi8(leads_low, bytes, leads_high)) & upper;
-        constexpr std::uint64_t kOdd = 0xAAAAAAAAAAAAAAAA;
-        const std::uint64_t series = (((able << 1) | kOdd) - able) ^ kOdd;
-        std::uint64_t second = series ^ able; // the bytes behind first ones
-        std::uint64_t first = series & able;
-        std::size_t read = size;
-        if ((first >> (size - 1) & 1) != 0) {
-            if (size == 1) break;
-            first &= first_bits(--read);
-        }
-        second &= first_bits(read);
-        const std::uint64_t begins = first_bits(read) & ~second;
-        // The byte behind each, without reading behind the block: the last one begins no pair.
-        const __m512i shifted = _mm512_alignr_epi8(_mm512_maskz_shuffle_i64x2(0x3F, bytes, bytes, 0b111001), bytes, 1);
-        const __m512i low = _mm512_maskz_compress_epi8(begins, _mm512_mask_mov_epi8(bytes, first, shifted));
-        const __m512i high = _mm512_maskz_compress_epi8(begins, _mm512_maskz_mov_epi8(first, bytes));
-        const auto join = [](__m256i l, __m256i h) {
-            return _mm512_or_si512(_mm512_cvtepu8_epi16(l), _mm512_slli_epi16(_mm512_cvtepu8_epi16(h), 8));
-        };
-        store(codes + waiting, join(_mm512_castsi512_si256(low), _mm512_castsi512_si256(high)));
-        store(codes + waiting + kHalf, join(_mm512_extracti64x4_epi64(low, 1), _mm512_extracti64x4_epi64(high, 1)));
-        waiting += count_of(begins);
-        done.read += read;
-        if (waiting >= kWaiting) map_waiting();
-    }
-    map_waiting();
-    return done;
 }
 
 } // namespace kxstr::simd::avx512

@@ -27,6 +27,8 @@ constinit const Kernels kKernels{
     .map_units = map_units,
     .encode_units = encode_units,
     .decode_pairs = decode_pairs,
+    .decode_page = decode_page,
+    .decode_short = decode_short,
     .map_case16 = map_case16,
     .mismatch_by_case16 = mismatch_by_case16,
     .translate8 = translate8,

@@ -15,18 +15,18 @@ TEST(PageMaps, HoldWhatSingleCharactersConvertTo) {
     std::vector<std::uint32_t> numbers{934, 936, 938, 949, 950, 12345};
     for (const auto &entry : kxstr::tables::kCodePages)
         numbers.push_back(entry.kx_number);
-    const auto values = std::make_unique<kxstr::UnitMap>();
+    const auto map = std::make_unique<kxstr::simd::PairMap>();
     for (const std::uint32_t number : numbers) {
         for (const bool double_byte : {false, true}) {
             SCOPED_TRACE(testing::Message() << number << ' ' << double_byte);
             KxCodePage page{};
             set_code_page(page, number, kBothDirections);
-            fill_to_kx_map(values->values, page, double_byte);
+            fill_to_kx_map(*map, page, double_byte);
             for (unsigned code = 0; code <= 0xFFFF; ++code)
-                ASSERT_EQ(values->values[code], to_kx(page, static_cast<std::uint16_t>(code), double_byte)) << code;
-            fill_from_kx_map(values->values, page, double_byte);
+                ASSERT_EQ(map->values[code], to_kx(page, static_cast<std::uint16_t>(code), double_byte)) << code;
+            fill_from_kx_map(*map, page, double_byte);
             for (unsigned ch = 0; ch <= 0xFFFF; ++ch)
-                ASSERT_EQ(values->values[ch], from_kx(page, static_cast<KxChar>(ch), double_byte)) << ch;
+                ASSERT_EQ(map->values[ch], from_kx(page, static_cast<KxChar>(ch), double_byte)) << ch;
         }
     }
 }
