@@ -26,26 +26,31 @@ std::uint64_t first_bits(std::size_t count) noexcept {
 std::size_t count_of(std::uint64_t bits) noexcept {
     return static_cast<std::size_t>(__builtin_popcountll(bits));
 }
+// The lowest bit that is set, and those below it.
+std::uint64_t up_to_first(std::uint64_t bits) noexcept {
+    return bits ^ (bits - 1);
+}
+// The lowest `count` bits that are set.
+std::uint64_t first_ones(std::uint64_t bits, std::size_t count) noexcept {
+    return count_of(bits) <= count ? bits : _pdep_u64(first_bits(count), bits);
+}
+std::uint32_t bits_of(__m256i bytes) noexcept {
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(bytes));
+}
 bool is_text(__m512i bytes, __mmask64 live) noexcept {
     const __m512i place = _mm512_sub_epi8(bytes, _mm512_set1_epi8(0x20));
     return _mm512_mask_cmpgt_epu8_mask(live, place, _mm512_set1_epi8(0x7E - 0x20)) == 0;
+}
+
+__mmask32 not_text(__m256i bytes, __mmask32 live) noexcept {
+    const __m256i place = _mm256_sub_epi8(bytes, _mm256_set1_epi8(0x20));
+    return _mm256_mask_cmpgt_epu8_mask(live, place, _mm256_set1_epi8(0x7E - 0x20));
 }
 
 void widen(std::uint16_t *place, __m512i bytes, __mmask64 here) noexcept {
     _mm512_mask_storeu_epi16(place, static_cast<__mmask32>(here), _mm512_cvtepu8_epi16(_mm512_castsi512_si256(bytes)));
     _mm512_mask_storeu_epi16(place + kHalf, static_cast<__mmask32>(here >> kHalf),
                              _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(bytes, 1)));
-}
-
-// The units of a block whose low and high bytes stand apart: the first `count` of them.
-void store_units(std::uint16_t *place, std::size_t count, __m512i low, __m512i high) noexcept {
-    const __m512i order = _mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7);
-    low = _mm512_permutexvar_epi64(order, low);
-    high = _mm512_permutexvar_epi64(order, high);
-    const std::uint64_t here = first_bits(count);
-    _mm512_mask_storeu_epi16(place, static_cast<__mmask32>(here), _mm512_unpacklo_epi8(low, high));
-    if (count > kHalf)
-        _mm512_mask_storeu_epi16(place + kHalf, static_cast<__mmask32>(here >> kHalf), _mm512_unpackhi_epi8(low, high));
 }
 
 // ---- By a map's pairs ----
@@ -63,48 +68,88 @@ Table load_table(const std::uint8_t *bytes) noexcept {
                                   _mm512_permutex2var_epi8(table.parts[2], bytes, table.parts[3]));
 }
 
+// What the bytes of a block are: first ones of two, second ones, and those that end a code.
+struct Codes {
+    std::uint64_t first, second, ends;
+};
+// `able`: the bytes that can be first ones, of which in a run of them every other one is, as in a run of backslashes
+// every other one escapes: the carry of a subtraction runs through. `is_open`: the byte in front opens a pair.
+[[gnu::always_inline]] inline Codes find_codes(std::uint64_t able, std::uint64_t live, bool is_open) noexcept {
+    constexpr std::uint64_t kOdd = 0xAAAAAAAAAAAAAAAA;
+    const std::uint64_t open = is_open ? 1 : 0, able_first = able & ~open;
+    const std::uint64_t series = (((able_first << 1) | kOdd) - able_first) ^ kOdd;
+    const std::uint64_t first = series & able & live;
+    return {first, (series ^ (able | open)) & live, live & ~first};
+}
+
+static_assert(PairValues::kAskHigh == 0 && PairValues::kAskLow == 0xFF);
+__mmask32 asks_high(__mmask32 some, __m256i values) noexcept {
+    return _mm256_mask_testn_epi8_mask(some, values, values);
+}
+__mmask32 asks_low(__mmask32 some, __m256i values) noexcept {
+    return _mm256_mask_cmpeq_epi8_mask(some, values, _mm256_set1_epi8(-1));
+}
+
+struct Characters {
+    __m512i low, high; // at the bytes that end their codes
+    bool are_known;    // else there is a pair for which the map must be asked
+};
+[[gnu::always_inline]] inline Characters characters_of(__m512i low, __m512i high, __mmask64 second) noexcept {
+    const __mmask64 asked = _mm512_mask_testn_epi8_mask(second, high, high) |
+                            _mm512_mask_cmpeq_epi8_mask(second, low, _mm512_set1_epi8(-1));
+    return {low, high, asked == 0};
+}
+// Side by side, the first `count` of them and of what is 0 behind them.
+[[gnu::always_inline]] inline void store_characters(std::uint16_t *place, std::size_t count, Characters characters,
+                                                    __mmask64 ends) noexcept {
+    const __m512i order = _mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7);
+    const __m512i low = _mm512_permutexvar_epi64(order, _mm512_maskz_compress_epi8(ends, characters.low));
+    const __m512i high = _mm512_permutexvar_epi64(order, _mm512_maskz_compress_epi8(ends, characters.high));
+    const std::uint64_t here = first_bits(count);
+    _mm512_mask_storeu_epi16(place, static_cast<__mmask32>(here), _mm512_unpacklo_epi8(low, high));
+    if (count > kHalf)
+        _mm512_mask_storeu_epi16(place + kHalf, static_cast<__mmask32>(here >> kHalf), _mm512_unpackhi_epi8(low, high));
+}
+
+// Bytes i and 64 + i - 1 of two registers for each i: the second ones are in front of the first ones.
+struct PairsOfBytes {
+    std::uint8_t places[kBlock];
+
+    constexpr PairsOfBytes() noexcept : places() {
+        for (unsigned i = 0; i < kHalf; ++i) {
+            places[2 * i] = static_cast<std::uint8_t>(i);
+            places[2 * i + 1] = static_cast<std::uint8_t>(kBlock + (i + kBlock - 1) % kBlock);
+        }
+    }
+};
+alignas(64) constexpr PairsOfBytes kPairsOfBytes;
+
 struct Decoder {
     __m512i leads, more_leads; // of the bytes from 0x80 on
     Table high;                // of a first byte of two and of a byte alone
     Table low, single_low;     // of a second byte and of a byte alone
-};
-[[gnu::always_inline]] inline Decoder decoder_of(const std::uint16_t *map, const std::uint8_t *leads) noexcept {
-    const PairValues &pairs = reinterpret_cast<const PairMap *>(map)->pairs;
-    Decoder decoder{load(leads + 0x80), load(leads + 0xC0), load_table(pairs.single_high), load_table(pairs.low),
-                    load_table(pairs.single_low)};
-    __m512i *const high = decoder.high.parts;
-    high[2] = _mm512_mask_loadu_epi8(high[2], _mm512_movepi8_mask(decoder.leads), pairs.high + 0x80);
-    high[3] = _mm512_mask_loadu_epi8(high[3], _mm512_movepi8_mask(decoder.more_leads), pairs.high + 0xC0);
-    return decoder;
-}
 
-struct Decoded {
-    __m512i low, high;  // of the characters that end in the block, side by side
-    std::uint64_t ends; // the bytes that end a code
-    bool is_open;       // the last byte is the first one of two
-    bool has_asked;     // there is a pair for which the map must be asked
+    [[gnu::always_inline]] inline Codes find(__m512i bytes, std::uint64_t live, bool is_open) const noexcept {
+        const std::uint64_t able = _mm512_movepi8_mask(_mm512_permutex2var_epi8(leads, bytes, more_leads));
+        return find_codes(able & _mm512_movepi8_mask(bytes), live, is_open);
+    }
+    // `before`: the same bytes, each the one in front of it.
+    [[gnu::always_inline]] inline Characters decode(__m512i bytes, __m512i before, __mmask64 second) const noexcept {
+        const __m512i of_alone = look_up(single_low, bytes), of_second = look_up(low, bytes);
+        return characters_of(_mm512_mask_blend_epi8(second, of_alone, of_second),
+                             look_up(high, _mm512_mask_mov_epi8(bytes, second, before)), second);
+    }
 };
-// `before`: the same bytes, each the one in front of it; `is_open`: the one in front of the first one opens a pair.
-[[gnu::always_inline]] inline Decoded decode(const Decoder &decoder, __m512i bytes, __m512i before, __mmask64 live,
-                                             bool is_open) noexcept {
-    constexpr std::uint64_t kOdd = 0xAAAAAAAAAAAAAAAA;
-    const std::uint64_t open = is_open ? 1 : 0;
-    // Bytes that can be first ones. In a run of them every other one is, as in a run of backslashes every other one
-    // escapes: the carry of a subtraction runs through.
-    const __mmask64 upper = _mm512_movepi8_mask(bytes);
-    const std::uint64_t able =
-        _mm512_movepi8_mask(_mm512_permutex2var_epi8(decoder.leads, bytes, decoder.more_leads)) & upper;
-    const std::uint64_t able_first = able & ~open;
-    const std::uint64_t series = (((able_first << 1) | kOdd) - able_first) ^ kOdd;
-    const std::uint64_t second = (series ^ (able | open)) & live, first = series & able & live;
-    const std::uint64_t ends = live & ~first;
-    const __m512i low = _mm512_mask_blend_epi8(second, look_up(decoder.single_low, bytes), look_up(decoder.low, bytes));
-    const __m512i high = look_up(decoder.high, _mm512_mask_mov_epi8(bytes, second, before));
-    static_assert(PairValues::kAskHigh == 0 && PairValues::kAskLow == 0xFF);
-    const std::uint64_t asked = _mm512_mask_testn_epi8_mask(second, high, high) |
-                                _mm512_mask_cmpeq_epi8_mask(second, low, _mm512_set1_epi8(-1));
-    return {_mm512_maskz_compress_epi8(ends, low), _mm512_maskz_compress_epi8(ends, high), ends, first >> 63 != 0,
-            asked != 0};
+const PairValues &pairs_of(const std::uint16_t *map) noexcept {
+    return reinterpret_cast<const PairMap *>(map)->pairs;
+}
+[[gnu::always_inline]] inline Decoder decoder_of(const std::uint16_t *map, const std::uint8_t *leads) noexcept {
+    const PairValues &pairs = pairs_of(map);
+    const __m512i some_leads = load(leads + 0x80), more_leads = load(leads + 0xC0);
+    Table high = load_table(pairs.single_high);
+    high.parts[2] = _mm512_mask_loadu_epi8(high.parts[2], _mm512_movepi8_mask(some_leads), pairs.high + 0x80);
+    high.parts[3] = _mm512_mask_loadu_epi8(high.parts[3], _mm512_movepi8_mask(more_leads), pairs.high + 0xC0);
+    return {some_leads, more_leads, high, load_table(pairs.low), load_table(pairs.single_low)};
 }
 
 // Up to a block with a pair for which the map must be asked; a first byte alone is left.
@@ -126,12 +171,13 @@ Progress decode_by_pairs(const Decoder &decoder, const std::uint8_t *source, std
             continue;
         }
         const __m512i before = _mm512_maskz_loadu_epi8(done.read != 0 ? here : here & ~std::uint64_t{1}, at - 1);
-        const Decoded block = decode(decoder, bytes, before, here, is_open);
-        if (block.has_asked) break;
-        const std::size_t characters = count_of(block.ends);
-        store_units(to, left >= kBlock + kSurelyMore ? kBlock : characters, block.low, block.high);
-        done = {done.read + size, done.written + characters};
-        is_open = size == kBlock ? block.is_open : (block.ends >> (size - 1) & 1) == 0;
+        const Codes codes = decoder.find(bytes, here, is_open);
+        const Characters characters = decoder.decode(bytes, before, codes.second);
+        if (!characters.are_known) break;
+        const std::size_t written = count_of(codes.ends);
+        store_characters(to, left >= kBlock + kSurelyMore ? kBlock : written, characters, codes.ends);
+        done = {done.read + size, done.written + written};
+        is_open = (codes.first >> (size - 1) & 1) != 0;
     }
     done.read -= is_open ? 1 : 0;
     return done;
@@ -216,19 +262,44 @@ Progress decode_page(const std::uint16_t *map, const std::uint8_t *leads, const 
     return done;
 }
 
+// Most strings are shorter still and have no byte alone but text: half the tables do.
 bool decode_short(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source, std::size_t limit,
                   std::uint16_t *destination) noexcept {
     if (left_in_page(source) < kBlock) return false;
+    const __m256i some_bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(source));
+    if (const auto zeros = bits_of(_mm256_cmpeq_epi8(some_bytes, _mm256_setzero_si256())); zeros != 0) {
+        const PairValues &pairs = pairs_of(map);
+        const __m512i bytes = _mm512_zextsi256_si512(some_bytes);
+        const __m512i lead = _mm512_permutex2var_epi8(load(leads + 0x80), bytes, load(leads + 0xC0));
+        const std::uint32_t able = bits_of(_mm256_and_si256(some_bytes, _mm512_castsi512_si256(lead)));
+        const Codes codes = find_codes(able, up_to_first(zeros) >> 1, false);
+        const auto first = static_cast<__mmask32>(codes.first), second = static_cast<__mmask32>(codes.second);
+        const __m512i high = _mm512_permutex2var_epi8(load(pairs.high + 0x80), bytes, load(pairs.high + 0xC0));
+        const __m512i low = look_up(load_table(pairs.low), bytes);
+        const auto alone = static_cast<__mmask32>(codes.ends & ~codes.second);
+        const __mmask32 others = not_text(some_bytes, alone) | asks_high(first, _mm512_castsi512_si256(high)) |
+                                 asks_low(second, _mm512_castsi512_si256(low));
+        if (others == 0) {
+            // The low byte of each, and the high byte of the one in front of it.
+            const __m512i both = _mm512_permutex2var_epi8(low, load(&kPairsOfBytes), high);
+            const __m512i characters = _mm512_mask_mov_epi16(_mm512_cvtepu8_epi16(some_bytes), second, both);
+            const auto ends = static_cast<__mmask32>(first_ones(codes.ends, limit));
+            _mm512_mask_storeu_epi16(destination, static_cast<__mmask32>(first_bits(count_of(ends) + 1)),
+                                     _mm512_maskz_compress_epi16(ends, characters));
+            return true;
+        }
+    }
     const __m512i bytes = load(source);
     const std::uint64_t zeros = _mm512_testn_epi8_mask(bytes, bytes);
     if (zeros == 0) return false;
     const __m512i before = _mm512_maskz_loadu_epi8(~std::uint64_t{1}, source - 1);
-    const Decoded block = decode(decoder_of(map, leads), bytes, before, (zeros ^ (zeros - 1)) >> 1, false);
-    if (block.has_asked) return false;
+    const Decoder decoder = decoder_of(map, leads);
+    const Codes codes = decoder.find(bytes, up_to_first(zeros) >> 1, false);
+    const Characters characters = decoder.decode(bytes, before, codes.second);
+    if (!characters.are_known) return false;
     // What stands behind the characters is 0.
-    const std::size_t characters = lesser(count_of(block.ends), limit);
-    store_units(destination, characters + 1, block.low, block.high);
-    destination[characters] = 0;
+    const std::uint64_t ends = first_ones(codes.ends, limit);
+    store_characters(destination, count_of(ends) + 1, characters, ends);
     return true;
 }
 
