@@ -29,6 +29,7 @@ constinit const Kernels kKernels{
     .decode_pairs = decode_pairs,
     .decode_page = decode_page,
     .decode_short = plain::decode_short,
+    .stream_of_short = plain::stream_of_short,
     .map_case16 = map_case16,
     .mismatch_by_case16 = mismatch_by_case16,
     .translate8 = plain::translate8,

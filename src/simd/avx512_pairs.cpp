@@ -152,6 +152,34 @@ const PairValues &pairs_of(const std::uint16_t *map) noexcept {
     return {some_leads, more_leads, high, load_table(pairs.low), load_table(pairs.single_low)};
 }
 
+// A string of less than half a register that has no byte alone but text, as most are: half the tables do.
+struct Shortest {
+    __m512i characters; // at the bytes that end their codes
+    __mmask32 ends;
+    bool is_known;
+};
+[[gnu::always_inline]] inline Shortest decode_shortest(const std::uint16_t *map, const std::uint8_t *leads,
+                                                       const std::uint8_t *source) noexcept {
+    const __m256i some_bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(source));
+    const std::uint32_t zeros = bits_of(_mm256_cmpeq_epi8(some_bytes, _mm256_setzero_si256()));
+    const PairValues &pairs = pairs_of(map);
+    const __m512i bytes = _mm512_zextsi256_si512(some_bytes);
+    if (zeros == 0) return {bytes, 0, false};
+    const __m512i lead = _mm512_permutex2var_epi8(load(leads + 0x80), bytes, load(leads + 0xC0));
+    const std::uint32_t able = bits_of(_mm256_and_si256(some_bytes, _mm512_castsi512_si256(lead)));
+    const Codes codes = find_codes(able, up_to_first(zeros) >> 1, false);
+    const auto first = static_cast<__mmask32>(codes.first), second = static_cast<__mmask32>(codes.second);
+    const __m512i high = _mm512_permutex2var_epi8(load(pairs.high + 0x80), bytes, load(pairs.high + 0xC0));
+    const __m512i low = look_up(load_table(pairs.low), bytes);
+    const auto alone = static_cast<__mmask32>(codes.ends & ~codes.second);
+    const __mmask32 others = not_text(some_bytes, alone) | asks_high(first, _mm512_castsi512_si256(high)) |
+                             asks_low(second, _mm512_castsi512_si256(low));
+    // The low byte of each, and the high byte of the one in front of it.
+    const __m512i both = _mm512_permutex2var_epi8(low, load(&kPairsOfBytes), high);
+    return {_mm512_mask_mov_epi16(_mm512_cvtepu8_epi16(some_bytes), second, both), static_cast<__mmask32>(codes.ends),
+            others == 0};
+}
+
 // Up to a block with a pair for which the map must be asked; a first byte alone is left.
 Progress decode_by_pairs(const Decoder &decoder, const std::uint8_t *source, std::size_t count,
                          std::uint16_t *destination) noexcept {
@@ -262,32 +290,14 @@ Progress decode_page(const std::uint16_t *map, const std::uint8_t *leads, const 
     return done;
 }
 
-// Most strings are shorter still and have no byte alone but text: half the tables do.
 bool decode_short(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source, std::size_t limit,
                   std::uint16_t *destination) noexcept {
     if (left_in_page(source) < kBlock) return false;
-    const __m256i some_bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(source));
-    if (const auto zeros = bits_of(_mm256_cmpeq_epi8(some_bytes, _mm256_setzero_si256())); zeros != 0) {
-        const PairValues &pairs = pairs_of(map);
-        const __m512i bytes = _mm512_zextsi256_si512(some_bytes);
-        const __m512i lead = _mm512_permutex2var_epi8(load(leads + 0x80), bytes, load(leads + 0xC0));
-        const std::uint32_t able = bits_of(_mm256_and_si256(some_bytes, _mm512_castsi512_si256(lead)));
-        const Codes codes = find_codes(able, up_to_first(zeros) >> 1, false);
-        const auto first = static_cast<__mmask32>(codes.first), second = static_cast<__mmask32>(codes.second);
-        const __m512i high = _mm512_permutex2var_epi8(load(pairs.high + 0x80), bytes, load(pairs.high + 0xC0));
-        const __m512i low = look_up(load_table(pairs.low), bytes);
-        const auto alone = static_cast<__mmask32>(codes.ends & ~codes.second);
-        const __mmask32 others = not_text(some_bytes, alone) | asks_high(first, _mm512_castsi512_si256(high)) |
-                                 asks_low(second, _mm512_castsi512_si256(low));
-        if (others == 0) {
-            // The low byte of each, and the high byte of the one in front of it.
-            const __m512i both = _mm512_permutex2var_epi8(low, load(&kPairsOfBytes), high);
-            const __m512i characters = _mm512_mask_mov_epi16(_mm512_cvtepu8_epi16(some_bytes), second, both);
-            const auto ends = static_cast<__mmask32>(first_ones(codes.ends, limit));
-            _mm512_mask_storeu_epi16(destination, static_cast<__mmask32>(first_bits(count_of(ends) + 1)),
-                                     _mm512_maskz_compress_epi16(ends, characters));
-            return true;
-        }
+    if (const Shortest string = decode_shortest(map, leads, source); string.is_known) {
+        const auto ends = static_cast<__mmask32>(first_ones(string.ends, limit));
+        _mm512_mask_storeu_epi16(destination, static_cast<__mmask32>(first_bits(count_of(ends) + 1)),
+                                 _mm512_maskz_compress_epi16(ends, string.characters));
+        return true;
     }
     const __m512i bytes = load(source);
     const std::uint64_t zeros = _mm512_testn_epi8_mask(bytes, bytes);
@@ -301,6 +311,32 @@ bool decode_short(const std::uint16_t *map, const std::uint8_t *leads, const std
     const std::uint64_t ends = first_ones(codes.ends, limit);
     store_characters(destination, count_of(ends) + 1, characters, ends);
     return true;
+}
+
+std::size_t stream_of_short(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
+                            std::uint8_t *stream, std::size_t room) noexcept {
+    if (left_in_page(source) < kBlock) return 0;
+    const Shortest string = decode_shortest(map, leads, source);
+    if (!string.is_known) return 0;
+    const __m512i characters = _mm512_maskz_compress_epi16(string.ends, string.characters);
+    const std::uint32_t wide = _mm512_test_epi16_mask(characters, _mm512_set1_epi16(static_cast<short>(0xFF00)));
+    const std::size_t count = count_of(string.ends), size = count + 3 * count_of(wide);
+    if (size > room) return 0;
+    // A code is 0xF0, index, set, 0xF0; or its second byte alone.
+    const auto write = [stream](__m256i units, std::uint64_t of_set, std::uint64_t codes, std::size_t at) {
+        const __m512i bytes = _mm512_or_si512(_mm512_slli_epi32(_mm512_cvtepu16_epi32(units), 8),
+                                              _mm512_set1_epi32(static_cast<int>(0xF00000F0)));
+        const std::uint64_t stay = _pdep_u64(of_set, 0x1111111111111111) * 15 | (codes & 0x2222222222222222);
+        const std::size_t written = count_of(stay);
+        _mm512_mask_storeu_epi8(stream + at, first_bits(written), _mm512_maskz_compress_epi8(stay, bytes));
+        return at + written;
+    };
+    constexpr std::size_t kCodes = kHalf / 2; // in a register
+    const std::size_t first = write(_mm512_castsi512_si256(characters), wide, first_bits(4 * count), 0);
+    if (count > kCodes)
+        write(_mm512_extracti64x4_epi64(characters, 1), wide >> kCodes, first_bits(4 * (count - kCodes)), first);
+    stream[size] = 0;
+    return size + 1;
 }
 
 } // namespace kxstr::simd::avx512

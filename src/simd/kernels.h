@@ -112,6 +112,9 @@ using DecodePairs = Progress(const std::uint16_t *map, const std::uint8_t *leads
 using DecodeShort = bool(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
                          std::size_t limit, std::uint16_t *destination) noexcept;
 
+using StreamOfShort = std::size_t(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
+                                  std::uint8_t *stream, std::size_t room) noexcept;
+
 // Document streams; what a code is tells forms/code_size.h. Extended characters go by their size of four bytes,
 // whatever the bytes are.
 using SkipCharacters = const std::uint8_t *(const std::uint8_t *code) noexcept;
@@ -285,6 +288,9 @@ struct Kernels {
     // The same of a string up to its terminator, at most `limit` values, and a 0 behind them; a first byte without a
     // second is dropped. A quick answer for short ones, where there is one: false, and nothing is done. Works in place.
     DecodeShort *decode_short;
+    // The same as a stream, as write_stream has it, and a terminator behind it: the bytes of both, or 0 when nothing is
+    // done, as where the room without the terminator does not take all.
+    StreamOfShort *stream_of_short;
 
     // Letter case. The units before the terminator of `from`, at most `limit` of them, go to `to`, each as the map has
     // it; nothing is written behind them. Gives how many they are. `to` is `from`, or the two do not overlap.

@@ -61,4 +61,9 @@ bool decode_short(const std::uint16_t * /*map*/, const std::uint8_t * /*leads*/,
     return false;
 }
 
+std::size_t stream_of_short(const std::uint16_t * /*map*/, const std::uint8_t * /*leads*/,
+                            const std::uint8_t * /*source*/, std::uint8_t * /*stream*/, std::size_t /*room*/) noexcept {
+    return 0;
+}
+
 } // namespace kxstr::simd::plain

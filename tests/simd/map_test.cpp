@@ -150,6 +150,16 @@ TEST_F(Maps, Pairs) {
         const bool in_place = limit == count && random() % 2 == 0;
         auto *const text = in_place ? reinterpret_cast<std::uint8_t *>(result) : source;
         std::copy_n(source, in_place ? count : 0, text);
+        Bytes stream(4 * count);
+        const std::size_t bytes = plain.write_stream(stream.data(), expected.data(), length, stream.size()).written;
+        const std::size_t room = random() % 4 == 0 ? random() % (bytes + 1) : bytes;
+        std::uint8_t *const written = results.end() - (room + 1);
+        if (const std::size_t size = family.stream_of_short(map, leads.data(), text, written, room); size != 0) {
+            ASSERT_EQ(size, bytes + 1) << count;
+            stream[bytes] = 0;
+            ASSERT_TRUE(std::equal(written, written + size, stream.begin())) << count;
+        }
+        std::copy_n(source, in_place ? count : 0, text);
         if (!family.decode_short(map, leads.data(), text, limit, result)) return;
         expected[some] = 0;
         ASSERT_TRUE(std::equal(result, result + some + 1, expected.begin())) << count << ' ' << in_place;
