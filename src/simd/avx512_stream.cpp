@@ -9,6 +9,21 @@ constexpr std::size_t kBlock = 64;
 constexpr std::size_t kUnits = 16;
 constexpr std::size_t kExtendedSize = 4;
 
+constexpr std::uint8_t kPastAlphabets = 0x20; // sets from here on are what East Asia writes
+
+__m512i load(const void *place) noexcept {
+    return _mm512_loadu_si512(place);
+}
+struct Places {
+    std::uint8_t numbers[kBlock];
+
+    constexpr Places() noexcept : numbers() {
+        for (unsigned i = 0; i < kBlock; ++i)
+            numbers[i] = static_cast<std::uint8_t>(i);
+    }
+};
+alignas(64) constexpr Places kPlaces;
+
 std::uint64_t first_bits(std::size_t count) noexcept {
     return _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(count));
 }
@@ -46,6 +61,28 @@ __m256i codes_of(const std::uint16_t *codes, __m256i characters, std::size_t cou
     _mm256_store_si256(reinterpret_cast<__m256i *>(units), characters);
     const __m256i values = _mm256_castsi128_si256(look_up8(codes, units));
     return count <= kUnits / 2 ? values : _mm256_inserti128_si256(values, look_up8(codes, units + kUnits / 2), 1);
+}
+
+// The native codes of a block's extended characters by a map's pairs: the high byte in place of the index, the low one
+// in place of the set.
+struct Pairs {
+    __m512i high, low;
+    bool asks; // the map must be asked for one
+};
+[[gnu::always_inline]] inline Pairs pairs_of(const std::uint16_t *codes, __m512i bytes,
+                                             std::uint64_t openers) noexcept {
+    static_assert(PairValues::kAskHigh == 0 && PairValues::kAskLow == 0xFF);
+    const PairValues &pairs = reinterpret_cast<const PairMap *>(codes)->pairs;
+    const __m512i places = load(&kPlaces);
+    const __m512i sets = _mm512_permutexvar_epi8(_mm512_add_epi8(places, all(1)), bytes);
+    const __m512i indexes = _mm512_permutexvar_epi8(_mm512_sub_epi8(places, all(1)), bytes);
+    const __m512i high = _mm512_permutex2var_epi8(load(pairs.high), sets, load(pairs.high + 0x40));
+    const __m512i low = _mm512_mask_blend_epi8(
+        _mm512_movepi8_mask(indexes), _mm512_permutex2var_epi8(load(pairs.low), indexes, load(pairs.low + 0x40)),
+        _mm512_permutex2var_epi8(load(pairs.low + 0x80), indexes, load(pairs.low + 0xC0)));
+    const __mmask64 asked = ((_mm512_testn_epi8_mask(high, high) | _mm512_movepi8_mask(sets)) & openers << 1) |
+                            (_mm512_cmpeq_epi8_mask(low, all(PairValues::kAskLow)) & openers << 2);
+    return {high, low, asked != 0};
 }
 
 } // namespace
@@ -97,6 +134,21 @@ Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, st
         done.filtered += count_of(stay);
         __m512i result = changed;
         if (openers != 0) {
+            const auto first = static_cast<std::size_t>(__builtin_ctzll(openers));
+            if (at[first + 2] >= kPastAlphabets) {
+                const Pairs pairs = pairs_of(codes, bytes, openers);
+                if (!pairs.asks) {
+                    stay = (stay & ~openers & ~inside) | openers << 1 | openers << 2;
+                    done.read += end;
+                    done.written +=
+                        store_some(destination + done.written,
+                                   _mm512_mask_mov_epi8(_mm512_mask_mov_epi8(changed, openers << 1, pairs.high),
+                                                        openers << 2, pairs.low),
+                                   stay);
+                    if (end < size && (found.stops >> end & 1) != 0) return done;
+                    continue;
+                }
+            }
             const std::size_t count = count_of(openers);
             const __m256i values = codes_of(
                 codes, _mm512_castsi512_si256(_mm512_maskz_compress_epi8(openers << 1 | openers << 2, bytes)), count);

@@ -263,9 +263,9 @@ struct Kernels {
     // earlier extended character. `kept`: what each byte below 0xD0 becomes (256 bytes), 0 for nothing; 0xF0 stands for
     // itself. The destination may be the source.
     FilterStream *filter_stream;
-    // The same, and extended characters give way to native codes of all 65,536 characters (and two units more): one
-    // byte, two if above 0xFF, 0xFFFF drops the character. The room is that for what filter_stream would write. Stops
-    // at no extended character before the room is full.
+    // The same, and extended characters give way to native codes of all 65,536 characters (the values of a PairMap):
+    // one byte, two if above 0xFF, 0xFFFF drops the character. The room is that for what filter_stream would write.
+    // Stops at no extended character before the room is full.
     NarrowStream *narrow_stream;
     // Characters as a stream: those of set 0 as a byte, others as extended characters, 0xFFFF for none. Stops at one
     // that does not fit.

@@ -1,6 +1,7 @@
 // The maps of every family that this processor can run, against the plain ones, which the conversions' own tests hold.
 
 #include "simd/kernels.h"
+#include "simd/pair_map.h"
 #include "support/fenced.h"
 #include "support/test.h"
 
@@ -24,17 +25,7 @@ class Maps : public testing::Test {
             values[ch] = ch;
         for (unsigned byte = 0x80; byte <= 0xFF; ++byte)
             leads[byte] = byte % 3 != 0 ? 0x80 : 0;
-        // Most high and low bytes have values of their own.
-        auto &[high, low, single_high, single_low] = pairs->pairs;
-        for (unsigned byte = 0; byte <= 0xFF; ++byte) {
-            high[byte] = static_cast<std::uint8_t>(byte > 0x0F && random() % 32 != 0 ? random() % 0xFE + 1 : 0);
-            low[byte] = static_cast<std::uint8_t>(random() % 32 != 0 ? random() : 0xFF);
-            single_high[byte] = static_cast<std::uint8_t>(values[byte] >> 8);
-            single_low[byte] = static_cast<std::uint8_t>(values[byte]);
-        }
-        for (std::size_t unit = 0; unit != values.size(); ++unit)
-            if (high[unit >> 8] != PairValues::kAskHigh && low[unit & 0xFF] != PairValues::kAskLow)
-                values[unit] = static_cast<std::uint16_t>(high[unit >> 8] << 8 | low[unit & 0xFF]);
+        kxstr::test::add_pairs(*pairs, random);
     }
 
     // Plain text, texts of one, two and many pages, in stretches.
