@@ -116,7 +116,7 @@ struct PairsOfBytes {
     std::uint8_t places[kBlock];
 
     constexpr PairsOfBytes() noexcept : places() {
-        for (unsigned i = 0; i < kHalf; ++i) {
+        for (std::size_t i = 0; i < kHalf; ++i) {
             places[2 * i] = static_cast<std::uint8_t>(i);
             places[2 * i + 1] = static_cast<std::uint8_t>(kBlock + (i + kBlock - 1) % kBlock);
         }
@@ -285,7 +285,7 @@ Progress decode_page(const std::uint16_t *map, const std::uint8_t *leads, const 
     };
     do
         add(decode_by_pairs(decoder, source + done.read, count - done.read, destination + done.written));
-    while (done.read < count && add(decode_pairs(map, leads, source + done.read, lesser(count - done.read, kAsked),
+    while (count - done.read > 1 && add(decode_pairs(map, leads, source + done.read, lesser(count - done.read, kAsked),
                                                  destination + done.written)));
     return done;
 }
