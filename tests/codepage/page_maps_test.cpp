@@ -31,6 +31,26 @@ TEST(PageMaps, HoldWhatSingleCharactersConvertTo) {
     }
 }
 
+// All pairs but those of the user-defined rows are told by their bytes, and what the bytes tell is right.
+TEST(PageMaps, PairsOfJapanese) {
+    const auto map = std::make_unique<kxstr::simd::PairMap>();
+    KxCodePage page{};
+    set_code_page(page, 932, kBothDirections);
+    for (const auto fill : {fill_to_kx_map, fill_from_kx_map}) {
+        fill(*map, page, true);
+        const auto &[high, low, single_high, single_low] = map->pairs;
+        unsigned told = 0;
+        for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
+            if (high[unit >> 8] == 0 || low[unit & 0xFF] == 0xFF) continue;
+            ASSERT_EQ(map->values[unit], high[unit >> 8] << 8 | low[unit & 0xFF]) << unit;
+            ++told;
+        }
+        EXPECT_EQ(told, 47 * 188U);
+        for (unsigned unit = 0; unit <= 0xFF; ++unit)
+            ASSERT_EQ(map->values[unit], single_high[unit] << 8 | single_low[unit]) << unit;
+    }
+}
+
 TEST(PageMaps, TablesOfTheCallersOwnHaveNone) {
     const std::vector<std::uint8_t> high{0xFF, 0xFF, 0x34, 0x12}, reverse{1, 0, 0x34, 0x12, 0xFF};
     const KxCodePage page{1252, 1252, nullptr, high.data(), reverse.data()};
