@@ -286,7 +286,7 @@ Progress decode_page(const std::uint16_t *map, const std::uint8_t *leads, const 
     do
         add(decode_by_pairs(decoder, source + done.read, count - done.read, destination + done.written));
     while (count - done.read > 1 && add(decode_pairs(map, leads, source + done.read, lesser(count - done.read, kAsked),
-                                                 destination + done.written)));
+                                                     destination + done.written)));
     return done;
 }
 
