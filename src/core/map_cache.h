@@ -26,7 +26,7 @@ struct alignas(64) ByteMap {
 // way.
 template <class Key, std::size_t Count, class Map = UnitMap> class MapCache {
   public:
-    // The values, or null. `is_wanted()` tells whether a key that has no map yet may get one; `build(values)`
+    // The values, or null. `is_wanted()` tells whether a key that has no map yet may get one; `build(map)`
     // fills it.
     template <class IsWanted, class Build>
     const typename Map::Value *find(const Key &key, IsWanted is_wanted, Build build) noexcept {
@@ -54,7 +54,7 @@ template <class Key, std::size_t Count, class Map = UnitMap> class MapCache {
             if (state != kEmpty || !is_wanted()) return nullptr;
             if (!place.state.compare_exchange_strong(state, kBuilding, std::memory_order_relaxed)) return nullptr;
             place.key = key;
-            build(place.map.values);
+            build(place.map);
             place.state.store(kReady, std::memory_order_release);
             return place.map.values.data();
         }

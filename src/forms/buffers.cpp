@@ -34,7 +34,7 @@ struct Target {
 // at the end, all without maps), or null when nothing is left that fits.
 const std::uint8_t *convert_pieces(NativePage &page, const std::uint8_t *source, Target &to,
                                    bool double_byte) noexcept {
-    constexpr std::size_t kPiece = 1024;
+    constexpr std::size_t kPiece = 2048;
     KxChar characters[kPiece + 1];
     const std::uint16_t *const map = page.to_kx_map();
     const std::uint8_t *const leads = double_byte ? codepage::lead_byte_map(platform::ansi_code_page()) : nullptr;
@@ -45,7 +45,7 @@ const std::uint8_t *convert_pieces(NativePage &page, const std::uint8_t *source,
         return nullptr;
     }
     while (const std::size_t limit = std::min(to.room - to.written, kPiece)) {
-        const simd::Progress piece = kernels.decode_pairs(map, leads, source, length_within(source, limit), characters);
+        const simd::Progress piece = kernels.decode_page(map, leads, source, length_within(source, limit), characters);
         const simd::Progress codes =
             kernels.write_stream(to.stream + to.written, characters, piece.written, to.room - to.written);
         source += piece.read;
@@ -87,6 +87,17 @@ std::uint32_t bytes_to_stream(Native which, std::uint8_t *destination, const cha
     const std::size_t written = simd::kernels().stream_of_bytes(map, bytes_of(source), destination, count - 1u);
     destination[written] = 0;
     return static_cast<std::uint32_t>(written + 1);
+}
+
+// The same with double-byte characters, most often of short texts.
+std::uint32_t pairs_to_stream(Native which, std::uint8_t *destination, const char *source,
+                              std::uint16_t count) noexcept {
+    if (const PairMaps maps = usual_pair_maps(which); count != 0 && maps.to_kx != nullptr && maps.leads != nullptr) {
+        const std::size_t size =
+            simd::kernels().stream_of_short(maps.to_kx, maps.leads, bytes_of(source), destination, count - 1u);
+        if (size != 0) return static_cast<std::uint32_t>(size);
+    }
+    return native_to_stream(which, destination, source, count, true);
 }
 
 // In place: no code grows, so the output never overtakes what is still to be read, and the room for the stripped stream
@@ -183,7 +194,7 @@ uint32_t str_OemToKx(uint8_t *destination, const char *source, uint32_t count) {
 
 // The selector would choose between descriptors that hold the same code page.
 uint32_t str_DBCS_OEMorANSItoKX(uint8_t *destination, const char *source, uint32_t count, uint32_t /*selector*/) {
-    return forms::native_to_stream(Native::kAnsi, destination, source, low16(count), true);
+    return forms::pairs_to_stream(Native::kAnsi, destination, source, low16(count));
 }
 
 uint32_t TpiAnsiToKxBuff(uint8_t *destination, const char *source, uint32_t count) {

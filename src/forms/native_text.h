@@ -24,6 +24,17 @@ inline const std::uint16_t *usual_to_kx_map(Native which) noexcept {
     if (platform::is_double_byte_system() || !state.descriptors_ready.load(std::memory_order_acquire)) return nullptr;
     return codepage::first_to_kx_map(which == Native::kAnsi ? state.ansi : state.oem, false);
 }
+// What a double-byte system has in its place. Null, too, where it has not been built, and on single-byte systems.
+struct PairMaps {
+    const std::uint16_t *to_kx;
+    const std::uint8_t *leads;
+};
+inline PairMaps usual_pair_maps(Native which) noexcept {
+    const codepage::CodePageState &state = codepage::code_page_state();
+    if (!platform::is_double_byte_system() || !state.descriptors_ready.load(std::memory_order_acquire)) return {};
+    return {codepage::first_to_kx_map(which == Native::kAnsi ? state.ansi : state.oem, true),
+            codepage::first_lead_byte_map(platform::ansi_code_page())};
+}
 // The same from KX characters, of every system.
 inline const std::uint16_t *usual_from_kx_map(Native which) noexcept {
     const codepage::CodePageState &state = codepage::code_page_state();

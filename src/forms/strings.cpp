@@ -51,7 +51,7 @@ void convert_codes(NativePage &page, const std::uint8_t *source, std::size_t byt
             const std::size_t count = std::min(bytes - done.read, limit - done.written);
             if (count == 0) break;
             const auto [read, written] =
-                simd::kernels().decode_pairs(map, leads, source + done.read, count, destination + done.written);
+                simd::kernels().decode_page(map, leads, source + done.read, count, destination + done.written);
             if (read == 0) break;
             done = {done.read + read, done.written + written};
         }
@@ -92,10 +92,14 @@ void convert_codes(NativePage &page, const std::uint8_t *source, std::size_t byt
 
 // At most `limit` characters. The result is 0 when there is no memory for a copy of the source.
 std::uint32_t native_to_string(Native which, const char *text, KxChar *destination, std::size_t limit) noexcept {
-    const std::uint16_t *const map = usual_to_kx_map(which);
-    if (map == nullptr) return native_to_string_anyhow(which, text, destination, limit);
-    simd::kernels().map_bytes(map, bytes_of(text), limit, destination);
-    return kDone;
+    if (const std::uint16_t *const map = usual_to_kx_map(which); map != nullptr) {
+        simd::kernels().map_bytes(map, bytes_of(text), limit, destination);
+        return kDone;
+    }
+    if (const PairMaps maps = usual_pair_maps(which); maps.to_kx != nullptr && maps.leads != nullptr) {
+        if (simd::kernels().decode_short(maps.to_kx, maps.leads, bytes_of(text), limit, destination)) return kDone;
+    }
+    return native_to_string_anyhow(which, text, destination, limit);
 }
 
 // ---- KX strings to native text ----

@@ -57,8 +57,8 @@ inline constexpr std::uint32_t kLineEnds = KX_KEEP_HARD_ENDS | KX_KEEP_SOFT_ENDS
 // `room`: bytes before the terminator.
 std::size_t strip_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
                          std::uint32_t flags) noexcept;
-// strip_stream with the flags that keep line ends, and extended characters as native codes: `codes` holds one for each
-// of 65,536 characters (two units more may be read), 0xFFFF for none. The room is that for the stripped stream. The
+// strip_stream with the flags that keep line ends, and extended characters as native codes: `codes`: the values
+// of a simd::PairMap, 0xFFFF for none. The room is that for the stripped stream. The
 // result counts a character that has no code as one byte.
 std::size_t strip_to_native(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
                             const std::uint16_t *codes) noexcept;

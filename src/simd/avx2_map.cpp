@@ -145,4 +145,9 @@ Progress decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const
     return {done.read + rest.read, done.written + rest.written};
 }
 
+Progress decode_page(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source, std::size_t count,
+                     std::uint16_t *destination) noexcept {
+    return decode_pairs(map, leads, source, count, destination);
+}
+
 } // namespace kxstr::simd::avx2

@@ -72,7 +72,7 @@ void store(std::uint16_t *place, Block units, __mmask64 here) noexcept {
 [[gnu::always_inline]] inline __m256i look_up16(const std::uint16_t *map, const std::uint16_t *units) noexcept {
     return _mm256_inserti128_si256(_mm256_castsi128_si256(look_up8(map, units)), look_up8(map, units + kGroup), 1);
 }
-__m512i look_up32(const std::uint16_t *map, const std::uint16_t *units) noexcept {
+[[gnu::noinline]] __m512i look_up32(const std::uint16_t *map, const std::uint16_t *units) noexcept {
     return _mm512_inserti64x4(_mm512_castsi256_si512(look_up16(map, units)), look_up16(map, units + 2 * kGroup), 1);
 }
 
@@ -173,37 +173,51 @@ struct Short {
     const __mmask32 end = ends & (0 - ends);
     return {end - 1, end & ~behind_limit, units};
 }
-[[gnu::always_inline]] inline __m512i values_of(const Short &string, const std::uint16_t *map,
-                                                const std::uint16_t *source) noexcept {
-    const __mmask32 changed = foreign(string.units) & string.live;
-    __m512i values = string.units;
-    if (changed == 0) return values;
-    // An alphabet lies in one row, or in two that make a pair; what East Asia writes is scattered.
+// The values of a string of an alphabet, which lies in one row, or in two that make a pair; false, and nothing is done,
+// for another one: what East Asia writes is scattered.
+[[gnu::always_inline]] inline bool map_alphabet(const Short &string, const std::uint16_t *map,
+                                                const std::uint16_t *source, __m512i &values) noexcept {
     constexpr std::uint16_t kPastAlphabets = 0x2000;
+    values = string.units;
+    const __mmask32 changed = foreign(values) & string.live;
+    if (changed == 0) return true;
     const std::uint16_t first = source[__builtin_ctz(changed)];
-    if (first < kPastAlphabets) {
-        const unsigned number = first / unsigned{kBlock};
-        const auto not_of = [numbers = _mm512_srli_epi16(values, 6)](__mmask32 units, unsigned row) {
-            return _mm512_mask_cmpneq_epi16_mask(units, numbers, _mm512_set1_epi16(static_cast<short>(row)));
-        };
-        const auto look_up = [&](__mmask32 units, unsigned row) {
-            const Row of_units = row_of(map, row);
-            values = _mm512_mask2_permutex2var_epi16(of_units.low, values, units, of_units.high);
-        };
-        const __mmask32 others = not_of(changed, number);
-        if (others == 0 || not_of(others, number ^ 1) == 0) {
-            look_up(changed & ~others, number);
-            if (others != 0) look_up(others, number ^ 1);
-            return values;
-        }
-    }
-    return changed <= 0xFFFF ? _mm512_inserti64x4(values, look_up16(map, source), 0) : look_up32(map, source);
+    if (first >= kPastAlphabets) return false;
+    const unsigned number = first / unsigned{kBlock};
+    const auto not_of = [numbers = _mm512_srli_epi16(values, 6)](__mmask32 units, unsigned row) {
+        return _mm512_mask_cmpneq_epi16_mask(units, numbers, _mm512_set1_epi16(static_cast<short>(row)));
+    };
+    const auto look_up = [&](__mmask32 units, unsigned row) {
+        const Row of_units = row_of(map, row);
+        values = _mm512_mask2_permutex2var_epi16(of_units.low, values, units, of_units.high);
+    };
+    const __mmask32 others = not_of(changed, number);
+    if (others != 0 && not_of(others, number ^ 1) != 0) return false;
+    look_up(changed & ~others, number);
+    if (others != 0) look_up(others, number ^ 1);
+    return true;
+}
+// Stores the values before the first 0 and that; gives how many stand before it.
+[[gnu::always_inline]] inline std::size_t store_short(std::uint16_t *destination, const Short &string,
+                                                      __m512i values) noexcept {
+    const __mmask32 here = string.live | string.end;
+    const __mmask32 ends = _mm512_mask_testn_epi16_mask(here, values, values);
+    const auto stored = ends != 0 ? here & static_cast<__mmask32>(up_to_first(ends)) : here;
+    _mm512_mask_storeu_epi16(destination, stored, values);
+    return static_cast<std::size_t>(__builtin_popcount(stored)) - (ends != 0);
+}
+// A function of its own, so that others pay for no frame.
+[[gnu::noinline]] std::size_t map_scattered_units(const std::uint16_t *map, const std::uint16_t *source,
+                                                  std::uint16_t *destination, __m512i units, __mmask32 live,
+                                                  __mmask32 end) noexcept {
+    return store_short(destination, {live, end, units}, look_up32(map, source));
 }
 
 // ---- Writing ----
 
 // Native codes as bytes; `wanted` tells which there are.
-std::uint8_t *write_codes(std::uint8_t *out, __m512i codes, __mmask32 wanted, NoCode no_code) noexcept {
+[[gnu::always_inline]] inline std::uint8_t *write_codes(std::uint8_t *out, __m512i codes, __mmask32 wanted,
+                                                        NoCode no_code) noexcept {
     const __mmask32 missing = _mm512_mask_cmpeq_epi16_mask(wanted, codes, _mm512_set1_epi16(-1));
     if (no_code == NoCode::mark) {
         codes = _mm512_mask_mov_epi16(codes, missing, _mm512_set1_epi16(0x80));
@@ -220,6 +234,42 @@ std::uint8_t *write_codes(std::uint8_t *out, __m512i codes, __mmask32 wanted, No
     const auto count = static_cast<std::size_t>(__builtin_popcountll(bytes));
     _mm512_mask_storeu_epi8(out, first_bits(count), _mm512_maskz_compress_epi8(bytes, swapped));
     return out + count;
+}
+
+// Where all of them are text or by a map's pairs; null, and nothing is done, where not.
+[[gnu::always_inline]] inline std::uint8_t *write_by_pairs(std::uint8_t *out, const PairValues &pairs, __m512i units,
+                                                           __mmask32 here) noexcept {
+    constexpr __mmask64 kFirst = 0x5555555555555555; // of the two bytes of each code
+    const __m512i high_bytes = _mm512_set1_epi16(static_cast<short>(0xFF00));
+    const std::uint64_t live = first_bits(2 * count_of(here));
+    const __m512i bytes = _mm512_shldi_epi16(units, units, 8);
+    const std::uint64_t wide = _mm512_test_epi8_mask(bytes, _mm512_set1_epi16(0xFF)) & live;
+    const __mmask32 is_wide = _mm512_test_epi16_mask(units, high_bytes);
+    const __m512i high = _mm512_permutex2var_epi8(load(pairs.high), bytes, load(pairs.high + 0x40));
+    const __m512i low = _mm512_mask_blend_epi8(
+        _mm512_movepi8_mask(bytes), _mm512_permutex2var_epi8(load(pairs.low), bytes, load(pairs.low + 0x40)),
+        _mm512_permutex2var_epi8(load(pairs.low + 0x80), bytes, load(pairs.low + 0xC0)));
+    static_assert(PairValues::kAskHigh == 0 && PairValues::kAskLow == 0xFF);
+    const __m512i pair = _mm512_mask_blend_epi8(kFirst, low, high);
+    // The high byte is the lower one here.
+    const __mmask32 no_pair = _mm512_movepi16_mask(units) | _mm512_testn_epi16_mask(pair, _mm512_set1_epi16(0xFF)) |
+                              _mm512_cmpge_epu16_mask(pair, high_bytes);
+    const __mmask32 others = (no_pair & is_wide) | (foreign(units) & ~is_wide);
+    if ((others & here) != 0) return nullptr;
+    const std::uint64_t written = wide | (live & ~kFirst);
+    const std::size_t count = count_of(written);
+    const __m512i codes = _mm512_mask_mov_epi16(bytes, is_wide, pair);
+    _mm512_mask_storeu_epi8(out, first_bits(count), _mm512_maskz_compress_epi8(written, codes));
+    return out + count;
+}
+
+[[gnu::noinline]] Progress encode_scattered_units(const std::uint16_t *map, const std::uint16_t *source,
+                                                  std::uint8_t *destination, NoCode no_code, __m512i units,
+                                                  __mmask32 live) noexcept {
+    const PairValues &pairs = reinterpret_cast<const PairMap *>(map)->pairs;
+    const std::uint8_t *end = write_by_pairs(destination, pairs, units, live);
+    if (end == nullptr) end = write_codes(destination, look_up32(map, source), live, no_code);
+    return {count_of(live), static_cast<std::size_t>(end - destination)};
 }
 
 // A map of bytes, its values' low and high bytes apart.
@@ -258,10 +308,6 @@ __m512i map_half(const std::uint16_t *map, __m256i bytes) noexcept {
 bool is_text(__m256i bytes, __mmask32 live) noexcept {
     const __m256i place = _mm256_sub_epi8(bytes, _mm256_set1_epi8(0x20));
     return _mm256_mask_cmpgt_epu8_mask(live, place, _mm256_set1_epi8(0x7E - 0x20)) == 0;
-}
-bool is_text(__m512i bytes, __mmask64 live) noexcept {
-    const __m512i place = _mm512_sub_epi8(bytes, _mm512_set1_epi8(0x20));
-    return _mm512_mask_cmpgt_epu8_mask(live, place, _mm512_set1_epi8(0x7E - 0x20)) == 0;
 }
 
 // ---- Long strings: functions of their own, so that short ones pay for no frame ----
@@ -344,12 +390,13 @@ std::size_t map_units(const std::uint16_t *map, const std::uint16_t *source, std
                       std::uint16_t *destination) noexcept {
     if (is_odd(source)) return plain::map_units(map, source, limit, destination);
     if (const Short string = as_short(source, limit); (string.live | string.end) != 0) {
-        const __m512i values = values_of(string, map, source);
-        const __mmask32 here = string.live | string.end;
-        const __mmask32 ends = _mm512_mask_testn_epi16_mask(here, values, values);
-        const auto stored = ends != 0 ? here & static_cast<__mmask32>(up_to_first(ends)) : here;
-        _mm512_mask_storeu_epi16(destination, stored, values);
-        return static_cast<std::size_t>(__builtin_popcount(stored)) - (ends != 0);
+        __m512i values;
+        if (!map_alphabet(string, map, source, values)) {
+            if (string.live > 0xFFFF)
+                return map_scattered_units(map, source, destination, string.units, string.live, string.end);
+            values = _mm512_inserti64x4(string.units, look_up16(map, source), 0);
+        }
+        return store_short(destination, string, values);
     }
     return map_long_units(map, source, limit, destination);
 }
@@ -358,74 +405,13 @@ Progress encode_units(const std::uint16_t *map, const std::uint16_t *source, std
                       std::uint8_t *destination, NoCode no_code) noexcept {
     if (is_odd(source)) return plain::encode_units(map, source, limit, destination, no_code);
     if (const Short string = as_short(source, limit); (string.live | string.end) != 0) {
-        const std::uint8_t *const end = write_codes(destination, values_of(string, map, source), string.live, no_code);
+        __m512i values;
+        if (!map_alphabet(string, map, source, values))
+            return encode_scattered_units(map, source, destination, no_code, string.units, string.live);
+        const std::uint8_t *const end = write_codes(destination, values, string.live, no_code);
         return {count_of(string.live), static_cast<std::size_t>(end - destination)};
     }
     return encode_long_units(map, source, limit, destination, no_code);
-}
-
-Progress decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
-                      std::size_t count, std::uint16_t *destination) noexcept {
-    const __m512i leads_low = load(leads + 0x80), leads_high = load(leads + 0xC0);
-    // The codes wait for their look-ups until they are many: how many a block has is hard to foretell.
-    constexpr std::size_t kWaiting = 512;
-    alignas(64) std::uint16_t codes[kWaiting + kBlock];
-    std::size_t waiting = 0;
-    Progress done{};
-    const auto map_waiting = [&] {
-        std::uint16_t *to = destination + done.written;
-        std::size_t i = 0;
-        for (; map == nullptr && i < waiting; i += kHalf)
-            _mm512_mask_storeu_epi16(to + i, static_cast<__mmask32>(first_bits(waiting - i)), load(codes + i));
-        for (; i + kGroup <= waiting; i += kGroup)
-            _mm_storeu_si128(reinterpret_cast<__m128i *>(to + i), look_up8(map, codes + i));
-        if (i < waiting)
-            _mm_mask_storeu_epi16(to + i, static_cast<__mmask8>(first_bits(waiting - i)), look_up8(map, codes + i));
-        done.written += waiting;
-        waiting = 0;
-    };
-    while (done.read < count) {
-        const std::size_t size = lesser(count - done.read, kBlock);
-        const __mmask64 here = first_bits(size);
-        const __m512i bytes = _mm512_maskz_loadu_epi8(here, source + done.read);
-        if (waiting == 0 && is_text(bytes, here)) {
-            store(destination + done.written,
-                  {_mm512_cvtepu8_epi16(_mm512_castsi512_si256(bytes)),
-                   _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(bytes, 1))},
-                  here);
-            done = {done.read + size, done.written + size};
-            continue;
-        }
-        const __mmask64 upper = _mm512_movepi8_mask(bytes);
-        // Bytes that can be first ones. In a run of them every other one is, as in a run of backslashes every other
-        // one escapes: the carry of a subtraction runs through.
-        const std::uint64_t able = _mm512_movepi8_mask(_mm512_permutex2var_epi8(leads_low, bytes, leads_high)) & upper;
-        constexpr std::uint64_t kOdd = 0xAAAAAAAAAAAAAAAA;
-        const std::uint64_t series = (((able << 1) | kOdd) - able) ^ kOdd;
-        std::uint64_t second = series ^ able; // the bytes behind first ones
-        std::uint64_t first = series & able;
-        std::size_t read = size;
-        if ((first >> (size - 1) & 1) != 0) {
-            if (size == 1) break;
-            first &= first_bits(--read);
-        }
-        second &= first_bits(read);
-        const std::uint64_t begins = first_bits(read) & ~second;
-        // The byte behind each, without reading behind the block: the last one begins no pair.
-        const __m512i shifted = _mm512_alignr_epi8(_mm512_maskz_shuffle_i64x2(0x3F, bytes, bytes, 0b111001), bytes, 1);
-        const __m512i low = _mm512_maskz_compress_epi8(begins, _mm512_mask_mov_epi8(bytes, first, shifted));
-        const __m512i high = _mm512_maskz_compress_epi8(begins, _mm512_maskz_mov_epi8(first, bytes));
-        const auto join = [](__m256i l, __m256i h) {
-            return _mm512_or_si512(_mm512_cvtepu8_epi16(l), _mm512_slli_epi16(_mm512_cvtepu8_epi16(h), 8));
-        };
-        store(codes + waiting, join(_mm512_castsi512_si256(low), _mm512_castsi512_si256(high)));
-        store(codes + waiting + kHalf, join(_mm512_extracti64x4_epi64(low, 1), _mm512_extracti64x4_epi64(high, 1)));
-        waiting += count_of(begins);
-        done.read += read;
-        if (waiting >= kWaiting) map_waiting();
-    }
-    map_waiting();
-    return done;
 }
 
 } // namespace kxstr::simd::avx512

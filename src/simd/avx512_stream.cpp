@@ -9,6 +9,21 @@ constexpr std::size_t kBlock = 64;
 constexpr std::size_t kUnits = 16;
 constexpr std::size_t kExtendedSize = 4;
 
+constexpr std::uint8_t kPastAlphabets = 0x20; // sets from here on are what East Asia writes
+
+__m512i load(const void *place) noexcept {
+    return _mm512_loadu_si512(place);
+}
+struct Places {
+    std::uint8_t numbers[kBlock];
+
+    constexpr Places() noexcept : numbers() {
+        for (unsigned i = 0; i < kBlock; ++i)
+            numbers[i] = static_cast<std::uint8_t>(i);
+    }
+};
+alignas(64) constexpr Places kPlaces;
+
 std::uint64_t first_bits(std::size_t count) noexcept {
     return _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(count));
 }
@@ -44,14 +59,14 @@ bool has_none(const std::uint16_t *units, std::size_t count) noexcept {
 // them are looked up at once.
 [[gnu::always_inline]] inline bool look_up_alphabets(const std::uint16_t *codes, __m256i characters, __mmask16 left,
                                                      __m256i &values) noexcept {
-    constexpr std::size_t kPastAlphabets = 0x2000, kRows = 128, kLanes = 32; // what East Asia writes is scattered
+    constexpr std::size_t kRows = 128, kLanes = 32;
     const __m256i numbers = _mm256_srli_epi16(characters, 7);
     const __mmask16 upper = _mm256_test_epi16_mask(characters, _mm256_set1_epi16(kRows / 2));
     __m512i found = _mm512_castsi256_si512(characters);
     __m256i next = characters;
     for (int turn = 0; turn < 2; ++turn, next = _mm256_maskz_compress_epi16(left, characters)) {
         const std::size_t first = static_cast<std::uint16_t>(_mm256_cvtsi256_si32(next));
-        if (first >= kPastAlphabets) return false;
+        if (first >> 8 >= kPastAlphabets) return false;
         const std::uint16_t *const rows = codes + first / kRows * kRows;
         const auto look_up = [&](__mmask16 which, const std::uint16_t *row) {
             found = _mm512_mask2_permutex2var_epi16(_mm512_loadu_si512(row), found, which,
@@ -104,6 +119,41 @@ __m256i characters_of(__m512i bytes, std::uint64_t openers) noexcept {
     return count - count_of(has_code);
 }
 
+// Puts codes by a map's pairs in place of a block's extended characters: the high byte in place of the index, the low
+// one in place of the set. False when the map must be asked for one.
+[[gnu::always_inline]] inline bool put_pairs(__m512i &bytes, std::uint64_t &stay, std::uint64_t openers, __m512i source,
+                                             const std::uint16_t *codes) noexcept {
+    static_assert(PairValues::kAskHigh == 0 && PairValues::kAskLow == 0xFF);
+    const PairValues &pairs = reinterpret_cast<const PairMap *>(codes)->pairs;
+    const __m512i places = load(&kPlaces);
+    const __m512i sets = _mm512_permutexvar_epi8(_mm512_add_epi8(places, all(1)), source);
+    const __m512i indexes = _mm512_permutexvar_epi8(_mm512_sub_epi8(places, all(1)), source);
+    const __m512i high = _mm512_permutex2var_epi8(load(pairs.high), sets, load(pairs.high + 0x40));
+    const __m512i low = _mm512_mask_blend_epi8(
+        _mm512_movepi8_mask(indexes), _mm512_permutex2var_epi8(load(pairs.low), indexes, load(pairs.low + 0x40)),
+        _mm512_permutex2var_epi8(load(pairs.low + 0x80), indexes, load(pairs.low + 0xC0)));
+    const __mmask64 asked = ((_mm512_testn_epi8_mask(high, high) | _mm512_movepi8_mask(sets)) & openers << 1) |
+                            (_mm512_cmpeq_epi8_mask(low, all(PairValues::kAskLow)) & openers << 2);
+    if (asked != 0) return false;
+    bytes = _mm512_mask_mov_epi8(_mm512_mask_mov_epi8(bytes, openers << 1, high), openers << 2, low);
+    stay = (stay & ~(openers | openers << 3)) | openers << 1 | openers << 2;
+    return true;
+}
+
+// What put_pairs() and put_codes() come to. False when they leave it to look_up_each().
+[[gnu::always_inline]] inline bool put_usual(__m512i &bytes, std::uint64_t &stay, std::uint64_t openers,
+                                             const std::uint8_t *at, __m512i source, const std::uint16_t *codes,
+                                             std::size_t &dropped) noexcept {
+    const auto first = static_cast<std::size_t>(__builtin_ctzll(openers));
+    if (at[first + 2] >= kPastAlphabets) return put_pairs(bytes, stay, openers, source, codes);
+    __m256i values;
+    if (!look_up_alphabets(codes, characters_of(source, openers), static_cast<__mmask16>(first_bits(count_of(openers))),
+                           values))
+        return false;
+    dropped += put_codes(bytes, stay, openers, values);
+    return true;
+}
+
 // Blocks begin with a code and end with one, or with their page. What cannot be told by parity goes plainly.
 [[gnu::noinline]] Narrowed narrow_long_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
                                               const std::uint8_t *kept, const std::uint16_t *codes) noexcept {
@@ -145,14 +195,9 @@ __m256i characters_of(__m512i bytes, std::uint64_t openers) noexcept {
             return done;
         }
         done.filtered += count_of(stay);
-        if (openers != 0) {
-            const __m256i characters = characters_of(bytes, openers);
-            const std::size_t count = count_of(openers);
-            __m256i values;
-            if (!look_up_alphabets(codes, characters, static_cast<__mmask16>(first_bits(count)), values))
-                values = look_up_each(codes, characters, count);
-            done.dropped += put_codes(changed, stay, openers, values);
-        }
+        if (openers != 0 && !put_usual(changed, stay, openers, at, bytes, codes, done.dropped))
+            done.dropped += put_codes(changed, stay, openers,
+                                      look_up_each(codes, characters_of(bytes, openers), count_of(openers)));
         done.read += end;
         done.written += store_some(destination + done.written, changed, stay);
         if (end < size && (found.stops >> end & 1) != 0) return done;
@@ -177,13 +222,9 @@ Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, st
     const std::size_t filtered = count_of(stay);
     if (filtered > room) return narrow_long_stream(destination, source, room, kept, codes);
     std::size_t dropped = 0;
-    if (const std::uint64_t openers = found.openers & used; openers != 0) {
-        __m256i values;
-        if (!look_up_alphabets(codes, characters_of(bytes, openers),
-                               static_cast<__mmask16>(first_bits(count_of(openers))), values))
-            return narrow_long_stream(destination, source, room, kept, codes);
-        dropped = put_codes(changed, stay, openers, values);
-    }
+    const std::uint64_t openers = found.openers & used;
+    if (openers != 0 && !put_usual(changed, stay, openers, source, bytes, codes, dropped))
+        return narrow_long_stream(destination, source, room, kept, codes);
     return {count_of(used), filtered, store_some(destination, changed, stay), dropped};
 }
 

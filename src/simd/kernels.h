@@ -9,6 +9,7 @@
 // a name stands for bytes, 16 for units of 16 bits.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -96,10 +97,35 @@ using MapUnits = std::size_t(const std::uint16_t *map, const std::uint16_t *sour
                              std::uint16_t *destination) noexcept;
 // What becomes of units whose value is 0xFFFF.
 enum class NoCode : bool { drop, mark };
+// What a map of codes of two bytes, or of the characters that become such codes, has for its units, if that is put
+// together of a value for each of their bytes, as the rules of double-byte pages mostly have it: vectors look bytes up
+// without loading a value for each unit.
+struct PairValues {
+    // By a unit's high and by its low byte: the value's high and low byte. Unless one of them says that the map knows.
+    static constexpr std::uint8_t kAskHigh = 0, kAskLow = 0xFF;
+    alignas(64) std::uint8_t high[0x100];
+    std::uint8_t low[0x100];
+    // The values of the first 256 units, their bytes apart.
+    std::uint8_t single_high[0x100];
+    std::uint8_t single_low[0x100];
+};
+// The kernels that ask for the `values` of one find the pairs behind them.
+struct alignas(64) PairMap {
+    using Value = std::uint16_t;
+    std::array<Value, 0x10000> values;
+    PairValues pairs;
+};
+
 using EncodeUnits = Progress(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
                              std::uint8_t *destination, NoCode no_code) noexcept;
 using DecodePairs = Progress(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
                              std::size_t count, std::uint16_t *destination) noexcept;
+
+using DecodeShort = bool(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
+                         std::size_t limit, std::uint16_t *destination) noexcept;
+
+using StreamOfShort = std::size_t(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source,
+                                  std::uint8_t *stream, std::size_t room) noexcept;
 
 // Document streams; what a code is tells forms/code_size.h. Extended characters go by their size of four bytes,
 // whatever the bytes are.
@@ -255,9 +281,9 @@ struct Kernels {
     // earlier extended character. `kept`: what each byte below 0xD0 becomes (256 bytes), 0 for nothing; 0xF0 stands for
     // itself. The destination may be the source.
     FilterStream *filter_stream;
-    // The same, and extended characters give way to native codes of all 65,536 characters (and two units more): one
-    // byte, two if above 0xFF, 0xFFFF drops the character. The room is that for what filter_stream would write. Stops
-    // at no extended character before the room is full.
+    // The same, and extended characters give way to native codes of all 65,536 characters (the values of a PairMap):
+    // one byte, two if above 0xFF, 0xFFFF drops the character. The room is that for what filter_stream would write.
+    // Stops at no extended character before the room is full.
     NarrowStream *narrow_stream;
     // Characters as a stream: those of set 0 as a byte, others as extended characters, 0xFFFF for none. Stops at one
     // that does not fit.
@@ -272,12 +298,20 @@ struct Kernels {
     // A string up to and including the first value that is 0, which the terminator's is, at most `limit` units; gives
     // the values before the 0. Works in place.
     MapUnits *map_units;
-    // A string up to its terminator, at most `limit` units. Values up to 0xFF are written as one byte, 0x80 in place of
-    // a missing one, others as two, the high byte first. Works in place.
+    // A string up to its terminator, at most `limit` units, by the values of a PairMap. Values up to 0xFF are written
+    // as one byte, 0x80 in place of a missing one, others as two, the high byte first. Works in place.
     EncodeUnits *encode_units;
     // Codes of one byte, or of two, the first of which has 0x80 in `leads` (256 entries, 0 below 0x80); a first byte
     // without a second at the end is left. 0 is not among the bytes. Without a map the codes stay what they are.
     DecodePairs *decode_pairs;
+    // The same by the values of a PairMap.
+    DecodePairs *decode_page;
+    // The same of a string up to its terminator, at most `limit` values, and a 0 behind them; a first byte without a
+    // second is dropped. A quick answer for short ones, where there is one: false, and nothing is done. Works in place.
+    DecodeShort *decode_short;
+    // The same as a stream, as write_stream has it, and a terminator behind it: the bytes of both, or 0 when nothing is
+    // done, as where the room without the terminator does not take all.
+    StreamOfShort *stream_of_short;
 
     // Letter case. The units before the terminator of `from`, at most `limit` of them, go to `to`, each as the map has
     // it; nothing is written behind them. Gives how many they are. `to` is `from`, or the two do not overlap.

@@ -51,4 +51,19 @@ Progress decode_pairs(const std::uint16_t *map, const std::uint8_t *leads, const
     return done;
 }
 
+Progress decode_page(const std::uint16_t *map, const std::uint8_t *leads, const std::uint8_t *source, std::size_t count,
+                     std::uint16_t *destination) noexcept {
+    return decode_pairs(map, leads, source, count, destination);
+}
+
+bool decode_short(const std::uint16_t * /*map*/, const std::uint8_t * /*leads*/, const std::uint8_t * /*source*/,
+                  std::size_t /*limit*/, std::uint16_t * /*destination*/) noexcept {
+    return false;
+}
+
+std::size_t stream_of_short(const std::uint16_t * /*map*/, const std::uint8_t * /*leads*/,
+                            const std::uint8_t * /*source*/, std::uint8_t * /*stream*/, std::size_t /*room*/) noexcept {
+    return 0;
+}
+
 } // namespace kxstr::simd::plain

@@ -74,20 +74,20 @@ void fill_leads(const CodePage &page, std::uint8_t *leads) noexcept {
 const std::uint16_t *units_of_codes(const CodePage &page) noexcept {
     return unit_maps.find(
         page.windows_number, [&] { return published(page) != nullptr; },
-        [&](auto &values) {
-            values.fill(kNone);
+        [&](UnitMap &map) {
+            map.values.fill(kNone);
             for (unsigned code = 0; code < 0x10000; ++code)
-                values[code] = unit_of_code(page, static_cast<std::uint16_t>(code));
+                map.values[code] = unit_of_code(page, static_cast<std::uint16_t>(code));
         });
 }
 
 const std::uint16_t *codes_of_units(const CodePage &page) noexcept {
     return code_maps.find(
         page.windows_number, [&] { return published(page) != nullptr; },
-        [&](auto &values) {
-            values.fill(kNone);
+        [&](UnitMap &map) {
+            map.values.fill(kNone);
             for (unsigned unit = 0; unit < 0x10000; ++unit)
-                values[unit] = double_byte_code_of(page, static_cast<std::uint16_t>(unit));
+                map.values[unit] = double_byte_code_of(page, static_cast<std::uint16_t>(unit));
         });
 }
 

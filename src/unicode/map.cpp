@@ -46,9 +46,9 @@ template <class Convert>
 const std::uint16_t *find_map(UnicodeMaps &maps, std::uint32_t ansi_code_page, Convert convert) noexcept {
     return maps.find(
         ansi_code_page, [] { return true; },
-        [&](auto &values) {
+        [&](UnitMap &map) {
             for (unsigned unit = 0; unit < 0x10000; ++unit)
-                values[unit] = convert(static_cast<std::uint16_t>(unit), ansi_code_page);
+                map.values[unit] = convert(static_cast<std::uint16_t>(unit), ansi_code_page);
         });
 }
 
