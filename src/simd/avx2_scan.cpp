@@ -74,6 +74,9 @@ bool is_pair(const OrderValues &values, const std::uint16_t *place) noexcept {
 struct SixteenBytes {
     std::uint64_t halves[2];
 };
+struct Block {
+    __m256i bytes;
+};
 
 // From one to two pieces, that may overlap each other; both are read before one is written.
 template <class Piece> void copy_pieces(void *destination, const void *source, std::size_t size) noexcept {
@@ -174,11 +177,13 @@ int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const Orde
 }
 
 std::uint16_t *copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
-    if (is_odd(source) || !fits_in_page<sizeof(__m256i)>(source)) return plain::copy16(destination, source);
-    const std::uint64_t zeros = Words::zeros(Words::load_anywhere(source));
-    if (zeros == 0) return copy_long<Words>(destination, source);
-    const std::size_t size = (first_of<Words>(zeros) + 1) * sizeof *source;
-    if (size >= 16) {
+    if (is_odd(source) || !fits_in_page<kNear>(source)) return plain::copy16(destination, source);
+    const std::size_t near = near_hit<Words>(source, Words::load_anywhere);
+    if (near == kNoLimit) return copy_long<Words>(destination, source);
+    const std::size_t size = (near + 1) * sizeof *source;
+    if (size >= sizeof(Block)) {
+        copy_pieces<Block>(destination, source, size);
+    } else if (size >= 16) {
         copy_pieces<SixteenBytes>(destination, source, size);
     } else if (size >= 8) {
         copy_pieces<std::uint64_t>(destination, source, size);

@@ -103,15 +103,25 @@ std::size_t scan_within(const typename Lanes::Unit *start, std::size_t count, At
     return before < count ? before : count;
 }
 
+inline constexpr std::size_t kNear = 64; // bytes at the start of a string within which most strings end
+
+// The same for the nearest blocks, from any address, and kNoLimit when the hit is not in them or they cannot be read.
+template <class Lanes, class At> std::size_t near_hit(const typename Lanes::Unit *start, At at) noexcept {
+    if (!fits_in_page<kNear>(start)) return kNoLimit;
+    for (std::size_t i = 0; i < kNear / sizeof *start; i += kUnits<Lanes>) {
+        if (const std::uint64_t hits = Lanes::zeros(at(start + i)); hits != 0) return i + first_of<Lanes>(hits);
+    }
+    return kNoLimit;
+}
+
 template <class Lanes>
 [[gnu::noinline]] const typename Lanes::Unit *find_zero_far(const typename Lanes::Unit *string) noexcept {
     return scan<Lanes>(string, kNoEnd, Lanes::load);
 }
 
 template <class Lanes> const typename Lanes::Unit *find_zero(const typename Lanes::Unit *string) noexcept {
-    if (!fits_in_page<sizeof(typename Lanes::Vector)>(string)) return find_zero_far<Lanes>(string);
-    const std::uint64_t hits = Lanes::zeros(Lanes::load_anywhere(string));
-    return hits != 0 ? string + first_of<Lanes>(hits) : find_zero_far<Lanes>(string);
+    const std::size_t near = near_hit<Lanes>(string, Lanes::load_anywhere);
+    return near != kNoLimit ? string + near : find_zero_far<Lanes>(string);
 }
 
 template <class Lanes> [[gnu::noinline]] std::uint32_t size_far(const typename Lanes::Unit *string) noexcept {
@@ -119,9 +129,8 @@ template <class Lanes> [[gnu::noinline]] std::uint32_t size_far(const typename L
 }
 
 template <class Lanes> std::uint32_t size(const typename Lanes::Unit *string) noexcept {
-    if (!fits_in_page<sizeof(typename Lanes::Vector)>(string)) return size_far<Lanes>(string);
-    const std::uint64_t hits = Lanes::zeros(Lanes::load_anywhere(string));
-    return hits != 0 ? static_cast<std::uint32_t>(first_of<Lanes>(hits) * sizeof *string) : size_far<Lanes>(string);
+    const std::size_t near = near_hit<Lanes>(string, Lanes::load_anywhere);
+    return near != kNoLimit ? static_cast<std::uint32_t>(near * sizeof *string) : size_far<Lanes>(string);
 }
 
 template <class Unit> const Unit *unless_end(const Unit *found) noexcept {
@@ -140,10 +149,12 @@ template <class Lanes>
 
 template <class Lanes>
 const typename Lanes::Unit *find(const typename Lanes::Unit *string, typename Lanes::Unit wanted) noexcept {
-    if (!fits_in_page<sizeof(typename Lanes::Vector)>(string)) return find_far<Lanes>(string, wanted);
-    const auto units = held(Lanes::load_anywhere(string));
-    const std::uint64_t hits = Lanes::zeros(Lanes::least(units, units ^ Lanes::all(wanted)));
-    return hits != 0 ? unless_end(string + first_of<Lanes>(hits)) : find_far<Lanes>(string, wanted);
+    const auto sought = Lanes::all(wanted);
+    const std::size_t near = near_hit<Lanes>(string, [sought](const void *block) {
+        const auto units = held(Lanes::load_anywhere(block));
+        return Lanes::least(units, units ^ sought);
+    });
+    return near != kNoLimit ? unless_end(string + near) : find_far<Lanes>(string, wanted);
 }
 
 template <class Lanes>
@@ -291,8 +302,6 @@ std::size_t mismatch_from(std::size_t i, const typename Lanes::Unit *a, const ty
     }
     return limit;
 }
-
-inline constexpr std::size_t kNear = 64; // bytes at the start of a string within which most strings end
 
 // The same from the start on. Most strings are short, so the nearest blocks have a form of their own, which calls
 // nothing: whether the place is found in them.
