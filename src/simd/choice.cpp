@@ -34,7 +34,7 @@ constexpr const Kernels *kFamilies[] = {
 
 constinit const Kernels *chosen_kernels = &plain::kKernels;
 
-std::span<const Kernels *const> available() noexcept {
+[[gnu::cold]] std::span<const Kernels *const> available() noexcept {
     const auto best = static_cast<std::size_t>(platform::vector_unit());
     return std::span(kFamilies).first(std::min(best + 1, std::size(kFamilies)));
 }

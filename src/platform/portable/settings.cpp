@@ -15,7 +15,7 @@ constinit Origins settings_origins{};
 namespace {
 
 // Null, too, in a process with more rights than the user who started it: that user chooses the environment.
-const char *read_variable(const char *name) noexcept {
+[[gnu::cold]] const char *read_variable(const char *name) noexcept {
 #if defined(__linux__) && !defined(__ANDROID__)
     return ::secure_getenv(name);
 #else
