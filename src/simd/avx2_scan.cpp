@@ -45,9 +45,6 @@ struct Words : Lanes {
     static constexpr unsigned kBits = 2;
     static Vector all(Unit unit) noexcept { return _mm256_set1_epi16(static_cast<short>(unit)); }
     static Vector least(Vector a, Vector b) noexcept { return _mm256_min_epu16(a, b); }
-    static Vector without(Vector units, Vector a, Vector b, Vector c, Vector d) noexcept {
-        return _mm256_andnot_si256(_mm256_and_si256(_mm256_cmpeq_epi16(a, b), _mm256_cmpeq_epi16(c, d)), units);
-    }
     static std::uint64_t ends(Vector apart, Vector units) noexcept {
         const Vector zero = _mm256_setzero_si256();
         return mask(_mm256_andnot_si256(_mm256_cmpeq_epi16(units, zero), _mm256_cmpeq_epi16(apart, zero))) ^ 0xFFFFFFFF;

@@ -37,10 +37,6 @@ struct Words : Lanes {
     using Unit = std::uint16_t;
     static Vector all(Unit unit) noexcept { return _mm512_set1_epi16(static_cast<short>(unit)); }
     static Vector least(Vector a, Vector b) noexcept { return _mm512_min_epu16(a, b); }
-    static Vector without(Vector units, Vector a, Vector b, Vector c, Vector d) noexcept {
-        const auto equal = _mm512_mask_cmpeq_epi16_mask(_mm512_cmpeq_epi16_mask(c, d), a, b);
-        return _mm512_mask_sub_epi16(units, equal, units, units);
-    }
     static std::uint64_t ends(Vector apart, Vector units) noexcept {
         return _mm512_test_epi16_mask(apart, apart) | _mm512_testn_epi16_mask(units, units);
     }

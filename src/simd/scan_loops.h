@@ -5,8 +5,6 @@
 //   kBits                    bits that a lane has in a mask
 //   all(unit)                a vector of the same unit in all lanes
 //   least(a, b)              the lesser of each two lanes, unsigned
-//   without(v, a, b, c, d)   `v` with 0 in place of the lanes in which `a` and `b` are equal, and `c` and `d` (16-bit
-//                            units only)
 //   inside(v, low, span)     0 for the lanes that are less than `low` or greater than low + span
 //   zeros(v)                 the mask of the lanes that are 0
 //   ends(d, v)               the mask of the lanes in which `d` is not 0 or `v` is
@@ -201,11 +199,11 @@ const typename Lanes::Unit *find_signs(const typename Lanes::Unit *string, const
     if (find_within<Lanes>(string, at[2], 0) < at[2]) return nullptr;
     const std::size_t to_second = at[2] - at[1], to_first = at[2] - at[0];
     const auto two_at = [&](const typename Lanes::Unit *place) {
-        const auto text = Lanes::load_anywhere(place);
-        return Lanes::without(text, text, third, Lanes::load_anywhere(place - to_second), second);
+        const auto text = held(Lanes::load_anywhere(place));
+        return Lanes::least(text, (text ^ third) | (Lanes::load_anywhere(place - to_second) ^ second));
     };
     const auto all_at = [&](const typename Lanes::Unit *place) {
-        const auto text = Lanes::load_anywhere(place);
+        const auto text = held(Lanes::load_anywhere(place));
         const auto before =
             (Lanes::load_anywhere(place - to_second) ^ second) | (Lanes::load_anywhere(place - to_first) ^ first);
         return Lanes::least(text, (text ^ third) | before);

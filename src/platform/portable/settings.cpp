@@ -1,6 +1,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <kxstr/platform.h>
+#include <new>
 #include <unistd.h>
 
 #include "platform/portable/environment.h"
@@ -25,7 +26,7 @@ namespace {
 
 // Before the initialisers of a host that has the library linked in statically, which may call it already.
 [[gnu::constructor(101)]] void load_settings() noexcept {
-    live_settings = settings_from(read_variable, &settings_origins);
+    new (&live_settings) KxPlatformSettings(settings_from(read_variable, &settings_origins)); // in place: no copy
 }
 
 } // namespace
