@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 
 namespace {
 
@@ -23,7 +24,7 @@ void *reserve(std::size_t size) noexcept {
     for (std::size_t i = 0; i < kReserves && size <= sizeof(Reserve); ++i) {
         if (!is_taken[i].exchange(true)) return &reserves[i];
     }
-    std::abort();
+    std::terminate();
 }
 
 } // namespace
