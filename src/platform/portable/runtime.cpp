@@ -17,8 +17,8 @@ constexpr std::size_t kReserves = 16;
 struct alignas(std::max_align_t) Reserve {
     std::byte bytes[kHead + 128];
 };
-constinit Reserve reserves[kReserves];
-constinit std::atomic<bool> is_taken[kReserves];
+constinit Reserve reserves[kReserves]{};
+constinit std::atomic<bool> is_taken[kReserves]{};
 
 void *reserve(std::size_t size) noexcept {
     for (std::size_t i = 0; i < kReserves && size <= sizeof(Reserve); ++i) {
