@@ -86,7 +86,7 @@ constexpr BothMaps make_maps(std::size_t country) {
 }
 
 constexpr BothMaps kMaps{make_map(true, {}), make_map(false, {})};
-constexpr std::array kMapsByCountry{make_maps(0), make_maps(1), make_maps(2), make_maps(3)};
+constexpr BothMaps kMapsByCountry[] = {make_maps(0), make_maps(1), make_maps(2), make_maps(3)};
 
 const BothMaps &maps() noexcept {
     const unsigned country = codepage::country_id();

@@ -11,7 +11,8 @@
 
 namespace kxstr::platform {
 
-VectorUnit vector_unit() noexcept {
+// Cold, as what else runs while the library is loaded: so it lies together, and few pages are read.
+[[gnu::cold]] VectorUnit vector_unit() noexcept {
 #if defined(KXSTR_LOADER_KNOWS)
     if (!CPU_FEATURE_ACTIVE(AVX2) || !CPU_FEATURE_ACTIVE(BMI1) || !CPU_FEATURE_ACTIVE(BMI2) ||
         !CPU_FEATURE_ACTIVE(POPCNT))

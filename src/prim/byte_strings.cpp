@@ -3,17 +3,13 @@
 
 #include "core/dbcs_copy.h"
 #include "prim/strings.h"
-#include "simd/first_look.h"
 
 using namespace kxstr;
 
 extern "C" {
 
 uint32_t wstrlen(const char *string) {
-    if (string == nullptr) return 0;
-    if (const std::size_t seen = simd::look_for(bytes_of(string), 0); seen != simd::kNotSeen)
-        return static_cast<std::uint32_t>(seen);
-    return static_cast<std::uint32_t>(std::strlen(string));
+    return string != nullptr ? simd::kernels().size8(bytes_of(string)) : 0;
 }
 
 char *wstrcpy(char *destination, const char *source) {
@@ -47,10 +43,7 @@ void CopyUpToAndNullTerminate(char *destination, const char *source, int32_t siz
 }
 
 int32_t wstrcmp(const char *a, const char *b) {
-    if (a == nullptr || b == nullptr) return 0;
-    if (const std::size_t seen = simd::look_apart(bytes_of(a), bytes_of(b)); seen != simd::kNotSeen)
-        return bytes_of(a)[seen] - bytes_of(b)[seen];
-    return prim::compare(bytes_of(a), bytes_of(b));
+    return a != nullptr && b != nullptr ? simd::kernels().compare8(bytes_of(a), bytes_of(b)) : 0;
 }
 
 int32_t wstrncmp(const char *a, const char *b, int32_t count) {
@@ -60,9 +53,8 @@ int32_t wstrncmp(const char *a, const char *b, int32_t count) {
 char *wstrchr(const char *string, uint32_t byte) {
     const auto wanted = static_cast<std::uint8_t>(byte);
     if (wanted == 0) return nullptr;
-    if (const std::size_t seen = simd::look_for(bytes_of(string), wanted); seen != simd::kNotSeen)
-        return string[seen] != 0 ? const_cast<char *>(string) + seen : nullptr;
-    return const_cast<char *>(std::strchr(string, wanted));
+    const std::uint8_t *const found = simd::kernels().find8(bytes_of(string), wanted);
+    return const_cast<char *>(reinterpret_cast<const char *>(found));
 }
 
 char *wstrrchr(const char *string, uint32_t byte) {

@@ -35,7 +35,7 @@ KxChar *wwstrncpy(KxChar *destination, const KxChar *source, uint32_t count) {
 }
 
 int32_t wwstrcmp(const KxChar *a, const KxChar *b) {
-    return prim::compare(a, b);
+    return simd::kernels().compare16(a, b);
 }
 
 int32_t wwstrncmp(const KxChar *a, const KxChar *b, int32_t count) {

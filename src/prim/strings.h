@@ -35,11 +35,13 @@ constexpr std::size_t limit_by_bytes(std::int32_t size) noexcept {
 }
 
 // Difference of the first differing units, or 0 when the terminators or `limit` units are reached.
-inline int compare(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit = kUnlimited) noexcept {
-    return simd::kernels().compare8(a, b, limit);
+inline int compare(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
+    const std::size_t place = simd::kernels().mismatch8(a, b, limit);
+    return place < limit ? a[place] - b[place] : 0;
 }
-inline int compare(const KxChar *a, const KxChar *b, std::size_t limit = kUnlimited) noexcept {
-    return simd::kernels().compare16(a, b, limit);
+inline int compare(const KxChar *a, const KxChar *b, std::size_t limit) noexcept {
+    const std::size_t place = simd::kernels().mismatch16(a, b, limit);
+    return place < limit ? a[place] - b[place] : 0;
 }
 
 } // namespace kxstr::prim

@@ -4,7 +4,9 @@ namespace kxstr::simd::avx2 {
 
 constinit const Kernels kKernels{
     .name = "avx2",
+    .size8 = size8,
     .size16 = size16,
+    .find8 = find8,
     .find16 = find16,
     .copy16 = copy16,
     .find_zero16 = find_zero16,
@@ -14,6 +16,7 @@ constinit const Kernels kKernels{
     .find_short16 = find_short16,
     .outside8 = outside8,
     .outside16 = outside16,
+    .mismatch8 = mismatch8,
     .mismatch16 = mismatch16,
     .mismatch16_caseless = mismatch16_caseless,
     .compare8 = compare8,

@@ -26,9 +26,6 @@ struct Bytes : Lanes {
     static constexpr unsigned kBits = 1;
     static Vector all(Unit unit) noexcept { return _mm256_set1_epi8(static_cast<char>(unit)); }
     static Vector least(Vector a, Vector b) noexcept { return _mm256_min_epu8(a, b); }
-    static Vector without(Vector units, Vector a, Vector b) noexcept {
-        return _mm256_andnot_si256(_mm256_cmpeq_epi8(a, b), units);
-    }
     static std::uint64_t ends(Vector apart, Vector units) noexcept {
         const Vector zero = _mm256_setzero_si256();
         return mask(_mm256_andnot_si256(_mm256_cmpeq_epi8(units, zero), _mm256_cmpeq_epi8(apart, zero))) ^ 0xFFFFFFFF;
@@ -49,12 +46,6 @@ struct Words : Lanes {
     static constexpr unsigned kBits = 2;
     static Vector all(Unit unit) noexcept { return _mm256_set1_epi16(static_cast<short>(unit)); }
     static Vector least(Vector a, Vector b) noexcept { return _mm256_min_epu16(a, b); }
-    static Vector without(Vector units, Vector a, Vector b) noexcept {
-        return _mm256_andnot_si256(_mm256_cmpeq_epi16(a, b), units);
-    }
-    static Vector without(Vector units, Vector a, Vector b, Vector c, Vector d) noexcept {
-        return _mm256_andnot_si256(_mm256_and_si256(_mm256_cmpeq_epi16(a, b), _mm256_cmpeq_epi16(c, d)), units);
-    }
     static std::uint64_t ends(Vector apart, Vector units) noexcept {
         const Vector zero = _mm256_setzero_si256();
         return mask(_mm256_andnot_si256(_mm256_cmpeq_epi16(units, zero), _mm256_cmpeq_epi16(apart, zero))) ^ 0xFFFFFFFF;
@@ -74,6 +65,9 @@ struct Words : Lanes {
 
 struct SixteenBytes {
     std::uint64_t halves[2];
+};
+struct Block {
+    __m256i bytes;
 };
 
 // From one to two pieces, that may overlap each other; both are read before one is written.
@@ -109,8 +103,16 @@ const std::uint16_t *find_zero16(const std::uint16_t *string) noexcept {
     return is_odd(string) ? plain::find_zero16(string) : find_zero<Words>(string);
 }
 
+std::uint32_t size8(const std::uint8_t *string) noexcept {
+    return size<Bytes>(string);
+}
+
 std::uint32_t size16(const std::uint16_t *string) noexcept {
     return is_odd(string) ? plain::size16(string) : size<Words>(string);
+}
+
+const std::uint8_t *find8(const std::uint8_t *string, std::uint8_t wanted) noexcept {
+    return find<Bytes>(string, wanted);
 }
 
 const std::uint16_t *find16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
@@ -141,6 +143,10 @@ std::size_t outside16(const std::uint16_t *units, std::size_t count, std::uint16
     return is_odd(units) ? plain::outside16(units, count, low, high) : outside<Words>(units, count, low, high);
 }
 
+std::size_t mismatch8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
+    return mismatch<Bytes>(a, b, limit);
+}
+
 std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
     return mismatch<Words>(a, b, limit);
 }
@@ -149,21 +155,16 @@ std::size_t mismatch16_caseless(const std::uint16_t *a, const std::uint16_t *b, 
     return mismatch<Words>(a, b, limit, Words::apart);
 }
 
-int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
-    std::size_t place;
-    if (!mismatch_near<Bytes>(a, b, limit, place)) return compare_far<Bytes>(a, b, limit);
-    return place < limit ? a[place] - b[place] : 0;
+int compare8(const std::uint8_t *a, const std::uint8_t *b) noexcept {
+    return compare<Bytes>(a, b);
 }
 
-int compare8_caseless(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
-    const std::size_t place = mismatch<Bytes>(a, b, limit, Bytes::apart);
-    return place < limit ? plain::compare8_caseless(a + place, b + place, 1) : 0;
+int compare8_caseless(const std::uint8_t *a, const std::uint8_t *b) noexcept {
+    return compare<Bytes, ButForCase<Bytes>>(a, b);
 }
 
-int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
-    std::size_t place;
-    if (!mismatch_near<Words>(a, b, limit, place)) return compare_far<Words>(a, b, limit);
-    return place < limit ? a[place] - b[place] : 0;
+int compare16(const std::uint16_t *a, const std::uint16_t *b) noexcept {
+    return compare<Words>(a, b);
 }
 
 int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values, std::uint32_t flag,
@@ -175,11 +176,13 @@ int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const Orde
 }
 
 std::uint16_t *copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {
-    if (is_odd(source) || !fits_in_page<sizeof(__m256i)>(source)) return plain::copy16(destination, source);
-    const std::uint64_t zeros = Words::zeros(Words::load_anywhere(source));
-    if (zeros == 0) return copy_long<Words>(destination, source);
-    const std::size_t size = (first_of<Words>(zeros) + 1) * sizeof *source;
-    if (size >= 16) {
+    if (is_odd(source) || !fits_in_page<kNear>(source)) return plain::copy16(destination, source);
+    const std::size_t near = near_hit<Words>(source, Words::load_anywhere);
+    if (near == kNoLimit) return copy_long<Words>(destination, source);
+    const std::size_t size = (near + 1) * sizeof *source;
+    if (size >= sizeof(Block)) {
+        copy_pieces<Block>(destination, source, size);
+    } else if (size >= 16) {
         copy_pieces<SixteenBytes>(destination, source, size);
     } else if (size >= 8) {
         copy_pieces<std::uint64_t>(destination, source, size);

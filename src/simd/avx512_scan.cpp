@@ -21,9 +21,6 @@ struct Bytes : Lanes {
     using Unit = std::uint8_t;
     static Vector all(Unit unit) noexcept { return _mm512_set1_epi8(static_cast<char>(unit)); }
     static Vector least(Vector a, Vector b) noexcept { return _mm512_min_epu8(a, b); }
-    static Vector without(Vector units, Vector a, Vector b) noexcept {
-        return _mm512_maskz_mov_epi8(_mm512_cmpneq_epi8_mask(a, b), units);
-    }
     static std::uint64_t ends(Vector apart, Vector units) noexcept {
         return _mm512_test_epi8_mask(apart, apart) | _mm512_testn_epi8_mask(units, units);
     }
@@ -41,13 +38,6 @@ struct Words : Lanes {
     using Unit = std::uint16_t;
     static Vector all(Unit unit) noexcept { return _mm512_set1_epi16(static_cast<short>(unit)); }
     static Vector least(Vector a, Vector b) noexcept { return _mm512_min_epu16(a, b); }
-    static Vector without(Vector units, Vector a, Vector b) noexcept {
-        return _mm512_maskz_mov_epi16(_mm512_cmpneq_epi16_mask(a, b), units);
-    }
-    static Vector without(Vector units, Vector a, Vector b, Vector c, Vector d) noexcept {
-        const auto equal = _mm512_mask_cmpeq_epi16_mask(_mm512_cmpeq_epi16_mask(c, d), a, b);
-        return _mm512_mask_sub_epi16(units, equal, units, units);
-    }
     static std::uint64_t ends(Vector apart, Vector units) noexcept {
         return _mm512_test_epi16_mask(apart, apart) | _mm512_testn_epi16_mask(units, units);
     }
@@ -151,8 +141,16 @@ const std::uint16_t *find_zero16(const std::uint16_t *string) noexcept {
     return is_odd(string) ? plain::find_zero16(string) : find_zero<Words>(string);
 }
 
+std::uint32_t size8(const std::uint8_t *string) noexcept {
+    return size<Bytes>(string);
+}
+
 std::uint32_t size16(const std::uint16_t *string) noexcept {
     return is_odd(string) ? plain::size16(string) : size<Words>(string);
+}
+
+const std::uint8_t *find8(const std::uint8_t *string, std::uint8_t wanted) noexcept {
+    return find<Bytes>(string, wanted);
 }
 
 const std::uint16_t *find16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
@@ -183,6 +181,10 @@ std::size_t outside16(const std::uint16_t *units, std::size_t count, std::uint16
     return is_odd(units) ? plain::outside16(units, count, low, high) : outside<Words>(units, count, low, high);
 }
 
+std::size_t mismatch8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
+    return mismatch<Bytes>(a, b, limit);
+}
+
 std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
     return mismatch<Words>(a, b, limit);
 }
@@ -191,21 +193,16 @@ std::size_t mismatch16_caseless(const std::uint16_t *a, const std::uint16_t *b, 
     return mismatch<Words>(a, b, limit, Words::apart);
 }
 
-int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
-    std::size_t place;
-    if (!mismatch_near<Bytes>(a, b, limit, place)) return compare_far<Bytes>(a, b, limit);
-    return place < limit ? a[place] - b[place] : 0;
+int compare8(const std::uint8_t *a, const std::uint8_t *b) noexcept {
+    return compare<Bytes>(a, b);
 }
 
-int compare8_caseless(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
-    const std::size_t place = mismatch<Bytes>(a, b, limit, Bytes::apart);
-    return place < limit ? plain::compare8_caseless(a + place, b + place, 1) : 0;
+int compare8_caseless(const std::uint8_t *a, const std::uint8_t *b) noexcept {
+    return compare<Bytes, ButForCase<Bytes>>(a, b);
 }
 
-int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
-    std::size_t place;
-    if (!mismatch_near<Words>(a, b, limit, place)) return compare_far<Words>(a, b, limit);
-    return place < limit ? a[place] - b[place] : 0;
+int compare16(const std::uint16_t *a, const std::uint16_t *b) noexcept {
+    return compare<Words>(a, b);
 }
 
 int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values, std::uint32_t flag,

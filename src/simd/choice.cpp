@@ -28,15 +28,13 @@ constexpr const Kernels *kFamilies[] = {
             if (std::string_view(wanted) == family->name) best = family;
     }
     chosen_kernels = best;
-    has_vectors = best != &plain::kKernels;
 }
 
 } // namespace
 
 constinit const Kernels *chosen_kernels = &plain::kKernels;
-constinit bool has_vectors = false;
 
-std::span<const Kernels *const> available() noexcept {
+[[gnu::cold]] std::span<const Kernels *const> available() noexcept {
     const auto best = static_cast<std::size_t>(platform::vector_unit());
     return std::span(kFamilies).first(std::min(best + 1, std::size(kFamilies)));
 }

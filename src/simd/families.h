@@ -11,8 +11,10 @@ namespace kxstr::simd {
 
 namespace plain {
 extern const Kernels kKernels;
+Size8 size8;
 Size16 size16;
 FindZero16 find_zero16;
+Find8 find8;
 Find16 find16;
 Find16 find_last16;
 FindWithin16 find_within16;
@@ -20,6 +22,7 @@ FindSigns16 find_signs16;
 FindShort16 find_short16;
 Outside8 outside8;
 Outside16 outside16;
+Mismatch8 mismatch8;
 Mismatch16 mismatch16;
 Mismatch16 mismatch16_caseless;
 Compare8 compare8;
@@ -53,8 +56,10 @@ BytesOfMapped bytes_of_mapped;
 
 namespace avx2 {
 extern const Kernels kKernels;
+Size8 size8;
 Size16 size16;
 FindZero16 find_zero16;
+Find8 find8;
 Find16 find16;
 Find16 find_last16;
 FindWithin16 find_within16;
@@ -62,6 +67,7 @@ FindSigns16 find_signs16;
 FindShort16 find_short16;
 Outside8 outside8;
 Outside16 outside16;
+Mismatch8 mismatch8;
 Mismatch16 mismatch16;
 Mismatch16 mismatch16_caseless;
 Compare8 compare8;
@@ -91,8 +97,10 @@ BytesOfMapped bytes_of_mapped;
 
 namespace avx512 {
 extern const Kernels kKernels;
+Size8 size8;
 Size16 size16;
 FindZero16 find_zero16;
+Find8 find8;
 Find16 find16;
 Find16 find_last16;
 FindWithin16 find_within16;
@@ -100,6 +108,7 @@ FindSigns16 find_signs16;
 FindShort16 find_short16;
 Outside8 outside8;
 Outside16 outside16;
+Mismatch8 mismatch8;
 Mismatch16 mismatch16;
 Mismatch16 mismatch16_caseless;
 Compare8 compare8;

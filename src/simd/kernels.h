@@ -68,7 +68,9 @@ struct OrderValues {
 // The kernels' types as functions: a member of the table is a pointer to one, and each family declares its form by it
 // (families.h).
 using FindZero16 = const std::uint16_t *(const std::uint16_t *string) noexcept;
+using Size8 = std::uint32_t(const std::uint8_t *string) noexcept;
 using Size16 = std::uint32_t(const std::uint16_t *string) noexcept;
+using Find8 = const std::uint8_t *(const std::uint8_t *string, std::uint8_t wanted) noexcept;
 using Find16 = const std::uint16_t *(const std::uint16_t *string, std::uint16_t wanted) noexcept;
 using FindWithin16 = std::size_t(const std::uint16_t *units, std::size_t count, std::uint16_t wanted) noexcept;
 using FindSigns16 = const std::uint16_t *(const std::uint16_t *string, const Signs16 &signs) noexcept;
@@ -77,9 +79,10 @@ using Outside8 = std::size_t(const std::uint8_t *bytes, std::size_t count, std::
                              std::uint8_t high) noexcept;
 using Outside16 = std::size_t(const std::uint16_t *units, std::size_t count, std::uint16_t low,
                               std::uint16_t high) noexcept;
+using Mismatch8 = std::size_t(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept;
 using Mismatch16 = std::size_t(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept;
-using Compare8 = int(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept;
-using Compare16 = int(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept;
+using Compare8 = int(const std::uint8_t *a, const std::uint8_t *b) noexcept;
+using Compare16 = int(const std::uint16_t *a, const std::uint16_t *b) noexcept;
 using OrderByValues16 = OrderValues::GoOn;
 using Copy16 = std::uint16_t *(std::uint16_t *destination, const std::uint16_t *source) noexcept;
 
@@ -244,8 +247,10 @@ struct Kernels {
 
     // What these give is what the exported functions give: the way back from them would take a third of the time that
     // a short string takes.
-    Size16 *size16; // bytes before the terminator, modulo 2^32
-    Find16 *find16; // the first `wanted` before the terminator, or null
+    Size8 *size8;   // bytes before the terminator, modulo 2^32
+    Size16 *size16; // the same, bytes, too
+    Find8 *find8;   // the first `wanted` before the terminator, or null
+    Find16 *find16; // the same
     Copy16 *copy16; // copies a string with its terminator; the two may overlap. The destination
 
     FindZero16 *find_zero16;     // the terminator
@@ -260,9 +265,10 @@ struct Kernels {
     Outside16 *outside16;
 
     // Where two strings differ first or both end; `limit` when that is not before it.
+    Mismatch8 *mismatch8;
     Mismatch16 *mismatch16;
     Mismatch16 *mismatch16_caseless; // a to z are taken as A to Z
-    // The difference of the units at that place, 0 for the limit.
+    // The difference of the units at that place, without a limit.
     Compare8 *compare8;
     Compare8 *compare8_caseless; // a to z are taken as A to Z
     Compare16 *compare16;
@@ -343,7 +349,6 @@ struct Kernels {
 // library gets that only together with something that is needed.
 #pragma GCC visibility push(hidden)
 extern constinit const Kernels *chosen_kernels;
-extern constinit bool has_vectors; // whether these are not the plain ones
 #pragma GCC visibility pop
 
 // The best family that the processor can run. KXSTR_KERNELS in the environment names another one (one of available())

@@ -23,9 +23,9 @@ std::size_t mismatch(const Unit *a, const Unit *b, std::size_t limit, Fold fold)
     return i;
 }
 
-template <class Unit, class Fold> int compare(const Unit *a, const Unit *b, std::size_t limit, Fold fold) noexcept {
-    const std::size_t i = mismatch(a, b, limit, fold);
-    return i < limit ? fold(a[i]) - fold(b[i]) : 0;
+template <class Unit, class Fold> int compare(const Unit *a, const Unit *b, Fold fold) noexcept {
+    const std::size_t i = mismatch(a, b, SIZE_MAX, fold);
+    return fold(a[i]) - fold(b[i]);
 }
 
 } // namespace
@@ -36,8 +36,17 @@ const std::uint16_t *find_zero16(const std::uint16_t *string) noexcept {
     return string;
 }
 
+std::uint32_t size8(const std::uint8_t *string) noexcept {
+    return static_cast<std::uint32_t>(std::strlen(reinterpret_cast<const char *>(string)));
+}
+
 std::uint32_t size16(const std::uint16_t *string) noexcept {
     return static_cast<std::uint32_t>(find_zero16(string) - string) * std::uint32_t{sizeof *string};
+}
+
+const std::uint8_t *find8(const std::uint8_t *string, std::uint8_t wanted) noexcept {
+    const char *const found = std::strchr(reinterpret_cast<const char *>(string), wanted);
+    return wanted != 0 ? reinterpret_cast<const std::uint8_t *>(found) : nullptr;
 }
 
 const std::uint16_t *find16(const std::uint16_t *string, std::uint16_t wanted) noexcept {
@@ -82,6 +91,10 @@ std::size_t outside16(const std::uint16_t *units, std::size_t count, std::uint16
     return outside(units, count, low, high);
 }
 
+std::size_t mismatch8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
+    return mismatch(a, b, limit, as_it_is);
+}
+
 std::size_t mismatch16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
     return mismatch(a, b, limit, as_it_is);
 }
@@ -90,16 +103,16 @@ std::size_t mismatch16_caseless(const std::uint16_t *a, const std::uint16_t *b, 
     return mismatch(a, b, limit, capital);
 }
 
-int compare8(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
-    return compare(a, b, limit, as_it_is);
+int compare8(const std::uint8_t *a, const std::uint8_t *b) noexcept {
+    return compare(a, b, as_it_is);
 }
 
-int compare8_caseless(const std::uint8_t *a, const std::uint8_t *b, std::size_t limit) noexcept {
-    return compare(a, b, limit, capital);
+int compare8_caseless(const std::uint8_t *a, const std::uint8_t *b) noexcept {
+    return compare(a, b, capital);
 }
 
-int compare16(const std::uint16_t *a, const std::uint16_t *b, std::size_t limit) noexcept {
-    return compare(a, b, limit, as_it_is);
+int compare16(const std::uint16_t *a, const std::uint16_t *b) noexcept {
+    return compare(a, b, as_it_is);
 }
 
 int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const OrderValues &values, std::uint32_t flag,

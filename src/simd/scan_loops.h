@@ -5,8 +5,6 @@
 //   kBits                    bits that a lane has in a mask
 //   all(unit)                a vector of the same unit in all lanes
 //   least(a, b)              the lesser of each two lanes, unsigned
-//   without(v, a, b)         `v` with 0 in place of the lanes in which `a` and `b` are equal
-//   without(v, a, b, c, d)   the same where `c` and `d` are equal, too (16-bit units only)
 //   inside(v, low, span)     0 for the lanes that are less than `low` or greater than low + span
 //   zeros(v)                 the mask of the lanes that are 0
 //   ends(d, v)               the mask of the lanes in which `d` is not 0 or `v` is
@@ -51,16 +49,16 @@ template <class Lanes> std::size_t first_of(std::uint64_t mask) noexcept {
     return static_cast<std::size_t>(__builtin_ctzll(mask)) / Lanes::kBits;
 }
 
-template <class Lanes> constexpr std::size_t kUnits = sizeof(typename Lanes::Vector) / sizeof(typename Lanes::Unit);
-
-// Asks for `size` bytes some way behind a place, so that what comes from afar comes in time. Any address will do.
-template <std::size_t size> void fetch_ahead(const void *place) noexcept {
-    constexpr std::size_t kLine = 64, kAhead = 1024;
-    for (std::size_t line = 0; line < size; line += kLine)
-        __builtin_prefetch(static_cast<const char *>(place) + kAhead + line);
+// What has been read stays in a register: compilers would read it anew for every use.
+template <class Vector> Vector held(Vector units) noexcept {
+    asm("" : "+v"(units));
+    return units;
 }
 
+template <class Lanes> constexpr std::size_t kUnits = sizeof(typename Lanes::Vector) / sizeof(typename Lanes::Unit);
+
 inline constexpr std::uintptr_t kNoEnd = UINTPTR_MAX;
+inline constexpr std::size_t kNoLimit = SIZE_MAX;
 
 // The first unit from `start` on for which at(block) has a lane of 0, block by aligned block. When there is none before
 // `end`, some place from `end` on. At least the block of `start` is read. may_be(block) may have more such lanes and
@@ -76,7 +74,6 @@ const typename Lanes::Unit *scan(const typename Lanes::Unit *start, std::uintptr
         if (const std::uint64_t hits = Lanes::zeros(at(block)); hits != 0) return block + first_of<Lanes>(hits);
     }
     for (; address(block) < end; block += 4 * kOne) {
-        fetch_ahead<4 * kBlock>(block);
         const auto a = may_be(block), b = may_be(block + kOne);
         const auto c = may_be(block + 2 * kOne), d = may_be(block + 3 * kOne);
         if (Lanes::zeros(Lanes::least(Lanes::least(a, b), Lanes::least(c, d))) == 0) continue;
@@ -104,15 +101,25 @@ std::size_t scan_within(const typename Lanes::Unit *start, std::size_t count, At
     return before < count ? before : count;
 }
 
+inline constexpr std::size_t kNear = 64; // bytes at the start of a string within which most strings end
+
+// The same for the nearest blocks, from any address, and kNoLimit when the hit is not in them or they cannot be read.
+template <class Lanes, class At> std::size_t near_hit(const typename Lanes::Unit *start, At at) noexcept {
+    if (!fits_in_page<kNear>(start)) return kNoLimit;
+    for (std::size_t i = 0; i < kNear / sizeof *start; i += kUnits<Lanes>) {
+        if (const std::uint64_t hits = Lanes::zeros(at(start + i)); hits != 0) return i + first_of<Lanes>(hits);
+    }
+    return kNoLimit;
+}
+
 template <class Lanes>
 [[gnu::noinline]] const typename Lanes::Unit *find_zero_far(const typename Lanes::Unit *string) noexcept {
     return scan<Lanes>(string, kNoEnd, Lanes::load);
 }
 
 template <class Lanes> const typename Lanes::Unit *find_zero(const typename Lanes::Unit *string) noexcept {
-    if (!fits_in_page<sizeof(typename Lanes::Vector)>(string)) return find_zero_far<Lanes>(string);
-    const std::uint64_t hits = Lanes::zeros(Lanes::load_anywhere(string));
-    return hits != 0 ? string + first_of<Lanes>(hits) : find_zero_far<Lanes>(string);
+    const std::size_t near = near_hit<Lanes>(string, Lanes::load_anywhere);
+    return near != kNoLimit ? string + near : find_zero_far<Lanes>(string);
 }
 
 template <class Lanes> [[gnu::noinline]] std::uint32_t size_far(const typename Lanes::Unit *string) noexcept {
@@ -120,9 +127,8 @@ template <class Lanes> [[gnu::noinline]] std::uint32_t size_far(const typename L
 }
 
 template <class Lanes> std::uint32_t size(const typename Lanes::Unit *string) noexcept {
-    if (!fits_in_page<sizeof(typename Lanes::Vector)>(string)) return size_far<Lanes>(string);
-    const std::uint64_t hits = Lanes::zeros(Lanes::load_anywhere(string));
-    return hits != 0 ? static_cast<std::uint32_t>(first_of<Lanes>(hits) * sizeof *string) : size_far<Lanes>(string);
+    const std::size_t near = near_hit<Lanes>(string, Lanes::load_anywhere);
+    return near != kNoLimit ? static_cast<std::uint32_t>(near * sizeof *string) : size_far<Lanes>(string);
 }
 
 template <class Unit> const Unit *unless_end(const Unit *found) noexcept {
@@ -134,17 +140,19 @@ template <class Lanes>
                                                        typename Lanes::Unit wanted) noexcept {
     const auto sought = Lanes::all(wanted);
     return unless_end(scan<Lanes>(string, kNoEnd, [sought](const void *block) {
-        const auto units = Lanes::load(block);
-        return Lanes::without(units, units, sought);
+        const auto units = held(Lanes::load(block));
+        return Lanes::least(units, units ^ sought);
     }));
 }
 
 template <class Lanes>
 const typename Lanes::Unit *find(const typename Lanes::Unit *string, typename Lanes::Unit wanted) noexcept {
-    if (!fits_in_page<sizeof(typename Lanes::Vector)>(string)) return find_far<Lanes>(string, wanted);
-    const auto units = Lanes::load_anywhere(string);
-    const std::uint64_t hits = Lanes::zeros(Lanes::without(units, units, Lanes::all(wanted)));
-    return hits != 0 ? unless_end(string + first_of<Lanes>(hits)) : find_far<Lanes>(string, wanted);
+    const auto sought = Lanes::all(wanted);
+    const std::size_t near = near_hit<Lanes>(string, [sought](const void *block) {
+        const auto units = held(Lanes::load_anywhere(block));
+        return Lanes::least(units, units ^ sought);
+    });
+    return near != kNoLimit ? unless_end(string + near) : find_far<Lanes>(string, wanted);
 }
 
 template <class Lanes>
@@ -191,11 +199,11 @@ const typename Lanes::Unit *find_signs(const typename Lanes::Unit *string, const
     if (find_within<Lanes>(string, at[2], 0) < at[2]) return nullptr;
     const std::size_t to_second = at[2] - at[1], to_first = at[2] - at[0];
     const auto two_at = [&](const typename Lanes::Unit *place) {
-        const auto text = Lanes::load_anywhere(place);
-        return Lanes::without(text, text, third, Lanes::load_anywhere(place - to_second), second);
+        const auto text = held(Lanes::load_anywhere(place));
+        return Lanes::least(text, (text ^ third) | (Lanes::load_anywhere(place - to_second) ^ second));
     };
     const auto all_at = [&](const typename Lanes::Unit *place) {
-        const auto text = Lanes::load_anywhere(place);
+        const auto text = held(Lanes::load_anywhere(place));
         const auto before =
             (Lanes::load_anywhere(place - to_second) ^ second) | (Lanes::load_anywhere(place - to_first) ^ first);
         return Lanes::least(text, (text ^ third) | before);
@@ -235,8 +243,17 @@ Found16 find_short(const typename Lanes::Unit *string, const typename Lanes::Uni
     return {true, nullptr};
 }
 
+// How units differ: 0 in the lanes that are alike, and the difference of two.
 struct AsTheyAre {
     template <class Vector> Vector operator()(Vector a, Vector b) const noexcept { return a ^ b; }
+    static int difference(int a, int b) noexcept { return a - b; }
+};
+template <class Lanes> struct ButForCase {
+    typename Lanes::Vector operator()(typename Lanes::Vector a, typename Lanes::Vector b) const noexcept {
+        return Lanes::apart(a, b);
+    }
+    static int capital(int byte) noexcept { return byte >= 'a' && byte <= 'z' ? byte - 'a' + 'A' : byte; }
+    static int difference(int a, int b) noexcept { return capital(a) - capital(b); }
 };
 
 // Where two strings differ, from place `i` on, up to which they are equal. They can lie differently in their blocks, so
@@ -255,8 +272,6 @@ std::size_t mismatch_from(std::size_t i, const typename Lanes::Unit *a, const ty
         std::size_t left = left_a < left_b ? left_a : left_b;
         if (left > limit - i) left = limit - i;
         for (; left >= 4 * kOne; left -= 4 * kOne, i += 4 * kOne) {
-            fetch_ahead<4 * kOne * kSize>(a + i);
-            fetch_ahead<4 * kOne * kSize>(b + i);
             const auto a0 = Lanes::load_anywhere(a + i), a1 = Lanes::load_anywhere(a + i + kOne);
             const auto a2 = Lanes::load_anywhere(a + i + 2 * kOne), a3 = Lanes::load_anywhere(a + i + 3 * kOne);
             const auto apart01 = apart(a0, Lanes::load_anywhere(b + i)) | apart(a1, Lanes::load_anywhere(b + i + kOne));
@@ -286,8 +301,6 @@ std::size_t mismatch_from(std::size_t i, const typename Lanes::Unit *a, const ty
     return limit;
 }
 
-inline constexpr std::size_t kNear = 64; // bytes at the start of a string within which most strings end
-
 // The same from the start on. Most strings are short, so the nearest blocks have a form of their own, which calls
 // nothing: whether the place is found in them.
 template <class Lanes, class Apart = AsTheyAre>
@@ -298,7 +311,7 @@ bool mismatch_near(const typename Lanes::Unit *a, const typename Lanes::Unit *b,
     if (limit == 0) return true;
     if (!fits_in_page<kNear>(a) || !fits_in_page<kNear>(b)) return false;
     for (std::size_t i = 0; i < kNear / kSize; i += kOne) {
-        const auto units = Lanes::load_anywhere(a + i);
+        const auto units = held(Lanes::load_anywhere(a + i));
         const std::uint64_t hits = Lanes::ends(apart(units, Lanes::load_anywhere(b + i)), units);
         if (hits == 0) continue;
         const std::size_t first = i + first_of<Lanes>(hits);
@@ -308,14 +321,55 @@ bool mismatch_near(const typename Lanes::Unit *a, const typename Lanes::Unit *b,
     return limit <= kNear / kSize;
 }
 
-// Where it was not. What can be begins with a block of `a`, some units once more: every second reading across two lines
-// is saved.
+// Where it was not. By groups of four blocks that begin with those of `a`, so only the pages of `b` end within them:
+// what comes before the end of one is looked at first, and the group as a whole when the strings go on there.
 template <class Lanes, class Apart = AsTheyAre>
 std::size_t mismatch_far(const typename Lanes::Unit *a, const typename Lanes::Unit *b, std::size_t limit,
                          Apart apart = {}) noexcept {
-    constexpr std::size_t kBlock = sizeof(typename Lanes::Vector);
-    const bool is_begun = fits_in_page<kNear>(a) && fits_in_page<kNear>(b);
-    return mismatch_from<Lanes>(is_begun ? (kNear - address(a) % kBlock) / sizeof *a : 0, a, b, limit, apart);
+    constexpr std::size_t kOne = kUnits<Lanes>, kSize = sizeof(typename Lanes::Unit), kGroup = 4 * kOne;
+    const auto at = [=](const typename Lanes::Unit *text, std::size_t place) {
+        return held(Lanes::load_anywhere(text + place));
+    };
+    const auto is_in_group = [=](std::size_t i) {
+        const auto a0 = at(a, i), a1 = at(a, i + kOne), a2 = at(a, i + 2 * kOne), a3 = at(a, i + 3 * kOne);
+        const auto apart01 = apart(a0, at(b, i)) | apart(a1, at(b, i + kOne));
+        const auto apart23 = apart(a2, at(b, i + 2 * kOne)) | apart(a3, at(b, i + 3 * kOne));
+        return Lanes::ends(apart01 | apart23, Lanes::least(Lanes::least(a0, a1), Lanes::least(a2, a3))) != 0;
+    };
+    // From a place to an end some blocks behind it.
+    const auto in_blocks = [=](std::size_t place, std::size_t end) {
+        for (; place < end; place += kOne) {
+            const auto units = at(a, place);
+            const std::uint64_t hits = Lanes::ends(apart(units, at(b, place)), units);
+            if (hits != 0) return place + first_of<Lanes>(hits);
+        }
+        return end;
+    };
+    const bool is_begun = fits_in_page<kNear>(a) && fits_in_page<kNear>(b) && address(a) % kSize == 0;
+    if (!is_begun || limit < 2 * kGroup) return mismatch_from<Lanes>(is_begun ? kNear / kSize : 0, a, b, limit, apart);
+    const std::size_t first = kGroup - address(a) / kSize % kGroup;
+    std::size_t i = (kNear - address(a) % (kOne * kSize)) / kSize;
+    if (i < first) {
+        i = left_in_page(b + i) / kSize >= first - i ? in_blocks(i, first)
+                                                     : mismatch_from<Lanes>(i, a, b, first, apart);
+        if (i != first) return i;
+    }
+    for (i = first;;) {
+        const std::size_t left = left_in_page(b + i) / kSize, end = i + left / kGroup * kGroup;
+        if (limit - i < left + kGroup) return mismatch_from<Lanes>(i, a, b, limit, apart);
+        for (; i != end; i += kGroup) {
+            if (is_in_group(i)) return in_blocks(i, i + kGroup);
+        }
+        const std::size_t next = i + kGroup;
+        if (i < kGroup || is_in_group(i - kGroup + left % kGroup)) {
+            i = mismatch_from<Lanes>(i, a, b, next, apart);
+        } else if (is_in_group(i)) {
+            i = in_blocks(i, next);
+        } else {
+            i = next;
+        }
+        if (i != next) return i;
+    }
 }
 
 template <class Lanes, class Apart = AsTheyAre>
@@ -325,12 +379,30 @@ std::size_t mismatch(const typename Lanes::Unit *a, const typename Lanes::Unit *
     return mismatch_near<Lanes>(a, b, limit, place, apart) ? place : mismatch_far<Lanes>(a, b, limit, apart);
 }
 
-// The difference at that place. A function apart, so that the one for short strings needs no room on the stack.
+// The difference at that place, without a limit. A function apart, so that the one for short strings needs no room on
+// the stack.
+template <class Lanes, class Apart>
+[[gnu::noinline]] int compare_far(const typename Lanes::Unit *a, const typename Lanes::Unit *b) noexcept {
+    const std::size_t place = mismatch_far<Lanes>(a, b, kNoLimit, Apart{});
+    return Apart::difference(a[place], b[place]);
+}
+
+template <class Lanes, class Apart = AsTheyAre>
+int compare(const typename Lanes::Unit *a, const typename Lanes::Unit *b) noexcept {
+    std::size_t place;
+    if (!mismatch_near<Lanes>(a, b, kNoLimit, place, Apart{})) return compare_far<Lanes, Apart>(a, b);
+    return Apart::difference(a[place], b[place]);
+}
+
+// Whether it is plain to see that a string comes to its end before a place behind it: by a 0 right in front of the
+// place, such as an allocator keeps there. The block of the place must be there to be read.
 template <class Lanes>
-[[gnu::noinline]] int compare_far(const typename Lanes::Unit *a, const typename Lanes::Unit *b,
-                                  std::size_t limit) noexcept {
-    const std::size_t place = mismatch_far<Lanes>(a, b, limit);
-    return place < limit ? a[place] - b[place] : 0;
+bool ends_before(const typename Lanes::Unit *string, const typename Lanes::Unit *place) noexcept {
+    const auto *const block = block_before(place, sizeof(typename Lanes::Vector));
+    if (address(block) < address(string)) return false;
+    const std::size_t units = address(place) % sizeof(typename Lanes::Vector) / sizeof *block;
+    const std::uint64_t before = (std::uint64_t{1} << units * Lanes::kBits) - 1;
+    return (Lanes::zeros(Lanes::load(block)) & before) != 0;
 }
 
 // A string of which the first block has no terminator and can be read. In one pass where nothing is written over before
@@ -339,7 +411,8 @@ template <class Lanes>
 typename Lanes::Unit *copy_long(typename Lanes::Unit *destination, const typename Lanes::Unit *source) noexcept {
     constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
     const auto *place = source;
-    if (address(destination) < address(source) && address(source) - address(destination) >= 4 * kBlock) {
+    if (ends_before<Lanes>(source, destination) ||
+        (address(destination) < address(source) && address(source) - address(destination) >= 4 * kBlock)) {
         Lanes::store_anywhere(destination, Lanes::load_anywhere(source));
         place = block_before(source, kBlock) + kOne;
         for (; address(place) % (4 * kBlock) != 0; place += kOne) {
@@ -348,7 +421,6 @@ typename Lanes::Unit *copy_long(typename Lanes::Unit *destination, const typenam
             Lanes::store_anywhere(destination + (place - source), units);
         }
         for (; address(place) % (4 * kBlock) == 0; place += 4 * kOne) {
-            fetch_ahead<4 * kBlock>(place);
             const auto a = Lanes::load(place), b = Lanes::load(place + kOne);
             const auto c = Lanes::load(place + 2 * kOne), d = Lanes::load(place + 3 * kOne);
             if (Lanes::zeros(Lanes::least(Lanes::least(a, b), Lanes::least(c, d))) != 0) break;

@@ -4,7 +4,6 @@
 
 #include "letters/case.h"
 #include "prim/strings.h"
-#include "simd/first_look.h"
 
 using namespace kxstr;
 using letters::to_upper;
@@ -25,19 +24,12 @@ int compare_folded(const KxChar *a, const KxChar *b, std::size_t limit) noexcept
     return 0;
 }
 
-constexpr int capital(std::uint8_t byte) noexcept {
-    return byte >= 'a' && byte <= 'z' ? byte - 'a' + 'A' : byte;
-}
-
 } // namespace
 
 extern "C" {
 
 int32_t w_stricmp(const char *a, const char *b) {
-    const std::uint8_t *const at_a = bytes_of(a), *const at_b = bytes_of(b);
-    if (const std::size_t seen = simd::look_apart_caseless(at_a, at_b); seen != simd::kNotSeen)
-        return capital(at_a[seen]) - capital(at_b[seen]);
-    return simd::kernels().compare8_caseless(at_a, at_b, prim::kUnlimited);
+    return simd::kernels().compare8_caseless(bytes_of(a), bytes_of(b));
 }
 
 int32_t ww_stricmp(const KxChar *a, const KxChar *b) {

@@ -97,9 +97,9 @@ TEST_F(Maps, BytesToAStream) {
         source[count - 1] = 0;
         for (const std::size_t room : {4 * count, random() % (2 * count + 2)}) {
             Bytes expected(room);
-            const std::size_t written = plain.stream_of_bytes(map.data(), source, expected.data(), room);
+            const std::size_t written = plain.stream_of_bytes(map, source, expected.data(), room);
             std::uint8_t *const result = results.end() - written; // not a byte more
-            ASSERT_EQ(family.stream_of_bytes(map.data(), source, result, room), written) << count << ' ' << room;
+            ASSERT_EQ(family.stream_of_bytes(map, source, result, room), written) << count << ' ' << room;
             ASSERT_TRUE(std::equal(result, results.end(), expected.begin())) << count << ' ' << room;
         }
     });

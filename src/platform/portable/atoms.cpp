@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "platform/ansi_text.h"
+#include "platform/portable/mutex.h"
 #include "platform/system.h"
 
 namespace kxstr::platform {
@@ -22,7 +23,7 @@ struct Atoms {
         std::uint16_t atom;
         std::size_t count;
     };
-    std::mutex mutex;
+    Mutex mutex;
     std::map<std::u16string, Use> by_text; // upper-case text
     std::map<std::uint16_t, std::map<std::u16string, Use>::iterator> by_number;
     std::uint16_t next = kFirstAtom;

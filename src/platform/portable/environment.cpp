@@ -64,6 +64,7 @@ LocaleVariable locale_variable(ReadVariable read) noexcept {
 std::optional<tables::Language> language_of_locale(std::string_view name) noexcept {
     const std::string_view modifier = name.substr(std::min(name.find('@'), name.size()));
     const std::string_view country = name.substr(0, name.find_first_of(".@"));
+    if (country.empty() || country == "C" || country == "POSIX") return std::nullopt; // no need to read the table
     for (const std::string_view suffix : {modifier, std::string_view{}}) {
         const auto found = std::ranges::find_if(tables::kLocaleNames, [&](const tables::LocaleName &entry) {
             const std::string_view known = entry.name();

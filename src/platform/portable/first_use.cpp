@@ -1,11 +1,10 @@
-#include <mutex>
-
+#include "platform/portable/mutex.h"
 #include "platform/system.h"
 
 namespace kxstr::platform {
 namespace {
 
-constinit std::mutex first_use;
+constinit Mutex first_use;
 
 } // namespace
 

@@ -7,6 +7,7 @@
 
 #include "platform/ansi_text.h"
 #include "platform/bytes.h"
+#include "platform/portable/mutex.h"
 #include "platform/portable/registry_store.h"
 #include "platform/roots.h"
 #include "platform/system.h"
@@ -37,7 +38,7 @@ using SharedKey = std::shared_ptr<const OpenKey>; // another thread may close th
 
 // A handle is the address of what it stands for, and never taken for one before it is found here.
 struct OpenKeys {
-    std::mutex mutex;
+    Mutex mutex;
     std::map<KeyHandle, SharedKey> keys;
 };
 
@@ -181,7 +182,7 @@ struct Question {
     std::uint32_t code_page; // of path and name
 };
 struct LastFound {
-    std::mutex mutex;
+    Mutex mutex;
     KeyHandle root{};
     std::string path;
     std::string name;

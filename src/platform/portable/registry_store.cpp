@@ -4,6 +4,7 @@
 #include <mutex>
 #include <new>
 
+#include "platform/portable/mutex.h"
 #include "platform/portable/settings.h"
 #include "platform/portable/settings_file.h"
 
@@ -12,7 +13,7 @@ namespace {
 
 // The file as it was read last.
 struct Cache {
-    std::mutex mutex;
+    Mutex mutex;
     std::string path;
     FileContent content;
     std::shared_ptr<const RegistryFile> registry; // null: damaged

@@ -1,6 +1,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <kxstr/platform.h>
+#include <new>
 #include <unistd.h>
 
 #include "platform/portable/environment.h"
@@ -15,7 +16,7 @@ constinit Origins settings_origins{};
 namespace {
 
 // Null, too, in a process with more rights than the user who started it: that user chooses the environment.
-const char *read_variable(const char *name) noexcept {
+[[gnu::cold]] const char *read_variable(const char *name) noexcept {
 #if defined(__linux__) && !defined(__ANDROID__)
     return ::secure_getenv(name);
 #else
@@ -25,7 +26,7 @@ const char *read_variable(const char *name) noexcept {
 
 // Before the initialisers of a host that has the library linked in statically, which may call it already.
 [[gnu::constructor(101)]] void load_settings() noexcept {
-    live_settings = settings_from(read_variable, &settings_origins);
+    new (&live_settings) KxPlatformSettings(settings_from(read_variable, &settings_origins)); // in place: no copy
 }
 
 } // namespace
