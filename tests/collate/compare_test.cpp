@@ -65,9 +65,9 @@ TEST(CompareByLanguage, ByCode) {
     const KxChar cz[] = {'c', 'z', 0};
     const KxChar ch[] = {'c', 'h', 0};
     EXPECT_EQ(KxWS6CmpcollLang(cz, ch, "ES", 0, 0), -1);
+    EXPECT_EQ(KxWS6CmpcollLang(cz, ch, nullptr, 0, 0), 1);
     EXPECT_EQ(KxWS6CmpcollLang(cz, ch, "US", 0, 0), 1);
     EXPECT_EQ(KxWS6CmpcollLang(cz, ch, "es", 0, 0), 1);
-    EXPECT_EQ(KxWS6CmpcollLang(cz, ch, nullptr, 0, 0), 1);
     EXPECT_EQ(KxWS6CmpcollLang(nullptr, ch, nullptr, 0, 0), -1);
 }
 
