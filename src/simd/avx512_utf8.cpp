@@ -119,7 +119,7 @@ Progress utf8_of_bytes(const Utf8Page &page, const std::uint8_t *from, std::size
             out = store_quarter<0>(out, bytes, there, whole);
             out = store_quarter<1>(out, bytes, there, whole);
             out = store_quarter<2>(out, bytes, there, whole);
-            out = store_quarter<3>(out, bytes, there, whole);
+            out = store_quarter<3>(out, bytes, there, false); // a whole one might reach behind the room
         }
         read += size;
         if (stops != 0) break;

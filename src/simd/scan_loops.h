@@ -292,6 +292,7 @@ std::size_t mismatch_from(std::size_t i, const typename Lanes::Unit *a, const ty
             i += left;
             continue;
         }
+        if (i == limit) break; // in a page that goes on
         // Near the beginning; or in the middle of a unit that lies across the end of its page.
         for (const std::size_t end = i + (left != 0 ? left : 1); i < end; ++i) {
             const auto unit = Lanes::all(a[i]);

@@ -165,6 +165,24 @@ class Scan : public testing::TestWithParam<const Kernels *> {
     }
 };
 
+// Nothing is read behind the limit, where there need be no terminator.
+TEST_P(Scan, AMismatchEndsAtTheLimit) {
+    for (Fenced *const area : {&memory, &other_memory})
+        std::fill(area->begin(), area->end(), std::uint8_t{1});
+    for (std::size_t count = 0; count <= 700; ++count) {
+        for (const std::size_t distance : {0, 1, 31, 64, 200}) {
+            const std::uint8_t *const a = memory.end() - count, *const b = other_memory.end() - count - distance;
+            ASSERT_EQ(family.mismatch8(a, b, count), count);
+            ASSERT_EQ(family.mismatch8(b, a, count), count);
+            if (count % 2 != 0) continue;
+            const auto *const units_a = reinterpret_cast<const std::uint16_t *>(a);
+            const auto *const units_b = reinterpret_cast<const std::uint16_t *>(b);
+            ASSERT_EQ(family.mismatch16(units_a, units_b, count / 2), count / 2);
+            ASSERT_EQ(family.mismatch16_caseless(units_b, units_a, count / 2), count / 2);
+        }
+    }
+}
+
 TEST_P(Scan, UnitsAsThePlainOnes) {
     check_everywhere<std::uint16_t>();
 }

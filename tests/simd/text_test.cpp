@@ -136,7 +136,7 @@ TEST(TextKernels, FormsByTablesAgree) {
         const auto fill_bytes = [](Random &any, std::uint8_t *to, std::size_t count) {
             const unsigned kind = any(3), none = any(4);
             for (std::size_t i = 0; i < count; ++i) {
-                to[i] = static_cast<std::uint8_t>(any(kind == 0 ? 0x80 : 0x100));
+                to[i] = static_cast<std::uint8_t>(any(kind == 0 ? 0x80 : 0x100) | (kind == 2 ? 0x80u : 0u));
                 if (none != 0 && to[i] % 32 == 7) --to[i];
             }
         };
