@@ -140,18 +140,9 @@ __m256i characters_of(__m512i bytes, std::uint64_t openers) noexcept {
     return true;
 }
 
-// What put_pairs() and put_codes() come to. False when they leave it to look_up_each().
-[[gnu::always_inline]] inline bool put_usual(__m512i &bytes, std::uint64_t &stay, std::uint64_t openers,
-                                             const std::uint8_t *at, __m512i source, const std::uint16_t *codes,
-                                             std::size_t &dropped) noexcept {
-    const auto first = static_cast<std::size_t>(__builtin_ctzll(openers));
-    if (at[first + 2] >= kPastAlphabets) return put_pairs(bytes, stay, openers, source, codes);
-    __m256i values;
-    if (!look_up_alphabets(codes, characters_of(source, openers), static_cast<__mmask16>(first_bits(count_of(openers))),
-                           values))
-        return false;
-    dropped += put_codes(bytes, stay, openers, values);
-    return true;
+// Whether the first extended character of a block is one that East Asia writes.
+bool is_past_alphabets(const std::uint8_t *at, std::uint64_t openers) noexcept {
+    return at[__builtin_ctzll(openers) + 2] >= kPastAlphabets;
 }
 
 // Blocks begin with a code and end with one, or with their page. What cannot be told by parity goes plainly.
@@ -195,9 +186,14 @@ __m256i characters_of(__m512i bytes, std::uint64_t openers) noexcept {
             return done;
         }
         done.filtered += count_of(stay);
-        if (openers != 0 && !put_usual(changed, stay, openers, at, bytes, codes, done.dropped))
-            done.dropped += put_codes(changed, stay, openers,
-                                      look_up_each(codes, characters_of(bytes, openers), count_of(openers)));
+        if (openers != 0 && !(is_past_alphabets(at, openers) && put_pairs(changed, stay, openers, bytes, codes))) {
+            const __m256i characters = characters_of(bytes, openers);
+            const std::size_t count = count_of(openers);
+            __m256i values;
+            if (!look_up_alphabets(codes, characters, static_cast<__mmask16>(first_bits(count)), values))
+                values = look_up_each(codes, characters, count);
+            done.dropped += put_codes(changed, stay, openers, values);
+        }
         done.read += end;
         done.written += store_some(destination + done.written, changed, stay);
         if (end < size && (found.stops >> end & 1) != 0) return done;
@@ -223,8 +219,13 @@ Narrowed narrow_stream(std::uint8_t *destination, const std::uint8_t *source, st
     if (filtered > room) return narrow_long_stream(destination, source, room, kept, codes);
     std::size_t dropped = 0;
     const std::uint64_t openers = found.openers & used;
-    if (openers != 0 && !put_usual(changed, stay, openers, source, bytes, codes, dropped))
-        return narrow_long_stream(destination, source, room, kept, codes);
+    if (openers != 0 && !(is_past_alphabets(source, openers) && put_pairs(changed, stay, openers, bytes, codes))) {
+        __m256i values;
+        if (!look_up_alphabets(codes, characters_of(bytes, openers),
+                               static_cast<__mmask16>(first_bits(count_of(openers))), values))
+            return narrow_long_stream(destination, source, room, kept, codes);
+        dropped = put_codes(changed, stay, openers, values);
+    }
     return {count_of(used), filtered, store_some(destination, changed, stay), dropped};
 }
 
