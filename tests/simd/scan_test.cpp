@@ -62,7 +62,7 @@ class Scan : public testing::TestWithParam<const Kernels *> {
         OrderValues values{};
         for (std::uint8_t *value : {&values.ascii[1], &values.ascii[2], &values.latin[1]})
             *value = static_cast<std::uint8_t>(random() % 4 == 0 ? OrderValues::kNotTold : 1 + random() % 3);
-        values.ascii['a'] = values.ascii['A'] = values.ascii[1];
+        values.ascii[0x61] = values.ascii[0x41] = values.ascii[1]; // a and A
         for (std::uint16_t unit = 0; unit < OrderValues::kEndLatin; ++unit)
             values.first[unit] = random() % 2 != 0 ? values.of(unit) : OrderValues::kNotTold;
         if (random() % 2 != 0) {
