@@ -170,7 +170,7 @@ TEST_P(Scan, AMismatchEndsAtTheLimit) {
     for (Fenced *const area : {&memory, &other_memory})
         std::fill(area->begin(), area->end(), std::uint8_t{1});
     for (std::size_t count = 0; count <= 700; ++count) {
-        for (const std::size_t distance : {0, 1, 31, 64, 200}) {
+        for (const std::size_t distance : {0u, 1u, 31u, 64u, 200u}) {
             const std::uint8_t *const a = memory.end() - count, *const b = other_memory.end() - count - distance;
             ASSERT_EQ(family.mismatch8(a, b, count), count);
             ASSERT_EQ(family.mismatch8(b, a, count), count);
