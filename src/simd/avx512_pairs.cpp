@@ -1,3 +1,4 @@
+#include "simd/avx512_blocks.h"
 #include "simd/look_up.h"
 #include "simd/scan_loops.h"
 
@@ -6,30 +7,6 @@
 namespace kxstr::simd::avx512 {
 namespace {
 
-constexpr std::size_t kBlock = 64; // units or bytes
-constexpr std::size_t kHalf = 32;  // units in a register
-constexpr std::size_t kGroup = 8;  // units that are looked up together
-
-__m512i load(const void *place) noexcept {
-    return _mm512_loadu_si512(place);
-}
-void store(void *place, __m512i value) noexcept {
-    _mm512_storeu_si512(place, value);
-}
-std::size_t lesser(std::size_t a, std::size_t b) noexcept {
-    return a < b ? a : b;
-}
-// The lowest `count` bits.
-std::uint64_t first_bits(std::size_t count) noexcept {
-    return _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(lesser(count, kBlock)));
-}
-std::size_t count_of(std::uint64_t bits) noexcept {
-    return static_cast<std::size_t>(__builtin_popcountll(bits));
-}
-// The lowest bit that is set, and those below it.
-std::uint64_t up_to_first(std::uint64_t bits) noexcept {
-    return bits ^ (bits - 1);
-}
 // The lowest `count` bits that are set.
 std::uint64_t first_ones(std::uint64_t bits, std::size_t count) noexcept {
     return count_of(bits) <= count ? bits : _pdep_u64(first_bits(count), bits);
