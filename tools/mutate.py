@@ -2,7 +2,8 @@
 """How much the tests see: changes one place of the library or of the tool at a time, builds that, and runs the tests.
 
     mutate.py [--count N] [--seed S] [--jobs J] [PATTERN...]    mutants of the files whose path has one of the patterns
-    mutate.py --again JOURNAL [PATTERN...]                      the mutants of an earlier run, with the tests of today
+    mutate.py --again JOURNAL [PATTERN...]                      the mutants of an earlier run whose lines still stand, with
+                                                                the tests of today; --survivors: those that survived
 
 An interrupted run goes on where it was when it is started again; --fresh begins anew.
 
@@ -243,6 +244,18 @@ def read_journal(path):
     return [json.loads(line) for line in path.read_text(encoding="utf-8").splitlines()]
 
 
+def standing(mutants):
+    """The mutants whose line is still in its file, each with the number that the line has now."""
+    texts = {}
+    for mutant in mutants:
+        path = ROOT / mutant["file"]
+        if path not in texts:
+            texts[path] = path.read_text(encoding="utf-8").splitlines() if path.exists() else []
+        numbers = [number for number, line in enumerate(texts[path], 1) if line == mutant["was"]]
+        if numbers:
+            yield mutant | {"line": min(numbers, key=lambda number: abs(number - mutant["line"]))}
+
+
 def equal_mutants():
     if not EQUAL.exists():
         return {}
@@ -283,7 +296,7 @@ def main():
     parser.add_argument("--jobs", type=int, default=1)
     parser.add_argument("--fresh", action="store_true")
     parser.add_argument("--again", type=pathlib.Path)
-    parser.add_argument("--survivors", action="store_true", help="with --again: only what survived")
+    parser.add_argument("--survivors", action="store_true", help=argparse.SUPPRESS)
     parser.add_argument("--report", type=pathlib.Path, help="only writes the report of a journal, on standard output")
     parser.add_argument("patterns", nargs="*")
     arguments = parser.parse_args()
@@ -307,8 +320,8 @@ def main():
         return not arguments.patterns or any(pattern in path for pattern in arguments.patterns)
 
     if arguments.again:
-        source = iter([mutant for mutant in earlier if wanted(mutant["file"]) and mutant["result"] not in NOT_TRIED
-                       and (not arguments.survivors or mutant["result"] == "survived")])
+        source = standing([mutant for mutant in earlier if wanted(mutant["file"]) and mutant["result"] not in NOT_TRIED
+                           and (not arguments.survivors or mutant["result"] == "survived")])
     else:
         # What this machine does not compile, and what is generated, has nothing to say.
         files = subprocess.run(["git", "ls-files", "src/*.cpp", "src/*.h", "tools/kx"], cwd=ROOT, capture_output=True,
