@@ -51,10 +51,12 @@ def texts_of(target):
              RUSSIAN.encode("cp866"), HEBREW.encode("cp1255"), VIETNAMESE.encode("cp1258", "ignore"), b"Plain & simple && (&F)\n"]
     unicode = [(CZECH + JAPANESE + VIETNAMESE).encode(), (GREEK + CHINESE).encode("utf-16le"),
                b"\xef\xbb\xbf" + HEBREW.encode(), b"\xc3\xe9\xed\xa0\x80\xf4\x90\x80\x80\xff", "e\u0301\u0323 \U0001F600".encode()]
+    # Blocks of the kernels that are all of one kind, as long as their UTF-8 fills its room to the last byte.
+    blocks = [b"\x80" * 192, b"\xb3" * 256, "\u2026".encode() * 128, japanese * 8]
     kx = [bytes(range(1, 256)), b"".join(bytes([0x80 + i, i]) for i in range(128)), "cote Côté llama LLama".encode("latin-1")]
     return {
-        "conversions": plain + unicode[:2] + kx + [SOUND, OLD],
-        "text": plain + unicode + kx + [b"\x81\x30\x81\x30\xfe\xfe", b"a" * 300 + b"\xe9"],
+        "conversions": plain + unicode[:2] + kx + blocks + [SOUND, OLD],
+        "text": plain + unicode + kx + blocks + [b"\x81\x30\x81\x30\xfe\xfe", b"a" * 300 + b"\xe9"],
         "streams": [SOUND, SOUND + SOUND, WRONG, SOUND + WRONG, b"text\xf0\x29\x01\xf0" * 20],
         "strings": plain[:5] + kx + [b"needle in a haystack with a needle", b"A" * 100],
         "collation": kx + [LINES.encode("latin-1", "ignore"), b"llllama", b"cote\x86\x01COTE"],
