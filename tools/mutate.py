@@ -43,7 +43,7 @@ SCRIPTS = {"tools/kx/sort_key": "kx.sort|python.package",
            "tools/kx/detect": "kx.detect", "tools/kx/(east|strip)": "kx.letters",
            "tools/kx/(dump|names|stream|archive)": "kx.(streams|characters)", "tools/kx/(files|options|main|os)": "kx.files",
            "tools/kx": "kx.convert", "src/platform": "platform.settings_before_main", "src/simd/plain": "kernels.plain"}
-OTHERS = "platform.settings_before_main|kx.(files|letters|characters|detect|registry|streams|convert|help|chart|demo|sort)"
+OTHERS = "platform.settings_before_main|kx.(files|letters|characters|detect|registry|streams|convert|exact|help|chart|demo|sort)"
 
 # Code is formatted: a space on both sides makes an operator a binary one, and never a template's bracket.
 OPERATORS = {"<": ("<=", ">="), "<=": ("<", ">"), ">": (">=", "<="), ">=": (">", "<"), "==": ("!=",), "!=": ("==",),

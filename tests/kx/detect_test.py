@@ -74,10 +74,10 @@ class Detect(KxTest):
 
     def test_files_and_forms(self):
         with tempfile.TemporaryDirectory() as folder:
-            paths = [pathlib.Path(folder) / name for name in ('a "quoted" name', "missing", "b")]
+            paths = [pathlib.Path(folder) / name for name in ('a "quoted"\tname', "missing", "b")]
             for path in (paths[0], paths[2]):
                 path.write_bytes(CZECH.encode("cp852"))
-            lines = self.output("detect", "--top", "2", paths[0]).decode().splitlines()
+            lines = self.output("detect", "-n", "2", paths[0]).decode().splitlines()
             self.assertEqual([line.split(": ")[1].split()[0] for line in lines][0], "852")
             self.assertEqual(len(lines), 2)
             answer = json.loads(self.output("detect", "--json", paths[0]))

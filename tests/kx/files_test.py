@@ -226,7 +226,9 @@ class SafeOutputs(Folder):
             self.assertEqual(os.stat("old").st_mode & 0o777, 0o600)
 
     def test_faults(self):
-        for arguments, wanted in (("convert -f 852 -t 1250 -o old new none", "none: No such"),
+        os.symlink("loop", "loop")
+        for arguments, wanted in (("convert -f 852 -t 1250 -o loop new", "loop: Too many"),
+                                  ("convert -f 852 -t 1250 -o old new none", "none: No such"),
                                   ("convert -f utf-8 -t 1250 -o old new", "does not convert"),
                                   ("convert -f 852 -t 1250 -o no/old new", "no/old: No such"),
                                   ("convert -f 852 -t 1250 -o . new", ".: Is a directory")):

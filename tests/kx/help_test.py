@@ -53,6 +53,7 @@ class Manners(KxTest):
                 if command != "sort" or letter not in OF_SORT:
                     meanings.setdefault(letter, set()).add(name)
         self.assertEqual({letter: names for letter, names in meanings.items() if len(names) > 1}, {})
+        self.assertEqual(meanings["o"], {"output"})
         for arguments in ("--help=x", "convert --help=x"):
             self.assert_fails(arguments, message="no 'x'; there are text, man, bash and zsh", status=2)
         self.assert_fails("convert --e=lf", message="'--e' may be --eol or --eof", status=2)
@@ -107,6 +108,9 @@ class Pages(KxTest):
         self.assertEqual(set(pages), {"kx"} | {f"kx-{command}" for command in COMMANDS})
         for name, path in pages.items():
             source = (gzip.open if path.suffix == ".gz" else open)(path, "rb").read()
+            summary = re.search(rb"\.SH NAME\n\S+ \\- (.*)\n", source)[1].decode()
+            explained = " ".join(self.output("help", *name.split("-")[1:]).decode().split())
+            self.assertTrue(summary[0].islower() and summary[1:30] in explained, summary)
             for command, said in ((["mandoc", "-T", "lint", "-W", "warning"], r"^(mandoc: \S+ WARNING: missing date.*\n)?$"),
                                   (["groff", "-K", "utf8", "-man", "-T", "utf8", "-ww", "-z"], "^$")):
                 if shutil.which(command[0]):

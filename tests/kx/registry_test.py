@@ -135,6 +135,7 @@ class Registry(KxTest):
         ):
             with self.subTest(message):
                 self.refused("registry", *arguments.split(), status=2, message=message)
+        self.refused("registry", "set", "HKU", "v", b"\xff", status=2, message="is no text")
         self.refused("registry", "--file", "", "show", status=2, message="--file needs the name of a file")
         self.refused("registry", "-f", 4096 * "f", "show", status=2, message="the path is too long")
         for command in ("show", "get HKU v", "export", "unset HKU v", "delete HKU\\k"):
@@ -178,6 +179,7 @@ class Registry(KxTest):
         self.assertEqual(self.kx("registry", "get", "-t", "hex", "HKU\\K", "v"), "866\n")
         self.write("[" + FRENCH + ']\r\n"DOS Code Page"=hex(c0000002):54,03\r\n')
         self.refused("codepages", "set", "FR", "--dos", "850", message="cannot be stored (status 5)")
+        self.kx("codepages", "set", "LONGEST", "--dos", "850")
         for arguments, message in (
             ("set", "a language"), ("set FR", "--dos or"), ("set LANGUAGES --dos 852", "at most 7"), ("852 850", "one page"),
             ("set sl --dos 852", "no rules for Slovene"), ("set FR --dos 999", "no code page '999'"), ("85x", "no code page '85x'"), ("--dos 852", "go with set"),

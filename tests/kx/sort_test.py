@@ -74,6 +74,9 @@ class Sorts(KxTest):
         self.assertEqual(result.stderr.decode(), "kx sort: characters that KX lacks, behind all others: 3, "
                                                  "the first one U+1F600 in (standard input):1:2\n")
         self.assertEqual(result.returncode, 0)
+        for options, told in (("-c", b"KX lacks, behind all others: 1,"), ("-C", b"")):
+            checked = kx("sort -l is " + options, data="a\n😀\n".encode())
+            self.assertEqual((told in checked.stderr, checked.stderr != b"", checked.returncode), (True, told != b"", 0))
 
     def test_fields_are_those_of_sort(self):
         """Of characters that bytes and English order alike."""
@@ -120,7 +123,7 @@ class Sorts(KxTest):
                    "HR": "čćđ", "MA": "áöőü", "IS": "áðýþæö", "TK": "ıIİşğöçü", "HE": "אבש", "AR": "ابت", "FA": "پچا",
                    "UR": "ٹبا", "RU": "аёеж", "YK": "ьіїя", "JP": "かがカｶﾞー亜", "KR": "가나", "CT": "漢中", "CS": "汉中",
                    "DK": "åæøä", "NL": "ĳ", "DE": "ßäö"}
-        common = ["a", "A", "b", "é", "É", "z", " ", "-", "cha", "Che", "ce", "hi", "lla", "la", "a😀"]
+        common = ["a", "A", "b", "é", "É", "z", " ", "-", "cha", "Che", "ce", "hi", "lla", "la", "a😀", "😁"]
         codes = [line.split()[0] for line in self.output("sort --list").decode().split("\n\n")[0].splitlines()[1:]]
         self.assertEqual(len(codes), 40)
         for code in codes:

@@ -35,6 +35,7 @@ class Streams(KxTest):
              units(0x118, 0xB08, 0xB3D)),
             ("attributes of KX 5", "stream5", "kx", b"\xc3\x05\xc3\xc4\x05\xc4", units(0xFE0A, 0xFE0B)),
             ("are no text", "stream5", "utf-8", b"\xc3\x05\xc3a\xd1\0\x02\0\x55\x66b\x0a", b"ab\n"),
+            ("a space of KX 5 is no pair", "932", "stream5", b"a !", b"\x21a \x21!"),
             ("sio", "kx", "sio", units(0x100, 0xF909, 0xF90D, 0xF90A, 0xFE04, 0xFE05, 0xFE18, 0xFE1D),
              b"\xfd\x00\x01\x09\x0d\x0d\x0e\x03\x0f\x03\x1d\x15"),
             ("East Asian characters in sio", "932", "sio", b"\x82\xa0", b"\xfd\x5f\x25"),

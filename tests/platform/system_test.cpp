@@ -80,6 +80,7 @@ TEST_F(SystemRegistry, QueriesTellTypeAndSizeBeforeAnythingElse) {
     EXPECT_STREQ(data, "abc") << "nothing is written";
     EXPECT_EQ(query_value(kCurrentUser, "v", nullptr, data, size), kSuccess);
     EXPECT_STREQ(data, "\1\2\3");
+    EXPECT_EQ(query_value_at(kCurrentUser, "new", "v", nullptr, nullptr, size), kNotFound) << "of a key that it makes";
 }
 
 TEST_F(SystemRegistry, StringsCrossInTheAnsiCodePage) {

@@ -157,6 +157,12 @@ TEST(TextConverter, KnowsItsFormsPagesAndSubstitutes) {
     converter = prepared(utf8, kForms[0]);
     for (const std::uint32_t character : {0x20ACu, 0xD800u, 0x1F6A2u, 0x110000u})
         EXPECT_EQ(KxTextSubstitute(&converter, character), 0u) << character;
+    converter = prepared(utf8, {KX_TEXT_CODE_PAGE, 932, nullptr});
+    EXPECT_EQ(KxTextSubstitute(&converter, 0x3013), 1u);
+    char room[4] = "";
+    KxTextResult result;
+    EXPECT_EQ(KxTextConvert(&converter, "\xC4\x80x", 3, 1, room, sizeof room, &result), KX_TEXT_DONE);
+    EXPECT_STREQ(room, "\x81\xACx") << "a substitute of two bytes";
     EXPECT_EQ(KxTextMark(KX_TEXT_UTF8, "\xEF\xBB\xBF", 3), 3u);
     EXPECT_EQ(KxTextMark(KX_TEXT_UTF8, "\xEF\xBB\xBF", 2), 0u);
     EXPECT_EQ(KxTextMark(KX_TEXT_UTF16BE, "\xFE\xFFx", 3), 2u);
