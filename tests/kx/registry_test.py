@@ -103,7 +103,7 @@ class Registry(KxTest):
         self.write(before)
         self.assertEqual(self.kx("registry", "show", "HKEY_USERS\\k"), HEADER.replace("\r", "") +
                          '\n[HKEY_USERS\\K]\n"v"=hex:01\n"a"="x"\n')
-        self.kx("registry", "set", "-t", "hex", "HKEY_USERS\\k", "V", "02")
+        self.kx("registry", "set", "-t", "hex", "HKEY_USERS\\k", "V", ", 02")
         self.assertEqual(self.file.read_bytes().decode(), HEADER + before.replace("01", "02"))
         self.kx("registry", "unset", "HKEY_USERS\\K", "v")
         self.assertEqual(self.file.read_bytes().decode(), HEADER + before.replace('"v" = hex:01 ; one\r\n', ""))

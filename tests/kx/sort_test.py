@@ -74,6 +74,8 @@ class Sorts(KxTest):
         self.assertEqual(result.stderr.decode(), "kx sort: characters that KX lacks, behind all others: 3, "
                                                  "the first one U+1F600 in (standard input):1:2\n")
         self.assertEqual(result.returncode, 0)
+        far = kx("sort -l is", data="😀\n".encode() + b"a\n" * CHUNK + "😀\n".encode())
+        self.assertIn(b"behind all others: 2,", far.stderr)
         for options, told in (("-c", b"KX lacks, behind all others: 1,"), ("-C", b"")):
             checked = kx("sort -l is " + options, data="a\n😀\n".encode())
             self.assertEqual((told in checked.stderr, checked.stderr != b"", checked.returncode), (True, told != b"", 0))
@@ -144,7 +146,7 @@ class Sorts(KxTest):
                 self.assertEqual(kx("sort", "-l", code, "-m", *parts).stdout, kx("sort", "-l", code, *parts).stdout)
 
         lines = "".join("".join(shuffler.choices("lLaz", k=9)) + "\n" for _ in range(5000)).encode()
-        self.assertEqual(self.sort("ES", lines, "-j4"), self.sort("ES", lines), "an order that is none")
+        self.assertEqual(self.sort("ES", lines, "--parallel=4"), self.sort("ES", lines), "an order that is none")
         long = b"a" * 1200
         self.assertEqual(kx("sort", "-l", "US", "-C", data=long + b"b\n" + long + b"a\n").returncode, 1, "beyond the keys")
         data = b"cb\n" * CHUNK + b"a" * 2 * CHUNK
