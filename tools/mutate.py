@@ -40,10 +40,10 @@ EQUAL = ROOT / "tools/equal_mutants.tsv"
 SCRIPTS = {"tools/kx/sort_key": "kx.sort|python.package",
            "src/collate|tools/kx/(sort|coll|merge|lines|languages)": "kx.sort", "tools/kx/(regis|codep)": "kx.registry",
            "tools/kx/(help|option|version|near)": "kx.help", "tools/kx/(chart|unit_table|json)": "kx.chart",
-           "tools/kx/detect": "kx.detect", "tools/kx/(east|strip)": "kx.letters",
+           "tools/kx/detect": "kx.detect", "tools/kx/through": "kx.(exact|convert)", "tools/kx/(east|strip)": "kx.letters",
            "tools/kx/(dump|names|stream|archive)": "kx.(streams|characters)", "tools/kx/(files|options|main|os)": "kx.files",
            "tools/kx": "kx.convert", "src/platform": "platform.settings_before_main", "src/simd/plain": "kernels.plain"}
-OTHERS = "platform.settings_before_main|kx.(files|letters|characters|detect|registry|streams|convert|exact|help|chart|demo|sort)"
+OTHERS = "platform.settings_before_main|kx.(files|letters|characters|detect|registry|streams|convert|help|chart|demo|sort)"
 
 # Code is formatted: a space on both sides makes an operator a binary one, and never a template's bracket.
 OPERATORS = {"<": ("<=", ">="), "<=": ("<", ">"), ">": (">=", "<="), ">=": (">", "<"), "==": ("!=",), "!=": ("==",),
