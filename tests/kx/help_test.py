@@ -109,8 +109,8 @@ class Pages(KxTest):
         for name, path in pages.items():
             source = (gzip.open if path.suffix == ".gz" else open)(path, "rb").read()
             summary = re.search(rb"\.SH NAME\n\S+ \\- (.*)\n", source)[1].decode()
-            explained = " ".join(self.output("help", *name.split("-")[1:]).decode().split())
-            self.assertTrue(summary[0].islower() and summary[1:30] in explained, summary)
+            explained = " ".join(self.output("help", *name.split("-")[1:]).decode().lower().split())
+            self.assertTrue(summary[0].islower() and summary[:30].lower() in explained, summary)
             for command, said in ((["mandoc", "-T", "lint", "-W", "warning"], r"^(mandoc: \S+ WARNING: missing date.*\n)?$"),
                                   (["groff", "-K", "utf8", "-man", "-T", "utf8", "-ww", "-z"], "^$")):
                 if shutil.which(command[0]):
