@@ -215,6 +215,9 @@ class Converts(KxTest):
         for before in (CHUNK - 1, CHUNK, 3 * CHUNK + 1):
             self.assert_fails("convert -f utf-8 -t 437", data=b"a" * before + "€".encode(), output=b"a" * before,
                               message=f":1:{before + 1}: byte {before}: U+20AC (E2 82 AC) ")
+        for order, lone in (("be", b"\xdc\0"), ("le", b"\0\xdc")):  # behind pairs whose second units begin with DC to DF
+            text = "😀🚢\U0001F300\U000103FF".encode("utf-16" + order)
+            self.assert_fails(f"convert -f utf-16{order} -t utf-8", data=text + lone, output=None, message=":1:5: byte 16:")
 
     def test_no_character_is_cut_at_the_edge_of_a_chunk(self):
         tail = "\u00d7あ中日本語\r\n"
