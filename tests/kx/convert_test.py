@@ -154,6 +154,7 @@ class Converts(KxTest):
             ("an undefined byte is not one of another page", "1253", "1252", b"\xaa\n", "0: AA", b"", b"\n", b"?\n"),
             ("East Asian text without a page", "utf-8", "kx", "가", "0: EA B0 80", b"", b"", b"?\0"),
             ("an encoding of the system", "euc-jp", "koi8-r", "aあb".encode("euc-jp"), "1: A4 A2", b"a", b"ab", b"a?b"),
+            ("to such a one", "utf-8", "euc-jp", "a🚢b", "1: F0 9F 9A A2", b"a", b"ab", b"a?b"),
             ("one that shifts, with the code behind", "iso-2022-jp", "437", "aあb".encode("iso-2022-jp"), "4: 24 22 1B 28 42", b"a", b"ab", b"a?b"),
             ("to one", "utf-8", "koi8-r", "ж€x", "2: E2 82 AC", b"\xd6", b"\xd6x", b"\xd6?x"),
             ("no ASCII", "ascii", "437", b"a\xe9b", "1: E9", b"a", b"ab", b"a?b"),
