@@ -41,6 +41,9 @@ bool write_group(__m512i characters, __mmask16 live, std::uint8_t *stream, std::
     return true;
 }
 
+// What the terminator and the bytes without a character have for a set. A map may have characters of it.
+constexpr std::uint8_t kNoSet = 0xFF;
+
 // A map of bytes, low and high bytes of its values apart: of the upper half; and of the other bytes that are no text,
 // by their lowest 6 bits. 0x7F is the only one of these that has the bits of '?'.
 struct Table {
@@ -61,13 +64,14 @@ Table split(const std::uint16_t *map) noexcept {
             high_of(0x80),
             high_of(0xC0),
             _mm512_mask_mov_epi8(low_of(0), last, all(map[0x7F])),
-            _mm512_mask_mov_epi8(high_of(0), last, all(map[0x7F] >> 8))};
+            _mm512_mask_mov_epi8(_mm512_mask_mov_epi8(high_of(0), last, all(map[0x7F] >> 8)), 1, all(kNoSet))};
 }
 
 // The characters of a block.
 struct Characters {
     __m512i low, high; // bytes
-    __mmask64 wide, none;
+    __mmask64 wide;
+    __mmask64 none; // all of kNoSet, the terminator too
 };
 [[gnu::always_inline]] inline Characters look_up(const Table &table, __m512i bytes) noexcept {
     const __mmask64 upper = _mm512_movepi8_mask(bytes);
@@ -77,8 +81,7 @@ struct Characters {
     const __m512i high =
         _mm512_mask_permutexvar_epi8(_mm512_maskz_permutex2var_epi8(upper, table.high, bytes, table.high_2),
                                      no_text & ~upper, bytes, table.other_high);
-    return {low, high, _mm512_test_epi8_mask(high, high),
-            _mm512_cmpeq_epi8_mask(_mm512_and_si512(low, high), all(0xFF))};
+    return {low, high, _mm512_test_epi8_mask(high, high), _mm512_cmpeq_epi8_mask(high, all(kNoSet))};
 }
 
 // By which bytes are taken from those of a block's characters, low ones and then high ones. 0xF0 stays.
@@ -177,7 +180,7 @@ bool can_be_read(const std::uint8_t *at) noexcept {
             for (; room - written >= 2 * kMost && can_be_read(source + kBlock); source += kBlock) {
                 const __m512i next_bytes = load(source + kBlock);
                 const Characters next = look_up(table, next_bytes);
-                if ((_mm512_testn_epi8_mask(next_bytes, next_bytes) | next.none) != 0) break;
+                if (next.none != 0) break;
                 written = static_cast<std::size_t>(write_whole(stream + written, block) - stream);
                 block = next;
             }
