@@ -145,16 +145,116 @@ bool is_past_alphabets(const std::uint8_t *at, std::uint64_t openers) noexcept {
     return at[__builtin_ctzll(openers) + 2] >= kPastAlphabets;
 }
 
+// The codes of 128 characters of a set, if each of them is one byte, or none at all: that is 0 here.
+struct Row {
+    __m512i low, high;
+    unsigned number;
+    bool is_single;
+};
+Row row_of(const std::uint16_t *codes, unsigned number) noexcept {
+    constexpr std::size_t kLanes = 32;
+    const std::uint16_t *const row = codes + std::size_t{number} * 2 * kBlock;
+    __mmask32 others = 0;
+    const auto narrow = [&](std::size_t part) {
+        const __m512i values = load(row + part * kLanes);
+        const __mmask32 some = _mm512_cmpneq_epi16_mask(values, _mm512_set1_epi16(-1));
+        const __m512i less = _mm512_sub_epi16(values, _mm512_set1_epi16(1));
+        others |= _mm512_mask_cmpge_epu16_mask(some, less, _mm512_set1_epi16(0xFF));
+        return _mm512_maskz_cvtepi16_epi8(some, values);
+    };
+    const auto join = [&](std::size_t part) {
+        return _mm512_inserti64x4(_mm512_castsi256_si512(narrow(part)), narrow(part + 1), 1);
+    };
+    const __m512i low = join(0), high = join(2);
+    return {low, high, number, others == 0};
+}
+// The row of the character that ends in front of a place.
+unsigned row_before(const std::uint8_t *closer) noexcept {
+    return closer[-1] * 2u + closer[-2] / 128u;
+}
+
+// From an extended character's block on, by aligned blocks: each character goes with the block that it ends in, so that
+// no block waits for where the one before ended. Ends with a code, in front of all that is not told by parity, with
+// room left, and where the characters of a block are of three rows or more. `are_single`: whether the rows were.
+[[gnu::noinline]] Narrowed narrow_by_rows(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
+                                          const std::uint8_t *kept, const std::uint16_t *codes, unsigned first_row,
+                                          bool &are_single) noexcept {
+    constexpr std::uint64_t kAll = ~std::uint64_t{0};
+    Row row = row_of(codes, first_row), other_row = row;
+    are_single = row.is_single;
+    if (!are_single) return {};
+    Narrowed done{};
+    const std::size_t skipped = reinterpret_cast<std::uintptr_t>(source) % kBlock;
+    const std::uint8_t *block = source - skipped;
+    const __m512i one_back = _mm512_add_epi8(load(&kPlaces), all(kBlock - 1));
+    const __m512i two_back = _mm512_add_epi8(load(&kPlaces), all(kBlock - 2));
+    __m512i previous = _mm512_setzero_si512();
+    std::uint64_t before = 0;
+    for (std::uint64_t live = kAll << skipped; room - done.filtered >= 2 * kBlock; block += kBlock, live = kAll) {
+        const __m512i bytes = load(block);
+        const std::uint64_t extended = _mm512_cmpeq_epi8_mask(bytes, all(0xF0)) & live;
+        const std::uint64_t stops = _mm512_cmpge_epu8_mask(_mm512_sub_epi8(bytes, all(1)), all(0xCF)) & live;
+        const StreamCodes found =
+            (extended | before >> 61) != 0 ? find_codes({stops, extended}, before) : StreamCodes{0, 0, stops, 0};
+        if ((found.stops | found.odd) != 0) break;
+        const std::uint64_t closers = found.openers << 3 | before >> 61;
+        // Two tables of 128 bytes: of what stays where it is, and of the characters.
+        __m512i changed = kept_of(kept, bytes);
+        if (closers != 0) {
+            const __m512i indexes = _mm512_permutex2var_epi8(previous, two_back, bytes);
+            const __m512i sets = _mm512_permutex2var_epi8(previous, one_back, bytes);
+            const std::uint64_t upper = _mm512_movepi8_mask(indexes);
+            const auto are_of = [&](const Row &which) {
+                return closers & (which.number % 2 != 0 ? upper : ~upper) &
+                       _mm512_cmpeq_epi8_mask(sets, all(which.number / 2));
+            };
+            const auto put = [&](const Row &which, std::uint64_t here) {
+                changed = _mm512_mask_mov_epi8(changed, here, _mm512_permutex2var_epi8(which.low, indexes, which.high));
+            };
+            const std::uint64_t here = are_of(row);
+            put(row, here);
+            if (here != closers) {
+                std::uint64_t rest = closers & ~here;
+                if ((rest & ~are_of(other_row)) != 0) {
+                    other_row = row_of(codes, row_before(block + __builtin_ctzll(rest)));
+                    are_single = other_row.is_single;
+                    if (!are_single || (rest & ~are_of(other_row)) != 0) break;
+                }
+                put(other_row, rest);
+                if (here == 0) {
+                    const Row last = row;
+                    row = other_row;
+                    other_row = last;
+                }
+            }
+        }
+        const std::uint64_t some = _mm512_test_epi8_mask(changed, changed) & live;
+        const std::uint64_t singles = some & ~(found.openers | found.inside), coded = some & closers;
+        done.filtered += count_of(singles) + kExtendedSize * count_of(closers);
+        done.dropped += count_of(closers) - count_of(coded);
+        done.written += store_some(destination + done.written, changed, singles | coded);
+        previous = bytes;
+        before = found.openers;
+    }
+    if (block <= source) return {};
+    done.read = static_cast<std::size_t>(block - source);
+    if (before >> 61 != 0) done.read -= 1 + static_cast<std::size_t>(__builtin_clzll(before)); // it has not ended
+    return done;
+}
+
 // Blocks begin with a code and end with one, or with their page. What cannot be told by parity goes plainly.
 [[gnu::noinline]] Narrowed narrow_long_stream(std::uint8_t *destination, const std::uint8_t *source, std::size_t room,
                                               const std::uint8_t *kept, const std::uint16_t *codes) noexcept {
     Narrowed done{};
-    const auto go_on_plainly = [&](std::size_t most) {
-        const Narrowed more = plain::narrow_stream(destination + done.written, source + done.read, most, kept, codes);
+    const auto add = [&](const Narrowed &more) {
         done = {done.read + more.read, done.filtered + more.filtered, done.written + more.written,
                 done.dropped + more.dropped};
         return more.read != 0;
     };
+    const auto go_on_plainly = [&](std::size_t most) {
+        return add(plain::narrow_stream(destination + done.written, source + done.read, most, kept, codes));
+    };
+    bool are_single = true;
     while (done.filtered < room) {
         const std::uint8_t *const at = source + done.read;
         const std::size_t in_page = left_in_page(at), size = in_page < kBlock ? in_page : kBlock;
@@ -173,6 +273,10 @@ bool is_past_alphabets(const std::uint8_t *at, std::uint64_t openers) noexcept {
                 openers &= first_bits(end);
             }
         }
+        if (openers != 0 && are_single && room - done.filtered >= 2 * kBlock && !is_past_alphabets(at, openers) &&
+            add(narrow_by_rows(destination + done.written, at, room - done.filtered, kept, codes,
+                               row_before(at + __builtin_ctzll(openers) + 3), are_single)))
+            continue;
         if (end == 0) {
             if ((found.stops & 1) != 0) return done;
             if (!go_on_plainly(room - done.filtered < kExtendedSize ? 0 : kExtendedSize)) return done;

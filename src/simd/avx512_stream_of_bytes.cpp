@@ -2,7 +2,6 @@
 #include <immintrin.h>
 
 #include "simd/scan_loops.h"
-#include "simd/stream_places.h"
 
 namespace kxstr::simd::avx512 {
 namespace {
@@ -42,6 +41,9 @@ bool write_group(__m512i characters, __mmask16 live, std::uint8_t *stream, std::
     return true;
 }
 
+// What the terminator and the bytes without a character have for a set. A map may have characters of it.
+constexpr std::uint8_t kNoSet = 0xFF;
+
 // A map of bytes, low and high bytes of its values apart: of the upper half; and of the other bytes that are no text,
 // by their lowest 6 bits. 0x7F is the only one of these that has the bits of '?'.
 struct Table {
@@ -62,13 +64,14 @@ Table split(const std::uint16_t *map) noexcept {
             high_of(0x80),
             high_of(0xC0),
             _mm512_mask_mov_epi8(low_of(0), last, all(map[0x7F])),
-            _mm512_mask_mov_epi8(high_of(0), last, all(map[0x7F] >> 8))};
+            _mm512_mask_mov_epi8(_mm512_mask_mov_epi8(high_of(0), last, all(map[0x7F] >> 8)), 1, all(kNoSet))};
 }
 
 // The characters of a block.
 struct Characters {
     __m512i low, high; // bytes
-    __mmask64 wide, none;
+    __mmask64 wide;
+    __mmask64 none; // all of kNoSet, the terminator too
 };
 [[gnu::always_inline]] inline Characters look_up(const Table &table, __m512i bytes) noexcept {
     const __mmask64 upper = _mm512_movepi8_mask(bytes);
@@ -78,15 +81,61 @@ struct Characters {
     const __m512i high =
         _mm512_mask_permutexvar_epi8(_mm512_maskz_permutex2var_epi8(upper, table.high, bytes, table.high_2),
                                      no_text & ~upper, bytes, table.other_high);
-    return {low, high, _mm512_test_epi8_mask(high, high),
-            _mm512_cmpeq_epi8_mask(_mm512_and_si512(low, high), all(0xFF))};
+    return {low, high, _mm512_test_epi8_mask(high, high), _mm512_cmpeq_epi8_mask(high, all(kNoSet))};
 }
 
-// All are characters. What is stored reaches as far behind the codes as write_octets says.
+// By which bytes are taken from those of a block's characters, low ones and then high ones. 0xF0 stays.
+struct Order {
+    std::uint8_t codes[kBlock / kGroup][kBlock]; // of groups: 0xF0, index, set, 0xF0
+    std::uint8_t pairs[kBlock / kShort][kBlock]; // of halves: index, set
+
+    constexpr Order() noexcept : codes(), pairs() {
+        for (unsigned i = 0; i < kBlock; ++i) {
+            const unsigned of_code = i % 4, of_pair = i % 2;
+            for (unsigned group = 0; group < kBlock / kGroup; ++group)
+                codes[group][i] = static_cast<std::uint8_t>(
+                    of_code == 1 || of_code == 2 ? kGroup * group + i / 4 + (of_code - 1) * kBlock : 0xF0);
+            for (unsigned half = 0; half < kBlock / kShort; ++half)
+                pairs[half][i] = static_cast<std::uint8_t>(kShort * half + i / 2 + of_pair * kBlock);
+        }
+    }
+};
+alignas(64) constexpr Order kOrder;
+
+// The bytes of a group's codes that stay, and those of them that are not 0xF0.
+std::uint64_t stay_of(std::uint64_t wide) noexcept {
+    return _pdep_u64(wide, 0x1111111111111111) * 15 | 0x2222222222222222;
+}
+std::uint64_t told_of(std::uint64_t stay) noexcept {
+    return _pext_u64(0x6666666666666666, stay);
+}
+
+// A half of a block, all of it characters; 64 bytes are stored at a time. Gives the place behind the codes.
+template <unsigned half>
+[[gnu::always_inline]] inline std::uint8_t *write_half(std::uint8_t *stream, const Characters &block) noexcept {
+    constexpr std::size_t kFew = (kBlock - kShort) / 3; // so many extended ones fit with the others
+    const std::uint64_t wide = static_cast<std::uint32_t>(block.wide >> (kShort * half));
+    const std::uint64_t first = stay_of(wide & 0xFFFF), second = stay_of(wide >> kGroup);
+    const std::size_t first_size = count_of(first), size = first_size + count_of(second);
+    if (size <= kShort + 3 * kFew) {
+        const std::uint64_t told = told_of(first) | told_of(second) << first_size;
+        const __m512i pairs = _mm512_permutex2var_epi8(block.low, load(kOrder.pairs[half]), block.high);
+        const __m512i bytes =
+            _mm512_maskz_compress_epi8(_pdep_u64(wide, 0xAAAAAAAAAAAAAAAA) | 0x5555555555555555, pairs);
+        _mm512_storeu_si512(stream, _mm512_mask_expand_epi8(all(0xF0), told, bytes));
+        return stream + size;
+    }
+    const auto codes_of = [&](unsigned group) {
+        return _mm512_mask2_permutex2var_epi8(block.low, load(kOrder.codes[group]), 0x6666666666666666, block.high);
+    };
+    _mm512_storeu_si512(stream, _mm512_maskz_compress_epi8(first, codes_of(2 * half)));
+    _mm512_storeu_si512(stream + first_size, _mm512_maskz_compress_epi8(second, codes_of(2 * half + 1)));
+    return stream + size;
+}
+
+// All are characters. What is stored reaches less than a block behind the codes.
 [[gnu::always_inline]] inline std::uint8_t *write_whole(std::uint8_t *stream, const Characters &block) noexcept {
-    stream = write_octets(stream, _mm512_castsi512_si256(block.low), _mm512_castsi512_si256(block.high), block.wide);
-    return write_octets(stream, _mm512_extracti64x4_epi64(block.low, 1), _mm512_extracti64x4_epi64(block.high, 1),
-                        block.wide >> kShort);
+    return write_half<1>(write_half<0>(stream, block), block);
 }
 
 bool write_live(const Characters &block, __mmask64 live, std::uint8_t *stream, std::size_t room,
@@ -131,7 +180,7 @@ bool can_be_read(const std::uint8_t *at) noexcept {
             for (; room - written >= 2 * kMost && can_be_read(source + kBlock); source += kBlock) {
                 const __m512i next_bytes = load(source + kBlock);
                 const Characters next = look_up(table, next_bytes);
-                if ((_mm512_testn_epi8_mask(next_bytes, next_bytes) | next.none) != 0) break;
+                if (next.none != 0) break;
                 written = static_cast<std::size_t>(write_whole(stream + written, block) - stream);
                 block = next;
             }

@@ -8,6 +8,7 @@ namespace kxstr::simd::avx512 {
 namespace {
 
 constexpr std::size_t kBlock = sizeof(__m512i);
+constexpr std::size_t kPage = 4096; // the smallest there is
 constexpr std::uint64_t kAll = ~std::uint64_t{0};
 
 __m512i load(const void *block) noexcept {
@@ -48,6 +49,17 @@ unsigned count(std::uint64_t bits) noexcept {
 } // namespace
 
 const std::uint8_t *skip_characters(const std::uint8_t *code) noexcept {
+    // Most streams are short, and end in the first block from wherever they begin.
+    if (reinterpret_cast<std::uintptr_t>(code) % kPage <= kPage - kBlock) {
+        const StreamBytes seen = stream_bytes(_mm512_loadu_si512(code), kAll);
+        const std::uint64_t stop = seen.stops & -seen.stops;
+        if (stop != 0 && (stop & seen.extended) == 0) return code + __builtin_ctzll(stop);
+        if ((seen.stops & ~seen.extended) != 0) {
+            const StreamCodes codes = find_codes(seen, 0);
+            const std::uint64_t marks = codes.stops | codes.odd, mark = marks & -marks;
+            if ((codes.stops & ~codes.odd & mark) != 0) return code + __builtin_ctzll(mark);
+        }
+    }
     for (;;) {
         const std::uint8_t *block = block_of(code);
         std::uint64_t live = kAll << (code - block);

@@ -32,20 +32,13 @@ namespace { // NOLINT(cert-dcl59-cpp): each family's file has these compiled for
     return stream + kStreamPlaces.sizes[index];
 }
 
-// 16 characters as units; 32, their indices and sets apart. What is stored reaches up to 24 bytes behind the codes.
+// 16 characters. What is stored reaches up to 24 bytes behind the codes.
 [[gnu::always_inline]] inline std::uint8_t *write_octets(std::uint8_t *stream, __m256i characters,
                                                          std::uint64_t wide) noexcept {
     constexpr int kFirst = 0x44, kSecond = 0xEE; // a half in both
     characters = _mm256_xor_si256(characters, _mm256_set1_epi8(static_cast<char>(0xF0)));
     stream = write_octet(stream, _mm256_permute4x64_epi64(characters, kFirst), wide);
     return write_octet(stream, _mm256_permute4x64_epi64(characters, kSecond), wide >> 8);
-}
-[[gnu::always_inline]] inline std::uint8_t *write_octets(std::uint8_t *stream, __m256i low, __m256i high,
-                                                         std::uint64_t wide) noexcept {
-    const __m256i even = _mm256_unpacklo_epi8(low, high), odd = _mm256_unpackhi_epi8(low, high);
-    constexpr int kFirst = 0x20, kSecond = 0x31; // these halves of two
-    stream = write_octets(stream, _mm256_permute2x128_si256(even, odd, kFirst), wide);
-    return write_octets(stream, _mm256_permute2x128_si256(even, odd, kSecond), wide >> 16);
 }
 
 } // namespace

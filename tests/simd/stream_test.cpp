@@ -12,9 +12,9 @@ using simd::Kernels;
 using Bytes = std::vector<std::uint8_t>;
 
 // A stream of `size` bytes before the terminator: one-byte codes and extended characters in a mix of every density, the
-// bytes of some of the latter being 0, 0xF0 or out of order, now and then a code of another kind.
+// bytes of some of the latter being 0, 0xF0 or out of order, of few sets or many, now and then a code of another kind.
 Bytes random_stream(std::mt19937 &random, std::size_t size, bool with_others) {
-    const auto density = random() % 9;
+    const auto density = random() % 9, sets = std::mt19937::result_type{1} << random() % 7;
     Bytes stream;
     while (stream.size() < size) {
         const bool fits = size - stream.size() >= 4;
@@ -24,7 +24,7 @@ Bytes random_stream(std::mt19937 &random, std::size_t size, bool with_others) {
             constexpr std::uint8_t traps[] = {0x00, 0xF0, 0x41, 0xD0, 0xFF};
             const auto any = [&](std::uint8_t usual) { return random() % 40 == 0 ? traps[random() % 5] : usual; };
             stream.insert(stream.end(), {0xF0, any(static_cast<std::uint8_t>(random() % 0xF0)),
-                                         any(static_cast<std::uint8_t>(random() % 0x40)), any(0xF0)});
+                                         any(static_cast<std::uint8_t>(random() % sets)), any(0xF0)});
         } else {
             const auto kind = random() % 40;
             stream.push_back(static_cast<std::uint8_t>(kind == 0 ? 1 + random() % 0xCF : 0x20 + random() % 0x5F));
@@ -99,10 +99,13 @@ TEST_F(Streams, SkipAndFilter) {
 TEST_F(Streams, Narrow) {
     std::mt19937 random(7);
     const auto pairs = std::make_unique<simd::PairMap>();
-    for (auto &value : pairs->values) {
+    for (std::size_t i = 0; i < pairs->values.size(); ++i) {
         const auto kind = random() % 8;
-        value = static_cast<std::uint16_t>(kind == 0 ? 0xFFFF : kind < 5 ? random() % 0x100 : random());
+        const bool is_alphabet = i < 0x280; // codes of one byte each, in rows of 128 characters
+        const auto code = is_alphabet ? 1 + random() % 0xFF : kind < 5 ? random() % 0x100 : random();
+        pairs->values[i] = static_cast<std::uint16_t>(kind == 0 ? 0xFFFF : code);
     }
+    pairs->values[0x10F] = 0x8140; // but for one of a row
     test::add_pairs(*pairs, random);
     const std::uint16_t *const map = pairs->values.data();
     for (const Kernels *family : simd::available()) {
