@@ -1,10 +1,9 @@
 // The comparison of two characters by coltbl, which orders strings and single characters alike.
 #pragma once
 
-#include <array>
-
 #include "collate/collation_sequence.h"
 #include "letters/case.h"
+#include "simd/block_order.h"
 
 namespace kxstr::collate {
 
@@ -25,29 +24,12 @@ inline int compare_characters(KxChar a, KxChar b, Case letter_case) noexcept {
     return static_cast<int>(lower_a != a) - static_cast<int>(lower_b != b);
 }
 
-inline constexpr auto kLowerAscii = [] {
-    std::array<std::uint8_t, 0x100> lower{};
-    for (unsigned ch = 0; ch != lower.size(); ++ch)
-        lower[ch] = static_cast<std::uint8_t>(ch >= 'A' && ch <= 'Z' ? ch | 0x20 : ch);
-    return lower;
-}();
-
-// The order of two characters by their values alone where that is quickly told: of ASCII, with different values, either
-// of them a text's terminator, which comes before every character. 0: ask compare_characters. Without a jump that hangs
-// on the characters, since most comparisons of texts end here.
-inline int compare_quickly(KxChar a, KxChar b) noexcept {
-    const KxCollationEntry &ascii = coltbl[0]; // unless a host has rearranged the table
-    if (set_of(a | b) != kAsciiSet || ascii.set != kAsciiSet || ascii.block == nullptr) return 0;
-    const std::uint8_t *const block = ascii.block;
-    unsigned without_value = 0;
-    const auto value_of = [&](unsigned ch) {
-        const unsigned offset = unsigned{kLowerAscii[ch]} - block[0];
-        const unsigned has_value = offset < block[1] ? ~0u : 0;
-        without_value |= ch & ~has_value;
-        return static_cast<int>(block[(2 + offset) & has_value] | ~has_value);
-    };
-    const int difference = value_of(a) - value_of(b);
-    return without_value == 0 && block[0] != 0 ? difference : 0;
+// The values of ASCII, as the kernels take them; null where a host has rearranged the table.
+inline const std::uint8_t *ascii_block() noexcept {
+    const KxCollationEntry &ascii = coltbl[0];
+    if (ascii.set != kAsciiSet || ascii.block == nullptr) [[unlikely]]
+        return nullptr;
+    return ascii.block[0] == simd::kFirstInBlock && ascii.block[1] == simd::kCountInBlock ? ascii.block : nullptr;
 }
 
 } // namespace kxstr::collate

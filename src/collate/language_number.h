@@ -17,7 +17,7 @@ constexpr std::size_t place_of_code(const char *code) noexcept {
     const unsigned letters = (first | second << 8) ^ 0x4040;
     if ((letters & 0xE0E0) != 0) [[unlikely]]
         return 0;
-    return (letters * 0x2001 >> 8) % kCodePlaces; // the first times 32, and the second
+    return letters >> 8 << 5 | (letters & 0xFF); // neither is above 0x1F
 }
 
 // 0 for a code that is not known.

@@ -103,10 +103,12 @@ order_by_units(__m256i units_a, __m256i units_b, unsigned known, const std::uint
     const __m256i behind = _mm256_add_epi16(_mm256_max_epu16(found_a, found_b), half(kOne));
     const std::uint32_t stops =
         number(_mm256_testn_epi16_mask(behind, half(kTold))) | (has_pairs ? 3u << (known - 1) : 1u << known);
-    if ((stops & (differ ^ (differ - 1))) != 0) [[unlikely]]
+    const std::uint32_t up_to_place = differ ^ (differ - 1);
+    if ((stops & up_to_place) != 0) [[unlikely]]
         return values.go_on(a, b, values, flag, other_flag);
+    if constexpr (!has_pairs) return (number(less) & up_to_place) != 0 ? -1 : 1;
     const std::size_t place = static_cast<unsigned>(__builtin_ctz(differ));
-    if (has_pairs && may_be_paired(values, a, b, place)) [[unlikely]]
+    if (may_be_paired(values, a, b, place)) [[unlikely]]
         return order_by_pairs(a, b, values, flag, other_flag, place);
     return -static_cast<int>(number(less) >> place & 1) | 1;
 }

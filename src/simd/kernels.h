@@ -84,6 +84,8 @@ using Mismatch16 = std::size_t(const std::uint16_t *a, const std::uint16_t *b, s
 using Compare8 = int(const std::uint8_t *a, const std::uint8_t *b) noexcept;
 using Compare16 = int(const std::uint16_t *a, const std::uint16_t *b) noexcept;
 using OrderByValues16 = OrderValues::GoOn;
+using OrderByBlock16 = int(const std::uint16_t *a, const std::uint16_t *b, const std::uint8_t *block,
+                           Compare16 *go_on) noexcept;
 using Copy16 = std::uint16_t *(std::uint16_t *destination, const std::uint16_t *source) noexcept;
 
 // How far a text came: units read and written of each side's own.
@@ -279,6 +281,11 @@ struct Kernels {
     // pair may have lost its first letter to what stands before it; and in vector forms where units without a value are
     // the same or the way is long.
     OrderByValues16 *order_by_values16;
+
+    // How two strings lie by the units that differ first, as a block of a collation sequence has them (block_order.h):
+    // -1 or 1; what go_on says where that is not told, in vector forms also where the way there is long.
+    OrderByBlock16 *order_by_block16;
+    OrderByBlock16 *order_by_block16_caseless; // a to z are taken as A to Z
 
     // Document streams.
     // The first code that is the terminator, or neither one below 0xD0 nor an extended character.

@@ -23,6 +23,8 @@ constinit const Kernels kKernels{
     .compare8_caseless = compare8_caseless,
     .compare16 = compare16,
     .order_by_values16 = order_by_values16,
+    .order_by_block16 = order_by_block16,
+    .order_by_block16_caseless = order_by_block16_caseless,
     .skip_characters = skip_characters,
     .filter_stream = filter_stream,
     .narrow_stream = narrow_stream,

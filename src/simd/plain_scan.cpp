@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "simd/block_order.h"
 #include "simd/families.h"
 #include "simd/order_values.h"
 
@@ -122,6 +123,18 @@ int order_by_values16(const std::uint16_t *a, const std::uint16_t *b, const Orde
         if (a[i] != b[i] || a[i] == 0) order = order_at(values, a, b, i);
     }
     return order != kOpen ? order : values.go_on(a, b, values, flag, other_flag);
+}
+
+int order_by_block16(const std::uint16_t *a, const std::uint16_t *b, const std::uint8_t *block,
+                     Compare16 *go_on) noexcept {
+    const std::size_t i = mismatch16(a, b, SIZE_MAX);
+    return order_at_place<true>(block, a, b, i, go_on);
+}
+
+int order_by_block16_caseless(const std::uint16_t *a, const std::uint16_t *b, const std::uint8_t *block,
+                              Compare16 *go_on) noexcept {
+    const std::size_t i = mismatch16_caseless(a, b, SIZE_MAX);
+    return order_at_place<false>(block, a, b, i, go_on);
 }
 
 std::uint16_t *copy16(std::uint16_t *destination, const std::uint16_t *source) noexcept {

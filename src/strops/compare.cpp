@@ -6,6 +6,7 @@
 #include "collate/coltbl_compare.h"
 #include "collate/language_setup.h"
 #include "forms/step.h"
+#include "simd/block_order.h"
 #include "simd/kernels.h"
 
 namespace kxstr::strops {
@@ -77,8 +78,11 @@ constexpr std::int32_t kUndecided = 2; // results are -1, 0 and 1
 // What the characters at two positions say about the texts: first what is quickly told, small enough to stand in line.
 template <Case letter_case> struct Order {
     static std::int32_t decide_quickly(KxChar p, KxChar q) noexcept {
-        const int difference = collate::compare_quickly(p, q);
-        return difference == 0 ? kUndecided : difference < 0 ? -1 : 1;
+        const std::uint8_t *const block = collate::ascii_block();
+        if (block == nullptr) [[unlikely]]
+            return kUndecided;
+        const int order = simd::order_in_block<letter_case == Case::kCounts>(block, p, q);
+        return order == 0 ? kUndecided : order < 0 ? -1 : 1;
     }
     [[gnu::noinline]] static std::int32_t decide(KxChar p, KxChar q) noexcept {
         if (p == 0 || q == 0) return compare_ends(&p, &q);
@@ -131,22 +135,34 @@ template <template <Case> class Question, Case letter_case>
 }
 
 // Most comparisons end at the first difference; one at the start takes no room on the stack.
-template <template <Case> class Question, Case letter_case>
-std::int32_t compare_texts(const KxChar *a, const KxChar *b) noexcept {
+template <Case letter_case> std::int32_t equal_texts(const KxChar *a, const KxChar *b) noexcept {
     constexpr unsigned kCaseBit = letter_case == Case::kIgnored ? 0x20 : 0;
-    if (((*a ^ *b) & ~kCaseBit) == 0) return compare_alike<Question, letter_case>(a, b);
-    return compare_at<Question, letter_case>(a, b);
+    if (((*a ^ *b) & ~kCaseBit) == 0) return compare_alike<Equality, letter_case>(a, b);
+    return compare_at<Equality, letter_case>(a, b);
+}
+
+// Of words in order many begin with a letter and its capital, in no foreseeable turn: so whether case counts makes no
+// difference to where the first units are looked at.
+template <Case letter_case> std::int32_t order_texts(const KxChar *a, const KxChar *b) noexcept {
+    constexpr unsigned kCaseBit = 0x20;
+    if (((*a ^ *b) & ~kCaseBit) != 0) return compare_at<Order, letter_case>(a, b);
+    const std::uint8_t *const block = collate::ascii_block();
+    if (block == nullptr) [[unlikely]]
+        return compare_alike<Order, letter_case>(a, b);
+    const simd::Kernels &kernels = simd::kernels();
+    const auto order = letter_case == Case::kCounts ? kernels.order_by_block16 : kernels.order_by_block16_caseless;
+    return order(a, b, block, compare_alike<Order, letter_case>);
 }
 
 template <Case letter_case>
 [[gnu::noinline]] std::int32_t order_in_new_language(const KxChar *a, const KxChar *b) noexcept {
     collate::set_up_current_language();
-    return compare_texts<Order, letter_case>(a, b);
+    return order_texts<letter_case>(a, b);
 }
 
 template <Case letter_case> std::int32_t order(const KxChar *a, const KxChar *b, Unbounded) noexcept {
     if (!collate::is_current_language_set_up()) return order_in_new_language<letter_case>(a, b);
-    return compare_texts<Order, letter_case>(a, b);
+    return order_texts<letter_case>(a, b);
 }
 
 template <Case letter_case, class Bound> std::int32_t order(const KxChar *a, const KxChar *b, Bound bound) noexcept {
@@ -172,7 +188,7 @@ template <Case letter_case> std::int32_t order_counted(const KxChar *a, const Kx
 }
 
 template <Case letter_case> std::int32_t equal(const KxChar *a, const KxChar *b, Unbounded) noexcept {
-    return compare_texts<Equality, letter_case>(a, b);
+    return equal_texts<letter_case>(a, b);
 }
 
 template <Case letter_case, class Unit, class Bound>

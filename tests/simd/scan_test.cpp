@@ -89,6 +89,23 @@ class Scan : public testing::TestWithParam<const Kernels *> {
         ASSERT_TRUE(told == expected || (told == kWentOn && may_go_on)) << i;
     }
 
+    // Values of a few kinds: none, of letters that have one value, and of a capital, which its letter has.
+    void check_order_by_block(const std::uint16_t *a, const std::uint16_t *b) {
+        constexpr int kWentOn = 7;
+        std::uint8_t block[2 + 0x5F]{' ', 0x5F};
+        std::generate_n(block + 2, 0x5F, [this] { return static_cast<std::uint8_t>(random() % 3); });
+        const auto go_on = [](const std::uint16_t *, const std::uint16_t *) noexcept { return kWentOn; };
+        const bool is_far = std::max(reinterpret_cast<std::uintptr_t>(a) % 4096,
+                                     reinterpret_cast<std::uintptr_t>(b) % 4096) > 4096 - 32;
+        const auto check = [&](OrderByBlock16 *told, OrderByBlock16 *expected, std::size_t place) {
+            const int order = told(a, b, block, go_on);
+            ASSERT_TRUE(order == expected(a, b, block, go_on) || (order == kWentOn && (is_far || place >= 16)));
+        };
+        check(family.order_by_block16, plain.order_by_block16, plain.mismatch16(a, b, SIZE_MAX));
+        check(family.order_by_block16_caseless, plain.order_by_block16_caseless,
+              plain.mismatch16_caseless(a, b, SIZE_MAX));
+    }
+
     // `count` with the terminator.
     void check_strings(const std::uint16_t *a, std::size_t count, std::size_t limit, std::uint16_t wanted) {
         ASSERT_EQ(family.find_zero16(a), a + count - 1);
@@ -111,6 +128,7 @@ class Scan : public testing::TestWithParam<const Kernels *> {
         fill(signs.units, 3);
         ASSERT_EQ(family.find_signs16(a, signs), plain.find_signs16(a, signs));
         ASSERT_NO_FATAL_FAILURE(check_order(a, b));
+        ASSERT_NO_FATAL_FAILURE(check_order_by_block(a, b));
         ASSERT_EQ(family.mismatch16(a, b, limit), plain.mismatch16(a, b, limit));
         ASSERT_EQ(family.mismatch16(b, a, limit), plain.mismatch16(b, a, limit));
         ASSERT_EQ(family.mismatch16_caseless(a, b, limit), plain.mismatch16_caseless(a, b, limit));
