@@ -30,6 +30,7 @@ struct Bytes : Lanes {
         const Vector zero = _mm256_setzero_si256();
         return mask(_mm256_andnot_si256(_mm256_cmpeq_epi8(units, zero), _mm256_cmpeq_epi8(apart, zero))) ^ 0xFFFFFFFF;
     }
+    static bool any_end(Vector apart, Vector units) noexcept { return ends(apart, units) != 0; }
     static Vector inside(Vector units, Vector low, Vector span) noexcept {
         const Vector above = _mm256_sub_epi8(units, low);
         return _mm256_cmpeq_epi8(least(above, span), above);
@@ -50,6 +51,7 @@ struct Words : Lanes {
         const Vector zero = _mm256_setzero_si256();
         return mask(_mm256_andnot_si256(_mm256_cmpeq_epi16(units, zero), _mm256_cmpeq_epi16(apart, zero))) ^ 0xFFFFFFFF;
     }
+    static bool any_end(Vector apart, Vector units) noexcept { return ends(apart, units) != 0; }
     static Vector inside(Vector units, Vector low, Vector span) noexcept {
         const Vector above = _mm256_sub_epi16(units, low);
         return _mm256_cmpeq_epi16(least(above, span), above);
