@@ -478,9 +478,10 @@ bool ends_before(const typename Lanes::Unit *string, const typename Lanes::Unit 
 }
 
 // A string of which the first block has no terminator and can be read. In one pass where nothing is written over before
-// it is read: the string might reach into a destination behind it.
+// it is read: the string might reach into a destination behind it. A function apart, like compare_far().
 template <class Lanes>
-typename Lanes::Unit *copy_long(typename Lanes::Unit *destination, const typename Lanes::Unit *source) noexcept {
+[[gnu::noinline]] typename Lanes::Unit *copy_long(typename Lanes::Unit *destination,
+                                                  const typename Lanes::Unit *source) noexcept {
     constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
     const auto *place = source;
     if (ends_before<Lanes>(source, destination) ||
