@@ -239,23 +239,35 @@ const typename Lanes::Unit *find_signs(const typename Lanes::Unit *string, const
     return *place != 0 ? place - at[2] : nullptr;
 }
 
-// Known when the string ends in its first block, and two of them fit into what is left of its page.
+// The masks of the nearest blocks in one.
+template <class Lanes, class At> std::uint64_t near_zeros(const typename Lanes::Unit *start, At at) noexcept {
+    constexpr std::size_t kOne = kUnits<Lanes>;
+    std::uint64_t hits = Lanes::zeros(at(start));
+    if constexpr (kNear / sizeof *start == 2 * kOne) hits |= Lanes::zeros(at(start + kOne)) << kOne * Lanes::kBits;
+    return hits;
+}
+
+// Known when the string ends in the nearest blocks, and these fit twice into what is left of its page.
 template <class Lanes>
 Found16 find_short(const typename Lanes::Unit *string, const typename Lanes::Unit *wanted) noexcept {
-    constexpr std::size_t kBlock = sizeof(typename Lanes::Vector);
-    if (left_in_page(string) < 2 * kBlock || left_in_page(wanted) < kBlock) return {false, nullptr};
-    const auto text = Lanes::load_anywhere(string), sought = Lanes::load_anywhere(wanted);
-    const std::uint64_t end = Lanes::zeros(text), sought_end = Lanes::zeros(sought);
+    if (left_in_page(string) < 2 * kNear || left_in_page(wanted) < kNear) return {false, nullptr};
+    const auto zeros = [](const auto *place, auto sought) {
+        return near_zeros<Lanes>(place, [sought](const void *block) { return Lanes::load_anywhere(block) ^ sought; });
+    };
+    const std::uint64_t end = zeros(string, Lanes::all(0)), sought_end = zeros(wanted, Lanes::all(0));
     if (end == 0) return {false, nullptr};
     if (sought_end == 0) return {true, nullptr}; // longer than the string
     const std::uint64_t of_sought = (sought_end & (0 - sought_end)) - 1;
     const std::size_t last = first_of<Lanes>(sought_end) - 1;
     // Behind the terminator may lie anything; what is sought has none in it.
-    std::uint64_t places = Lanes::zeros(text ^ Lanes::all(wanted[0])) & ((end & (0 - end)) - 1);
-    places &= Lanes::zeros(text ^ Lanes::all(wanted[last])) >> last * Lanes::kBits;
+    std::uint64_t places = zeros(string, Lanes::all(wanted[0])) & ((end & (0 - end)) - 1);
+    places &= zeros(string, Lanes::all(wanted[last])) >> last * Lanes::kBits;
     for (; places != 0; places &= places - 1) {
         const auto *const place = string + first_of<Lanes>(places);
-        if ((~Lanes::zeros(Lanes::load_anywhere(place) ^ sought) & of_sought) == 0) return {true, place};
+        const std::uint64_t same = near_zeros<Lanes>(place, [&](const typename Lanes::Unit *block) {
+            return Lanes::load_anywhere(block) ^ Lanes::load_anywhere(wanted + (block - place));
+        });
+        if ((~same & of_sought) == 0) return {true, place};
     }
     return {true, nullptr};
 }
