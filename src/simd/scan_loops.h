@@ -129,9 +129,14 @@ template <class Lanes, class At> std::size_t near_hit(const typename Lanes::Unit
     return kNoLimit;
 }
 
+// Where to go on when it was not found.
+template <class Unit> const Unit *behind_near(const Unit *start) noexcept {
+    return fits_in_page<kNear>(start) ? start + kNear / sizeof *start : start;
+}
+
 template <class Lanes>
 [[gnu::noinline]] const typename Lanes::Unit *find_zero_far(const typename Lanes::Unit *string) noexcept {
-    return scan<Lanes>(string, kNoEnd, Lanes::load);
+    return scan<Lanes>(behind_near(string), kNoEnd, Lanes::load);
 }
 
 template <class Lanes> const typename Lanes::Unit *find_zero(const typename Lanes::Unit *string) noexcept {
@@ -156,7 +161,7 @@ template <class Lanes>
 [[gnu::noinline]] const typename Lanes::Unit *find_far(const typename Lanes::Unit *string,
                                                        typename Lanes::Unit wanted) noexcept {
     const auto sought = Lanes::all(wanted);
-    return unless_end(scan<Lanes>(string, kNoEnd, [sought](const void *block) {
+    return unless_end(scan<Lanes>(behind_near(string), kNoEnd, [sought](const void *block) {
         const auto units = held(Lanes::load(block));
         return Lanes::least(units, units ^ sought);
     }));
