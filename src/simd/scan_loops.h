@@ -129,14 +129,27 @@ template <class Lanes, class At> std::size_t near_hit(const typename Lanes::Unit
     return kNoLimit;
 }
 
+// The same for what follows these, up to four blocks from the start. In functions apart: it would be in the way of
+// short strings.
+template <class Lanes> inline constexpr std::size_t kNextNear = 4 * sizeof(typename Lanes::Vector);
+template <class Lanes, class At> std::size_t next_near_hit(const typename Lanes::Unit *start, At at) noexcept {
+    if (!fits_in_page<kNextNear<Lanes>>(start)) return kNoLimit;
+#pragma GCC unroll 4
+    for (std::size_t i = kNear / sizeof *start; i < kNextNear<Lanes> / sizeof *start; i += kUnits<Lanes>) {
+        if (const std::uint64_t hits = Lanes::zeros(at(start + i)); hits != 0) return i + first_of<Lanes>(hits);
+    }
+    return kNoLimit;
+}
 // Where to go on when it was not found.
-template <class Unit> const Unit *behind_near(const Unit *start) noexcept {
+template <class Lanes> const typename Lanes::Unit *behind_near(const typename Lanes::Unit *start) noexcept {
+    if (fits_in_page<kNextNear<Lanes>>(start)) return start + kNextNear<Lanes> / sizeof *start;
     return fits_in_page<kNear>(start) ? start + kNear / sizeof *start : start;
 }
 
 template <class Lanes>
 [[gnu::noinline]] const typename Lanes::Unit *find_zero_far(const typename Lanes::Unit *string) noexcept {
-    return scan<Lanes>(behind_near(string), kNoEnd, Lanes::load);
+    const std::size_t near = next_near_hit<Lanes>(string, Lanes::load_anywhere);
+    return near != kNoLimit ? string + near : scan<Lanes>(behind_near<Lanes>(string), kNoEnd, Lanes::load);
 }
 
 template <class Lanes> const typename Lanes::Unit *find_zero(const typename Lanes::Unit *string) noexcept {
@@ -145,7 +158,10 @@ template <class Lanes> const typename Lanes::Unit *find_zero(const typename Lane
 }
 
 template <class Lanes> [[gnu::noinline]] std::uint32_t size_far(const typename Lanes::Unit *string) noexcept {
-    return static_cast<std::uint32_t>(address(find_zero_far<Lanes>(string)) - address(string));
+    const std::size_t near = next_near_hit<Lanes>(string, Lanes::load_anywhere);
+    if (near != kNoLimit) return static_cast<std::uint32_t>(near * sizeof *string);
+    return static_cast<std::uint32_t>(address(scan<Lanes>(behind_near<Lanes>(string), kNoEnd, Lanes::load)) -
+                                      address(string));
 }
 
 template <class Lanes> std::uint32_t size(const typename Lanes::Unit *string) noexcept {
@@ -161,10 +177,12 @@ template <class Lanes>
 [[gnu::noinline]] const typename Lanes::Unit *find_far(const typename Lanes::Unit *string,
                                                        typename Lanes::Unit wanted) noexcept {
     const auto sought = Lanes::all(wanted);
-    return unless_end(scan<Lanes>(behind_near(string), kNoEnd, [sought](const void *block) {
-        const auto units = held(Lanes::load(block));
+    const auto at = [sought](const void *block) {
+        const auto units = held(Lanes::load_anywhere(block));
         return Lanes::least(units, units ^ sought);
-    }));
+    };
+    const std::size_t near = next_near_hit<Lanes>(string, at);
+    return unless_end(near != kNoLimit ? string + near : scan<Lanes>(behind_near<Lanes>(string), kNoEnd, at));
 }
 
 template <class Lanes>
