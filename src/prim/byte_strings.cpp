@@ -3,12 +3,15 @@
 
 #include "core/dbcs_copy.h"
 #include "prim/strings.h"
+#include "simd/nearest.h"
 
 using namespace kxstr;
 
 extern "C" {
 
-uint32_t wstrlen(const char *string) {
+[[gnu::aligned(64)]] uint32_t wstrlen(const char *string) {
+    if (const std::uint32_t ends = simd::nearest_end_of(bytes_of(string)); ends != 0) [[likely]]
+        return simd::place_of(ends);
     return string != nullptr ? simd::kernels().size8(bytes_of(string)) : 0;
 }
 
@@ -42,7 +45,9 @@ void CopyUpToAndNullTerminate(char *destination, const char *source, int32_t siz
     if (length < last) destination[length + 1] = source[length] != 0 ? source[length + 1] : '\0';
 }
 
-int32_t wstrcmp(const char *a, const char *b) {
+[[gnu::aligned(64)]] int32_t wstrcmp(const char *a, const char *b) {
+    if (const std::uint32_t hits = simd::nearest_difference(bytes_of(a), bytes_of(b)); hits != 0) [[likely]]
+        return bytes_of(a)[simd::place_of(hits)] - bytes_of(b)[simd::place_of(hits)];
     return a != nullptr && b != nullptr ? simd::kernels().compare8(bytes_of(a), bytes_of(b)) : 0;
 }
 
@@ -50,9 +55,15 @@ int32_t wstrncmp(const char *a, const char *b, int32_t count) {
     return count > 0 ? prim::compare(bytes_of(a), bytes_of(b), static_cast<std::size_t>(count)) : 0;
 }
 
-char *wstrchr(const char *string, uint32_t byte) {
+[[gnu::aligned(64)]] char *wstrchr(const char *string, uint32_t byte) {
     const auto wanted = static_cast<std::uint8_t>(byte);
     if (wanted == 0) return nullptr;
+    if (const std::uint32_t hits = simd::nearest_of(bytes_of(string), wanted); hits != 0) [[likely]] {
+        const char *const place = string + simd::place_of(hits);
+        if (*place == 0) [[unlikely]]
+            return nullptr;
+        return const_cast<char *>(place);
+    }
     const std::uint8_t *const found = simd::kernels().find8(bytes_of(string), wanted);
     return const_cast<char *>(reinterpret_cast<const char *>(found));
 }

@@ -31,6 +31,7 @@ struct Bytes : Lanes {
         const Vector zero = _mm256_setzero_si256();
         return mask(_mm256_andnot_si256(_mm256_cmpeq_epi8(units, zero), _mm256_cmpeq_epi8(apart, zero))) ^ 0xFFFFFFFF;
     }
+    static bool any_end(Vector apart, Vector units) noexcept { return ends(apart, units) != 0; }
     static Vector inside(Vector units, Vector low, Vector span) noexcept {
         const Vector above = _mm256_sub_epi8(units, low);
         return _mm256_cmpeq_epi8(least(above, span), above);
@@ -51,6 +52,7 @@ struct Words : Lanes {
         const Vector zero = _mm256_setzero_si256();
         return mask(_mm256_andnot_si256(_mm256_cmpeq_epi16(units, zero), _mm256_cmpeq_epi16(apart, zero))) ^ 0xFFFFFFFF;
     }
+    static bool any_end(Vector apart, Vector units) noexcept { return ends(apart, units) != 0; }
     static Vector inside(Vector units, Vector low, Vector span) noexcept {
         const Vector above = _mm256_sub_epi16(units, low);
         return _mm256_cmpeq_epi16(least(above, span), above);
@@ -64,20 +66,24 @@ struct Words : Lanes {
     }
 };
 
-struct SixteenBytes {
-    std::uint64_t halves[2];
-};
-struct Block {
-    __m256i bytes;
-};
+template <class Piece> Piece piece_at(const void *place) noexcept {
+    Piece piece;
+    __builtin_memcpy(&piece, place, sizeof piece);
+    return piece;
+}
+template <> __m128i piece_at(const void *place) noexcept {
+    return _mm_loadu_si128(static_cast<const __m128i *>(place));
+}
+template <> __m256i piece_at(const void *place) noexcept {
+    return _mm256_loadu_si256(static_cast<const __m256i *>(place));
+}
 
 // From one to two pieces, that may overlap each other; both are read before one is written.
 template <class Piece> void copy_pieces(void *destination, const void *source, std::size_t size) noexcept {
-    Piece first, last;
-    __builtin_memcpy(&first, source, sizeof first);
-    __builtin_memcpy(&last, static_cast<const char *>(source) + size - sizeof last, sizeof last);
+    const std::size_t to_last = size - sizeof(Piece);
+    const Piece first = piece_at<Piece>(source), last = piece_at<Piece>(static_cast<const char *>(source) + to_last);
     __builtin_memcpy(destination, &first, sizeof first);
-    __builtin_memcpy(static_cast<char *>(destination) + size - sizeof last, &last, sizeof last);
+    __builtin_memcpy(static_cast<char *>(destination) + to_last, &last, sizeof last);
 }
 
 // Looks at the values of units that differ, one pair after the other.
@@ -216,10 +222,10 @@ std::uint16_t *copy16(std::uint16_t *destination, const std::uint16_t *source) n
     const std::size_t near = near_hit<Words>(source, Words::load_anywhere);
     if (near == kNoLimit) return copy_long<Words>(destination, source);
     const std::size_t size = (near + 1) * sizeof *source;
-    if (size >= sizeof(Block)) {
-        copy_pieces<Block>(destination, source, size);
+    if (size >= sizeof(__m256i)) {
+        copy_pieces<__m256i>(destination, source, size);
     } else if (size >= 16) {
-        copy_pieces<SixteenBytes>(destination, source, size);
+        copy_pieces<__m128i>(destination, source, size);
     } else if (size >= 8) {
         copy_pieces<std::uint64_t>(destination, source, size);
     } else if (size >= 4) {

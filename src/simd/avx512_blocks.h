@@ -13,11 +13,18 @@ inline constexpr std::size_t kBlock = 64; // units or bytes
 inline constexpr std::size_t kHalf = 32;  // units in a register
 inline constexpr std::size_t kGroup = 8;  // units that are looked up together
 
+// Bytes from which on what is written would not stay in the caches until somebody reads it.
+inline constexpr std::size_t kPastCaches = std::size_t{1} << 24;
+
 inline __m512i load(const void *place) noexcept {
     return _mm512_loadu_si512(place);
 }
 inline void store(void *place, __m512i value) noexcept {
     _mm512_storeu_si512(place, value);
+}
+// Past the caches, to an aligned address; _mm_sfence() follows the last one.
+inline void stream(void *place, __m512i value) noexcept {
+    _mm512_stream_si512(static_cast<__m512i *>(place), value);
 }
 inline std::size_t lesser(std::size_t a, std::size_t b) noexcept {
     return a < b ? a : b;

@@ -297,12 +297,26 @@ bool is_text(__m256i bytes, __mmask32 live) noexcept {
     const Page page = split(map);
     // Bytes 0..7 and 32..39 side by side and so on: unpacking then yields the first and the second half.
     const __m512i order = _mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7);
-    const auto map_block = [&](__m512i block, std::size_t at, __mmask64 here) {
+    const auto mapped = [&](__m512i block) -> Block {
         const __m512i bytes = _mm512_permutexvar_epi64(order, block);
         const __mmask64 upper = _mm512_movepi8_mask(bytes);
         const __m512i low = look_up(page.low, bytes, upper), high = look_up(page.high, bytes, upper);
-        store(destination + at, {_mm512_unpacklo_epi8(low, high), _mm512_unpackhi_epi8(low, high)}, here);
+        return {_mm512_unpacklo_epi8(low, high), _mm512_unpackhi_epi8(low, high)};
     };
+    const auto map_block = [&](__m512i block, std::size_t at, __mmask64 here) {
+        store(destination + at, mapped(block), here);
+    };
+    if (length * sizeof *destination >= kPastCaches && !is_odd(destination)) {
+        // The last block by itself, then lines of the cache: to write them is not to read them first.
+        map_block(load(source + left - kBlock), left - kBlock, kWhole);
+        left -= address(destination + left) % sizeof(__m512i) / sizeof *destination;
+        for (; left >= kBlock; left -= kBlock) {
+            const Block values = mapped(load(source + left - kBlock));
+            stream(destination + left - kBlock, values.first);
+            stream(destination + left - kHalf, values.second);
+        }
+        _mm_sfence();
+    }
     for (; left >= kBlock; left -= kBlock)
         map_block(load(source + left - kBlock), left - kBlock, kWhole);
     map_block(_mm512_maskz_loadu_epi8(first_bits(left), source), 0, first_bits(left));
@@ -327,6 +341,10 @@ bool is_text(__m256i bytes, __mmask32 live) noexcept {
 
 [[gnu::noinline]] Progress encode_long_units(const std::uint16_t *map, const std::uint16_t *source, std::size_t limit,
                                              std::uint8_t *destination, NoCode no_code) noexcept {
+    alignas(64) std::uint8_t places[kBlock]; // of the low bytes of a block
+    for (std::size_t i = 0; i < kBlock; ++i)
+        places[i] = static_cast<std::uint8_t>(2 * i);
+    const __m512i low_bytes = load(places);
     std::uint8_t *out = destination;
     std::size_t length = 0;
     Rows rows;
@@ -337,6 +355,13 @@ bool is_text(__m256i bytes, __mmask32 live) noexcept {
         const Foreign changed = foreign(units);
         const bool is_same = (changed.first | changed.second) == 0;
         const Block values = is_same ? units : map_block(rows, map, place, units, changed);
+        // Mostly all of them are there, and bytes.
+        const __m512i any = _mm512_or_si512(values.first, values.second);
+        if (live == kWhole && _mm512_test_epi16_mask(any, _mm512_set1_epi16(static_cast<short>(0xFF00))) == 0) {
+            store(out, _mm512_permutex2var_epi8(values.first, low_bytes, values.second));
+            out += kBlock;
+            return true;
+        }
         out = write_codes(out, values.first, static_cast<__mmask32>(live), no_code);
         out = write_codes(out, values.second, static_cast<__mmask32>(live >> kHalf), no_code);
         return ends == 0;

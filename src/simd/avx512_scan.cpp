@@ -24,6 +24,9 @@ struct Bytes : Lanes {
     static std::uint64_t ends(Vector apart, Vector units) noexcept {
         return _mm512_test_epi8_mask(apart, apart) | _mm512_testn_epi8_mask(units, units);
     }
+    static bool any_end(Vector apart, Vector units) noexcept {
+        return _kortestz_mask64_u8(_mm512_test_epi8_mask(apart, apart), _mm512_testn_epi8_mask(units, units)) == 0;
+    }
     static Vector inside(Vector units, Vector low, Vector span) noexcept {
         return _mm512_movm_epi8(_mm512_cmple_epu8_mask(_mm512_sub_epi8(units, low), span));
     }
@@ -40,6 +43,9 @@ struct Words : Lanes {
     static Vector least(Vector a, Vector b) noexcept { return _mm512_min_epu16(a, b); }
     static std::uint64_t ends(Vector apart, Vector units) noexcept {
         return _mm512_test_epi16_mask(apart, apart) | _mm512_testn_epi16_mask(units, units);
+    }
+    static bool any_end(Vector apart, Vector units) noexcept {
+        return _kortestz_mask32_u8(_mm512_test_epi16_mask(apart, apart), _mm512_testn_epi16_mask(units, units)) == 0;
     }
     static Vector inside(Vector units, Vector low, Vector span) noexcept {
         return _mm512_movm_epi16(_mm512_cmple_epu16_mask(_mm512_sub_epi16(units, low), span));

@@ -4,6 +4,7 @@
 
 #include "platform/processor.h"
 #include "simd/families.h"
+#include "simd/nearest.h"
 
 namespace kxstr::simd {
 namespace {
@@ -28,11 +29,13 @@ constexpr const Kernels *kFamilies[] = {
             if (std::string_view(wanted) == family->name) best = family;
     }
     chosen_kernels = best;
+    if (best != &plain::kKernels) nearest_end = kNearestEnd;
 }
 
 } // namespace
 
 constinit const Kernels *chosen_kernels = &plain::kKernels;
+constinit std::uint32_t nearest_end = 0;
 
 [[gnu::cold]] std::span<const Kernels *const> available() noexcept {
     const auto best = static_cast<std::size_t>(platform::vector_unit());

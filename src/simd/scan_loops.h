@@ -8,6 +8,7 @@
 //   inside(v, low, span)     0 for the lanes that are less than `low` or greater than low + span
 //   zeros(v)                 the mask of the lanes that are 0
 //   ends(d, v)               the mask of the lanes in which `d` is not 0 or `v` is
+//   any_end(d, v)            whether there is one
 //   apart(a, b)              0 in the lanes that are equal but for the case of a to z
 //   load, load_anywhere      from an aligned address, and from any
 //   store_anywhere           to any
@@ -57,6 +58,20 @@ template <class Vector> Vector held(Vector units) noexcept {
 
 template <class Lanes> constexpr std::size_t kUnits = sizeof(typename Lanes::Vector) / sizeof(typename Lanes::Unit);
 
+// The first lane in four vectors, of which one has one, by the mask of each.
+template <class Lanes>
+std::size_t first_of_four(std::uint64_t a, std::uint64_t b, std::uint64_t c, std::uint64_t d) noexcept {
+    constexpr std::size_t kOne = kUnits<Lanes>;
+    if constexpr (kOne * Lanes::kBits == 32) { // two masks in one
+        const std::uint64_t hits = a | b << 32;
+        return hits != 0 ? first_of<Lanes>(hits) : 2 * kOne + first_of<Lanes>(c | d << 32);
+    } else {
+        if (a != 0) return first_of<Lanes>(a);
+        if (b != 0) return kOne + first_of<Lanes>(b);
+        return c != 0 ? 2 * kOne + first_of<Lanes>(c) : 3 * kOne + first_of<Lanes>(d);
+    }
+}
+
 inline constexpr std::uintptr_t kNoEnd = UINTPTR_MAX;
 inline constexpr std::size_t kNoLimit = SIZE_MAX;
 
@@ -77,6 +92,8 @@ const typename Lanes::Unit *scan(const typename Lanes::Unit *start, std::uintptr
         const auto a = may_be(block), b = may_be(block + kOne);
         const auto c = may_be(block + 2 * kOne), d = may_be(block + 3 * kOne);
         if (Lanes::zeros(Lanes::least(Lanes::least(a, b), Lanes::least(c, d))) == 0) continue;
+        if constexpr (__is_same(MayBe, At))
+            return block + first_of_four<Lanes>(Lanes::zeros(a), Lanes::zeros(b), Lanes::zeros(c), Lanes::zeros(d));
         for (std::size_t i = 0; i < 4 * kOne; i += kOne) {
             if (const std::uint64_t hits = Lanes::zeros(at(block + i)); hits != 0)
                 return block + i + first_of<Lanes>(hits);
@@ -112,9 +129,27 @@ template <class Lanes, class At> std::size_t near_hit(const typename Lanes::Unit
     return kNoLimit;
 }
 
+// The same for what follows these, up to four blocks from the start. In functions apart: it would be in the way of
+// short strings.
+template <class Lanes> inline constexpr std::size_t kNextNear = 4 * sizeof(typename Lanes::Vector);
+template <class Lanes, class At> std::size_t next_near_hit(const typename Lanes::Unit *start, At at) noexcept {
+    if (!fits_in_page<kNextNear<Lanes>>(start)) return kNoLimit;
+#pragma GCC unroll 4
+    for (std::size_t i = kNear / sizeof *start; i < kNextNear<Lanes> / sizeof *start; i += kUnits<Lanes>) {
+        if (const std::uint64_t hits = Lanes::zeros(at(start + i)); hits != 0) return i + first_of<Lanes>(hits);
+    }
+    return kNoLimit;
+}
+// Where to go on when it was not found.
+template <class Lanes> const typename Lanes::Unit *behind_near(const typename Lanes::Unit *start) noexcept {
+    if (fits_in_page<kNextNear<Lanes>>(start)) return start + kNextNear<Lanes> / sizeof *start;
+    return fits_in_page<kNear>(start) ? start + kNear / sizeof *start : start;
+}
+
 template <class Lanes>
 [[gnu::noinline]] const typename Lanes::Unit *find_zero_far(const typename Lanes::Unit *string) noexcept {
-    return scan<Lanes>(string, kNoEnd, Lanes::load);
+    const std::size_t near = next_near_hit<Lanes>(string, Lanes::load_anywhere);
+    return near != kNoLimit ? string + near : scan<Lanes>(behind_near<Lanes>(string), kNoEnd, Lanes::load);
 }
 
 template <class Lanes> const typename Lanes::Unit *find_zero(const typename Lanes::Unit *string) noexcept {
@@ -123,7 +158,10 @@ template <class Lanes> const typename Lanes::Unit *find_zero(const typename Lane
 }
 
 template <class Lanes> [[gnu::noinline]] std::uint32_t size_far(const typename Lanes::Unit *string) noexcept {
-    return static_cast<std::uint32_t>(address(find_zero_far<Lanes>(string)) - address(string));
+    const std::size_t near = next_near_hit<Lanes>(string, Lanes::load_anywhere);
+    if (near != kNoLimit) return static_cast<std::uint32_t>(near * sizeof *string);
+    return static_cast<std::uint32_t>(address(scan<Lanes>(behind_near<Lanes>(string), kNoEnd, Lanes::load)) -
+                                      address(string));
 }
 
 template <class Lanes> std::uint32_t size(const typename Lanes::Unit *string) noexcept {
@@ -139,10 +177,12 @@ template <class Lanes>
 [[gnu::noinline]] const typename Lanes::Unit *find_far(const typename Lanes::Unit *string,
                                                        typename Lanes::Unit wanted) noexcept {
     const auto sought = Lanes::all(wanted);
-    return unless_end(scan<Lanes>(string, kNoEnd, [sought](const void *block) {
-        const auto units = held(Lanes::load(block));
+    const auto at = [sought](const void *block) {
+        const auto units = held(Lanes::load_anywhere(block));
         return Lanes::least(units, units ^ sought);
-    }));
+    };
+    const std::size_t near = next_near_hit<Lanes>(string, at);
+    return unless_end(near != kNoLimit ? string + near : scan<Lanes>(behind_near<Lanes>(string), kNoEnd, at));
 }
 
 template <class Lanes>
@@ -222,23 +262,35 @@ const typename Lanes::Unit *find_signs(const typename Lanes::Unit *string, const
     return *place != 0 ? place - at[2] : nullptr;
 }
 
-// Known when the string ends in its first block, and two of them fit into what is left of its page.
+// The masks of the nearest blocks in one.
+template <class Lanes, class At> std::uint64_t near_zeros(const typename Lanes::Unit *start, At at) noexcept {
+    constexpr std::size_t kOne = kUnits<Lanes>;
+    std::uint64_t hits = Lanes::zeros(at(start));
+    if constexpr (kNear / sizeof *start == 2 * kOne) hits |= Lanes::zeros(at(start + kOne)) << kOne * Lanes::kBits;
+    return hits;
+}
+
+// Known when the string ends in the nearest blocks, and these fit twice into what is left of its page.
 template <class Lanes>
 Found16 find_short(const typename Lanes::Unit *string, const typename Lanes::Unit *wanted) noexcept {
-    constexpr std::size_t kBlock = sizeof(typename Lanes::Vector);
-    if (left_in_page(string) < 2 * kBlock || left_in_page(wanted) < kBlock) return {false, nullptr};
-    const auto text = Lanes::load_anywhere(string), sought = Lanes::load_anywhere(wanted);
-    const std::uint64_t end = Lanes::zeros(text), sought_end = Lanes::zeros(sought);
+    if (left_in_page(string) < 2 * kNear || left_in_page(wanted) < kNear) return {false, nullptr};
+    const auto zeros = [](const auto *place, auto sought) {
+        return near_zeros<Lanes>(place, [sought](const void *block) { return Lanes::load_anywhere(block) ^ sought; });
+    };
+    const std::uint64_t end = zeros(string, Lanes::all(0)), sought_end = zeros(wanted, Lanes::all(0));
     if (end == 0) return {false, nullptr};
     if (sought_end == 0) return {true, nullptr}; // longer than the string
     const std::uint64_t of_sought = (sought_end & (0 - sought_end)) - 1;
     const std::size_t last = first_of<Lanes>(sought_end) - 1;
     // Behind the terminator may lie anything; what is sought has none in it.
-    std::uint64_t places = Lanes::zeros(text ^ Lanes::all(wanted[0])) & ((end & (0 - end)) - 1);
-    places &= Lanes::zeros(text ^ Lanes::all(wanted[last])) >> last * Lanes::kBits;
+    std::uint64_t places = zeros(string, Lanes::all(wanted[0])) & ((end & (0 - end)) - 1);
+    places &= zeros(string, Lanes::all(wanted[last])) >> last * Lanes::kBits;
     for (; places != 0; places &= places - 1) {
         const auto *const place = string + first_of<Lanes>(places);
-        if ((~Lanes::zeros(Lanes::load_anywhere(place) ^ sought) & of_sought) == 0) return {true, place};
+        const std::uint64_t same = near_zeros<Lanes>(place, [&](const typename Lanes::Unit *block) {
+            return Lanes::load_anywhere(block) ^ Lanes::load_anywhere(wanted + (block - place));
+        });
+        if ((~same & of_sought) == 0) return {true, place};
     }
     return {true, nullptr};
 }
@@ -380,19 +432,73 @@ std::size_t mismatch(const typename Lanes::Unit *a, const typename Lanes::Unit *
     return mismatch_near<Lanes>(a, b, limit, place, apart) ? place : mismatch_far<Lanes>(a, b, limit, apart);
 }
 
-// The difference at that place, without a limit. A function apart, so that the one for short strings needs no room on
-// the stack.
+// The same without a limit, of strings that are equal and go on up to `known`, which is 0 or behind the nearest blocks.
+// By groups of four blocks up to the end of a page, and what is left there by single ones, the last of them together
+// with units known already. The blocks are those of `a`; the step back to the first one on a new page may begin on the
+// page before, as both pages have units of the string.
 template <class Lanes, class Apart>
-[[gnu::noinline]] int compare_far(const typename Lanes::Unit *a, const typename Lanes::Unit *b) noexcept {
-    const std::size_t place = mismatch_far<Lanes>(a, b, kNoLimit, Apart{});
+[[gnu::always_inline]] inline std::size_t mismatch_on(std::size_t known, const typename Lanes::Unit *a,
+                                                      const typename Lanes::Unit *b, Apart apart) noexcept {
+    constexpr std::size_t kOne = kUnits<Lanes>, kSize = sizeof(typename Lanes::Unit), kFew = 2 * kPage / kSize;
+    if (address(a) % kSize != 0 || address(b) % kSize != 0) return mismatch_from<Lanes>(known, a, b, kNoLimit, apart);
+    if (known == 0) {
+        known = mismatch_from<Lanes>(0, a, b, kNear / kSize, apart);
+        if (known < kNear / kSize) return known;
+    }
+    const auto ends_at = [=](std::size_t place) {
+        const auto units = held(Lanes::load_anywhere(a + place));
+        return Lanes::ends(apart(units, Lanes::load_anywhere(b + place)), units);
+    };
+    while (known < kFew) {
+        const std::size_t step_back = address(a + known) % (kOne * kSize) / kSize;
+        const std::size_t left_a = left_in_page(a + known) / kSize, left_b = left_in_page(b + known) / kSize;
+        std::size_t i = known - step_back;
+        known += left_a < left_b ? left_a : left_b;
+        for (const std::size_t end = i + (known - i) / (4 * kOne) * (4 * kOne); i != end; i += 4 * kOne) {
+            const auto a0 = held(Lanes::load_anywhere(a + i)), a1 = held(Lanes::load_anywhere(a + i + kOne));
+            const auto a2 = held(Lanes::load_anywhere(a + i + 2 * kOne)),
+                       a3 = held(Lanes::load_anywhere(a + i + 3 * kOne));
+            const auto d0 = apart(a0, Lanes::load_anywhere(b + i)), d1 = apart(a1, Lanes::load_anywhere(b + i + kOne));
+            const auto d2 = apart(a2, Lanes::load_anywhere(b + i + 2 * kOne)),
+                       d3 = apart(a3, Lanes::load_anywhere(b + i + 3 * kOne));
+            if (!Lanes::any_end((d0 | d1) | (d2 | d3), Lanes::least(Lanes::least(a0, a1), Lanes::least(a2, a3))))
+                continue;
+            return i + first_of_four<Lanes>(Lanes::ends(d0, a0), Lanes::ends(d1, a1), Lanes::ends(d2, a2),
+                                            Lanes::ends(d3, a3));
+        }
+        for (; known - i >= kOne; i += kOne) {
+            if (const std::uint64_t hits = ends_at(i); hits != 0) return i + first_of<Lanes>(hits);
+        }
+        if (i == known) continue;
+        if (const std::uint64_t hits = ends_at(known - kOne); hits != 0) return known - kOne + first_of<Lanes>(hits);
+    }
+    const std::size_t begun = known - kNear / kSize;
+    return begun + mismatch_far<Lanes>(a + begun, b + begun, kNoLimit, apart);
+}
+
+// The difference at that place. A function apart, so that the one for short strings needs no room on the stack.
+template <class Lanes, class Apart>
+[[gnu::noinline]] int compare_far(const typename Lanes::Unit *a, const typename Lanes::Unit *b,
+                                  std::size_t known) noexcept {
+    const std::size_t place = mismatch_on<Lanes>(known, a, b, Apart{});
     return Apart::difference(a[place], b[place]);
 }
 
 template <class Lanes, class Apart = AsTheyAre>
 int compare(const typename Lanes::Unit *a, const typename Lanes::Unit *b) noexcept {
+    constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
     std::size_t place;
-    if (!mismatch_near<Lanes>(a, b, kNoLimit, place, Apart{})) return compare_far<Lanes, Apart>(a, b);
-    return Apart::difference(a[place], b[place]);
+    if (mismatch_near<Lanes>(a, b, kNoLimit, place, Apart{})) return Apart::difference(a[place], b[place]);
+    if (!fits_in_page<4 * kBlock>(a) || !fits_in_page<4 * kBlock>(b)) return compare_far<Lanes, Apart>(a, b, 0);
+#pragma GCC unroll 4
+    for (std::size_t i = kNear / sizeof *a; i < 4 * kOne; i += kOne) {
+        const auto units = held(Lanes::load_anywhere(a + i));
+        if (const std::uint64_t hits = Lanes::ends(Apart{}(units, Lanes::load_anywhere(b + i)), units); hits != 0) {
+            place = i + first_of<Lanes>(hits);
+            return Apart::difference(a[place], b[place]);
+        }
+    }
+    return compare_far<Lanes, Apart>(a, b, 4 * kOne);
 }
 
 // Whether it is plain to see that a string comes to its end before a place behind it: by a 0 right in front of the
@@ -407,9 +513,10 @@ bool ends_before(const typename Lanes::Unit *string, const typename Lanes::Unit 
 }
 
 // A string of which the first block has no terminator and can be read. In one pass where nothing is written over before
-// it is read: the string might reach into a destination behind it.
+// it is read: the string might reach into a destination behind it. A function apart, like compare_far().
 template <class Lanes>
-typename Lanes::Unit *copy_long(typename Lanes::Unit *destination, const typename Lanes::Unit *source) noexcept {
+[[gnu::noinline]] typename Lanes::Unit *copy_long(typename Lanes::Unit *destination,
+                                                  const typename Lanes::Unit *source) noexcept {
     constexpr std::size_t kOne = kUnits<Lanes>, kBlock = sizeof(typename Lanes::Vector);
     const auto *place = source;
     if (ends_before<Lanes>(source, destination) ||

@@ -4,6 +4,7 @@
 
 #include "letters/case.h"
 #include "prim/strings.h"
+#include "simd/nearest.h"
 
 using namespace kxstr;
 using letters::to_upper;
@@ -24,11 +25,21 @@ int compare_folded(const KxChar *a, const KxChar *b, std::size_t limit) noexcept
     return 0;
 }
 
+constexpr int to_capital(std::uint8_t byte) noexcept {
+    return byte >= 'a' && byte <= 'z' ? byte - 'a' + 'A' : byte;
+}
+
 } // namespace
 
 extern "C" {
 
-int32_t w_stricmp(const char *a, const char *b) {
+[[gnu::aligned(64)]] int32_t w_stricmp(const char *a, const char *b) {
+    if (const std::uint32_t hits = simd::nearest_caseless_difference(bytes_of(a), bytes_of(b)); hits != 0) [[likely]] {
+        const std::uint8_t x = bytes_of(a)[simd::place_of(hits)], y = bytes_of(b)[simd::place_of(hits)];
+        if (x == y) [[likely]]
+            return 0; // the ends of both
+        if (const int difference = to_capital(x) - to_capital(y); difference != 0) return difference;
+    }
     return simd::kernels().compare8_caseless(bytes_of(a), bytes_of(b));
 }
 

@@ -85,6 +85,26 @@ TEST_F(Maps, Bytes) {
     });
 }
 
+// So long that what is written goes past the caches; elsewhere and in place.
+TEST_F(Maps, BytesOfALongText) {
+    constexpr std::size_t kLength = (1 << 23) + 77;
+    Bytes source(kLength + 1);
+    std::generate_n(source.begin(), kLength, [this] { return static_cast<std::uint8_t>(1 + random() % 0xFF); });
+    Units expected(kLength + 1);
+    plain.map_bytes(map, source.data(), SIZE_MAX, expected.data());
+    for (const Kernels *family : available()) {
+        for (const std::size_t shift : {1u, 32u}) {
+            Units result(shift + kLength + 2, 0x5555);
+            ASSERT_EQ(family->map_bytes(map, source.data(), SIZE_MAX, &result[shift]), kLength);
+            ASSERT_TRUE(std::equal(expected.begin(), expected.end(), &result[shift]));
+            std::memcpy(&result[shift], source.data(), source.size());
+            family->map_bytes(map, reinterpret_cast<std::uint8_t *>(&result[shift]), SIZE_MAX, &result[shift]);
+            ASSERT_TRUE(std::equal(expected.begin(), expected.end(), &result[shift]));
+            ASSERT_TRUE(result[shift - 1] == 0x5555 && result.back() == 0x5555);
+        }
+    }
+}
+
 TEST_F(Maps, BytesToAStream) {
     against_plain<std::uint8_t>([&](const Kernels &family, std::uint8_t *source, std::size_t count) {
         if (count == 0) return;

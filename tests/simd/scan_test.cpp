@@ -1,7 +1,10 @@
 // The scans of every family that this processor can run, against the plain ones.
 #include <cstdlib>
+#include <kxstr/prim.h>
+#include <kxstr/strops.h>
 
 #include "simd/kernels.h"
+#include "simd/nearest.h"
 #include "support/fenced.h"
 #include "support/test.h"
 
@@ -16,6 +19,7 @@ TEST(Kernels, TheEnvironmentChoosesAmongThoseThatCanRun) {
     for (const Kernels *family : available())
         if (wanted != nullptr && family->name == std::string(wanted)) expected = family;
     EXPECT_EQ(&kxstr::simd::kernels(), expected);
+    EXPECT_EQ(nearest_end == 0, expected == available().front()); // plain is plain to the first byte
 }
 
 // Each scan of a family over texts of a few different units (so that there is something to find, and something to miss)
@@ -153,10 +157,18 @@ class Scan : public testing::TestWithParam<const Kernels *> {
         ASSERT_EQ(family.compare8(a, b), plain.compare8(a, b));
         ASSERT_EQ(family.size8(a), count - 1);
         ASSERT_EQ(family.find8(a, wanted), plain.find8(a, wanted));
-        b[random() % count] ^= 0x20;
-        b[random() % count] = wanted;
-        b[count - 1] = 0;
-        ASSERT_EQ(family.compare8_caseless(a, b), plain.compare8_caseless(a, b));
+        // The exported functions have a way of their own for the first bytes.
+        const auto text = [](const std::uint8_t *bytes) { return reinterpret_cast<const char *>(bytes); };
+        ASSERT_EQ(wstrlen(text(a)), count - 1);
+        ASSERT_EQ(wstrchr(text(a), wanted), text(plain.find8(a, wanted)));
+        ASSERT_EQ(wstrcmp(text(a), text(b)), plain.compare8(a, b));
+        for (int changes = 0; changes < 2; ++changes) {
+            ASSERT_EQ(family.compare8_caseless(a, b), plain.compare8_caseless(a, b));
+            ASSERT_EQ(w_stricmp(text(a), text(b)), plain.compare8_caseless(a, b));
+            b[random() % count] ^= 0x20;
+            b[random() % count] = wanted;
+            b[count - 1] = 0;
+        }
     }
 
     // Around the units is what would be found if a kernel looked there.
