@@ -217,6 +217,12 @@ std::size_t map_case16(const CaseMap &map, const std::uint16_t *from, std::uint1
     return map.lower ? map_string<true>(map, from, to, limit) : map_string<false>(map, from, to, limit);
 }
 
+std::uint16_t *change_case16(const CaseMap &map, std::uint16_t *string) noexcept {
+    if (is_odd(string)) return plain::change_case16(map, string);
+    map.lower ? map_string<true>(map, string, string, SIZE_MAX) : map_string<false>(map, string, string, SIZE_MAX);
+    return string;
+}
+
 std::size_t mismatch_by_case16(const CaseMap &map, const std::uint16_t *a, const std::uint16_t *b,
                                std::size_t limit) noexcept {
     return map.lower ? mismatch_mapped<true>(map, a, b, limit) : mismatch_mapped<false>(map, a, b, limit);
