@@ -83,7 +83,7 @@ constexpr BothMaps make_maps(std::size_t country) {
 
 } // namespace
 
-constinit const std::array<BothMaps, 5> maps_by_country{
+constexpr std::array<BothMaps, 5> maps_by_country{
     {{make_map(true, {}), make_map(false, {})}, make_maps(0), make_maps(1), make_maps(2), make_maps(3)}};
 
 KxChar to_lower_by_country(KxChar ch) noexcept {

@@ -25,7 +25,7 @@ struct BothMaps {
     simd::CaseMap lower, upper;
 };
 #pragma GCC visibility push(hidden)
-extern constinit const std::array<BothMaps, 5> maps_by_country; // [0]: of all countries without letters of their own
+extern const std::array<BothMaps, 5> maps_by_country; // [0]: of all countries without letters of their own
 #pragma GCC visibility pop
 inline const BothMaps &maps() noexcept {
     static_assert(codepage::kNoCountry == 0 && codepage::kJapanese == 1 && codepage::kSimplifiedChinese == 4);
