@@ -47,6 +47,14 @@ template <bool Lower> class Mapping {
         const CaseRange &rest = map_.behind_slotted;
         return has_rest_ && in_range(units, all(rest.first), all(rest.span)) != 0;
     }
+    // The same of a map that has no ranges but the common ones: the cases differ by bits.
+    __m512i by_bits(__m512i units) const noexcept {
+        const __m512i slots = _mm512_srli_epi16(units, 8);
+        const __mmask32 hits = in_range(units, permuted(slots, first_), permuted(slots, span_));
+        const __m512i bits = _mm512_maskz_permutexvar_epi16(hits, slots, step_);
+        if constexpr (Lower) return _mm512_or_si512(units, bits);
+        return _mm512_andnot_si512(bits, units);
+    }
     // The same of blocks of ASCII and codes alone.
     __m512i of_ascii(__m512i units) const noexcept {
         const CaseRange &letters = map_.ranges[0];
@@ -163,6 +171,7 @@ template <bool Lower>
     const Mapping<Lower> mapping(map);
     const CaseRange &behind = map.behind_common;
     const bool ascii_is_told = behind.first >= 0xF900 || behind.first + behind.span < 0x8000;
+    const bool is_common = map.count == CaseMap::kCommon;
     unsigned mixed = 0; // groups to map anyhow before ASCII is looked for again
     for (std::size_t size = kBlock - address(from + done) / sizeof *from % kBlock;; size = kBlock) {
         const std::size_t most = lesser(size, limit - done);
@@ -176,12 +185,19 @@ template <bool Lower>
             if (limit - done >= kGroup * kBlock && address(from + done) % (kGroup * sizeof units) == 0) {
                 if (const Group group(from + done); !group.has_zero()) {
                     step = kGroup * kBlock;
-                    const bool is_mixed = mixed != 0 || !ascii_is_told || !group.is_ascii();
-                    for (std::size_t i = 0; i < kGroup; ++i) {
-                        const __m512i values = is_mixed ? mapping(group.blocks[i]) : mapping.of_ascii(group.blocks[i]);
-                        _mm512_storeu_si512(to + done + i * kBlock, values);
+                    const auto store = [&](auto map_block) {
+                        for (std::size_t i = 0; i < kGroup; ++i)
+                            _mm512_storeu_si512(to + done + i * kBlock, map_block(group.blocks[i]));
+                    };
+                    if (mixed == 0 && ascii_is_told && group.is_ascii()) {
+                        store([&](__m512i block) { return mapping.of_ascii(block); });
+                        continue;
                     }
-                    mixed = !is_mixed ? 0 : mixed != 0 ? mixed - 1 : kMixedTurns;
+                    mixed = mixed != 0 ? mixed - 1 : kMixedTurns;
+                    if (is_common)
+                        store([&](__m512i block) { return mapping.by_bits(block); });
+                    else
+                        store(mapping);
                     continue;
                 }
             }
