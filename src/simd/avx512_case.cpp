@@ -149,10 +149,12 @@ struct Group {
         for (std::size_t i = 0; i < kGroup; ++i)
             blocks[i] = _mm512_load_si512(units + i * kBlock);
     }
-    bool has_zero() const noexcept {
+    bool has_zero() const noexcept { return has({0, 0, 0, 0}); }
+    bool has(const CaseRange &range) const noexcept {
+        const auto above = [&](std::size_t i) { return _mm512_sub_epi16(blocks[i], all(range.first)); };
         const __m512i least =
-            _mm512_min_epu16(_mm512_min_epu16(blocks[0], blocks[1]), _mm512_min_epu16(blocks[2], blocks[3]));
-        return _mm512_testn_epi16_mask(least, least) != 0;
+            _mm512_min_epu16(_mm512_min_epu16(above(0), above(1)), _mm512_min_epu16(above(2), above(3)));
+        return _mm512_cmple_epu16_mask(least, all(range.span)) != 0;
     }
     // Whether all units are ASCII or more than 0x7FFF, as codes are.
     bool is_ascii() const noexcept {
@@ -196,6 +198,8 @@ template <bool Lower>
                     mixed = mixed != 0 ? mixed - 1 : kMixedTurns;
                     if (is_common)
                         store([&](__m512i block) { return mapping.by_bits(block); });
+                    else if (map.count == map.slotted || !group.has(map.behind_slotted))
+                        store([&](__m512i block) { return mapping.by_slots(block); });
                     else
                         store(mapping);
                     continue;
