@@ -77,32 +77,14 @@ constexpr CaseMap make_map(bool lower, std::span<const tables::CaseRange> of_cou
     return map;
 }
 
-struct BothMaps {
-    CaseMap lower, upper;
-};
-
 constexpr BothMaps make_maps(std::size_t country) {
     return {make_map(true, tables::kCapitalRanges[country]), make_map(false, tables::kSmallLetterRanges[country])};
 }
 
-constexpr BothMaps kMaps{make_map(true, {}), make_map(false, {})};
-constexpr BothMaps kMapsByCountry[] = {make_maps(0), make_maps(1), make_maps(2), make_maps(3)};
-
-const BothMaps &maps() noexcept {
-    const unsigned country = codepage::country_id();
-    if (country < codepage::kJapanese || country > codepage::kSimplifiedChinese) return kMaps;
-    return kMapsByCountry[country - codepage::kJapanese];
-}
-
 } // namespace
 
-const CaseMap &lower_map() noexcept {
-    return maps().lower;
-}
-
-const CaseMap &upper_map() noexcept {
-    return maps().upper;
-}
+constexpr std::array<BothMaps, 5> maps_by_country{
+    {{make_map(true, {}), make_map(false, {})}, make_maps(0), make_maps(1), make_maps(2), make_maps(3)}};
 
 KxChar to_lower_by_country(KxChar ch) noexcept {
     return lower_map().of(ch);

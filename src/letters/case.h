@@ -1,9 +1,11 @@
 // Letter case of KX characters: every comparison without case and the collation rest on these two functions.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <kxstr/letters.h>
 
+#include "codepage/country.h"
 #include "core/kx_char.h"
 #include "simd/kernels.h"
 
@@ -19,8 +21,25 @@ inline bool has_case(KxChar ch) noexcept {
 }
 
 // What the two functions below do to each unit of a text, for the kernels. Each asks for the country; the maps stay.
-const simd::CaseMap &lower_map() noexcept;
-const simd::CaseMap &upper_map() noexcept;
+struct BothMaps {
+    simd::CaseMap lower, upper;
+};
+#pragma GCC visibility push(hidden)
+extern const std::array<BothMaps, 5> maps_by_country; // [0]: of all countries without letters of their own
+#pragma GCC visibility pop
+inline const BothMaps &maps() noexcept {
+    static_assert(codepage::kNoCountry == 0 && codepage::kJapanese == 1 && codepage::kSimplifiedChinese == 4);
+    std::uint8_t country = codepage::decided_country.load(std::memory_order_relaxed);
+    if (country == codepage::kUndecided) [[unlikely]]
+        country = codepage::country_id();
+    return maps_by_country[country < maps_by_country.size() ? country : 0];
+}
+inline const simd::CaseMap &lower_map() noexcept {
+    return maps().lower;
+}
+inline const simd::CaseMap &upper_map() noexcept {
+    return maps().upper;
+}
 
 // For characters from kFirstSetByCountry on.
 KxChar to_lower_by_country(KxChar ch) noexcept;

@@ -61,13 +61,11 @@ using kxstr::letters::map_string;
 extern "C" {
 
 KxChar *W6wstrlwr(KxChar *string) {
-    map_string(kxstr::letters::lower_map(), string, string);
-    return string;
+    return kxstr::simd::kernels().change_case16(kxstr::letters::lower_map(), string);
 }
 
 KxChar *W6wstrupr(KxChar *string) {
-    map_string(kxstr::letters::upper_map(), string, string);
-    return string;
+    return kxstr::simd::kernels().change_case16(kxstr::letters::upper_map(), string);
 }
 
 uint8_t *W6dstrlwr(uint8_t *stream) {

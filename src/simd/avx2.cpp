@@ -9,6 +9,7 @@ constinit const Kernels kKernels{
     .find8 = find8,
     .find16 = find16,
     .copy16 = copy16,
+    .change_case16 = change_case16,
     .find_zero16 = find_zero16,
     .find_last16 = find_last16,
     .find_within16 = find_within16,

@@ -67,34 +67,75 @@ class Mapping {
     __m256i flip_;
 };
 
+template <std::size_t Count> void copy_units(std::uint16_t *to, const std::uint16_t *from) noexcept {
+    __builtin_memcpy(to, from, Count * sizeof *to);
+}
+
+// The first `count` of a block's units, at most all.
+void store_first(std::uint16_t *to, __m256i units, std::size_t count) noexcept {
+    std::uint16_t block[kBlock];
+    _mm256_storeu_si256(reinterpret_cast<__m256i *>(block), units);
+    const auto by_two = [&]<std::size_t Half>() { // which overlap
+        copy_units<Half>(to, block);
+        copy_units<Half>(to + count - Half, block + count - Half);
+    };
+    if (count >= 8) {
+        by_two.template operator()<8>();
+    } else if (count >= 4) {
+        by_two.template operator()<4>();
+    } else if (count >= 2) {
+        by_two.template operator()<2>();
+    } else if (count != 0) {
+        *to = *block;
+    }
+}
+
+// The beginning of a string, which is mostly all of it, and mostly just written, by two stores that overlap: a load
+// that needs both of them waits until they have reached the cache. The first unit by itself and small loads behind it
+// find what they need in one store each where that copied 8 or 16 characters with their terminator, and mostly else.
+// Gives the units mapped; if they are kHead, the string may go on.
+constexpr std::size_t kHead = 1 + kBlock;
+
+[[gnu::always_inline]] inline std::size_t map_head(const Mapping &mapping, const std::uint16_t *from,
+                                                   std::uint16_t *to) noexcept {
+    const auto load8 = [from](std::size_t at) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(from + at)); };
+    if (*from == 0) return 0;
+    const __m256i first = mapping(_mm256_zextsi128_si256(_mm_cvtsi32_si128(*from)));
+    const __m256i others = _mm256_inserti128_si256(_mm256_castsi128_si256(load8(1)), load8(1 + kBlock / 2), 1);
+    const std::uint64_t ends = Words::zeros(others);
+    const std::size_t count = ends != 0 ? first_of<Words>(ends) : kBlock;
+    store_first(to + 1, mapping(others), count);
+    *to = static_cast<std::uint16_t>(_mm_cvtsi128_si32(_mm256_castsi256_si128(first)));
+    return 1 + count;
+}
+
 } // namespace
 
 std::size_t map_case16(const CaseMap &map, const std::uint16_t *from, std::uint16_t *to, std::size_t limit) noexcept {
-    if (is_odd(from) || limit < kBlock || left_in_page(from) < sizeof(__m256i))
+    if (is_odd(from) || limit < kHead || !fits_in_page<kHead * sizeof *from>(from))
         return plain::map_case16(map, from, to, limit);
     const Mapping mapping(map);
-    const auto store = [to](std::size_t at, __m256i units) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i *>(to + at), units);
-    };
-    // The units before the terminator, when the block has it or the limit ends in it.
-    const auto store_last = [&](std::size_t at, __m256i units) {
-        const std::uint64_t ends = Words::zeros(units);
-        std::size_t length = ends != 0 ? first_of<Words>(ends) : kBlock;
-        if (length > limit - at) length = limit - at;
-        std::uint16_t block[kBlock];
-        _mm256_storeu_si256(reinterpret_cast<__m256i *>(block), mapping(units));
-        __builtin_memcpy(to + at, block, length * sizeof *to);
-        return at + length;
-    };
-    for (std::size_t done = 0; done != limit; done += kBlock) {
+    const std::size_t head = map_head(mapping, from, to);
+    if (head != kHead) return head;
+    for (std::size_t done = head; done != limit; done += kBlock) {
         // What is left of a page is read together with units mapped already; these stay as they are.
         const std::size_t left = left_in_page(from + done) / sizeof *from;
         if (left < kBlock) done -= kBlock - left;
         const __m256i units = Words::load_anywhere(from + done);
-        if (Words::zeros(units) != 0 || limit - done < kBlock) return store_last(done, units);
-        store(done, mapping(units));
+        if (const std::uint64_t ends = Words::zeros(units); ends != 0 || limit - done < kBlock) {
+            std::size_t length = ends != 0 ? first_of<Words>(ends) : kBlock;
+            if (length > limit - done) length = limit - done;
+            store_first(to + done, mapping(units), length);
+            return done + length;
+        }
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(to + done), mapping(units));
     }
     return limit;
+}
+
+std::uint16_t *change_case16(const CaseMap &map, std::uint16_t *string) noexcept {
+    map_case16(map, string, string, SIZE_MAX);
+    return string;
 }
 
 std::size_t mismatch_by_case16(const CaseMap &map, const std::uint16_t *a, const std::uint16_t *b,

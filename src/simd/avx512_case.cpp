@@ -16,10 +16,10 @@ __mmask32 in_range(__m512i units, __m512i first, __m512i span) noexcept {
 }
 
 // The forms without a mask make gcc 12 warn of its own header.
-constexpr __mmask64 kAllBytes = ~__mmask64{0};
+constexpr __mmask32 kAllUnits = ~__mmask32{0};
 
 __m512i permuted(__m512i slots, __m512i table) noexcept {
-    return _mm512_maskz_permutexvar_epi8(kAllBytes, slots, table);
+    return _mm512_maskz_permutexvar_epi16(kAllUnits, slots, table);
 }
 
 // What a map of one direction makes of a block.
@@ -33,19 +33,34 @@ template <bool Lower> class Mapping {
           has_rest_(map.count != map.slotted) {}
 
     __m512i operator()(__m512i units) const noexcept {
-        // The byte permutations look at 6 bits: the low 5 of the set, which lie from bit 8 of the unit on, and below
-        // them the bit that tells the two bytes of a slot apart.
-        constexpr int kThirdWhereSecond = 0xB8; // bits of the third operand where the second has 1, else of the first
-        const __m512i from_bit_7 = _mm512_set1_epi64(0x3737'2727'1717'0707);
-        const __m512i slots =
-            _mm512_ternarylogic_epi32(_mm512_maskz_multishift_epi64_epi8(kAllBytes, from_bit_7, units), all(0x0101),
-                                      all(0x0100), kThirdWhereSecond);
+        const __m512i result = by_slots(units);
+        return has_rest(units) ? map_rest(units, result) : result;
+    }
+    // All of it, unless has_rest.
+    __m512i by_slots(__m512i units) const noexcept {
+        static_assert(CaseMap::kSlots == kBlock); // of the sets, the permutations look at the low 5 bits
+        const __m512i slots = _mm512_srli_epi16(units, 8);
         const __mmask32 hits = in_range(units, permuted(slots, first_), permuted(slots, span_));
-        const __m512i result = moved(units, hits, units, permuted(slots, step_), all(1));
-        if (!has_rest_) return result;
-        if (in_range(units, all(map_.behind_slotted.first), all(map_.behind_slotted.span)) == 0) [[likely]]
-            return result;
-        return map_rest(units, result);
+        return moved(units, hits, units, permuted(slots, step_), all(1));
+    }
+    bool has_rest(__m512i units) const noexcept {
+        const CaseRange &rest = map_.behind_slotted;
+        return has_rest_ && in_range(units, all(rest.first), all(rest.span)) != 0;
+    }
+    // The same of a map that has no ranges but the common ones: the cases differ by bits.
+    __m512i by_bits(__m512i units) const noexcept {
+        const __m512i slots = _mm512_srli_epi16(units, 8);
+        const __mmask32 hits = in_range(units, permuted(slots, first_), permuted(slots, span_));
+        const __m512i bits = _mm512_maskz_permutexvar_epi16(hits, slots, step_);
+        if constexpr (Lower) return _mm512_or_si512(units, bits);
+        return _mm512_andnot_si512(bits, units);
+    }
+    // The same of blocks of ASCII and codes alone.
+    __m512i of_ascii(__m512i units) const noexcept {
+        const CaseRange &letters = map_.ranges[0];
+        const __mmask32 hits = in_range(units, all(letters.first), all(letters.span));
+        if constexpr (Lower) return _mm512_mask_add_epi16(units, hits, units, all(letters.step));
+        return _mm512_mask_sub_epi16(units, hits, units, all(letters.step));
     }
 
   private:
@@ -89,43 +104,123 @@ struct Words {
     static Vector load_anywhere(const void *place) noexcept { return _mm512_loadu_si512(place); }
 };
 
+std::size_t lesser(std::size_t a, std::size_t b) noexcept {
+    return a < b ? a : b;
+}
+
 // The first `count` of a block's units; all of them from a whole block on.
 __mmask32 first_units(std::size_t count) noexcept {
     return count < kBlock ? (std::uint32_t{1} << count) - 1 : ~std::uint32_t{0};
 }
 
+// Those of so many units, the lowest of the mask, that stand before an end.
+__mmask32 before_end(std::uint32_t ends, std::size_t size) noexcept {
+    return ((ends & (0 - ends)) - 1) & first_units(size);
+}
+
+// The beginning of a string, which is mostly all of it, and mostly just written, by two stores that overlap: a load
+// that needs both of them waits until they have reached the cache. The first unit by itself and small loads behind it
+// find what they need in one store each where that copied 8 or 16 characters with their terminator, and mostly else.
+// Gives the units mapped: if they are kHead, the string may go on, if they are none, it may begin.
+constexpr std::size_t kHead = 1 + kBlock / 2;
+
 template <bool Lower>
-std::size_t map_string(const CaseMap &map, const std::uint16_t *from, std::uint16_t *to, std::size_t limit) noexcept {
-    const Mapping<Lower> mapping(map);
-    const auto before_end = [](std::uint32_t ends, std::size_t size) noexcept -> __mmask32 {
-        return ((ends & (0 - ends)) - 1) & first_units(size);
-    };
-    // At first up to a multiple of the block, of what lies in the page; or up to the terminator, which is mostly near.
-    const bool is_whole = left_in_page(from) >= sizeof(__m512i);
-    std::size_t size = kBlock - address(from) / sizeof *from % kBlock;
-    __m512i units = is_whole ? _mm512_loadu_si512(from) : _mm512_maskz_loadu_epi16(first_units(size), from);
-    if (const std::uint32_t ends = _mm512_testn_epi16_mask(units, units); is_whole && ends != 0) {
-        const __mmask32 mapped = before_end(ends, limit);
-        _mm512_mask_storeu_epi16(to, mapped, mapping(units));
-        return static_cast<std::size_t>(__builtin_popcount(mapped));
+[[gnu::always_inline]] inline std::size_t map_head(const Mapping<Lower> &mapping, const std::uint16_t *from,
+                                                   std::uint16_t *to, std::size_t limit) noexcept {
+    const auto load8 = [from](std::size_t at) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(from + at)); };
+    const __m256i others = _mm256_inserti128_si256(_mm256_castsi128_si256(load8(1)), load8(1 + kBlock / 4), 1);
+    // The first unit goes behind the others.
+    const __m512i units =
+        _mm512_inserti64x4(_mm512_castsi256_si512(others), _mm256_zextsi128_si256(_mm_cvtsi32_si128(*from)), 1);
+    if (mapping.has_rest(units)) return 0;
+    const __m512i values = mapping.by_slots(units);
+    const __mmask32 mapped = before_end(_mm256_testn_epi16_mask(others, others), lesser(limit, kHead) - 1) & 0xFFFF;
+    *to = static_cast<std::uint16_t>(_mm_cvtsi128_si32(_mm512_extracti32x4_epi32(values, 2)));
+    _mm256_mask_storeu_epi16(to + 1, static_cast<__mmask16>(mapped), _mm512_castsi512_si256(values));
+    return 1 + static_cast<std::size_t>(__builtin_popcount(mapped));
+}
+
+constexpr std::size_t kGroup = 4; // blocks, none of which a page's end divides from the others
+
+struct Group {
+    __m512i blocks[kGroup];
+
+    explicit Group(const std::uint16_t *units) noexcept {
+        for (std::size_t i = 0; i < kGroup; ++i)
+            blocks[i] = _mm512_load_si512(units + i * kBlock);
     }
-    for (std::size_t done = 0;;) {
-        const std::size_t most = size < limit - done ? size : limit - done;
+    bool has_zero() const noexcept { return has({0, 0, 0, 0}); }
+    bool has(const CaseRange &range) const noexcept {
+        const auto above = [&](std::size_t i) { return _mm512_sub_epi16(blocks[i], all(range.first)); };
+        const __m512i least =
+            _mm512_min_epu16(_mm512_min_epu16(above(0), above(1)), _mm512_min_epu16(above(2), above(3)));
+        return _mm512_cmple_epu16_mask(least, all(range.span)) != 0;
+    }
+    // Whether all units are ASCII or more than 0x7FFF, as codes are.
+    bool is_ascii() const noexcept {
+        const __m512i greatest =
+            _mm512_max_epi16(_mm512_max_epi16(blocks[0], blocks[1]), _mm512_max_epi16(blocks[2], blocks[3]));
+        return _mm512_cmpgt_epi16_mask(greatest, all(0x7F)) == 0;
+    }
+};
+
+// What stands behind the head, or does not fit in its page. A function of its own, so that short strings pay for no
+// frame.
+template <bool Lower>
+[[gnu::noinline]] std::size_t map_rest(const CaseMap &map, const std::uint16_t *from, std::uint16_t *to,
+                                       std::size_t limit, std::size_t done) noexcept {
+    constexpr unsigned kMixedTurns = 16;
+    const Mapping<Lower> mapping(map);
+    const CaseRange &behind = map.behind_common;
+    const bool ascii_is_told = behind.first >= 0xF900 || behind.first + behind.span < 0x8000;
+    const bool is_common = map.count == CaseMap::kCommon;
+    unsigned mixed = 0; // groups to map anyhow before ASCII is looked for again
+    for (std::size_t size = kBlock - address(from + done) / sizeof *from % kBlock;; size = kBlock) {
+        const std::size_t most = lesser(size, limit - done);
+        const __m512i units = _mm512_maskz_loadu_epi16(first_units(most), from + done);
         const __mmask32 mapped = before_end(_mm512_testn_epi16_mask(units, units), most);
         _mm512_mask_storeu_epi16(to + done, mapped, mapping(units));
         done += static_cast<std::size_t>(__builtin_popcount(mapped));
         if (mapped != first_units(size) || done == limit) return done;
-        size = kBlock;
-        for (; limit - done >= 2 * kBlock; done += 2 * kBlock) {
-            units = _mm512_load_si512(from + done);
-            if (address(from + done) % (2 * sizeof units) != 0) break; // the second block is of the first one's page
-            const __m512i second = _mm512_load_si512(from + done + kBlock), least = _mm512_min_epu16(units, second);
-            if (_mm512_testn_epi16_mask(least, least) != 0) break;
-            _mm512_storeu_si512(to + done, mapping(units));
-            _mm512_storeu_si512(to + done + kBlock, mapping(second));
+        for (std::size_t step = kBlock; limit - done >= kBlock; done += step) {
+            step = kBlock;
+            if (limit - done >= kGroup * kBlock && address(from + done) % (kGroup * sizeof units) == 0) {
+                if (const Group group(from + done); !group.has_zero()) {
+                    step = kGroup * kBlock;
+                    const auto store = [&](auto map_block) {
+                        for (std::size_t i = 0; i < kGroup; ++i)
+                            _mm512_storeu_si512(to + done + i * kBlock, map_block(group.blocks[i]));
+                    };
+                    if (mixed == 0 && ascii_is_told && group.is_ascii()) {
+                        store([&](__m512i block) { return mapping.of_ascii(block); });
+                        continue;
+                    }
+                    mixed = mixed != 0 ? mixed - 1 : kMixedTurns;
+                    if (is_common)
+                        store([&](__m512i block) { return mapping.by_bits(block); });
+                    else if (map.count == map.slotted || !group.has(map.behind_slotted))
+                        store([&](__m512i block) { return mapping.by_slots(block); });
+                    else
+                        store(mapping);
+                    continue;
+                }
+            }
+            const __m512i block = _mm512_load_si512(from + done);
+            if (_mm512_testn_epi16_mask(block, block) != 0) break;
+            _mm512_storeu_si512(to + done, mapping(block));
         }
-        units = _mm512_load_si512(from + done);
     }
+}
+
+template <bool Lower>
+std::size_t map_string(const CaseMap &map, const std::uint16_t *from, std::uint16_t *to, std::size_t limit) noexcept {
+    std::size_t done = 0;
+    if (*from == 0) return 0;
+    if (fits_in_page<kHead * sizeof *from>(from)) {
+        done = map_head(Mapping<Lower>(map), from, to, limit);
+        if ((done != kHead && done != 0) || done == limit) return done;
+    }
+    return map_rest<Lower>(map, from, to, limit, done);
 }
 
 template <bool Lower>
@@ -140,6 +235,12 @@ std::size_t mismatch_mapped(const CaseMap &map, const std::uint16_t *a, const st
 std::size_t map_case16(const CaseMap &map, const std::uint16_t *from, std::uint16_t *to, std::size_t limit) noexcept {
     if (is_odd(from) || limit == 0) return plain::map_case16(map, from, to, limit);
     return map.lower ? map_string<true>(map, from, to, limit) : map_string<false>(map, from, to, limit);
+}
+
+std::uint16_t *change_case16(const CaseMap &map, std::uint16_t *string) noexcept {
+    if (is_odd(string)) return plain::change_case16(map, string);
+    map.lower ? map_string<true>(map, string, string, SIZE_MAX) : map_string<false>(map, string, string, SIZE_MAX);
+    return string;
 }
 
 std::size_t mismatch_by_case16(const CaseMap &map, const std::uint16_t *a, const std::uint16_t *b,

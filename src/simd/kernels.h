@@ -195,6 +195,7 @@ struct CaseMap {
 };
 using MapCase16 = std::size_t(const CaseMap &map, const std::uint16_t *from, std::uint16_t *to,
                               std::size_t limit) noexcept;
+using ChangeCase16 = std::uint16_t *(const CaseMap &map, std::uint16_t *string) noexcept;
 using MismatchByCase16 = std::size_t(const CaseMap &map, const std::uint16_t *a, const std::uint16_t *b,
                                      std::size_t limit) noexcept;
 // 256 entries of 16 bits, their bytes apart as vectors look them up.
@@ -249,11 +250,12 @@ struct Kernels {
 
     // What these give is what the exported functions give: the way back from them would take a third of the time that
     // a short string takes.
-    Size8 *size8;   // bytes before the terminator, modulo 2^32
-    Size16 *size16; // the same, bytes, too
-    Find8 *find8;   // the first `wanted` before the terminator, or null
-    Find16 *find16; // the same
-    Copy16 *copy16; // copies a string with its terminator; the two may overlap. The destination
+    Size8 *size8;                // bytes before the terminator, modulo 2^32
+    Size16 *size16;              // the same, bytes, too
+    Find8 *find8;                // the first `wanted` before the terminator, or null
+    Find16 *find16;              // the same
+    Copy16 *copy16;              // copies a string with its terminator; the two may overlap. The destination
+    ChangeCase16 *change_case16; // map_case16 in place, without a limit. The string
 
     FindZero16 *find_zero16;     // the terminator
     Find16 *find_last16;         // the last `wanted` before the terminator, or null

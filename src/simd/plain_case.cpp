@@ -8,6 +8,11 @@ std::size_t map_case16(const CaseMap &map, const std::uint16_t *from, std::uint1
     return i;
 }
 
+std::uint16_t *change_case16(const CaseMap &map, std::uint16_t *string) noexcept {
+    map_case16(map, string, string, SIZE_MAX);
+    return string;
+}
+
 std::size_t mismatch_by_case16(const CaseMap &map, const std::uint16_t *a, const std::uint16_t *b,
                                std::size_t limit) noexcept {
     std::size_t i = 0;
