@@ -67,24 +67,22 @@ class Mapping {
     __m256i flip_;
 };
 
-template <std::size_t Count> void copy_units(std::uint16_t *to, const std::uint16_t *from) noexcept {
-    __builtin_memcpy(to, from, Count * sizeof *to);
+// The first and the last `Half` units, which overlap.
+template <std::size_t Half> void copy_by_two(std::uint16_t *to, const std::uint16_t *from, std::size_t count) noexcept {
+    __builtin_memcpy(to, from, Half * sizeof *to);
+    __builtin_memcpy(to + count - Half, from + count - Half, Half * sizeof *to);
 }
 
 // The first `count` of a block's units, at most all.
 void store_first(std::uint16_t *to, __m256i units, std::size_t count) noexcept {
     std::uint16_t block[kBlock];
     _mm256_storeu_si256(reinterpret_cast<__m256i *>(block), units);
-    const auto by_two = [&]<std::size_t Half>() { // which overlap
-        copy_units<Half>(to, block);
-        copy_units<Half>(to + count - Half, block + count - Half);
-    };
     if (count >= 8) {
-        by_two.template operator()<8>();
+        copy_by_two<8>(to, block, count);
     } else if (count >= 4) {
-        by_two.template operator()<4>();
+        copy_by_two<4>(to, block, count);
     } else if (count >= 2) {
-        by_two.template operator()<2>();
+        copy_by_two<2>(to, block, count);
     } else if (count != 0) {
         *to = *block;
     }

@@ -153,10 +153,10 @@ struct Row {
 };
 Row row_of(const std::uint16_t *codes, unsigned number) noexcept {
     constexpr std::size_t kLanes = 32;
-    const std::uint16_t *const row = codes + std::size_t{number} * 2 * kBlock;
+    const std::size_t first = std::size_t{number} * 2 * kBlock;
     __mmask32 others = 0;
     const auto narrow = [&](std::size_t part) {
-        const __m512i values = load(row + part * kLanes);
+        const __m512i values = load(codes + first + part * kLanes);
         const __mmask32 some = _mm512_cmpneq_epi16_mask(values, _mm512_set1_epi16(-1));
         const __m512i less = _mm512_sub_epi16(values, _mm512_set1_epi16(1));
         others |= _mm512_mask_cmpge_epu16_mask(some, less, _mm512_set1_epi16(0xFF));

@@ -37,7 +37,8 @@ template <bool case_counts>
     const int difference = static_cast<int>(a) - static_cast<int>(b);
     if (a == 0 || b == 0) return difference;
     // A capital's code is the lower one. A mask, since compilers make jumps of conditions.
-    const int by_case = case_counts ? difference & ((static_cast<int>(place_a ^ place_b) - 1) >> 31) : 0;
+    const std::uint32_t if_alike = 0 - (((place_a ^ place_b) - 1) >> 31);
+    const int by_case = case_counts ? difference & static_cast<int>(if_alike) : 0;
     return block[2 + place_a] - block[2 + place_b] - by_case;
 }
 
