@@ -84,6 +84,7 @@ class Streams(KxTest):
             ("--keep=soft --soft-as-space", "A \réz"),
             ("--soft-as-space -t 1252", b"A  \xe9z"),
             ("--hyphens --keep=attributes", "A --éz"),
+            ("--keep=hard --hyphens", "A --\néz"),
             ("--keep=attributes,hard,soft,tabs -t stream",
              b"A \xcc\xcf\xf2\x0c\xf2\xf0\x29\x01\xf0\xf3\x0c\xf3\xf0\x09\xf9\xf0z"),
         ):
